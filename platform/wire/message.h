@@ -1,0 +1,66 @@
+// Messages between the platform library and stp-switchd.
+//
+// A local SOCK_SEQPACKET socket carries one message a packet, in host byte order. After it has accepted a
+// connection the switch sends a hello, with the snapshot's file descriptor as ancillary data; then every
+// request is answered by one reply of the same sequence number. Request and reply end in attributes
+// (attributes.h).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/cmd.h"
+
+namespace stpplatform::wire {
+
+inline constexpr uint32_t kMagic = 0x5354'5057;  // "STPW"
+inline constexpr uint16_t kVersion = 1;
+
+// Where the switch listens unless it is told otherwise.
+inline constexpr char kDefaultSocketPath[] = "/run/stp-switchd/switch.sock";
+
+// The longest message: more than the largest reply, less than the default socket buffer.
+inline constexpr uint32_t kMaxMessageSize = 128 * 1024;
+
+// The address of the spanning-tree process's command server.
+inline constexpr uint32_t kStpDestination = 0xFE00'0000;
+inline constexpr uint32_t kStpService = 171;
+
+enum class MessageType : uint16_t { kHello = 1, kRequest = 2, kReply = 3 };
+
+struct MessageHeader {
+  uint32_t magic;
+  uint16_t version;
+  uint16_t type;      // MessageType
+  uint32_t length;    // of the whole message, in bytes
+  uint32_t sequence;  // of the request; a reply repeats it; 0 in a hello
+};
+
+struct Hello {
+  MessageHeader header;
+  uint32_t snapshot_size;  // of the shared memory behind the descriptor, in bytes
+};
+
+struct Request {
+  MessageHeader header;
+  uint32_t destination;
+  uint32_t service;
+  uint32_t command;
+  uint32_t action;
+  uint32_t session;
+  uint32_t flags;
+  uint32_t attribute_count;
+  char user[CMD_USER_MAX + 1];  // zero-terminated
+};
+
+struct Reply {
+  MessageHeader header;
+  uint32_t status;  // enum cmd_result; other than CMD_OK, no attributes follow
+  uint32_t attribute_count;
+};
+
+static_assert(sizeof(MessageHeader) == 16 && sizeof(Hello) == 20 && sizeof(Request) == 108 &&
+                  sizeof(Reply) == 24,
+              "messages have no padding");
+
+}  // namespace stpplatform::wire
