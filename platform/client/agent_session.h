@@ -1,0 +1,14 @@
+// Who asks: the SNMP context, user and session of the request that the agent is serving (agent_ext.h), read
+// from the agent's own request when it checks the access to a variable.
+#pragma once
+
+namespace stpplatform {
+
+// Begins and ends to listen to the agent's access checks.
+void watch_requests();
+void stop_watching_requests();
+
+// Nobody asks any more.
+void end_of_request();
+
+}  // namespace stpplatform

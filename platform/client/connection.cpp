@@ -1,0 +1,171 @@
+#include "connection.h"
+
+#include <net-snmp/net-snmp-config.h>
+//
+#include <net-snmp/net-snmp-includes.h>
+//
+#include <net-snmp/library/fd_event_manager.h>
+#include <net-snmp/library/snmp_logging.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "packet_socket.h"
+#include "settings.h"
+
+namespace stpplatform {
+namespace {
+
+constinit Connection the_connection;
+
+// Where packets arrive. Static, because replies are short: copying one out is cheaper than a system call more
+// that asks for its size first.
+alignas(uint32_t) uint8_t packet[wire::kMaxMessageSize];
+
+const char *description(cmd_result result) {
+  switch (result) {
+    case CMD_UNREACHABLE:
+      return "the switch has closed the connection";
+    case CMD_TIMEOUT:
+      return "the switch does not answer in time";
+    default:
+      return "the switch has sent something that is not a valid message";
+  }
+}
+
+}  // namespace
+
+Connection &connection() { return the_connection; }
+
+cmd_result Connection::exchange(wire::Request *request, ReplyAttributes *attributes) {
+  const Deadline deadline(settings().deadline_ms);
+  const bool was_idle = is_open();
+  const cmd_result opened = ensure_open(deadline);
+  if (opened != CMD_OK) {
+    return opened;
+  }
+  // 0 is the hello's.
+  sequence_ = sequence_ == UINT32_MAX ? 1 : sequence_ + 1;
+  request->header = {wire::kMagic, wire::kVersion, static_cast<uint16_t>(wire::MessageType::kRequest),
+                     request->header.length, sequence_};
+  cmd_result status = CMD_OK;
+  const cmd_result result = attempt(*request, was_idle, deadline, &status, attributes);
+  return result == CMD_OK ? status : result;
+}
+
+cmd_result Connection::attempt(const wire::Request &request, bool was_idle, const Deadline &deadline,
+                               cmd_result *status, ReplyAttributes *attributes) {
+  cmd_result result = send_packet(socket_, &request, request.header.length, deadline);
+  if (result == CMD_UNREACHABLE && was_idle) {
+    // The switch was restarted since the last request. It has not seen this one.
+    drop();
+    result = ensure_open(deadline);
+    if (result != CMD_OK) {
+      return result;
+    }
+    result = send_packet(socket_, &request, request.header.length, deadline);
+  }
+  size_t size = 0;
+  if (result == CMD_OK) {
+    result = receive_packet(socket_, packet, sizeof packet, deadline, &size);
+  }
+  if (result == CMD_OK) {
+    result = check_reply(packet, size, request.header.sequence, status, attributes);
+  }
+  if (result != CMD_OK) {
+    return failed(result, description(result));
+  }
+  answered();
+  return CMD_OK;
+}
+
+const SnapshotReader *Connection::snapshot() {
+  if (!is_open() && ensure_open(Deadline(settings().deadline_ms)) != CMD_OK) {
+    return nullptr;
+  }
+  return &snapshot_;
+}
+
+void Connection::reset() {
+  drop();
+  backoff_.reset();
+  failure_reported_ = false;
+}
+
+cmd_result Connection::ensure_open(const Deadline &deadline) {
+  if (is_open()) {
+    return CMD_OK;
+  }
+  if (!backoff_.allows(monotonic_ms())) {
+    return CMD_UNREACHABLE;
+  }
+  return open(deadline);
+}
+
+cmd_result Connection::open(const Deadline &deadline) {
+  OwnedFd socket = connect_packet_socket(settings().socket_path);
+  if (!socket.is_open()) {
+    return failed(CMD_UNREACHABLE, std::strerror(errno));
+  }
+  OwnedFd shared_memory;
+  size_t size = 0;
+  const cmd_result result =
+      receive_packet(socket.get(), packet, sizeof packet, deadline, &size, &shared_memory);
+  if (result != CMD_OK) {
+    return failed(result, description(result));
+  }
+  uint32_t snapshot_size = 0;
+  if (!check_hello(packet, size, &snapshot_size)) {
+    return failed(CMD_BAD_REPLY, description(CMD_BAD_REPLY));
+  }
+  const char *fault = snapshot_.map(shared_memory.get(), snapshot_size);
+  if (fault != nullptr) {
+    return failed(CMD_BAD_REPLY, fault);
+  }
+  socket_ = socket.release();
+  // Where the main loop has no room for it, the next request notices that the switch has gone.
+  register_readfd(socket_, on_idle_input, this);
+  return CMD_OK;
+}
+
+cmd_result Connection::failed(cmd_result result, const char *what) {
+  drop();
+  backoff_.failed(monotonic_ms());
+  if (!failure_reported_) {
+    failure_reported_ = true;
+    snmp_log(LOG_WARNING, "stpplatform: %s: %s\n", settings().socket_path, what);
+  }
+  return result;
+}
+
+void Connection::answered() {
+  backoff_.reset();
+  if (failure_reported_) {
+    failure_reported_ = false;
+    snmp_log(LOG_NOTICE, "stpplatform: %s: the switch answers again\n", settings().socket_path);
+  }
+}
+
+void Connection::drop() {
+  if (is_open()) {
+    unregister_readfd(socket_);
+    // No shutdown: a process that the agent forked off may hold the same socket.
+    close(socket_);
+    socket_ = -1;
+  }
+  snapshot_.unmap();
+}
+
+// Nothing is due on an idle connection: input is the switch's farewell, or a breach of the protocol.
+void Connection::on_idle_input(int socket, void *connection) {
+  char octet = 0;
+  const ssize_t received = recv(socket, &octet, sizeof octet, MSG_PEEK | MSG_DONTWAIT);
+  if (received < 0 && (errno == EAGAIN || errno == EINTR)) {
+    return;
+  }
+  static_cast<Connection *>(connection)->drop();
+}
+
+}  // namespace stpplatform

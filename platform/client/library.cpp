@@ -1,0 +1,26 @@
+// What happens when the agent loads and unloads the library, in its order.
+#include "agent_session.h"
+#include "connection.h"
+#include "event_history.h"
+#include "notification_registry.h"
+#include "settings.h"
+
+namespace {
+
+__attribute__((constructor)) void on_load() {
+  stpplatform::read_settings();
+  stpplatform::watch_requests();
+}
+
+// Leaves nothing behind in the agent that points into this library.
+__attribute__((destructor)) void on_unload() {
+  stpplatform::stop_watching_requests();
+  stpplatform::connection().reset();
+  // A process that still has subscriptions did not unload the module: it is the parent that an agent leaves
+  // behind when it goes into the background, and the history is the daemon's to save.
+  if (!stpplatform::has_subscriptions()) {
+    stpplatform::save_event_history();
+  }
+}
+
+}  // namespace

@@ -1,0 +1,25 @@
+// Whether a packet from the switch is what it should be. Nothing in it is trusted before.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/cmd.h"
+
+namespace stpplatform {
+
+// True for a hello; sets the size of the snapshot that comes with it.
+bool check_hello(const void *packet, size_t size, uint32_t *snapshot_size);
+
+// A reply's attributes: a part of the packet.
+struct ReplyAttributes {
+  const void *begin;
+  size_t size;
+};
+
+// Returns CMD_OK with `*attributes` set for a well-formed reply to request `sequence`, with `*status` what
+// the switch answered; CMD_BAD_REPLY otherwise.
+cmd_result check_reply(const void *packet, size_t size, uint32_t sequence, cmd_result *status,
+                       ReplyAttributes *attributes);
+
+}  // namespace stpplatform

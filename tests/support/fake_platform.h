@@ -1,0 +1,64 @@
+// A platform that does what a test says and writes down, in order, what the module asks of it.
+//
+// It defines every function and data symbol of platform/include that the module uses, and owns two ledgers:
+// request buffers (ledger.h) and replies. Its trace holds one line a call, with the arguments that matter.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/agent_ext.h"
+
+namespace fake {
+
+using Bytes = std::vector<uint8_t>;
+
+// A number as a reply carries it.
+Bytes number(uint32_t value);
+Bytes octets(const std::string &text);
+
+struct Platform {
+  // What the spanning-tree process answers.
+  int send_result = 0;
+  bool answers_without_reply = false;
+  int missing_attribute_result = 7;
+  std::map<uint32_t, Bytes> attributes;
+  std::map<uint32_t, uint32_t> attributes_without_value;  // token, and the length that is told all the same
+
+  // Who asks.
+  std::string user = "operator";
+  uint32_t session = 4711;
+
+  // What the two sinks answer when they are asked whether they take a level: the history keeps it at 0, the
+  // print shows it at anything else.
+  std::map<uint32_t, int> history_answers{{100, 0}, {101, 0}};
+  std::map<uint32_t, int> print_answers{{100, 0}, {101, 0}};
+
+  // The byte length that the command library finds for every value.
+  uint32_t value_length = 4;
+
+  // What happened.
+  std::vector<std::string> trace;
+  std::map<uint32_t, notification_handler> subscriptions;
+  int unregister_result = 0;
+};
+
+Platform &platform();
+
+// Forgets script, trace and replies.
+void reset();
+
+// Replies that were not released.
+size_t live_replies();
+
+void trace(const std::string &line);
+
+// The trace of the latest calls, with the source line in "function(123)" replaced by "function(LINE)".
+std::vector<std::string> taken_trace();
+
+// One line of text with its control characters spelled out.
+std::string quoted(const std::string &text);
+
+}  // namespace fake

@@ -1,0 +1,522 @@
+// When the connection to the switch is made, kept, dropped and made again.
+#include <fcntl.h>
+#include <net-snmp/net-snmp-config.h>
+//
+#include <net-snmp/net-snmp-includes.h>
+//
+#include <net-snmp/library/fd_event_manager.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstddef>
+#include <fstream>
+#include <functional>
+
+#include "backoff.h"
+#include "connection.h"
+#include "platform/im.h"
+#include "platform_test.h"
+
+namespace wire = stpplatform::wire;
+using stpplatform::Backoff;
+
+namespace {
+
+class ConnectionTest : public PlatformTest {
+ protected:
+  // A switch that hears everything and says nothing.
+  void silence() {
+    switch_.answer_with([](const Bytes &) { return Answer{}; });
+  }
+
+  void answer_normally() { switch_.answer_with(FakeSwitch::echo); }
+};
+
+// How many times the process has a snapshot in its memory.
+size_t mapped_snapshots() {
+  std::ifstream maps("/proc/self/maps");
+  size_t count = 0;
+  for (std::string line; std::getline(maps, line);) {
+    count += line.find("/memfd:snapshot") == std::string::npos ? 0U : 1U;
+  }
+  return count;
+}
+
+TEST_F(ConnectionTest, one_connection_serves_all_requests) {
+  for (int i = 0; i < 5; ++i) {
+    EXPECT_TRUE(switch_answers());
+  }
+  EXPECT_EQ(switch_.connections(), 1U);
+  EXPECT_TRUE(LogCapture::take().empty());
+}
+
+TEST_F(ConnectionTest, a_silent_switch_costs_the_request_a_timeout) {
+  EXPECT_TRUE(switch_answers());
+  silence();
+  set_deadline_ms(kShortMs);
+  EXPECT_EQ(ask(1), CMD_TIMEOUT);
+}
+
+TEST_F(ConnectionTest, a_switch_that_does_not_even_greet_costs_a_timeout) {
+  switch_.greet_with({});
+  set_deadline_ms(kShortMs);
+  EXPECT_EQ(ask(1), CMD_TIMEOUT);
+}
+
+TEST_F(ConnectionTest, without_a_switch_a_request_fails_at_once) {
+  switch_.stop();
+  EXPECT_EQ(ask(1), CMD_UNREACHABLE);
+  EXPECT_EQ(LogCapture::take(),
+            std::vector<std::string>{"stpplatform: " + switch_.path() + ": No such file or directory\n"});
+}
+
+TEST_F(ConnectionTest, a_switch_whose_queue_is_full_is_unreachable) {
+  // Nobody accepts here, and nobody waits to be accepted.
+  const std::string path = switch_.path() + "-full";
+  OwnedFd listener(socket(AF_UNIX, SOCK_SEQPACKET, 0));
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  path.copy(address.sun_path, sizeof address.sun_path - 1);
+  ASSERT_EQ(bind(listener.get(), reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+  ASSERT_EQ(listen(listener.get(), 0), 0);
+  std::vector<OwnedFd> waiting;
+  do {
+    waiting.emplace_back(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK, 0));
+  } while (connect(waiting.back().get(), reinterpret_cast<sockaddr *>(&address), sizeof address) == 0);
+  set_environment("STPPLATFORM_SOCKET", path);
+  EXPECT_EQ(ask(1), CMD_UNREACHABLE);
+}
+
+TEST_F(ConnectionTest, a_dead_switch_is_left_alone_until_the_backoff_has_passed) {
+  ASSERT_TRUE(switch_answers());
+  silence();
+  set_deadline_ms(kShortMs);
+  EXPECT_EQ(ask(1), CMD_TIMEOUT);
+  answer_normally();
+  set_deadline_ms(kPatientMs);
+  uint32_t next = 0;
+  clock_.pass_ms(Backoff::kFirstMs - 1);
+  EXPECT_EQ(ask(1), CMD_UNREACHABLE);
+  EXPECT_EQ(im_get_next_ifindex(0, &next), CMD_UNREACHABLE);
+  EXPECT_EQ(switch_.connections(), 1U);
+  clock_.pass_ms(1);
+  EXPECT_TRUE(switch_answers());
+  EXPECT_EQ(switch_.connections(), 2U);
+}
+
+TEST_F(ConnectionTest, backoff_doubles_up_to_its_limit_and_a_reply_resets_it) {
+  switch_.stop();
+  for (const uint64_t wait : {100U, 200U, 400U, 800U, 1600U, 3200U, 5000U, 5000U}) {
+    EXPECT_EQ(ask(1), CMD_UNREACHABLE);
+    switch_.start();
+    clock_.pass_ms(wait - 1);
+    EXPECT_EQ(ask(1), CMD_UNREACHABLE) << wait;
+    EXPECT_EQ(switch_.connections(), 0U) << wait;
+    switch_.stop();
+    clock_.pass_ms(1);
+  }
+  EXPECT_EQ(ask(1), CMD_UNREACHABLE);
+  switch_.start();
+  wait_for_backoff();
+  EXPECT_TRUE(switch_answers());
+  silence();
+  set_deadline_ms(kShortMs);
+  EXPECT_EQ(ask(1), CMD_TIMEOUT);
+  answer_normally();
+  set_deadline_ms(kPatientMs);
+  clock_.pass_ms(Backoff::kFirstMs);
+  EXPECT_TRUE(switch_answers());
+}
+
+TEST_F(ConnectionTest, a_greeting_alone_does_not_reset_the_backoff) {
+  silence();
+  set_deadline_ms(kShortMs);
+  EXPECT_EQ(ask(1), CMD_TIMEOUT);
+  clock_.pass_ms(Backoff::kFirstMs);
+  EXPECT_EQ(ask(1), CMD_TIMEOUT);
+  clock_.pass_ms(Backoff::kFirstMs);
+  EXPECT_EQ(ask(1), CMD_UNREACHABLE);
+  clock_.pass_ms(Backoff::kFirstMs);
+  EXPECT_EQ(ask(1), CMD_TIMEOUT);
+}
+
+TEST_F(ConnectionTest, failure_and_recovery_are_logged_once_each) {
+  silence();
+  set_deadline_ms(kShortMs);
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_NE(ask(1), CMD_OK);
+    wait_for_backoff();
+  }
+  answer_normally();
+  set_deadline_ms(kPatientMs);
+  EXPECT_TRUE(switch_answers());
+  EXPECT_TRUE(switch_answers());
+  const std::string prefix = "stpplatform: " + switch_.path();
+  EXPECT_EQ(LogCapture::take(), (std::vector<std::string>{prefix + ": the switch does not answer in time\n",
+                                                          prefix + ": the switch answers again\n"}));
+}
+
+TEST_F(ConnectionTest, a_restart_between_two_requests_is_not_noticed_by_the_user) {
+  EXPECT_TRUE(switch_answers());
+  switch_.stop();
+  switch_.start();
+  EXPECT_TRUE(switch_answers());
+  EXPECT_EQ(switch_.connections(), 2U);
+  EXPECT_TRUE(LogCapture::take().empty());
+}
+
+TEST_F(ConnectionTest, a_switch_that_goes_away_while_idle_takes_the_snapshot_along_without_penalty) {
+  switch_.snapshot().publish({physical_port(1)});
+  uint32_t next = 0;
+  const size_t mapped_by_the_test = mapped_snapshots();
+  ASSERT_EQ(im_get_next_ifindex(0, &next), CMD_OK);
+  EXPECT_EQ(mapped_snapshots(), mapped_by_the_test + 1);
+  switch_.close_connections();
+  EXPECT_EQ(run_main_loop_once(), 1);
+  EXPECT_EQ(mapped_snapshots(), mapped_by_the_test);
+  EXPECT_EQ(watched_descriptors(), 0);
+  EXPECT_EQ(im_get_next_ifindex(0, &next), CMD_OK);
+  EXPECT_EQ(switch_.connections(), 2U);
+  switch_.stop();
+  EXPECT_EQ(run_main_loop_once(), 1);
+  EXPECT_EQ(im_get_next_ifindex(0, &next), CMD_UNREACHABLE);
+}
+
+TEST_F(ConnectionTest, the_main_loop_watches_one_connection_at_most) {
+  EXPECT_EQ(watched_descriptors(), 0);
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_TRUE(switch_answers());
+    EXPECT_EQ(watched_descriptors(), 1);
+    EXPECT_EQ(run_main_loop_once(), 0);
+    switch_.stop();
+    switch_.start();
+  }
+  stpplatform::connection().reset();
+  EXPECT_EQ(watched_descriptors(), 0);
+}
+
+TEST_F(ConnectionTest, a_spurious_wakeup_keeps_the_connection) {
+  EXPECT_TRUE(switch_answers());
+  external_readfdfunc[0](external_readfd[0], external_readfd_data[0]);
+  EXPECT_TRUE(switch_answers());
+  EXPECT_EQ(switch_.connections(), 1U);
+}
+
+TEST_F(ConnectionTest, unasked_input_drops_the_idle_connection) {
+  EXPECT_TRUE(switch_answers());
+  switch_.send_late(0, make_reply_packet(99, CMD_OK));
+  EXPECT_EQ(run_main_loop_once(), 1);
+  EXPECT_TRUE(switch_answers());
+  EXPECT_EQ(switch_.connections(), 2U);
+}
+
+TEST_F(ConnectionTest, a_switch_that_hangs_up_during_a_request_is_unreachable) {
+  switch_.answer_with([](const Bytes &) { return Answer{{}, false, true}; });
+  EXPECT_EQ(ask(1), CMD_UNREACHABLE);
+  answer_normally();
+  EXPECT_EQ(ask(1), CMD_UNREACHABLE) << "left alone";
+  wait_for_backoff();
+  EXPECT_TRUE(switch_answers());
+}
+
+TEST_F(ConnectionTest, a_late_reply_never_answers_the_next_request) {
+  ASSERT_TRUE(switch_answers());
+  silence();
+  set_deadline_ms(kShortMs);
+  ASSERT_EQ(ask(77), CMD_TIMEOUT);
+  ASSERT_TRUE(switch_.has_heard(2));
+  const Bytes first = switch_.requests().back();
+  answer_normally();
+  set_deadline_ms(kPatientMs);
+  wait_for_backoff();
+  switch_.answer_with([&](const Bytes &request) {
+    switch_.send_late(1, FakeSwitch::echo(first).packets.front());
+    return FakeSwitch::echo(request);
+  });
+  EXPECT_TRUE(switch_answers());
+}
+
+TEST_F(ConnectionTest, a_reply_to_an_earlier_request_is_refused) {
+  Bytes first;
+  switch_.answer_with([&](const Bytes &request) {
+    if (first.empty()) {
+      first = request;
+    }
+    return FakeSwitch::echo(first);
+  });
+  EXPECT_EQ(ask(1), CMD_OK);
+  EXPECT_EQ(ask(2), CMD_BAD_REPLY);
+}
+
+TEST_F(ConnectionTest, a_second_reply_to_a_request_does_not_answer_the_next_one) {
+  switch_.answer_with([](const Bytes &request) {
+    const Bytes reply = FakeSwitch::echo(request).packets.front();
+    return Answer{{reply, reply}};
+  });
+  EXPECT_EQ(ask(1), CMD_OK);
+  EXPECT_EQ(ask(2), CMD_BAD_REPLY);
+  answer_normally();
+  wait_for_backoff();
+  EXPECT_TRUE(switch_answers());
+}
+
+TEST_F(ConnectionTest, a_reply_longer_than_any_message_is_refused) {
+  switch_.answer_with([](const Bytes &request) {
+    Bytes reply = FakeSwitch::echo(request).packets.front();
+    reply.resize(wire::kMaxMessageSize + 1);
+    put32(&reply, offsetof(wire::MessageHeader, length), wire::kMaxMessageSize + 1);
+    return Answer{{reply}};
+  });
+  EXPECT_EQ(ask(1), CMD_BAD_REPLY);
+}
+
+TEST_F(ConnectionTest, a_reply_with_a_descriptor_is_refused_and_the_descriptor_closed) {
+  EXPECT_TRUE(switch_answers());
+  const size_t before = open_descriptors();
+  switch_.answer_with([](const Bytes &request) { return Answer{FakeSwitch::echo(request).packets, true}; });
+  EXPECT_EQ(ask(1), CMD_BAD_REPLY);
+  EXPECT_EQ(open_descriptors(), before - 1) << "the connection alone was closed";
+}
+
+TEST_F(ConnectionTest, a_refusal_is_passed_on_and_keeps_the_connection) {
+  for (uint32_t status = CMD_UNKNOWN_COMMAND; status <= CMD_REFUSED; ++status) {
+    switch_.answer_with([=](const Bytes &request) {
+      return Answer{{make_reply_packet(get32(request, offsetof(wire::MessageHeader, sequence)), status)}};
+    });
+    EXPECT_EQ(ask(1), static_cast<int>(status));
+  }
+  EXPECT_EQ(switch_.connections(), 1U);
+}
+
+struct BadGreeting {
+  const char *name;
+  std::function<Greeting(const Greeting &good, const SnapshotFile &other)> make;
+};
+
+void set_hello_field(Greeting *greeting, size_t offset, uint32_t value) {
+  put32(&greeting->packet, offset, value);
+}
+
+// Keeps addresses out of the names of the tests.
+void PrintTo(const BadGreeting &parameter, std::ostream *out) { *out << parameter.name; }
+
+const BadGreeting kBadGreetings[] = {
+    {"without_descriptor",
+     [](Greeting good, const SnapshotFile &) {
+       good.descriptors.clear();
+       return good;
+     }},
+    {"with_two_descriptors",
+     [](Greeting good, const SnapshotFile &) {
+       good.descriptors.push_back(good.descriptors.front());
+       return good;
+     }},
+    {"with_many_descriptors",
+     [](Greeting good, const SnapshotFile &) {
+       good.descriptors.resize(200, good.descriptors.front());
+       return good;
+     }},
+    {"with_an_unsealed_snapshot",
+     [](const Greeting &, const SnapshotFile &other) {
+       return Greeting{make_hello(other.size()), {other.descriptor()}};
+     }},
+    {"with_a_snapshot_that_may_shrink",
+     [](const Greeting &, const SnapshotFile &other) {
+       other.seal(F_SEAL_GROW);
+       return Greeting{make_hello(other.size()), {other.descriptor()}};
+     }},
+    {"with_a_file_of_another_size",
+     [](const Greeting &, const SnapshotFile &other) {
+       other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
+       return Greeting{make_hello(other.size() - 8), {other.descriptor()}};
+     }},
+    {"with_a_file_that_was_cut_behind_its_head",
+     [](const Greeting &, const SnapshotFile &other) {
+       EXPECT_EQ(ftruncate(other.descriptor(), 4096), 0);
+       other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
+       return Greeting{make_hello(other.size()), {other.descriptor()}};
+     }},
+    {"with_an_empty_file",
+     [](const Greeting &, const SnapshotFile &other) {
+       EXPECT_EQ(ftruncate(other.descriptor(), 0), 0);
+       other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
+       return Greeting{make_hello(0), {other.descriptor()}};
+     }},
+    {"with_a_pipe",
+     [](const Greeting &good, const SnapshotFile &) {
+       return Greeting{good.packet, {STDERR_FILENO}};
+     }},
+    {"with_a_capacity_that_does_not_fit",
+     [](const Greeting &, const SnapshotFile &other) {
+       other.head()->interface_capacity += 1;
+       other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
+       return Greeting{make_hello(other.size()), {other.descriptor()}};
+     }},
+    {"with_an_enormous_capacity",
+     [](const Greeting &, const SnapshotFile &other) {
+       other.head()->interface_capacity = UINT32_MAX;
+       other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
+       return Greeting{make_hello(other.size()), {other.descriptor()}};
+     }},
+    {"with_another_size_in_the_snapshot",
+     [](const Greeting &, const SnapshotFile &other) {
+       other.head()->size += 8;
+       other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
+       return Greeting{make_hello(other.size()), {other.descriptor()}};
+     }},
+    {"with_another_magic_in_the_snapshot",
+     [](const Greeting &, const SnapshotFile &other) {
+       other.head()->magic ^= 1;
+       other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
+       return Greeting{make_hello(other.size()), {other.descriptor()}};
+     }},
+    {"with_another_version_in_the_snapshot",
+     [](const Greeting &, const SnapshotFile &other) {
+       other.head()->version += 1;
+       other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
+       return Greeting{make_hello(other.size()), {other.descriptor()}};
+     }},
+    {"of_another_magic",
+     [](Greeting good, const SnapshotFile &) {
+       set_hello_field(&good, offsetof(wire::MessageHeader, magic), 0);
+       return good;
+     }},
+    {"of_another_version",
+     [](Greeting good, const SnapshotFile &) {
+       good.packet[offsetof(wire::MessageHeader, version)] += 1;
+       return good;
+     }},
+    {"of_another_type",
+     [](Greeting good, const SnapshotFile &) {
+       good.packet[offsetof(wire::MessageHeader, type)] = static_cast<uint8_t>(wire::MessageType::kReply);
+       return good;
+     }},
+    {"of_another_length",
+     [](Greeting good, const SnapshotFile &) {
+       set_hello_field(&good, offsetof(wire::MessageHeader, length), 24);
+       return good;
+     }},
+    {"with_a_sequence_number",
+     [](Greeting good, const SnapshotFile &) {
+       set_hello_field(&good, offsetof(wire::MessageHeader, sequence), 1);
+       return good;
+     }},
+    {"too_short",
+     [](Greeting good, const SnapshotFile &) {
+       good.packet.pop_back();
+       return good;
+     }},
+    {"too_long",
+     [](Greeting good, const SnapshotFile &) {
+       good.packet.push_back(0);
+       return good;
+     }},
+    {"longer_than_any_message",
+     [](Greeting good, const SnapshotFile &) {
+       good.packet.resize(wire::kMaxMessageSize + 1);
+       return good;
+     }},
+};
+
+class BadGreetingTest : public ConnectionTest, public testing::WithParamInterface<BadGreeting> {};
+
+TEST_P(BadGreetingTest, is_refused_and_leaves_nothing_behind) {
+  const SnapshotFile other(4);
+  switch_.greet_with(GetParam().make(switch_.good_greeting(), other));
+  const size_t before = open_descriptors();
+  EXPECT_EQ(ask(1), CMD_BAD_REPLY);
+  uint32_t next = 0;
+  EXPECT_NE(im_get_next_ifindex(0, &next), CMD_OK);
+  EXPECT_TRUE(switch_.requests().empty());
+  EXPECT_EQ(watched_descriptors(), 0);
+  switch_.close_connections();
+  EXPECT_EQ(open_descriptors(), before);
+  EXPECT_EQ(LogCapture::take().size(), 1U);
+  switch_.greet_with(switch_.good_greeting());
+  wait_for_backoff();
+  EXPECT_TRUE(switch_answers());
+}
+
+INSTANTIATE_TEST_SUITE_P(greetings, BadGreetingTest, testing::ValuesIn(kBadGreetings),
+                         [](const auto &parameter) { return std::string(parameter.param.name); });
+
+TEST_F(ConnectionTest, no_descriptor_leaks_however_a_request_ends) {
+  const size_t before = open_descriptors();
+  for (int i = 0; i < 20; ++i) {
+    answer_normally();
+    set_deadline_ms(kPatientMs);
+    EXPECT_TRUE(switch_answers());
+    switch_.answer_with([](const Bytes &) { return Answer{{Bytes(7, 0xFF)}}; });
+    EXPECT_EQ(ask(1), CMD_BAD_REPLY);
+    wait_for_backoff();
+    switch_.answer_with([](const Bytes &) { return Answer{{}, false, true}; });
+    EXPECT_EQ(ask(1), CMD_UNREACHABLE);
+    wait_for_backoff();
+    silence();
+    set_deadline_ms(1);
+    EXPECT_EQ(ask(1), CMD_TIMEOUT);
+    wait_for_backoff();
+    switch_.close_connections();
+    EXPECT_EQ(open_descriptors(), before);
+  }
+}
+
+std::atomic<int> alarms{0};
+
+TEST_F(ConnectionTest, signals_do_not_disturb_a_request) {
+  struct sigaction action {};
+  struct sigaction before {};
+  action.sa_handler = [](int) { ++alarms; };
+  ASSERT_EQ(sigaction(SIGALRM, &action, &before), 0);
+  alarms = 0;
+  switch_.answer_with([](const Bytes &request) {
+    while (alarms < 5) {
+      std::this_thread::yield();
+    }
+    return FakeSwitch::echo(request);
+  });
+  const itimerval often{{0, 1000}, {0, 1000}};
+  ASSERT_EQ(setitimer(ITIMER_REAL, &often, nullptr), 0);
+  EXPECT_TRUE(switch_answers());
+  const itimerval never{};
+  setitimer(ITIMER_REAL, &never, nullptr);
+  sigaction(SIGALRM, &before, nullptr);
+}
+
+TEST_F(ConnectionTest, a_forked_child_that_drops_the_connection_does_not_hurt_its_parent) {
+  EXPECT_TRUE(switch_answers());
+  const pid_t child = fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    stpplatform::connection().reset();
+    // Not by exiting: what the test itself has allocated is nobody's leak.
+    kill(getpid(), SIGKILL);
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(WTERMSIG(status), SIGKILL);
+  EXPECT_EQ(run_main_loop_once(), 0);
+  EXPECT_TRUE(switch_answers());
+  EXPECT_EQ(switch_.connections(), 1U);
+}
+
+TEST(BackoffTest, starts_over_after_a_reset) {
+  Backoff backoff;
+  EXPECT_TRUE(backoff.allows(0));
+  backoff.failed(1000);
+  backoff.failed(1100);
+  EXPECT_FALSE(backoff.allows(1299));
+  EXPECT_TRUE(backoff.allows(1300));
+  backoff.reset();
+  EXPECT_TRUE(backoff.allows(0));
+  backoff.failed(0);
+  EXPECT_TRUE(backoff.allows(Backoff::kFirstMs));
+}
+
+}  // namespace

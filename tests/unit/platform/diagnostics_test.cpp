@@ -1,0 +1,241 @@
+// The event history and the debug print.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <stdexcept>
+
+#include "event_history.h"
+#include "platform/evhist.h"
+#include "platform_test.h"
+#include "text_line.h"
+
+using stpplatform::EventHistory;
+
+namespace {
+
+constexpr uint32_t kClass = 0x730000;
+
+// Offers a record to the history the way the module does.
+int keep(const std::string &text, uint32_t level = 101) {
+  evhist_record record{};
+  record.level = level;
+  std::snprintf(record.text, sizeof record.text, "%s", text.c_str());
+  return evhist_hist_event(kClass, static_cast<uint32_t>(std::strlen(record.text)) + 5, &record);
+}
+
+std::vector<std::string> lines_of(std::istream &&input) {
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(input, line);) {
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+class EventHistoryTest : public testing::Test {
+ protected:
+  EventHistoryTest() : directory_((std::filesystem::temp_directory_path() / "history-XXXXXX").string()) {
+    if (mkdtemp(directory_.data()) == nullptr) {
+      throw std::runtime_error("no directory");
+    }
+    file_ = directory_ + "/history";
+    stpplatform::event_history().clear();
+  }
+  ~EventHistoryTest() override {
+    set_environment("STPPLATFORM_HISTORY_FILE", std::nullopt);
+    set_environment("STPPLATFORM_HISTORY_LEVEL", std::nullopt);
+    std::filesystem::remove_all(directory_);
+  }
+
+  std::vector<std::string> dump() const {
+    const std::string path = directory_ + "/dump";
+    FILE *file = std::fopen(path.c_str(), "w");
+    stpplatform::event_history().dump(file);
+    std::fclose(file);
+    return lines_of(std::ifstream(path));
+  }
+
+  // The lines without their times.
+  static std::vector<std::string> without_times(const std::vector<std::string> &lines) {
+    const std::string form = "dddd-dd-ddTdd:dd:dd.ddddddZ ";
+    std::vector<std::string> rest;
+    for (const std::string &line : lines) {
+      std::string time = line.substr(0, form.size());
+      std::replace_if(
+          time.begin(), time.end(), [](char c) { return c >= '0' && c <= '9'; }, 'd');
+      EXPECT_EQ(time, form) << line;
+      rest.push_back(line.substr(time.size()));
+    }
+    return rest;
+  }
+
+  std::vector<std::string> save() {
+    set_environment("STPPLATFORM_HISTORY_FILE", file_);
+    stpplatform::save_event_history();
+    return lines_of(std::ifstream(file_));
+  }
+
+  LogCapture log_;
+  std::string directory_;
+  std::string file_;
+};
+
+TEST_F(EventHistoryTest, records_come_out_as_they_went_in) {
+  EXPECT_EQ(keep("get_stpxSpanningTreeType(12) malloc failed \n", 101), 0);
+  EXPECT_EQ(keep("\nsearch(7): returning FAILURE.\n", 100), 0);
+  EXPECT_EQ(keep("", 100), 0);
+  EXPECT_EQ(without_times(dump()),
+            (std::vector<std::string>{"0x730000 101 get_stpxSpanningTreeType(12) malloc failed ",
+                                      "0x730000 100 search(7): returning FAILURE.", "0x730000 100 "}));
+}
+
+TEST_F(EventHistoryTest, a_full_history_gives_up_its_oldest_records) {
+  constexpr size_t kMore = 10;
+  for (size_t i = 0; i < EventHistory::kCapacity + kMore; ++i) {
+    ASSERT_EQ(keep(std::to_string(i)), 0);
+  }
+  const std::vector<std::string> lines = without_times(dump());
+  ASSERT_EQ(lines.size(), EventHistory::kCapacity);
+  for (size_t i = 0; i < lines.size(); ++i) {
+    ASSERT_EQ(lines[i], "0x730000 101 " + std::to_string(i + kMore));
+  }
+}
+
+TEST_F(EventHistoryTest, the_longest_text_is_kept_whole) {
+  EXPECT_EQ(keep(std::string(EVHIST_TEXT_SIZE - 1, 'x')), 0);
+  EXPECT_EQ(without_times(dump()),
+            std::vector<std::string>{"0x730000 101 " + std::string(EVHIST_TEXT_SIZE - 1, 'x')});
+}
+
+TEST_F(EventHistoryTest, what_is_no_record_is_refused) {
+  evhist_record record{};
+  std::memset(record.text, 'x', sizeof record.text);
+  EXPECT_NE(evhist_hist_event(kClass, 0, &record), 0);
+  EXPECT_NE(evhist_hist_event(kClass, 4, &record), 0);
+  EXPECT_NE(evhist_hist_event(kClass, 20, &record), 0) << "text without end";
+  EXPECT_NE(evhist_hist_event(kClass, sizeof record, &record), 0) << "text without end";
+  record.text[sizeof record.text - 1] = '\0';
+  EXPECT_NE(evhist_hist_event(kClass, sizeof record + 1, &record), 0);
+  EXPECT_NE(evhist_hist_event(kClass, sizeof record, nullptr), 0);
+  EXPECT_TRUE(dump().empty());
+}
+
+TEST_F(EventHistoryTest, no_octet_behind_the_record_is_read) {
+  const auto record = std::make_unique<uint8_t[]>(7);
+  std::memcpy(record.get(), "\x65\0\0\0ab", 7);
+  EXPECT_EQ(evhist_hist_event(kClass, 7, record.get()), 0);
+  EXPECT_EQ(without_times(dump()), std::vector<std::string>{"0x730000 101 ab"});
+}
+
+TEST_F(EventHistoryTest, the_level_decides_what_is_kept) {
+  const auto kept = [](uint32_t event_class, uint32_t level) {
+    return evhist_hist_event_subtype_check(event_class, level) == 0;
+  };
+  set_environment("STPPLATFORM_HISTORY_LEVEL", std::nullopt);
+  EXPECT_TRUE(kept(kClass, 100));
+  EXPECT_TRUE(kept(kClass, 101));
+  EXPECT_FALSE(kept(kClass, 102));
+  EXPECT_FALSE(kept(kClass + 1, 100));
+  set_environment("STPPLATFORM_HISTORY_LEVEL", "100");
+  EXPECT_TRUE(kept(kClass, 100));
+  EXPECT_FALSE(kept(kClass, 101));
+  set_environment("STPPLATFORM_HISTORY_LEVEL", "0");
+  EXPECT_FALSE(kept(kClass, 0));
+  EXPECT_FALSE(kept(kClass, 100));
+}
+
+TEST_F(EventHistoryTest, is_saved_for_its_owner_alone_in_place_of_an_older_one) {
+  umask(0);
+  keep("one");
+  keep("two");
+  EXPECT_EQ(without_times(save()), (std::vector<std::string>{"0x730000 101 one", "0x730000 101 two"}));
+  struct stat status {};
+  ASSERT_EQ(stat(file_.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777U, 0600U);
+  stpplatform::event_history().clear();
+  keep("three");
+  EXPECT_EQ(without_times(save()), std::vector<std::string>{"0x730000 101 three"});
+}
+
+TEST_F(EventHistoryTest, is_not_saved_where_nobody_asked_for_it) {
+  keep("one");
+  set_environment("STPPLATFORM_HISTORY_FILE", std::nullopt);
+  stpplatform::save_event_history();
+  EXPECT_TRUE(std::filesystem::is_empty(directory_));
+}
+
+TEST_F(EventHistoryTest, follows_no_link_and_writes_into_nothing_but_a_file) {
+  keep("one");
+  const std::string other = directory_ + "/other";
+  std::ofstream(other) << "precious";
+  std::filesystem::create_symlink(other, file_);
+  save();
+  std::filesystem::remove(file_);
+  std::filesystem::create_hard_link(other, file_);
+  save();
+  std::filesystem::remove(file_);
+  EXPECT_EQ(lines_of(std::ifstream(other)), std::vector<std::string>{"precious"});
+  ASSERT_EQ(mkfifo(file_.c_str(), 0600), 0);
+  set_environment("STPPLATFORM_HISTORY_FILE", file_);
+  stpplatform::save_event_history();
+  std::filesystem::remove(file_);
+  std::filesystem::create_directory(file_);
+  stpplatform::save_event_history();
+  set_environment("STPPLATFORM_HISTORY_FILE", directory_ + "/nowhere/history");
+  stpplatform::save_event_history();
+  const std::vector<std::string> log = LogCapture::take();
+  ASSERT_EQ(log.size(), 5U);
+  EXPECT_EQ(log.back(),
+            "stpplatform: " + directory_ +
+                "/nowhere/history: the event history cannot be written: No such file or directory\n");
+}
+
+TEST(DebugPrintTest, the_level_decides_what_is_printed) {
+  set_environment("STPPLATFORM_DEBUG_LEVEL", std::nullopt);
+  EXPECT_EQ(evhist_chk_int(0, 0, 0, 1), 0);
+  EXPECT_EQ(evhist_chk_int(100, 0, 0, 1), 0);
+  set_environment("STPPLATFORM_DEBUG_LEVEL", "100");
+  EXPECT_NE(evhist_chk_int(100, 0, 0, 1), 0);
+  EXPECT_EQ(evhist_chk_int(101, 0, 0, 1), 0);
+  set_environment("STPPLATFORM_DEBUG_LEVEL", "101");
+  EXPECT_NE(evhist_chk_int(101, 0, 0, 1), 0);
+  set_environment("STPPLATFORM_DEBUG_LEVEL", std::nullopt);
+}
+
+TEST(DebugPrintTest, every_text_is_one_line_of_the_agents_log) {
+  LogCapture log;
+  dbgprint(1, evhist_dbg_modname, 0, "\n%s(%d): returning\n", "search", 12);
+  dbgprint(1, evhist_dbg_modname, 0, "one\ntwo\n\n");
+  dbgprint(1, evhist_dbg_modname, 0, "%s", "100%s of it");
+  dbgprint(1, evhist_dbg_modname, 0, "\n");
+  EXPECT_EQ(LogCapture::take(),
+            (std::vector<std::string>{"STPSNMP: search(12): returning\n", "STPSNMP: one two\n",
+                                      "STPSNMP: 100%s of it\n", "STPSNMP: \n"}));
+}
+
+TEST(DebugPrintTest, long_texts_are_printed_whole) {
+  LogCapture log;
+  const std::string text = std::string(20000, 'x') + "end";
+  dbgprint(1, evhist_dbg_modname, 0, "%s\n", text.c_str());
+  EXPECT_EQ(LogCapture::take(), std::vector<std::string>{"STPSNMP: " + text + "\n"});
+}
+
+TEST(DebugPrintTest, nothing_is_printed_of_nothing) {
+  LogCapture log;
+  const char *volatile nothing = nullptr;
+  dbgprint(1, nothing, 0, "text");
+  EXPECT_TRUE(LogCapture::take().empty());
+}
+
+TEST(TextLineTest, control_characters_become_blanks) {
+  char text[] = "\r\n\na\tb\nc\x7F\x1B[1md\n\r\n";
+  EXPECT_STREQ(stpplatform::make_line(text), "a b c  [1md");
+  char empty[] = "";
+  EXPECT_STREQ(stpplatform::make_line(empty), "");
+}
+
+}  // namespace

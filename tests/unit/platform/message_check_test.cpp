@@ -1,0 +1,248 @@
+// Replies that are not what they should be, one by one and by the thousand.
+#include "message_check.h"
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <random>
+#include <string>
+
+#include "mutation.h"
+#include "platform_test.h"
+
+namespace wire = stpplatform::wire;
+using stpplatform::ReplyAttributes;
+
+namespace {
+
+constexpr uint32_t kSequence = 7;
+constexpr size_t kFirstHead = sizeof(wire::Reply);
+constexpr size_t kFirstValue = kFirstHead + sizeof(wire::AttributeHead);
+constexpr size_t kLengthInHead = offsetof(wire::AttributeHead, length);
+
+Bytes ranges_of(uint32_t count, size_t present) {
+  Bytes value(8 + 8 * present);
+  put32(&value, 4, count);
+  return value;
+}
+
+Bytes typical_reply() {
+  return make_reply_packet(kSequence, CMD_OK,
+                           {{0x1402B00B, bytes_of(1)},
+                            {0x3002B002, {'r', 'e', 'g', 'i', 'o', 'n', '1'}},
+                            {0x0F020001, {1, 2, 3, 4, 5, 6}},
+                            {0x13020002, ranges_of(2, 2)},
+                            {0x3002B005, {}}});
+}
+
+// Checks a copy in memory of just that size, so that reading beyond it is caught.
+cmd_result check(const Bytes &packet, cmd_result *status, ReplyAttributes *attributes) {
+  static std::unique_ptr<uint8_t[]> copy;
+  copy = std::make_unique<uint8_t[]>(packet.size());
+  std::copy(packet.begin(), packet.end(), copy.get());
+  return stpplatform::check_reply(copy.get(), packet.size(), kSequence, status, attributes);
+}
+
+cmd_result check(const Bytes &packet) {
+  cmd_result status = CMD_OK;
+  ReplyAttributes attributes{};
+  return check(packet, &status, &attributes);
+}
+
+void fix_length(Bytes *packet) {
+  put32(packet, offsetof(wire::MessageHeader, length), static_cast<uint32_t>(packet->size()));
+}
+
+struct BadReply {
+  const char *name;
+  std::function<void(Bytes *)> damage;
+};
+
+// Keeps addresses out of the names of the tests.
+void PrintTo(const BadReply &parameter, std::ostream *out) { *out << parameter.name; }
+
+const BadReply kBadReplies[] = {
+    {"empty", [](Bytes *reply) { reply->clear(); }},
+    {"shorter_than_a_head", [](Bytes *reply) { reply->resize(sizeof(wire::Reply) - 1); }},
+    {"another_magic", [](Bytes *reply) { put32(reply, 0, 0); }},
+    {"another_version", [](Bytes *reply) { (*reply)[offsetof(wire::MessageHeader, version)] = 2; }},
+    {"another_type", [](Bytes *reply) { (*reply)[offsetof(wire::MessageHeader, type)] = 2; }},
+    {"length_too_small",
+     [](Bytes *reply) {
+       put32(reply, offsetof(wire::MessageHeader, length), static_cast<uint32_t>(reply->size() - 4));
+     }},
+    {"length_too_large", [](Bytes *reply) { reply->pop_back(); }},
+    {"another_sequence",
+     [](Bytes *reply) { put32(reply, offsetof(wire::MessageHeader, sequence), kSequence - 1); }},
+    {"status_of_the_library", [](Bytes *reply) { *reply = make_reply_packet(kSequence, CMD_TIMEOUT); }},
+    {"unknown_status", [](Bytes *reply) { *reply = make_reply_packet(kSequence, CMD_REFUSED + 1); }},
+    {"refusal_with_attributes",
+     [](Bytes *reply) { put32(reply, offsetof(wire::Reply, status), CMD_NO_ENTRY); }},
+    {"refusal_with_a_count_alone",
+     [](Bytes *reply) {
+       *reply = make_reply_packet(kSequence, CMD_NO_ENTRY);
+       put32(reply, offsetof(wire::Reply, attribute_count), 1);
+     }},
+    {"more_attributes_counted",
+     [](Bytes *reply) { put32(reply, offsetof(wire::Reply, attribute_count), 6); }},
+    {"fewer_attributes_counted",
+     [](Bytes *reply) { put32(reply, offsetof(wire::Reply, attribute_count), 4); }},
+    {"countless_attributes",
+     [](Bytes *reply) { put32(reply, offsetof(wire::Reply, attribute_count), UINT32_MAX); }},
+    {"unknown_token_type", [](Bytes *reply) { put32(reply, kFirstHead, 0x7F020001); }},
+    {"number_too_long", [](Bytes *reply) { put32(reply, kFirstHead + kLengthInHead, 8); }},
+    {"number_too_short", [](Bytes *reply) { put32(reply, kFirstHead + kLengthInHead, 3); }},
+    {"value_longer_than_the_message",
+     [](Bytes *reply) {
+       *reply = make_reply_packet(kSequence, CMD_OK, {{0x30020001, {1, 2, 3, 4}}});
+       put32(reply, kFirstHead + kLengthInHead, 5);
+     }},
+    {"value_of_wrapping_length",
+     [](Bytes *reply) {
+       *reply = make_reply_packet(kSequence, CMD_OK, {{0x30020001, {1, 2, 3, 4}}});
+       put32(reply, kFirstHead + kLengthInHead, UINT32_MAX);
+     }},
+    {"missing_padding",
+     [](Bytes *reply) {
+       *reply = make_reply_packet(kSequence, CMD_OK, {{0x30020001, {1, 2, 3, 4, 5}}});
+       reply->resize(kFirstValue + 5);
+       fix_length(reply);
+     }},
+    {"octets_beyond_the_limit",
+     [](Bytes *reply) {
+       *reply = make_reply_packet(kSequence, CMD_OK, {{0x30020001, Bytes(CMD_ATTR_VALUE_MAX + 1)}});
+     }},
+    {"ranges_beyond_the_limit",
+     [](Bytes *reply) {
+       *reply = make_reply_packet(kSequence, CMD_OK, {{0x13020001, ranges_of(128, 128)}});
+     }},
+    {"fewer_ranges_than_counted",
+     [](Bytes *reply) {
+       *reply = make_reply_packet(kSequence, CMD_OK, {{0x13020001, ranges_of(3, 2)}});
+     }},
+    {"more_ranges_than_counted",
+     [](Bytes *reply) {
+       *reply = make_reply_packet(kSequence, CMD_OK, {{0x13020001, ranges_of(1, 2)}});
+     }},
+    {"countless_ranges",
+     [](Bytes *reply) {
+       *reply = make_reply_packet(kSequence, CMD_OK, {{0x13020001, ranges_of(0x20000000, 0)}});
+     }},
+    {"half_a_range_list",
+     [](Bytes *reply) {
+       *reply = make_reply_packet(kSequence, CMD_OK, {{0x13020001, Bytes(4)}});
+     }},
+    {"octets_behind_the_last_attribute",
+     [](Bytes *reply) {
+       reply->resize(reply->size() + 4);
+       fix_length(reply);
+     }},
+};
+
+class BadReplyTest : public testing::TestWithParam<BadReply> {};
+
+TEST_P(BadReplyTest, is_refused) {
+  Bytes reply = typical_reply();
+  GetParam().damage(&reply);
+  EXPECT_EQ(check(reply), CMD_BAD_REPLY);
+}
+
+INSTANTIATE_TEST_SUITE_P(replies, BadReplyTest, testing::ValuesIn(kBadReplies),
+                         [](const auto &parameter) { return std::string(parameter.param.name); });
+
+TEST(ReplyCheckTest, a_good_reply_is_taken_whole) {
+  const Bytes reply = typical_reply();
+  cmd_result status = CMD_REFUSED;
+  ReplyAttributes attributes{};
+  ASSERT_EQ(check(reply, &status, &attributes), CMD_OK);
+  EXPECT_EQ(status, CMD_OK);
+  EXPECT_EQ(attributes.size, reply.size() - sizeof(wire::Reply));
+}
+
+TEST(ReplyCheckTest, values_of_the_longest_length_are_taken) {
+  EXPECT_EQ(check(make_reply_packet(kSequence, CMD_OK, {{0x30020001, Bytes(CMD_ATTR_VALUE_MAX)}})), CMD_OK);
+  EXPECT_EQ(check(make_reply_packet(kSequence, CMD_OK, {{0x13020001, ranges_of(127, 127)}})), CMD_OK);
+}
+
+TEST(ReplyCheckTest, no_damaged_reply_is_read_beyond_its_end) {
+  constexpr uint32_t kSeed = 20817;
+  constexpr int kCases = 50000;
+  RecordProperty("seed", kSeed);
+  Random random = seeded(kSeed);
+  int taken = 0;
+  for (int i = 0; i < kCases; ++i) {
+    SCOPED_TRACE("seed " + std::to_string(kSeed) + ", case " + std::to_string(i));
+    Bytes reply = typical_reply();
+    mutate(&reply, &random);
+    cmd_result status = CMD_OK;
+    ReplyAttributes attributes{};
+    if (check(reply, &status, &attributes) != CMD_OK) {
+      continue;
+    }
+    ++taken;
+    wire::AttributeReader reader(attributes.begin, attributes.size);
+    wire::Attribute attribute;
+    while (reader.next(&attribute)) {
+      ASSERT_LE(attribute.length, static_cast<uint32_t>(CMD_ATTR_VALUE_MAX));
+      ASSERT_TRUE(wire::length_fits_type(attribute.token, attribute.value, attribute.length));
+    }
+    ASSERT_TRUE(reader.at_end());
+  }
+  EXPECT_GT(taken, 0);
+  EXPECT_LT(taken, kCases / 2);
+}
+
+class DamagedReplyTest : public PlatformTest {};
+
+TEST_F(DamagedReplyTest, none_of_thousands_confuses_the_next_request) {
+  constexpr uint32_t kSeed = 4711;
+  constexpr int kCases = 3000;
+  RecordProperty("seed", kSeed);
+  Random random = seeded(kSeed);
+  const size_t descriptors = open_descriptors();
+  for (int i = 0; i < kCases; ++i) {
+    SCOPED_TRACE("seed " + std::to_string(kSeed) + ", case " + std::to_string(i));
+    switch_.answer_with([&](const Bytes &request) {
+      Bytes reply = FakeSwitch::echo(request).packets.front();
+      mutate(&reply, &random);
+      return Answer{{reply}};
+    });
+    const int result = ask(1);
+    ASSERT_TRUE(result == CMD_OK || result == CMD_BAD_REPLY || result == CMD_UNREACHABLE ||
+                (result >= CMD_UNKNOWN_COMMAND && result <= CMD_REFUSED))
+        << result;
+    switch_.answer_with(FakeSwitch::echo);
+    wait_for_backoff();
+    ASSERT_TRUE(switch_answers());
+    if (i % 100 == 0) {
+      // This end of dropped connections is kept, and counts.
+      switch_.close_connections();
+      run_main_loop_once();
+      ASSERT_EQ(open_descriptors(), descriptors);
+    }
+  }
+}
+
+TEST_F(DamagedReplyTest, no_damaged_greeting_is_believed) {
+  constexpr uint32_t kSeed = 99;
+  constexpr int kCases = 2000;
+  RecordProperty("seed", kSeed);
+  Random random = seeded(kSeed);
+  const Greeting good = switch_.good_greeting();
+  for (int i = 0; i < kCases; ++i) {
+    SCOPED_TRACE("seed " + std::to_string(kSeed) + ", case " + std::to_string(i));
+    Greeting damaged = good;
+    while (damaged.packet == good.packet || damaged.packet.empty()) {
+      damaged.packet = good.packet;
+      mutate(&damaged.packet, &random);
+    }
+    switch_.greet_with(damaged);
+    ASSERT_EQ(ask(1), CMD_BAD_REPLY);
+    wait_for_backoff();
+    switch_.close_connections();
+  }
+  switch_.greet_with(good);
+  EXPECT_TRUE(switch_answers());
+}
+
+}  // namespace

@@ -1,0 +1,120 @@
+// The VLANs of MST instances in replies that carry the MST configuration.
+#include <cstring>
+
+#include "platform/cmd.h"
+#include "platform/stp.h"
+#include "platform_test.h"
+#include "wire/mst_vlan_map.h"
+
+namespace wire = stpplatform::wire;
+
+namespace {
+
+constexpr uint32_t kRegionQuery = 112;
+constexpr uint16_t kUntouched = 0xABCD;
+
+AttributeValue vlan_map(uint16_t instance, uint16_t vlan) {
+  Bytes value(wire::kMstVlanMapSize);
+  value[0] = static_cast<uint8_t>(instance >> 8);
+  value[1] = static_cast<uint8_t>(instance);
+  add_vlan(value.data() + 2, vlan);
+  return {wire::kMstVlanMapToken, value};
+}
+
+class MstVlanMapTest : public PlatformTest {
+ protected:
+  ~MstVlanMapTest() override { cmd_snmp_free_rx_hndl(reply_); }
+
+  void receive(const std::vector<AttributeValue> &attributes) {
+    switch_.answer_with([attributes](const Bytes &request) {
+      const uint32_t sequence = get32(request, offsetof(wire::MessageHeader, sequence));
+      return Answer{{make_reply_packet(sequence, CMD_OK, attributes)}};
+    });
+    alignas(max_align_t) uint8_t buffer[512];
+    void *request = cmd_req_init(buffer, sizeof buffer);
+    cmd_req_cmdId_set(request, kRegionQuery);
+    ASSERT_EQ(cmd_snmp_req_send_recv(wire::kStpDestination, wire::kStpService, request, "", 1, &reply_, 0),
+              CMD_OK);
+  }
+
+  // The instance found, and whether just VLAN `vlan` is mapped to it.
+  void expect_found(uint32_t action, uint16_t asked, uint16_t found, uint16_t vlan) {
+    uint16_t instance = asked;
+    stp_vlan_bmp vlans{0, {}};
+    uint8_t expected[STP_VLAN_BITMAP_SIZE] = {};
+    add_vlan(expected, vlan);
+    EXPECT_EQ(stp_get_mst_vlan_bmp(reply_, action, &instance, &vlans), CMD_OK) << asked;
+    EXPECT_EQ(instance, found);
+    EXPECT_EQ(vlans.size, static_cast<uint32_t>(STP_VLAN_BITMAP_SIZE));
+    EXPECT_EQ(std::memcmp(vlans.bits, expected, sizeof expected), 0);
+  }
+
+  void expect_failure(uint32_t action, uint16_t asked, int result) {
+    uint16_t instance = asked;
+    stp_vlan_bmp vlans{kUntouched, {}};
+    EXPECT_EQ(stp_get_mst_vlan_bmp(reply_, action, &instance, &vlans), result) << asked;
+    EXPECT_EQ(instance, asked);
+    EXPECT_EQ(vlans.size, static_cast<uint32_t>(kUntouched));
+  }
+
+  void *reply_ = nullptr;
+};
+
+TEST_F(MstVlanMapTest, get_finds_exactly_the_instance) {
+  receive({{0x3002B002, {'r'}},
+           vlan_map(0, 1),
+           vlan_map(5, 10),
+           {0x1402B003, bytes_of(1)},
+           vlan_map(4094, 4094)});
+  expect_found(CMD_ACTION_GET, 0, 0, 1);
+  expect_found(CMD_ACTION_GET, 5, 5, 10);
+  expect_found(CMD_ACTION_GET, 4094, 4094, 4094);
+  expect_failure(CMD_ACTION_GET, 4, CMD_NO_ENTRY);
+}
+
+TEST_F(MstVlanMapTest, get_next_finds_the_one_after_it) {
+  receive({vlan_map(0, 1), vlan_map(5, 10), vlan_map(4094, 4094)});
+  expect_found(CMD_ACTION_GET_NEXT, 0, 5, 10);
+  expect_found(CMD_ACTION_GET_NEXT, 4, 5, 10);
+  expect_found(CMD_ACTION_GET_NEXT, 5, 4094, 4094);
+  expect_failure(CMD_ACTION_GET_NEXT, 4094, CMD_NO_ENTRY);
+  expect_failure(CMD_ACTION_GET_NEXT, 65535, CMD_NO_ENTRY);
+}
+
+TEST_F(MstVlanMapTest, a_reply_without_maps_has_no_instance) {
+  receive({{0x3002B002, {'r'}}});
+  expect_failure(CMD_ACTION_GET, 0, CMD_NO_ENTRY);
+  expect_failure(CMD_ACTION_GET_NEXT, 0, CMD_NO_ENTRY);
+}
+
+TEST_F(MstVlanMapTest, a_map_of_another_length_is_refused) {
+  AttributeValue cut = vlan_map(5, 10);
+  cut.value.pop_back();
+  receive({cut});
+  expect_failure(CMD_ACTION_GET, 5, CMD_BAD_REPLY);
+}
+
+TEST_F(MstVlanMapTest, all_instances_that_a_region_can_have_fit_into_a_reply) {
+  std::vector<AttributeValue> maps;
+  for (uint16_t instance = 0; instance <= 64; ++instance) {
+    maps.push_back(vlan_map(instance, instance));
+  }
+  receive(maps);
+  for (uint16_t instance = 0; instance < 64; ++instance) {
+    expect_found(CMD_ACTION_GET_NEXT, instance, static_cast<uint16_t>(instance + 1),
+                 static_cast<uint16_t>(instance + 1));
+  }
+}
+
+TEST_F(MstVlanMapTest, arguments_are_checked) {
+  receive({vlan_map(5, 10)});
+  uint16_t instance = 5;
+  stp_vlan_bmp vlans{};
+  EXPECT_EQ(stp_get_mst_vlan_bmp(nullptr, CMD_ACTION_GET, &instance, &vlans), CMD_INVALID_ARGUMENT);
+  EXPECT_EQ(stp_get_mst_vlan_bmp(&vlans, CMD_ACTION_GET, &instance, &vlans), CMD_INVALID_ARGUMENT);
+  EXPECT_EQ(stp_get_mst_vlan_bmp(reply_, 2, &instance, &vlans), CMD_INVALID_ARGUMENT);
+  EXPECT_EQ(stp_get_mst_vlan_bmp(reply_, CMD_ACTION_GET, nullptr, &vlans), CMD_INVALID_ARGUMENT);
+  EXPECT_EQ(stp_get_mst_vlan_bmp(reply_, CMD_ACTION_GET, &instance, nullptr), CMD_INVALID_ARGUMENT);
+}
+
+}  // namespace

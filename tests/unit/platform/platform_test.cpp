@@ -1,0 +1,118 @@
+#include "platform_test.h"
+
+#include <net-snmp/net-snmp-config.h>
+//
+#include <net-snmp/net-snmp-includes.h>
+//
+#include <net-snmp/library/fd_event_manager.h>
+#include <poll.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+
+#include "connection.h"
+#include "platform/cmd.h"
+#include "settings.h"
+
+namespace {
+
+std::vector<std::string> log_lines;
+
+int on_log(int, int, void *message, void *) {
+  log_lines.emplace_back(static_cast<snmp_log_message *>(message)->msg);
+  return 0;
+}
+
+}  // namespace
+
+void set_environment(const char *variable, const std::optional<std::string> &value) {
+  if (value) {
+    setenv(variable, value->c_str(), 1);
+  } else {
+    unsetenv(variable);
+  }
+  stpplatform::read_settings();
+}
+
+LogCapture::LogCapture() {
+  log_lines.clear();
+  snmp_disable_stderrlog();
+  snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_LOGGING, on_log, nullptr);
+  snmp_enable_calllog();
+}
+
+LogCapture::~LogCapture() {
+  snmp_disable_calllog();
+  snmp_unregister_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_LOGGING, on_log, nullptr, 1);
+}
+
+std::vector<std::string> LogCapture::take() { return std::exchange(log_lines, {}); }
+
+int watched_descriptors() { return external_readfdlen; }
+
+size_t open_descriptors() {
+  const std::filesystem::directory_iterator all("/proc/self/fd");
+  return static_cast<size_t>(std::distance(begin(all), end(all)));
+}
+
+int run_main_loop_once() {
+  int ran = 0;
+  for (int i = external_readfdlen - 1; i >= 0; --i) {
+    pollfd entry{external_readfd[i], POLLIN, 0};
+    if (poll(&entry, 1, 0) > 0) {
+      external_readfdfunc[i](external_readfd[i], external_readfd_data[i]);
+      ++ran;
+    }
+  }
+  return ran;
+}
+
+int ask(uint32_t command, uint32_t *echo) {
+  alignas(max_align_t) uint8_t buffer[512];
+  void *request = cmd_req_init(buffer, sizeof buffer);
+  cmd_req_cmdId_set(request, command);
+  cmd_req_action_set(request, CMD_ACTION_GET);
+  void *reply = nullptr;
+  const int result = cmd_snmp_req_send_recv(
+      stpplatform::wire::kStpDestination, stpplatform::wire::kStpService, request, "operator", 1, &reply, 0);
+  EXPECT_EQ(result == CMD_OK, reply != nullptr);
+  void *value = nullptr;
+  uint32_t length = 0;
+  if (echo != nullptr && cmd_rsp_attr_get(reply, FakeSwitch::kEchoToken, &value, &length) == CMD_OK) {
+    std::memcpy(echo, value, sizeof *echo);
+  }
+  cmd_snmp_free_rx_hndl(reply);
+  return result;
+}
+
+PlatformTest::PlatformTest() {
+  set_environment("STPPLATFORM_SOCKET", switch_.path());
+  set_deadline_ms(kPatientMs);
+  stpplatform::connection().reset();
+  LogCapture::take();
+}
+
+PlatformTest::~PlatformTest() {
+  stpplatform::connection().reset();
+  set_environment("STPPLATFORM_SOCKET", std::nullopt);
+  set_environment("STPPLATFORM_DEADLINE_MS", std::nullopt);
+}
+
+void PlatformTest::set_deadline_ms(uint32_t ms) {
+  set_environment("STPPLATFORM_DEADLINE_MS", std::to_string(ms));
+}
+
+testing::AssertionResult PlatformTest::switch_answers() {
+  static uint32_t command = 0;
+  ++command;
+  uint32_t echo = 0;
+  const int result = ask(command, &echo);
+  if (result != CMD_OK) {
+    return testing::AssertionFailure() << "result " << result;
+  }
+  if (echo != command) {
+    return testing::AssertionFailure() << "answer " << echo << " to " << command;
+  }
+  return testing::AssertionSuccess();
+}
