@@ -1,0 +1,46 @@
+#include "query/reply.h"
+
+#include <cstring>
+
+namespace stpsnmp::query {
+namespace {
+
+constexpr int kNoValue = -1;
+
+// Finds a value that must be there when it is `needed` or has a length.
+int find(void *handle, Token token, bool needed, Octets *value) {
+  void *data = nullptr;
+  uint32_t length = 0;
+  const int result = cmd_rsp_attr_get(handle, static_cast<uint32_t>(token), &data, &length);
+  if (result != 0) {
+    return result;
+  }
+  if (data == nullptr && (needed || length != 0)) {
+    return kNoValue;
+  }
+  *value = {data, length};
+  return 0;
+}
+
+}  // namespace
+
+int Reply::read_number(Token token, uint32_t *number) const {
+  Octets value;
+  const int result = find(handle_, token, true, &value);
+  if (result == 0) {
+    // The library promises the length, but no alignment.
+    std::memcpy(number, value.data, sizeof *number);
+  }
+  return result;
+}
+
+int Reply::read_octets(Token token, Octets *octets) const { return find(handle_, token, false, octets); }
+
+void Reply::release() {
+  if (handle_ != nullptr) {
+    cmd_snmp_free_rx_hndl(handle_);
+    handle_ = nullptr;
+  }
+}
+
+}  // namespace stpsnmp::query

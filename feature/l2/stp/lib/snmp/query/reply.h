@@ -1,0 +1,40 @@
+// The spanning-tree process's reply to a request.
+#pragma once
+
+#include <cstdint>
+
+#include "query/protocol.h"
+
+namespace stpsnmp::query {
+
+// A byte string of a reply; it lives as long as the reply.
+struct Octets {
+  const void *data;
+  uint32_t length;
+};
+
+// Owns the reply and releases it.
+class Reply {
+ public:
+  Reply() = default;
+  ~Reply() { release(); }
+  Reply(const Reply &) = delete;
+  Reply &operator=(const Reply &) = delete;
+
+  explicit operator bool() const { return handle_ != nullptr; }
+
+  // Where the command library stores the handle.
+  void **out() { return &handle_; }
+
+  // Read an attribute. Return 0; the command library's code where the reply does not hold it; -1 where the
+  // library finds it and has no value. A failure leaves the output as it was.
+  int read_number(Token token, uint32_t *number) const;
+  int read_octets(Token token, Octets *octets) const;
+
+  void release();
+
+ private:
+  void *handle_ = nullptr;
+};
+
+}  // namespace stpsnmp::query

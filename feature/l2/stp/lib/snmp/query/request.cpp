@@ -1,0 +1,40 @@
+#include "query/request.h"
+
+#include <cstdlib>
+
+#include "diagnostics.h"
+#include "platform/agent_ext.h"
+
+namespace stpsnmp::query {
+namespace {
+
+constexpr uint32_t kRequestBufferSize = 16000;
+
+}  // namespace
+
+Request::Request(Command command, Action action, CallSite caller) : buffer_(malloc(kRequestBufferSize)) {
+  if (buffer_ == nullptr) {
+    STP_LOG(diagnostics::kTrace, "%s(%d) malloc failed \n", caller.function, caller.line);
+    return;
+  }
+  handle_ = cmd_req_init(buffer_, kRequestBufferSize);
+  cmd_req_cmdId_set(handle_, static_cast<uint32_t>(command));
+  cmd_req_action_set(handle_, static_cast<uint32_t>(action));
+}
+
+Request::~Request() { free(buffer_); }
+
+void Request::add(Token token, const void *value) {
+  const auto number = static_cast<uint32_t>(token);
+  const uint32_t length = token_type_2len(number, value);
+  cmd_req_attr_add(handle_, number, value, length);
+}
+
+int Request::send(Reply *reply) {
+  // The session is asked for before the user.
+  const uint32_t session = get_snmp_sessionid(0);
+  const char *user = get_snmp_username(0);
+  return cmd_snmp_req_send_recv(kDestination, kService, handle_, user, session, reply->out(), 0);
+}
+
+}  // namespace stpsnmp::query

@@ -1,0 +1,37 @@
+// A request to the spanning-tree process, made on behalf of the SNMP user being served.
+#pragma once
+
+#include <cstdint>
+
+#include "call_site.h"
+#include "query/protocol.h"
+#include "query/reply.h"
+
+namespace stpsnmp::query {
+
+// Owns the request buffer and frees it at the end of its scope: end that scope after the send, before the
+// reply is read.
+class Request {
+ public:
+  // Allocates the buffer and names command and action. Where memory is short, that is logged for `caller`,
+  // and the request is false.
+  Request(Command command, Action action, CallSite caller);
+  ~Request();
+  Request(const Request &) = delete;
+  Request &operator=(const Request &) = delete;
+
+  explicit operator bool() const { return buffer_ != nullptr; }
+
+  // Adds a key attribute; the command library knows the length of its value.
+  void add(Token token, const void *value);
+
+  // Sends the request and waits for the reply. Returns 0, or the command library's code; after a success the
+  // reply may still be empty.
+  int send(Reply *reply);
+
+ private:
+  void *buffer_;
+  void *handle_ = nullptr;
+};
+
+}  // namespace stpsnmp::query

@@ -1,0 +1,66 @@
+#include "stp_extensions_mib.h"
+
+#include "agent.h"
+#include "diagnostics.h"
+#include "notifications.h"
+#include "registration.h"
+#include "trap_enable.h"
+
+using stpsnmp::diagnostics::kTrace;
+
+namespace {
+
+// Notification classes of the spanning-tree process.
+constexpr uint32_t kInconsistencyClass = 17421;
+constexpr uint32_t kLoopInconsistencyClass = 17422;
+constexpr uint32_t kRootInconsistencyClass = 17423;
+
+// Where a failed registration is reported to have happened.
+constexpr char kSourceFile[] = "../feature/l2/stp/lib/snmp/stp_extensions_mib";
+constexpr int kRegistrationLine = 926;
+
+// The agent's own pair of debug calls for one message.
+#define AGENT_DEBUG(token, ...)        \
+  do {                                 \
+    debugmsgtoken(token, __VA_ARGS__); \
+    debugmsg(token, __VA_ARGS__);      \
+  } while (false)
+
+void report_failed_registration(const char *function) {
+  if (snmp_get_do_debugging()) {
+    AGENT_DEBUG("trace", "%s(): %s, %d:\n", function, kSourceFile, kRegistrationLine);
+    AGENT_DEBUG("register_mib", "%s registration failed\n", stpsnmp::kModuleName);
+  }
+}
+
+// A trap that the setting does not name keeps the notification service's default.
+void enable_if_configured(uint32_t notification_class, stpsnmp::TrapClass trap) {
+  if (stpsnmp::stp_trap_enable_configured(trap) == 1) {
+    set_notification_enable_disable_status(notification_class, 1);
+  }
+}
+
+}  // namespace
+
+void init_stp_extensions_mib(void) {
+  STP_LOG(kTrace, "%s: registering VANTREL-STP-EXTENSIONS-MIB ....\n", __func__);
+  if (stpsnmp::register_objects() != MIB_REGISTERED_OK) {
+    report_failed_registration(__func__);
+  }
+
+  register_for_notification(kInconsistencyClass, handle_noti_stpxInconsistencyUpdate);
+  register_for_notification(kLoopInconsistencyClass, handle_noti_stpxLoopInconsistencyUpdate);
+  register_for_notification(kRootInconsistencyClass, handle_noti_stpxRootInconsistencyUpdate);
+
+  enable_if_configured(kInconsistencyClass, stpsnmp::kInconsistencyTrap);
+  enable_if_configured(kRootInconsistencyClass, stpsnmp::kRootInconsistencyTrap);
+  enable_if_configured(kLoopInconsistencyClass, stpsnmp::kLoopInconsistencyTrap);
+}
+
+int deinit_stp_extensions_mib(void) {
+  STP_LOG(kTrace, "%s: unregistering VANTREL-STP-EXTENSIONS-MIB ...\n", __func__);
+  stpsnmp::unregister_objects();
+  unregister_for_notification(kInconsistencyClass);
+  unregister_for_notification(kLoopInconsistencyClass);
+  return unregister_for_notification(kRootInconsistencyClass);
+}

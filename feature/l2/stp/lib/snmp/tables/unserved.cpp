@@ -1,0 +1,17 @@
+// Lookup handlers of tables that are registered and do not answer yet: no such instance, whatever is asked.
+#include "lookup_handlers.h"
+
+#define UNSERVED_TABLE(handler) \
+  u_char *handler(struct variable *, oid *, size_t *, int, size_t *, WriteMethod **) { return nullptr; }
+
+UNSERVED_TABLE(get_stpxInconsistencyTable)
+UNSERVED_TABLE(get_stpxLoopGuardConfigTable)
+UNSERVED_TABLE(get_stpxLoopInconsistencyTable)
+UNSERVED_TABLE(get_stpxPVSTVlanTable)
+UNSERVED_TABLE(get_stpxRootGuardConfigTable)
+UNSERVED_TABLE(get_stpxRootInconsistencyTable)
+UNSERVED_TABLE(get_stpxRPVSTPortTable)
+UNSERVED_TABLE(get_stpxRSTPPortRoleTable)
+UNSERVED_TABLE(get_stpxRSTPPortTable)
+UNSERVED_TABLE(get_stpxSMSTInstanceTable)
+UNSERVED_TABLE(get_stpxSMSTPortTable)
