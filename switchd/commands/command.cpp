@@ -1,0 +1,15 @@
+#include "commands/command.h"
+
+#include <algorithm>
+
+namespace stpswitch {
+
+bool has_keys(const CommandRequest &request, std::initializer_list<Key> expected) {
+  std::vector<Key> keys;
+  for (const auto &attribute : request.keys) {
+    keys.push_back(static_cast<Key>(attribute.token));
+  }
+  return std::is_permutation(keys.begin(), keys.end(), expected.begin(), expected.end());
+}
+
+}  // namespace stpswitch

@@ -1,0 +1,29 @@
+// What a command is: a function that looks at a request's action and keys and answers from the switch. Each
+// command stands in a file of its own; dispatch.cpp knows them all.
+#pragma once
+
+#include <initializer_list>
+#include <vector>
+
+#include "commands/protocol.h"
+#include "commands/reply_builder.h"
+#include "model/switch.h"
+#include "platform/cmd.h"
+#include "wire/attributes.h"
+
+namespace stpswitch {
+
+struct CommandRequest {
+  cmd_action action;
+  std::vector<stpplatform::wire::Attribute> keys;
+};
+
+// True when the request's keys are exactly these, in any order.
+bool has_keys(const CommandRequest &request, std::initializer_list<Key> expected);
+
+// Add their attributes to the reply, unless they return another code than CMD_OK.
+cmd_result answer_global_settings(const Switch &the_switch, const CommandRequest &request,
+                                  ReplyBuilder *reply);
+cmd_result answer_mst_region(const Switch &the_switch, const CommandRequest &request, ReplyBuilder *reply);
+
+}  // namespace stpswitch

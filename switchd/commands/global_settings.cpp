@@ -1,0 +1,25 @@
+// Command 104: what holds for the spanning tree of the whole switch.
+#include "commands/command.h"
+#include "model/derived.h"
+
+namespace stpswitch {
+
+cmd_result answer_global_settings(const Switch &the_switch, const CommandRequest &request,
+                                  ReplyBuilder *reply) {
+  if (!has_keys(request, {Key::kGlobalSettings})) {
+    return CMD_UNKNOWN_KEY;
+  }
+  if (request.action != CMD_ACTION_GET) {
+    return CMD_NO_ENTRY;
+  }
+  const Settings &settings = the_switch.state().settings;
+  reply->add_number(Token::kSpanningTreeMode, static_cast<uint32_t>(settings.mode));
+  reply->add_number(Token::kPathCostMethod, static_cast<uint32_t>(settings.path_cost_method));
+  reply->add_number(Token::kPathCostOperMethod,
+                    static_cast<uint32_t>(operational_path_cost_method(settings)));
+  reply->add_number(Token::kLoopGuardDefault, settings.loop_guard_default ? 1 : 0);
+  reply->add_number(Token::kMstMaxHops, the_switch.state().mst.max_hops);
+  return CMD_OK;
+}
+
+}  // namespace stpswitch

@@ -1,0 +1,21 @@
+#include "faults/faults.h"
+
+namespace stpswitch {
+
+void Faults::order(FaultKind kind, std::chrono::milliseconds delay, std::optional<uint32_t> count) {
+  fault_ = {kind, delay, 0};
+  left_ = count;
+}
+
+Fault Faults::next() {
+  if (left_ == 0U) {
+    fault_ = {};
+  } else if (left_) {
+    --*left_;
+  }
+  const Fault fault = fault_;
+  ++fault_.turn;
+  return fault;
+}
+
+}  // namespace stpswitch

@@ -1,0 +1,99 @@
+// stp-switchd: the command line.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <string>
+
+#include "base/log.h"
+#include "control/protocol.h"
+#include "scenario/loader.h"
+#include "server/switch_process.h"
+#include "wire/message.h"
+
+namespace {
+
+constexpr int kWrongCommandLine = 2;
+
+constexpr char kDescription[] =
+    "stp-switchd - a switch's spanning-tree process, and what its interface, port-channel and VLAN managers "
+    "know,\nas a scenario file describes them\n";
+
+constexpr char kFooter[] = R"(
+DESCRIPTION
+  Answers the SNMP agent's commands on the command socket, and stp-switchctl on the control socket, until SIGTERM or
+  SIGINT stops it. It stays in the foreground and logs to standard error, one line each; "ready" tells that both
+  sockets answer.
+
+  The command socket has mode 0660: members of its group can read the switch, as SNMP users whom the scenario does
+  not refuse. The control socket has mode 0600: only its owner can change the switch. The file of a socket that
+  nobody listens to any more is replaced, one that is in use is an error. Only /run/stp-switchd is created when it
+  is missing, with mode 0750 and the socket's group.
+
+EXIT STATUS
+  0  stopped by a signal, or the scenario passed --check
+  1  the scenario has an error, or the switch cannot start: one line on standard error says why
+  2  wrong command line
+
+EXAMPLES
+  stp-switchd --scenario scenarios/mst-small.toml --check
+  stp-switchd --scenario scenarios/mst-small.toml --socket-group Debian-snmp
+  stp-switchd --scenario lab.toml --socket /tmp/lab/switch.sock --control /tmp/lab/control.sock
+
+SEE ALSO
+  stp-switchctl --help, snmpd(8)
+)";
+
+int run(const stpswitch::ProcessOptions &options, bool only_check) {
+  try {
+    if (only_check) {
+      stpswitch::load_scenario(options.scenario);
+    } else {
+      stpswitch::run_switch(options);
+    }
+    return EXIT_SUCCESS;
+  } catch (const std::exception &error) {
+    stpswitch::log_line(error.what());
+    return EXIT_FAILURE;
+  }
+}
+
+int parse_and_run(int argc, char **argv) {
+  stpswitch::ProcessOptions options;
+  options.socket = stpplatform::wire::kDefaultSocketPath;
+  options.control = stpswitch::control::kDefaultSocketPath;
+  bool only_check = false;
+
+  CLI::App app(kDescription, "stp-switchd");
+  app.footer(kFooter);
+  app.add_option("--scenario", options.scenario, "The switch to be, a TOML file")
+      ->required()
+      ->type_name("FILE");
+  app.add_option("--socket", options.socket, "Where to listen for commands")
+      ->type_name("PATH")
+      ->capture_default_str();
+  app.add_option("--control", options.control, "Where to listen for stp-switchctl")
+      ->type_name("PATH")
+      ->capture_default_str();
+  app.add_option("--socket-group", options.socket_group,
+                 "The group that may send commands (default: the process's own)")
+      ->type_name("GROUP");
+  app.add_flag("--check", only_check, "Check the scenario and exit");
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError &error) {
+    return app.exit(error) == EXIT_SUCCESS ? EXIT_SUCCESS : kWrongCommandLine;
+  }
+  return run(options, only_check);
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  try {
+    return parse_and_run(argc, argv);
+  } catch (const std::exception &error) {
+    std::fputs(error.what(), stderr);
+    return EXIT_FAILURE;
+  }
+}

@@ -1,0 +1,89 @@
+#include "model/derived.h"
+
+#include <openssl/evp.h>
+#include <openssl/params.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+namespace stpswitch {
+namespace {
+
+// IEEE 802.1Q clause 13.8: the signature key of the Configuration Digest.
+constexpr std::array<uint8_t, 16> kSignatureKey = {0x13, 0xAC, 0x06, 0xA6, 0x2E, 0x47, 0xFD, 0x51,
+                                                   0xF9, 0x5D, 0x2B, 0xA2, 0x43, 0xCD, 0x03, 0x46};
+
+// The MST Configuration Table: two octets for each VLAN identifier, most significant first.
+constexpr size_t kTableEntries = 4096;
+using ConfigurationTable = std::array<uint8_t, 2 * kTableEntries>;
+
+ConfigurationTable configuration_table(const SwitchState &state) {
+  ConfigurationTable table{};
+  for (const auto &[id, instance] : state.mst_instances) {
+    for (uint32_t vlan = kMinVlan; vlan <= kMaxVlan; ++vlan) {
+      if (instance.vlans.contains(vlan)) {
+        const size_t entry = size_t{2} * vlan;
+        table[entry] = static_cast<uint8_t>(id >> 8);
+        table[entry + 1] = static_cast<uint8_t>(id & 0xFFU);
+      }
+    }
+  }
+  return table;
+}
+
+struct FreeMac {
+  void operator()(EVP_MAC *mac) const { EVP_MAC_free(mac); }
+  void operator()(EVP_MAC_CTX *context) const { EVP_MAC_CTX_free(context); }
+};
+
+}  // namespace
+
+PathCostMethod operational_path_cost_method(const Settings &settings) {
+  return settings.mode == SpanningTreeMode::kMst ? PathCostMethod::kLong : settings.path_cost_method;
+}
+
+std::set<uint32_t> port_channels_up(const SwitchState &state) {
+  std::set<uint32_t> up;
+  for (const auto &[number, port] : state.ports) {
+    if (port.channel != 0 && port.link_up) {
+      up.insert(port.channel);
+    }
+  }
+  return up;
+}
+
+VlanSet cist_vlans(const SwitchState &state) {
+  VlanSet vlans;
+  for (uint32_t vlan = kMinVlan; vlan <= kMaxVlan; ++vlan) {
+    vlans.insert(vlan);
+  }
+  for (const auto &[id, instance] : state.mst_instances) {
+    for (uint32_t vlan = kMinVlan; vlan <= kMaxVlan; ++vlan) {
+      if (instance.vlans.contains(vlan)) {
+        vlans.erase(vlan);
+      }
+    }
+  }
+  return vlans;
+}
+
+MstDigest mst_config_digest(const SwitchState &state) {
+  const ConfigurationTable table = configuration_table(state);
+  const std::unique_ptr<EVP_MAC, FreeMac> mac(EVP_MAC_fetch(nullptr, "HMAC", nullptr));
+  const std::unique_ptr<EVP_MAC_CTX, FreeMac> context(mac ? EVP_MAC_CTX_new(mac.get()) : nullptr);
+  std::string hash = "MD5";
+  const std::array<OSSL_PARAM, 2> parameters = {OSSL_PARAM_construct_utf8_string("digest", hash.data(), 0),
+                                                OSSL_PARAM_construct_end()};
+  MstDigest digest{};
+  size_t length = 0;
+  if (!context ||
+      EVP_MAC_init(context.get(), kSignatureKey.data(), kSignatureKey.size(), parameters.data()) != 1 ||
+      EVP_MAC_update(context.get(), table.data(), table.size()) != 1 ||
+      EVP_MAC_final(context.get(), digest.data(), &length, digest.size()) != 1 || length != digest.size()) {
+    throw std::runtime_error("this machine's OpenSSL does not offer HMAC-MD5, which the MST digest needs");
+  }
+  return digest;
+}
+
+}  // namespace stpswitch

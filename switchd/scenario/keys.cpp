@@ -1,0 +1,140 @@
+#include "scenario/keys.h"
+
+#include "model/refusal.h"
+#include "scenario/config_error.h"
+#include "scenario/consistency.h"
+#include "scenario/schema.h"
+
+namespace stpswitch {
+namespace {
+
+constexpr char kDot = '.';
+
+bool lies_below(std::string_view key, std::string_view prefix) {
+  return prefix.empty() ||
+         (key.starts_with(prefix) && (key.size() == prefix.size() || key[prefix.size()] == kDot));
+}
+
+class ValueCollector {
+ public:
+  ValueCollector(const SwitchState &state, std::string_view prefix) : state_(state), prefix_(prefix) {}
+
+  template <class Owner>
+  void operator()(const SingleSection<Owner> &section) {
+    note_section(section.path);
+    collect(section.path, section.fields, state_.*section.part);
+  }
+
+  template <class Owner>
+  void operator()(const ListSection<Owner> &section) {
+    note_section(section.path);
+    for (const auto &[number, entry] : state_.*section.part) {
+      const std::string path = std::string(section.path) + kDot + std::to_string(number);
+      if (lies_below(path, prefix_) || lies_below(prefix_, path)) {
+        collect(path, section.fields, entry);
+      }
+    }
+  }
+
+  bool prefix_is_known() const { return prefix_is_known_ || !values_.empty(); }
+  std::vector<KeyAndValue> take() { return std::move(values_); }
+
+ private:
+  // A section without entries has nothing to show, and is no mistake.
+  void note_section(std::string_view path) { prefix_is_known_ |= path == prefix_; }
+
+  template <class Owner>
+  void collect(std::string_view path, std::span<const Field<Owner>> fields, const Owner &owner) {
+    for (const Field<Owner> &field : fields) {
+      std::string key = std::string(path) + kDot + std::string(field.name);
+      if (lies_below(key, prefix_)) {
+        values_.emplace_back(std::move(key), field.read(owner));
+      }
+    }
+  }
+
+  const SwitchState &state_;
+  std::string_view prefix_;
+  bool prefix_is_known_ = false;
+  std::vector<KeyAndValue> values_;
+};
+
+class ValueSetter {
+ public:
+  ValueSetter(SwitchState *state, const std::string &key, const std::string &text)
+      : state_(*state), key_(key), text_(text) {
+    const size_t dot = key.rfind(kDot);
+    if (dot != std::string::npos) {
+      path_ = key.substr(0, dot);
+      name_ = key.substr(dot + 1);
+    }
+  }
+
+  template <class Owner>
+  void operator()(const SingleSection<Owner> &section) {
+    if (path_ == section.path) {
+      assign(section.fields, &(state_.*section.part));
+    }
+  }
+
+  template <class Owner>
+  void operator()(const ListSection<Owner> &section) {
+    const size_t dot = path_.rfind(kDot);
+    if (dot == std::string::npos || path_.substr(0, dot) != section.path) {
+      return;
+    }
+    for (auto &[number, entry] : state_.*section.part) {
+      if (path_.substr(dot + 1) == std::to_string(number)) {
+        assign(section.fields, &entry);
+      }
+    }
+  }
+
+  bool found() const { return found_; }
+
+ private:
+  template <class Owner>
+  void assign(std::span<const Field<Owner>> fields, Owner *owner) {
+    for (const Field<Owner> &field : fields) {
+      if (field.name == name_) {
+        found_ = true;
+        try {
+          field.assign(*owner, read_value(field.type, text_));
+        } catch (const Refusal &refusal) {
+          throw ConfigError(key_, refusal.what());
+        }
+      }
+    }
+  }
+
+  SwitchState &state_;
+  const std::string &key_;
+  const std::string &text_;
+  std::string path_;  // of the section or entry
+  std::string name_;  // of the field
+  bool found_ = false;
+};
+
+}  // namespace
+
+std::vector<KeyAndValue> values_below(const SwitchState &state, const std::string &prefix) {
+  ValueCollector collector(state, prefix);
+  for_each_section(collector);
+  if (!collector.prefix_is_known()) {
+    throw ConfigError(prefix, "the switch has no such key");
+  }
+  return collector.take();
+}
+
+SwitchState with_value(const SwitchState &state, const std::string &key, const std::string &text) {
+  SwitchState changed = state;
+  ValueSetter setter(&changed, key, text);
+  for_each_section(setter);
+  if (!setter.found()) {
+    throw ConfigError(key, "the switch has no such key that can be set");
+  }
+  check_consistency(changed);
+  return changed;
+}
+
+}  // namespace stpswitch

@@ -1,0 +1,64 @@
+// The schema: every section of a scenario and every key in it, with its type, check and print. Scenario
+// files, `show` and `set` are all driven by it, so that a new key is one more row in schema.cpp.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <span>
+#include <string_view>
+
+#include "model/switch_state.h"
+#include "scenario/value.h"
+
+namespace stpswitch {
+
+// One key of a section whose data is an Owner.
+template <class Owner>
+struct Field {
+  std::string_view name;
+  ValueType type;
+  bool required;                           // a scenario must state it
+  void (*assign)(Owner &, const Value &);  // throws Refusal; the value has the field's type
+  Value (*read)(const Owner &);            // what assign would take
+};
+
+// A section that stands once: [switch].
+template <class Owner>
+struct SingleSection {
+  std::string_view path;
+  Owner SwitchState::*part;
+  std::span<const Field<Owner>> fields;
+};
+
+// A section that stands once for each numbered entry: [[port]].
+template <class Owner>
+struct ListSection {
+  std::string_view path;
+  std::map<uint32_t, Owner> SwitchState::*part;
+  std::string_view number_name;  // the key that holds the entry's number
+  uint32_t min_number;
+  uint32_t max_number;
+  size_t max_entries;
+  Owner (*make)(uint32_t number);  // an entry with its defaults
+  std::span<const Field<Owner>> fields;
+};
+
+extern const SingleSection<Settings> kSwitchSection;
+extern const SingleSection<MstRegion> kMstSection;
+extern const ListSection<MstInstance> kMstInstanceSection;
+extern const ListSection<Port> kPortSection;
+extern const ListSection<PortChannel> kPortChannelSection;
+extern const SingleSection<Access> kAccessSection;
+
+// Calls the visitor with each section, in the order in which they are shown.
+template <class Visitor>
+void for_each_section(Visitor &&visitor) {
+  visitor(kSwitchSection);
+  visitor(kMstSection);
+  visitor(kMstInstanceSection);
+  visitor(kPortSection);
+  visitor(kPortChannelSection);
+  visitor(kAccessSection);
+}
+
+}  // namespace stpswitch

@@ -1,0 +1,48 @@
+// Accepts the connections of one listening socket, up to a limit.
+#pragma once
+
+#include <event2/listener.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "base/file_descriptor.h"
+#include "server/event_loop.h"
+#include "server/unix_listener.h"
+
+namespace stpswitch {
+
+// The most connections that one socket serves at a time.
+inline constexpr size_t kMaxConnections = 64;
+
+class Acceptor {
+ public:
+  // Gives each connection, nonblocking, to `take`, and counts it until connection_closed is called.
+  Acceptor(EventLoop *loop, UnixSocketOptions options, std::function<void(FileDescriptor)> take);
+
+  void connection_closed();
+
+  const std::string &path() const { return listener_.path(); }
+
+ private:
+  struct FreeListener {
+    void operator()(evconnlistener *handle) const { evconnlistener_free(handle); }
+  };
+
+  static void on_connection(evconnlistener *handle, int fd, sockaddr *address, int length,
+                            void *self) noexcept;
+  static void on_error(evconnlistener *handle, void *self) noexcept;
+  void accept(FileDescriptor fd);
+  void pause();
+  void resume();
+
+  UnixListener listener_;
+  std::function<void(FileDescriptor)> take_;
+  std::unique_ptr<evconnlistener, FreeListener> accepting_;
+  Event resume_timer_;
+  size_t open_connections_ = 0;
+  bool is_refusing_ = false;
+};
+
+}  // namespace stpswitch

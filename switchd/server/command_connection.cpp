@@ -1,0 +1,102 @@
+#include "server/command_connection.h"
+
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "base/log.h"
+#include "commands/dispatch.h"
+#include "faults/garbage.h"
+
+namespace stpswitch {
+
+void log_send_failure(std::string_view what) {
+  if (errno != EPIPE && errno != ECONNRESET) {
+    log_line(system_failure(std::string(what) + ": disconnecting the client").what());
+  }
+}
+
+CommandConnection::CommandConnection(EventLoop *loop, FileDescriptor fd, const Switch *the_switch,
+                                     Faults *faults, std::span<uint8_t> buffer, std::function<void()> closed)
+    : fd_(std::move(fd)),
+      switch_(*the_switch),
+      faults_(*faults),
+      buffer_(buffer),
+      closed_(std::move(closed)),
+      readable_(loop->make_event<&CommandConnection::read_packet>(fd_.get(), EV_READ | EV_PERSIST, this)),
+      hung_up_(loop->make_event<&CommandConnection::close>(fd_.get(), EV_CLOSED, this)),
+      writable_(loop->make_event<&CommandConnection::send_pending>(fd_.get(), EV_WRITE, this)),
+      delay_over_(loop->make_event<&CommandConnection::send_pending>(-1, 0, this)) {
+  wait_for(readable_);
+}
+
+void CommandConnection::read_packet() {
+  const ssize_t got = ::recv(fd_.get(), buffer_.data(), buffer_.size(), MSG_TRUNC | MSG_DONTWAIT);
+  if (got < 0 && (errno == EAGAIN || errno == EINTR)) {
+    return;
+  }
+  if (got <= 0) {
+    close();
+    return;
+  }
+  const auto sent_size = static_cast<size_t>(got);
+  auto reply = answer_packet(switch_, buffer_.first(std::min(sent_size, buffer_.size())), sent_size);
+  if (!reply) {
+    log_line("a client sent " + std::to_string(sent_size) + " octets that are no message: disconnecting it");
+    close();
+    return;
+  }
+  deliver(std::move(*reply));
+}
+
+void CommandConnection::deliver(Packet reply) {
+  const Fault fault = faults_.next();
+  switch (fault.kind) {
+    case FaultKind::kDrop:
+      return;
+    case FaultKind::kDisconnect:
+      close();
+      return;
+    case FaultKind::kDelay:
+      pending_ = std::move(reply);
+      stop_reading();
+      wait_for(delay_over_, fault.delay);
+      return;
+    case FaultKind::kGarbage:
+      reply = spoil(std::move(reply), garbage_of_turn(fault.turn));
+      break;
+    case FaultKind::kNone:
+      break;
+  }
+  pending_ = std::move(reply);
+  send_pending();
+}
+
+void CommandConnection::send_pending() {
+  const ssize_t sent = ::send(fd_.get(), pending_.data(), pending_.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+  if (sent >= 0) {
+    forget(hung_up_);
+    wait_for(readable_);
+  } else if (errno == EAGAIN || errno == EINTR) {
+    stop_reading();
+    wait_for(writable_);
+  } else {
+    log_send_failure("cannot send a reply");
+    close();
+  }
+}
+
+// A client that does not take its replies does not get more of them into memory.
+void CommandConnection::stop_reading() {
+  forget(readable_);
+  wait_for(hung_up_);
+}
+
+void CommandConnection::close() {
+  const auto closed = std::move(closed_);
+  closed();
+}
+
+}  // namespace stpswitch

@@ -1,0 +1,81 @@
+#include "server/switch_process.h"
+
+#include <grp.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <optional>
+
+#include "base/log.h"
+#include "control/protocol.h"
+#include "control/responder.h"
+#include "scenario/loader.h"
+#include "server/command_server.h"
+#include "server/control_server.h"
+
+namespace stpswitch {
+namespace {
+
+constexpr mode_t kCommandSocketMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP;
+constexpr mode_t kControlSocketMode = S_IRUSR | S_IWUSR;
+constexpr mode_t kDirectoryMode = S_IRWXU | S_IRGRP | S_IXGRP;
+
+std::optional<gid_t> find_group(const std::string &name) {
+  if (name.empty()) {
+    return std::nullopt;
+  }
+  errno = 0;
+  const group *const entry = ::getgrnam(name.c_str());
+  if (entry == nullptr) {
+    throw std::runtime_error("--socket-group: there is no group '" + name + "'");
+  }
+  return entry->gr_gid;
+}
+
+bool lies_in_default_directory(const std::string &path) {
+  return path.starts_with(std::string(control::kDefaultDirectory) + "/");
+}
+
+// Only the default directory is this process's to create: elsewhere it would only hide a wrong path.
+void create_default_directory(std::optional<gid_t> group) {
+  if (::mkdir(control::kDefaultDirectory, kDirectoryMode) != 0) {
+    if (errno == EEXIST) {
+      return;
+    }
+    throw system_failure(std::string("cannot create ") + control::kDefaultDirectory);
+  }
+  if (group && ::chown(control::kDefaultDirectory, static_cast<uid_t>(-1), *group) != 0) {
+    throw system_failure(std::string("cannot set the group of ") + control::kDefaultDirectory);
+  }
+}
+
+}  // namespace
+
+void run_switch(const ProcessOptions &options) {
+  Switch the_switch(load_scenario(options.scenario));
+  const std::optional<gid_t> group = find_group(options.socket_group);
+  if (lies_in_default_directory(options.socket) || lies_in_default_directory(options.control)) {
+    create_default_directory(group);
+  }
+
+  EventLoop loop;
+  const Event terminated = loop.make_signal<&EventLoop::stop>(SIGTERM, &loop);
+  const Event interrupted = loop.make_signal<&EventLoop::stop>(SIGINT, &loop);
+  wait_for(terminated);
+  wait_for(interrupted);
+
+  SnapshotPublisher snapshot(&the_switch);
+  the_switch.on_change([&snapshot] { snapshot.publish(); });
+  Faults faults;
+  ControlResponder responder(&the_switch, &faults);
+  const CommandServer commands(&loop, {options.socket, SOCK_SEQPACKET, kCommandSocketMode, group},
+                               &the_switch, &snapshot, &faults);
+  const ControlServer control(&loop, {options.control, SOCK_STREAM, kControlSocketMode, std::nullopt},
+                              &responder);
+  log_line("ready: commands on " + options.socket + ", control on " + options.control);
+  loop.run();
+  log_line("stopped");
+}
+
+}  // namespace stpswitch

@@ -1,0 +1,362 @@
+// The command socket with clients of every kind. Server and clients share a thread: see packet_client.h.
+#include "server/command_server.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <random>
+#include <vector>
+
+#include "scenario/loader.h"
+#include "support/failing_accept.h"
+#include "support/octets.h"
+#include "support/packet_client.h"
+#include "support/requests.h"
+#include "support/temporary_folder.h"
+
+using namespace stpswitch;
+using namespace std::chrono_literals;
+namespace wire = stpplatform::wire;
+
+namespace {
+
+constexpr std::chrono::milliseconds kLongDelay{3'600'000};
+
+class CommandServers : public testing::Test {
+ protected:
+  PacketClient connect() { return {&loop_, path_}; }
+
+  // A connection whose hello is read.
+  PacketClient greeted() {
+    PacketClient client = connect();
+    client.receive_hello();
+    return client;
+  }
+
+  static uint32_t sequence_of(const Packet &reply) { return reply_head(reply).header.sequence; }
+
+  static Packet request(uint32_t sequence) {
+    return make_request({104, 1, {kGlobalSettingsKey}, "operator", sequence});
+  }
+
+  void expect_service() {
+    PacketClient client = greeted();
+    EXPECT_EQ(sequence_of(client.ask(request(4711))), 4711U);
+  }
+
+  TemporaryFolder folder_;
+  std::string path_ = folder_.path("switch.sock");
+  EventLoop loop_;
+  Switch switch_{load_scenario(SCENARIOS "/mst-small.toml")};
+  SnapshotPublisher snapshot_{&switch_};
+  Faults faults_;
+  CommandServer server_{&loop_, {path_, SOCK_SEQPACKET, 0660, std::nullopt}, &switch_, &snapshot_, &faults_};
+};
+
+TEST_F(CommandServers, GreetWithTheSnapshot) {
+  PacketClient client = connect();
+  const FileDescriptor fd = client.receive_hello();
+  struct stat received {};
+  struct stat published {};
+  ASSERT_EQ(::fstat(fd.get(), &received), 0);
+  ASSERT_EQ(::fstat(snapshot_.fd(), &published), 0);
+  EXPECT_EQ(received.st_ino, published.st_ino);
+}
+
+TEST_F(CommandServers, SayHelloWithTheSnapshotsSize) {
+  PacketClient client = connect();
+  const uint32_t size = snapshot_.size();
+  Packet hello = octets("57505453 0100 0100 14000000 00000000 00000000");
+  put(&hello, 16, size);
+  EXPECT_EQ(hex(client.receive()), hex(hello));
+}
+
+TEST_F(CommandServers, AnswerOneRequestAfterTheOther) {
+  PacketClient client = greeted();
+  for (uint32_t sequence = 1; sequence <= 100; ++sequence) {
+    EXPECT_EQ(sequence_of(client.ask(request(sequence))), sequence);
+  }
+}
+
+TEST_F(CommandServers, AnswerRequestsThatWereSentTogether) {
+  PacketClient client = greeted();
+  for (uint32_t sequence = 1; sequence <= 5; ++sequence) {
+    client.send(request(sequence));
+  }
+  for (uint32_t sequence = 1; sequence <= 5; ++sequence) {
+    EXPECT_EQ(sequence_of(client.receive()), sequence);
+  }
+}
+
+TEST_F(CommandServers, AnswerARequestOfTheLargestSize) {
+  PacketClient client = greeted();
+  Packet largest = request(9);
+  largest.resize(wire::kMaxMessageSize);
+  put(&largest, offsetof(wire::MessageHeader, length), static_cast<uint32_t>(largest.size()));
+  const Packet reply = client.ask(largest);
+  EXPECT_EQ(reply_head(reply).status, CMD_BAD_REQUEST);
+  EXPECT_EQ(sequence_of(reply), 9U);
+}
+
+TEST_F(CommandServers, RefuseALargerRequestAndGoOn) {
+  PacketClient client = greeted();
+  Packet too_large = request(9);
+  too_large.resize(wire::kMaxMessageSize + 1);
+  put(&too_large, offsetof(wire::MessageHeader, length), static_cast<uint32_t>(too_large.size()));
+  const Packet reply = client.ask(too_large);
+  EXPECT_EQ(reply_head(reply).status, CMD_BAD_REQUEST);
+  EXPECT_EQ(sequence_of(reply), 9U);
+  EXPECT_EQ(sequence_of(client.ask(request(10))), 10U);
+}
+
+TEST_F(CommandServers, DisconnectWhoeverSendsNoMessage) {
+  PacketClient client = greeted();
+  testing::internal::CaptureStderr();
+  EXPECT_TRUE(client.ask(octets("00112233445566778899")).empty());
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "stp-switchd: a client sent 10 octets that are no message: disconnecting it\n");
+  expect_service();
+}
+
+TEST_F(CommandServers, AnswerAClientThatOnlyReceivesAnyMore) {
+  PacketClient client = greeted();
+  client.send(request(1));
+  client.send(request(2));
+  client.stop_sending();
+  EXPECT_EQ(sequence_of(client.receive()), 1U);
+  EXPECT_EQ(sequence_of(client.receive()), 2U);
+  EXPECT_TRUE(client.receive().empty());
+}
+
+TEST_F(CommandServers, SurviveClientsThatHangUpAtAnyPoint) {
+  for (int round = 0; round < 100; ++round) {
+    PacketClient at_once = connect();
+    at_once.hang_up();
+    PacketClient after_a_request = connect();
+    after_a_request.send(request(1));
+    after_a_request.hang_up();
+  }
+  expect_service();
+}
+
+TEST_F(CommandServers, RefuseConnectionsAboveTheLimit) {
+  std::vector<PacketClient> clients;
+  for (size_t i = 0; i < 64; ++i) {
+    clients.push_back(greeted());
+  }
+  testing::internal::CaptureStderr();
+  for (int i = 0; i < 3; ++i) {
+    PacketClient refused = connect();
+    EXPECT_TRUE(refused.receive().empty());
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "stp-switchd: " + path_ + ": refusing further connections: 64 are open\n");
+  for (PacketClient &client : clients) {
+    EXPECT_EQ(sequence_of(client.ask(request(1))), 1U);
+  }
+  clients.pop_back();
+  ASSERT_TRUE(run_until(loop_, [this] { return !connect().receive().empty(); }));
+}
+
+TEST_F(CommandServers, AcceptLaterWhatTheyCannotAcceptNow) {
+  PacketClient known = greeted();
+  PacketClient waiting = connect();
+  testing::internal::CaptureStderr();
+  {
+    const FailingAccept no_descriptor_left;
+    EXPECT_EQ(sequence_of(known.ask(request(1))), 1U);
+    ASSERT_TRUE(run_until(loop_, [turns = 0]() mutable { return ++turns > 3; }));
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "stp-switchd: " + path_ + ": cannot accept a connection: Too many open files\n");
+  waiting.receive_hello();
+  EXPECT_EQ(sequence_of(waiting.ask(request(2))), 2U);
+}
+
+TEST_F(CommandServers, DoNotWaitForAClientThatDoesNotRead) {
+  PacketClient lazy = greeted();
+  uint32_t sent = 0;
+  // The server stops taking its requests, or this would never end.
+  ASSERT_TRUE(run_until(loop_, [&] {
+    const bool was_taken = lazy.try_to_send(request(sent + 1));
+    sent += was_taken ? 1 : 0;
+    for (int i = 0; i < 3; ++i) {
+      event_base_loop(loop_.base(), EVLOOP_NONBLOCK);
+    }
+    return !was_taken;
+  }));
+  expect_service();
+  for (uint32_t sequence = 1; sequence <= sent; ++sequence) {
+    ASSERT_EQ(sequence_of(lazy.receive()), sequence);
+  }
+}
+
+TEST_F(CommandServers, ForgetAClientThatNeitherReadsNorStays) {
+  {
+    PacketClient lazy = greeted();
+    ASSERT_TRUE(run_until(loop_, [&] {
+      const bool was_taken = lazy.try_to_send(request(1));
+      event_base_loop(loop_.base(), EVLOOP_NONBLOCK);
+      return !was_taken;
+    }));
+  }
+  std::vector<PacketClient> clients;
+  for (size_t i = 0; i < 64; ++i) {
+    clients.push_back(greeted());
+  }
+}
+
+TEST_F(CommandServers, ReplyLateWhenOrderedAndServeOthersMeanwhile) {
+  PacketClient late = greeted();
+  faults_.order(FaultKind::kDelay, kLongDelay, 1);
+  late.send(request(1));
+  for (int i = 0; i < 10; ++i) {
+    expect_service();
+  }
+  EXPECT_FALSE(late.receive_now().has_value());
+}
+
+TEST_F(CommandServers, ReplyAfterTheDelayInOrder) {
+  PacketClient client = greeted();
+  faults_.order(FaultKind::kDelay, 20ms, 1);
+  client.send(request(1));
+  client.send(request(2));
+  EXPECT_EQ(sequence_of(client.receive()), 1U);
+  EXPECT_EQ(sequence_of(client.receive()), 2U);
+}
+
+TEST_F(CommandServers, AnswerAClientThatOnlyReceivesAnyMoreAfterALateReply) {
+  PacketClient client = greeted();
+  faults_.order(FaultKind::kDelay, 20ms, 1);
+  EXPECT_EQ(sequence_of(client.ask(request(1))), 1U);
+  for (uint32_t sequence = 2; sequence <= 9; ++sequence) {
+    client.send(request(sequence));
+  }
+  client.stop_sending();
+  for (uint32_t sequence = 2; sequence <= 9; ++sequence) {
+    ASSERT_EQ(sequence_of(client.receive()), sequence);
+  }
+}
+
+TEST_F(CommandServers, ForgetClientsThatDoNotWaitForALateReply) {
+  faults_.order(FaultKind::kDelay, kLongDelay, 200);
+  for (int i = 0; i < 200; ++i) {
+    PacketClient impatient = greeted();
+    impatient.send(request(1));
+    ASSERT_TRUE(run_until(loop_, [turns = 0]() mutable { return ++turns > 3; }));
+  }
+  expect_service();
+}
+
+TEST_F(CommandServers, DropRepliesWhenOrdered) {
+  PacketClient client = greeted();
+  faults_.order(FaultKind::kDrop, {}, 2);
+  client.send(request(1));
+  client.send(request(2));
+  EXPECT_EQ(sequence_of(client.ask(request(3))), 3U);
+}
+
+TEST_F(CommandServers, DisconnectWhenOrdered) {
+  PacketClient client = greeted();
+  faults_.order(FaultKind::kDisconnect, {}, 1);
+  EXPECT_TRUE(client.ask(request(1)).empty());
+  expect_service();
+}
+
+TEST_F(CommandServers, SendGarbageWhenOrdered) {
+  PacketClient client = greeted();
+  const Packet good = client.ask(request(1));
+  faults_.order(FaultKind::kGarbage, {}, 8);
+  for (int i = 0; i < 8; ++i) {
+    const Packet bad = client.ask(request(1));
+    EXPECT_FALSE(bad.empty());
+    EXPECT_NE(hex(bad), hex(good));
+  }
+  EXPECT_EQ(hex(client.ask(request(1))), hex(good));
+}
+
+TEST_F(CommandServers, ServeTheStateOfTheMoment) {
+  PacketClient client = greeted();
+  const Packet before = client.ask(request(1));
+  SwitchState changed = switch_.state();
+  changed.mst.max_hops = 33;
+  switch_.replace(changed);
+  const Packet after = client.ask(request(1));
+  EXPECT_EQ(before.at(before.size() - 4), 20);
+  EXPECT_EQ(after.at(after.size() - 4), 33);
+}
+
+// Whatever arrives, the answer is a well-formed refusal, a right reply, or the end of the connection.
+class Junk {
+ public:
+  explicit Junk(uint32_t seed) : numbers_(seed) {}
+
+  Packet next() {
+    switch (number_below(4)) {
+      case 0:
+        return random_octets(number_below(300));
+      case 1:
+        return with_good_header(random_octets(sizeof(wire::MessageHeader) + number_below(300)));
+      default:
+        return mutated(make_request({100 + number_below(20), number_below(5), {kGlobalSettingsKey}}));
+    }
+  }
+
+ private:
+  uint32_t number_below(size_t limit) { return static_cast<uint32_t>(numbers_() % limit); }
+
+  Packet random_octets(size_t size) {
+    Packet packet(std::max<size_t>(size, 1));
+    std::generate(packet.begin(), packet.end(), [this] { return static_cast<uint8_t>(numbers_()); });
+    return packet;
+  }
+
+  static Packet with_good_header(Packet packet) {
+    const wire::MessageHeader header{wire::kMagic, wire::kVersion,
+                                     static_cast<uint16_t>(wire::MessageType::kRequest),
+                                     static_cast<uint32_t>(packet.size()), 1};
+    put(&packet, 0, header);
+    return packet;
+  }
+
+  Packet mutated(Packet packet) {
+    const uint32_t changes = 1 + number_below(4);
+    for (uint32_t i = 0; i < changes; ++i) {
+      packet[number_below(packet.size())] = static_cast<uint8_t>(numbers_());
+    }
+    return packet;
+  }
+
+  std::mt19937 numbers_;
+};
+
+class CommandServersUnderJunk : public CommandServers, public testing::WithParamInterface<uint32_t> {};
+
+TEST_P(CommandServersUnderJunk, KeepAnswering) {
+  testing::internal::CaptureStderr();
+  Junk junk(GetParam());
+  PacketClient client = greeted();
+  for (int i = 0; i < 2000; ++i) {
+    const Packet packet = junk.next();
+    const Packet reply = client.ask(packet);
+    if (reply.empty()) {
+      client = greeted();
+      continue;
+    }
+    const wire::Reply head = reply_head(reply);
+    ASSERT_EQ(head.header.magic, wire::kMagic)
+        << "seed " << GetParam() << ", packet " << i << ": " << hex(packet);
+    ASSERT_EQ(head.header.length, reply.size())
+        << "seed " << GetParam() << ", packet " << i << ": " << hex(packet);
+  }
+  expect_service();
+  testing::internal::GetCapturedStderr();
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, CommandServersUnderJunk, testing::Values(1U, 2U, 3U),
+                         testing::PrintToStringParamName());
+
+}  // namespace

@@ -1,0 +1,198 @@
+// The control socket with clients of every kind. Server and clients share a thread: see packet_client.h.
+#include "server/control_server.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <cerrno>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "control/protocol.h"
+#include "support/packet_client.h"
+#include "support/temporary_folder.h"
+
+using namespace stpswitch;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+constexpr char kPing[] = "{\"op\":\"ping\"}\n";
+constexpr char kPong[] = "{\"ok\":true}\n";
+
+class StreamClient {
+ public:
+  StreamClient(const EventLoop *loop, const std::string &path)
+      : loop_(*loop), fd_(connect_to(*loop, path, SOCK_STREAM)) {}
+
+  // Sends what the socket takes at once.
+  size_t try_to_send(const std::string &text) {
+    const ssize_t sent = ::send(fd_.get(), text.data(), text.size(), MSG_NOSIGNAL);
+    EXPECT_TRUE(sent >= 0 || errno == EAGAIN || errno == EPIPE) << errno;
+    return sent >= 0 ? static_cast<size_t>(sent) : 0;
+  }
+
+  void send(const std::string &text) {
+    size_t sent = 0;
+    EXPECT_TRUE(run_until(loop_, [&] {
+      sent += try_to_send(text.substr(sent));
+      return sent == text.size();
+    }));
+  }
+
+  // One line with its end; less when the server hung up.
+  std::string receive_line() {
+    std::string line;
+    EXPECT_TRUE(run_until(loop_, [&] {
+      while (line.empty() || line.back() != '\n') {
+        char octet = 0;
+        const ssize_t got = ::recv(fd_.get(), &octet, 1, 0);
+        if (got < 0 && errno == EAGAIN) {
+          return false;
+        }
+        if (got <= 0) {
+          return true;
+        }
+        line += octet;
+      }
+      return true;
+    })) << "the server neither answers nor hangs up";
+    return line;
+  }
+
+  std::string ask(const std::string &text) {
+    send(text);
+    return receive_line();
+  }
+
+ private:
+  const EventLoop &loop_;
+  FileDescriptor fd_;
+};
+
+class ControlServers : public testing::Test {
+ protected:
+  static SwitchState large_switch() {
+    SwitchState state;
+    for (uint32_t number = 1; number <= 3967; ++number) {
+      state.ports[number].name = "Ethernet" + std::to_string(number);
+    }
+    return state;
+  }
+
+  StreamClient connect() { return {&loop_, path_}; }
+
+  TemporaryFolder folder_;
+  std::string path_ = folder_.path("control.sock");
+  EventLoop loop_;
+  Switch switch_{large_switch()};
+  Faults faults_;
+  ControlResponder responder_{&switch_, &faults_};
+  ControlServer server_{&loop_, {path_, SOCK_STREAM, 0600, std::nullopt}, &responder_};
+};
+
+TEST_F(ControlServers, AnswerOneRequestAfterTheOther) {
+  StreamClient client = connect();
+  for (int i = 0; i < 10; ++i) {
+    EXPECT_EQ(client.ask(kPing), kPong);
+  }
+}
+
+TEST_F(ControlServers, AnswerRequestsThatWereSentTogether) {
+  StreamClient client = connect();
+  client.send(std::string(kPing) + "nonsense\n" + kPing);
+  EXPECT_EQ(client.receive_line(), kPong);
+  EXPECT_EQ(client.receive_line(), "{\"error\":\"the request is not a JSON object\",\"ok\":false}\n");
+  EXPECT_EQ(client.receive_line(), kPong);
+}
+
+TEST_F(ControlServers, AnswerARequestThatComesInPieces) {
+  StreamClient client = connect();
+  for (const char octet : std::string(kPing)) {
+    client.send(std::string(1, octet));
+    event_base_loop(loop_.base(), EVLOOP_NONBLOCK);
+  }
+  EXPECT_EQ(client.receive_line(), kPong);
+}
+
+TEST_F(ControlServers, AnswerAtAnyLength) {
+  StreamClient client = connect();
+  const std::string everything = client.ask("{\"op\":\"show\"}\n");
+  EXPECT_GT(everything.size(), 500'000U);
+  EXPECT_THAT(everything, HasSubstr("[\"port.3967.switchport\",true]"));
+  EXPECT_THAT(everything, EndsWith("]}\n"));
+  EXPECT_EQ(client.ask(kPing), kPong);
+}
+
+TEST_F(ControlServers, RefuseALineWithoutEndAndDisconnect) {
+  StreamClient client = connect();
+  client.send(std::string(control::kMaxRequestSize, 'x'));
+  EXPECT_EQ(client.receive_line(), "{\"error\":\"the request is longer than 65536 octets\",\"ok\":false}\n");
+  EXPECT_EQ(client.receive_line(), "");
+}
+
+TEST_F(ControlServers, DoNotWaitForAClientThatDoesNotRead) {
+  StreamClient lazy = connect();
+  std::string requests;
+  for (int i = 0; i < 1000; ++i) {
+    requests += "{\"op\":\"show\"}\n";
+  }
+  lazy.try_to_send(requests);
+  StreamClient client = connect();
+  for (int i = 0; i < 100; ++i) {
+    EXPECT_EQ(client.ask(kPing), kPong);
+  }
+}
+
+TEST_F(ControlServers, SurviveClientsThatHangUpAtAnyPoint) {
+  for (int round = 0; round < 100; ++round) {
+    connect();
+    connect().try_to_send("{\"op\":");
+    connect().try_to_send("{\"op\":\"show\"}\n");
+    event_base_loop(loop_.base(), EVLOOP_NONBLOCK);
+  }
+  ASSERT_TRUE(run_until(loop_, [turns = 0]() mutable { return ++turns > 3; }));
+  EXPECT_EQ(connect().ask(kPing), kPong);
+}
+
+TEST_F(ControlServers, RefuseConnectionsAboveTheLimit) {
+  std::vector<StreamClient> clients;
+  for (size_t i = 0; i < 64; ++i) {
+    clients.push_back(connect());
+    EXPECT_EQ(clients.back().ask(kPing), kPong);
+  }
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(connect().receive_line(), "");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "stp-switchd: " + path_ + ": refusing further connections: 64 are open\n");
+  clients.clear();
+  ASSERT_TRUE(run_until(loop_, [turns = 0]() mutable { return ++turns > 3; }));
+  EXPECT_EQ(connect().ask(kPing), kPong);
+}
+
+class ControlServersUnderJunk : public ControlServers, public testing::WithParamInterface<uint32_t> {};
+
+TEST_P(ControlServersUnderJunk, AnswerWithErrors) {
+  std::mt19937 numbers(GetParam());
+  StreamClient client = connect();
+  for (int i = 0; i < 2000; ++i) {
+    std::string line(numbers() % 200, ' ');
+    for (char &octet : line) {
+      octet = static_cast<char>(numbers());
+      octet = octet == '\n' ? ' ' : octet;
+    }
+    ASSERT_THAT(client.ask(line + "\n"), StartsWith("{\"error\":"))
+        << "seed " << GetParam() << ", line " << i;
+  }
+  EXPECT_EQ(client.ask(kPing), kPong);
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, ControlServersUnderJunk, testing::Values(20U, 21U),
+                         testing::PrintToStringParamName());
+
+}  // namespace

@@ -1,0 +1,94 @@
+#include "model/derived.h"
+
+#include <gtest/gtest.h>
+
+#include "model/switch.h"
+#include "support/octets.h"
+
+using namespace stpswitch;
+
+namespace {
+
+// The value that IEEE 802.1Q publishes for a table that maps all VLANs to the CIST.
+TEST(MstConfigDigest, OfAnUnmappedTableIsThePublishedOne) {
+  EXPECT_EQ(hex(mst_config_digest({})), "ac36177f50283cd4b83821d8ab26de62");
+}
+
+// Computed with another implementation of HMAC-MD5.
+TEST(MstConfigDigest, CoversEveryMapping) {
+  SwitchState state;
+  state.mst_instances[1].vlans = parse_vlans("10-19,30");
+  state.mst_instances[2].vlans = parse_vlans("20-29");
+  state.mst_instances[10].vlans = parse_vlans("100-199");
+  EXPECT_EQ(hex(mst_config_digest(state)), "43bb10a0c6a64cb320ea2a463b7bfa52");
+}
+
+TEST(MstConfigDigest, TakesInstanceNumbersMostSignificantOctetFirst) {
+  SwitchState state;
+  state.mst_instances[4094].vlans = parse_vlans("4094");
+  state.mst_instances[256].vlans = parse_vlans("1");
+  EXPECT_EQ(hex(mst_config_digest(state)), "033b8e20238b939d4b856dc4b8d9c349");
+}
+
+TEST(PathCostMethod, IsLongInMstModeWhateverIsConfigured) {
+  EXPECT_EQ(operational_path_cost_method({"", SpanningTreeMode::kMst, PathCostMethod::kShort, false}),
+            PathCostMethod::kLong);
+  EXPECT_EQ(operational_path_cost_method({"", SpanningTreeMode::kMst, PathCostMethod::kLong, false}),
+            PathCostMethod::kLong);
+}
+
+TEST(PathCostMethod, IsTheConfiguredOneInRapidPvstMode) {
+  EXPECT_EQ(operational_path_cost_method({"", SpanningTreeMode::kRapidPvst, PathCostMethod::kShort, false}),
+            PathCostMethod::kShort);
+  EXPECT_EQ(operational_path_cost_method({"", SpanningTreeMode::kRapidPvst, PathCostMethod::kLong, false}),
+            PathCostMethod::kLong);
+}
+
+TEST(PortChannels, AreUpWithOneMemberUp) {
+  SwitchState state;
+  state.ports[1].channel = 2;
+  state.ports[1].link_up = false;
+  state.ports[2].channel = 2;
+  state.ports[3].channel = 4;
+  state.ports[3].link_up = false;
+  state.ports[4].channel = 0;
+  EXPECT_EQ(port_channels_up(state), std::set<uint32_t>{2});
+}
+
+TEST(CistVlans, AreThoseThatNoInstanceClaims) {
+  SwitchState state;
+  EXPECT_EQ(print_vlans(cist_vlans(state)), "1-4094");
+  state.mst_instances[1].vlans = parse_vlans("10-19");
+  state.mst_instances[2].vlans = parse_vlans("1,4094");
+  EXPECT_EQ(print_vlans(cist_vlans(state)), "2-9,20-4093");
+}
+
+TEST(Switch, ComputesTheDigestAnewForEachState) {
+  Switch the_switch(SwitchState{});
+  SwitchState mapped;
+  mapped.mst_instances[4094].vlans = parse_vlans("4094");
+  mapped.mst_instances[256].vlans = parse_vlans("1");
+  the_switch.replace(mapped);
+  EXPECT_EQ(hex(the_switch.config_digest()), "033b8e20238b939d4b856dc4b8d9c349");
+}
+
+TEST(Switch, TakesTheStandardDigestForAPreStandardOneThatIsNotStated) {
+  Switch the_switch(SwitchState{});
+  EXPECT_EQ(hex(the_switch.pre_standard_digest()), "ac36177f50283cd4b83821d8ab26de62");
+  SwitchState stated;
+  stated.mst.pre_standard_digest = MstDigest{0x12, 0x34};
+  the_switch.replace(stated);
+  EXPECT_EQ(hex(the_switch.pre_standard_digest()), "12340000000000000000000000000000");
+}
+
+TEST(Switch, TellsItsListenerAfterTheChange) {
+  Switch the_switch(SwitchState{});
+  std::string seen;
+  the_switch.on_change([&] { seen += the_switch.state().settings.name; });
+  SwitchState renamed;
+  renamed.settings.name = "renamed";
+  the_switch.replace(renamed);
+  EXPECT_EQ(seen, "renamed");
+}
+
+}  // namespace

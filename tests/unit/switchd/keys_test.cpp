@@ -1,0 +1,169 @@
+// Showing and setting single keys.
+#include "scenario/keys.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "scenario/config_error.h"
+#include "scenario/loader.h"
+
+using namespace stpswitch;
+using testing::ElementsAre;
+
+namespace {
+
+class Keys : public testing::Test {
+ protected:
+  std::vector<std::string> shown(const std::string &prefix) const {
+    std::vector<std::string> lines;
+    for (const auto &[key, value] : values_below(state_, prefix)) {
+      lines.push_back(key + " = " + print_value(value));
+    }
+    return lines;
+  }
+
+  // Sets and shows one key.
+  std::string set(const std::string &key, const std::string &text) {
+    state_ = with_value(state_, key, text);
+    return print_value(values_below(state_, key).at(0).second);
+  }
+
+  // The error of setting one key, and that it leaves everything as it was.
+  std::string refusal_of(const std::string &key, const std::string &text) {
+    const auto before = shown("");
+    std::string error = "no error";
+    try {
+      set(key, text);
+    } catch (const ConfigError &caught) {
+      error = caught.what();
+    }
+    EXPECT_EQ(shown(""), before);
+    return error;
+  }
+
+  SwitchState state_ = load_scenario(SCENARIOS "/mst-small.toml");
+};
+
+TEST_F(Keys, ShowsASection) {
+  EXPECT_THAT(shown("switch"),
+              ElementsAre("switch.name = campus-access-1", "switch.mode = mst",
+                          "switch.path_cost_method = short", "switch.loop_guard_default = true"));
+  EXPECT_THAT(shown("access"), ElementsAre("access.refused_users = guest"));
+}
+
+TEST_F(Keys, ShowsWhatLiesInsideASection) {
+  EXPECT_THAT(shown("mst"), ElementsAre("mst.region = campus", "mst.revision = 3", "mst.max_hops = 20",
+                                        "mst.pre_standard_digest = 7d3c1b90a45e62f88c01d9b7f3a6520e",
+                                        "mst.instance.1.vlans = 10-19,30", "mst.instance.2.vlans = 20-29",
+                                        "mst.instance.10.vlans = 100-199"));
+  EXPECT_THAT(shown("mst.instance"),
+              ElementsAre("mst.instance.1.vlans = 10-19,30", "mst.instance.2.vlans = 20-29",
+                          "mst.instance.10.vlans = 100-199"));
+}
+
+TEST_F(Keys, ShowsOneEntryAndNotItsNeighbours) {
+  EXPECT_THAT(shown("mst.instance.1"), ElementsAre("mst.instance.1.vlans = 10-19,30"));
+  EXPECT_THAT(shown("port.7"),
+              ElementsAre("port.7.name = Ethernet1/7", "port.7.link = down", "port.7.vlans = 1",
+                          "port.7.channel = 2", "port.7.switchport = true"));
+  EXPECT_THAT(shown("port_channel.2"),
+              ElementsAre("port_channel.2.name = port-channel2", "port_channel.2.vlans = 1,10-30,100-199"));
+}
+
+TEST_F(Keys, ShowsOneKey) { EXPECT_THAT(shown("port.7.link"), ElementsAre("port.7.link = down")); }
+
+TEST_F(Keys, ShowsNothingForAnEmptyList) {
+  state_ = {};
+  EXPECT_THAT(shown("port"), ElementsAre());
+  EXPECT_THAT(shown("mst.instance"), ElementsAre());
+}
+
+TEST_F(Keys, RefusesToShowWhatIsNotThere) {
+  for (const char *const key :
+       {"por", "port.", "port.99", "port.1.", "port.1.speed", "switch.mode.x", ".", "mst.instance.0"}) {
+    try {
+      values_below(state_, key);
+      ADD_FAILURE() << key;
+    } catch (const ConfigError &error) {
+      EXPECT_EQ(error.what(), std::string(key) + ": the switch has no such key");
+    }
+  }
+}
+
+TEST_F(Keys, SetsEachKind) {
+  EXPECT_EQ(set("switch.name", "renamed"), "renamed");
+  EXPECT_EQ(set("switch.mode", "rapid-pvst"), "rapid-pvst");
+  EXPECT_EQ(set("switch.path_cost_method", "long"), "long");
+  EXPECT_EQ(set("switch.loop_guard_default", "false"), "false");
+  EXPECT_EQ(set("mst.region", ""), "");
+  EXPECT_EQ(set("mst.region", "ABCDEFGHIJKLMNOPQRSTUVWXYZ012345"), "ABCDEFGHIJKLMNOPQRSTUVWXYZ012345");
+  EXPECT_EQ(set("mst.revision", "65535"), "65535");
+  EXPECT_EQ(set("mst.max_hops", "6"), "6");
+  EXPECT_EQ(set("mst.pre_standard_digest", "00112233445566778899AABBCCDDEEFF"),
+            "00112233445566778899aabbccddeeff");
+  EXPECT_EQ(set("mst.pre_standard_digest", ""), "");
+  EXPECT_EQ(set("mst.instance.1.vlans", "10-19,31-99"), "10-19,31-99");
+  EXPECT_EQ(set("mst.instance.1.vlans", ""), "");
+  EXPECT_EQ(set("port.3.name", "Printer"), "Printer");
+  EXPECT_EQ(set("port.3.link", "down"), "down");
+  EXPECT_EQ(set("port.3.vlans", "2,1"), "1-2");
+  EXPECT_EQ(set("port.3.channel", "2"), "2");
+  EXPECT_EQ(set("port.3.channel", "0"), "0");
+  EXPECT_EQ(set("port.3.switchport", "false"), "false");
+  EXPECT_EQ(set("port_channel.2.name", "Core"), "Core");
+  EXPECT_EQ(set("port_channel.2.vlans", "5"), "5");
+  EXPECT_EQ(set("access.refused_users", "guest,ops"), "guest,ops");
+  EXPECT_EQ(set("access.refused_users", ""), "");
+}
+
+TEST_F(Keys, SetsOnlyThatKey) {
+  auto expected = shown("");
+  for (std::string &line : expected) {
+    if (line == "port.3.link = up") {
+      line = "port.3.link = down";
+    }
+  }
+  set("port.3.link", "down");
+  EXPECT_EQ(shown(""), expected);
+}
+
+TEST_F(Keys, TakesEveryValueThatItShows) {
+  const auto before = shown("");
+  for (const auto &[key, value] : values_below(state_, "")) {
+    state_ = with_value(state_, key, print_value(value));
+  }
+  EXPECT_EQ(shown(""), before);
+}
+
+TEST_F(Keys, RefuseWhatTheFieldRefuses) {
+  EXPECT_EQ(refusal_of("switch.mode", "pvst"), "switch.mode: 'pvst' is not mst or rapid-pvst");
+  EXPECT_EQ(refusal_of("switch.loop_guard_default", "on"),
+            "switch.loop_guard_default: 'on' is neither true nor false");
+  EXPECT_EQ(refusal_of("mst.revision", "x"), "mst.revision: 'x' is not a number");
+  EXPECT_EQ(refusal_of("mst.revision", "65536"), "mst.revision: 65536 is not in 0..65535");
+  EXPECT_EQ(refusal_of("mst.instance.10.vlans", "1-"),
+            "mst.instance.10.vlans: '1-' is not a list of VLANs such as 1,10-19");
+  EXPECT_EQ(refusal_of("access.refused_users", "a,,b"), "access.refused_users: a user's name is empty");
+}
+
+TEST_F(Keys, RefuseWhatContradictsOtherKeys) {
+  EXPECT_EQ(refusal_of("mst.instance.1.vlans", "10-25"),
+            "mst.instance.2.vlans: VLAN 20 belongs to instance 1 already");
+  EXPECT_EQ(refusal_of("port.3.channel", "9"), "port.3.channel: there is no port-channel 9");
+  EXPECT_EQ(refusal_of("port.9.channel", "1"),
+            "port.9.channel: a port that takes no part in bridging cannot join a port-channel");
+  EXPECT_EQ(refusal_of("port.5.switchport", "false"),
+            "port.5.channel: a port that takes no part in bridging cannot join a port-channel");
+  EXPECT_EQ(refusal_of("port.3.name", "Ethernet1/1"),
+            "port.3.name: 'Ethernet1/1' is the name of port.1 already");
+}
+
+TEST_F(Keys, RefuseToSetWhatIsNotThere) {
+  for (const char *const key :
+       {"", "switch", "mode", "switch.colour", "port", "port.3", "port.3.number", "port.99.link",
+        "port.03.link", "port.link", "mst.instance.5.vlans", "switch.mode.x", ".", "switch..mode"}) {
+    EXPECT_EQ(refusal_of(key, "1"), std::string(key) + ": the switch has no such key that can be set");
+  }
+}
+
+}  // namespace

@@ -1,0 +1,295 @@
+// stp-switchd, stp-switchctl and the scenario generator from their command lines.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <filesystem>
+#include <memory>
+#include <thread>
+
+#include "model/derived.h"
+#include "scenario/loader.h"
+#include "support/program.h"
+#include "support/temporary_folder.h"
+
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+constexpr char kScenario[] = SCENARIOS "/mst-small.toml";
+constexpr char kGenerator[] = SCENARIOS "/generate";
+
+class Programs : public testing::Test {
+ protected:
+  std::unique_ptr<Program> start_switch(const std::string &scenario = kScenario) {
+    auto program = std::make_unique<Program>(
+        STP_SWITCHD,
+        std::vector<std::string>{"--scenario", scenario, "--socket", socket_, "--control", control_});
+    while (!program->has_ended() && ctl({"ping"}).status != 0) {
+      std::this_thread::yield();
+    }
+    return program;
+  }
+
+  ProgramResult ctl(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), {"--control", control_});
+    return run_program(STP_SWITCHCTL, std::move(arguments));
+  }
+
+  static mode_t permissions(const std::string &path) {
+    struct stat file {};
+    EXPECT_EQ(::lstat(path.c_str(), &file), 0) << path;
+    return file.st_mode & 07777U;
+  }
+
+  TemporaryFolder folder_;
+  std::string socket_ = folder_.path("switch.sock");
+  std::string control_ = folder_.path("control.sock");
+};
+
+TEST_F(Programs, SwitchStopsCleanlyAtSignals) {
+  for (const int number : {SIGTERM, SIGINT}) {
+    const auto program = start_switch();
+    program->signal(number);
+    const ProgramResult result = program->wait();
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.errors, "stp-switchd: ready: commands on " + socket_ + ", control on " + control_ +
+                                 "\nstp-switchd: stopped\n");
+    EXPECT_FALSE(std::filesystem::exists(socket_));
+    EXPECT_FALSE(std::filesystem::exists(control_));
+  }
+}
+
+TEST_F(Programs, SwitchKeepsOthersFromItsSockets) {
+  const auto program = start_switch();
+  EXPECT_EQ(permissions(socket_), 0660U);
+  EXPECT_EQ(permissions(control_), 0600U);
+}
+
+TEST_F(Programs, SwitchDoesNotStartTwice) {
+  const auto program = start_switch();
+  const ProgramResult second = run_program(
+      STP_SWITCHD, {"--scenario", kScenario, "--socket", socket_, "--control", folder_.path("other.sock")});
+  EXPECT_EQ(second.status, 1);
+  EXPECT_EQ(second.errors, "stp-switchd: " + socket_ + " is in use\n");
+  const ProgramResult third = run_program(
+      STP_SWITCHD, {"--scenario", kScenario, "--socket", folder_.path("other.sock"), "--control", control_});
+  EXPECT_EQ(third.status, 1);
+  EXPECT_EQ(third.errors, "stp-switchd: " + control_ + " is in use\n");
+  EXPECT_FALSE(std::filesystem::exists(folder_.path("other.sock")));
+  EXPECT_EQ(ctl({"ping"}).status, 0);
+}
+
+TEST_F(Programs, SwitchStartsAgainAfterItWasKilled) {
+  const auto first = start_switch();
+  first->signal(SIGKILL);
+  first->wait();
+  ASSERT_TRUE(std::filesystem::exists(socket_));
+  const auto second = start_switch();
+  EXPECT_EQ(ctl({"ping"}).status, 0);
+}
+
+TEST_F(Programs, SwitchChecksScenarios) {
+  const ProgramResult right = run_program(STP_SWITCHD, {"--scenario", kScenario, "--check"});
+  EXPECT_EQ(right.status, 0);
+  EXPECT_EQ(right.errors, "");
+  const std::string wrong = folder_.write("wrong.toml", "[switch]\nmode = 'stp'\n");
+  const ProgramResult checked = run_program(STP_SWITCHD, {"--scenario", wrong, "--check"});
+  EXPECT_EQ(checked.status, 1);
+  EXPECT_EQ(checked.errors, "stp-switchd: " + wrong + ":2: switch.mode: 'stp' is not mst or rapid-pvst\n");
+  const ProgramResult started =
+      run_program(STP_SWITCHD, {"--scenario", wrong, "--socket", socket_, "--control", control_});
+  EXPECT_EQ(started.status, 1);
+  EXPECT_EQ(started.errors, checked.errors);
+  EXPECT_FALSE(std::filesystem::exists(socket_));
+}
+
+TEST_F(Programs, SwitchNamesAGroupThatDoesNotExist) {
+  const ProgramResult result =
+      run_program(STP_SWITCHD, {"--scenario", kScenario, "--socket", socket_, "--control", control_,
+                                "--socket-group", "no-such-group"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.errors, "stp-switchd: --socket-group: there is no group 'no-such-group'\n");
+}
+
+TEST_F(Programs, SwitchNamesAFolderThatIsMissing) {
+  const ProgramResult result = run_program(
+      STP_SWITCHD, {"--scenario", kScenario, "--socket", folder_.path("none") + "/s", "--control", control_});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.errors,
+              HasSubstr(folder_.path("none") + " cannot be opened: No such file or directory\n"));
+}
+
+TEST_F(Programs, ExplainThemselves) {
+  const ProgramResult daemon = run_program(STP_SWITCHD, {"--help"});
+  EXPECT_EQ(daemon.status, 0);
+  EXPECT_THAT(daemon.output,
+              AllOf(HasSubstr("--socket-group"), HasSubstr("EXIT STATUS"), HasSubstr("EXAMPLES")));
+  const ProgramResult tool = run_program(STP_SWITCHCTL, {"--help"});
+  EXPECT_EQ(tool.status, 0);
+  EXPECT_THAT(tool.output, AllOf(HasSubstr("fault"), HasSubstr("EXIT STATUS"), HasSubstr("EXAMPLES")));
+}
+
+TEST_F(Programs, NameWhatIsWrongWithACommandLine) {
+  const ProgramResult no_scenario = run_program(STP_SWITCHD, {});
+  EXPECT_EQ(no_scenario.status, 2);
+  EXPECT_THAT(no_scenario.errors, HasSubstr("--scenario"));
+  const ProgramResult unknown_option = run_program(STP_SWITCHD, {"--scenario", "x", "--verbose"});
+  EXPECT_EQ(unknown_option.status, 2);
+  EXPECT_THAT(unknown_option.errors, HasSubstr("--verbose"));
+  const std::vector<std::pair<std::vector<std::string>, std::string>> wrong = {
+      {{}, "subcommand"},
+      {{"restart"}, "restart"},
+      {{"fault"}, "subcommand"},
+      {{"fault", "fire"}, "fire"},
+      {{"fault", "delay"}, "MS"},
+      {{"fault", "delay", "0"}, "MS"},
+      {{"fault", "delay", "soon"}, "soon"},
+      {{"fault", "drop", "--count", "0"}, "--count"},
+      {{"set", "switch.mode"}, "VALUE"},
+      {{"set", "switch.mode", "mst", "rapid-pvst"}, "rapid-pvst"}};
+  for (const auto &[arguments, offender] : wrong) {
+    const ProgramResult result = ctl(arguments);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.errors, HasSubstr(offender));
+  }
+}
+
+TEST_F(Programs, CtlTellsThatNoSwitchAnswers) {
+  const ProgramResult result = ctl({"ping"});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.errors, "stp-switchctl: " + control_ + ": No such file or directory\n");
+}
+
+TEST_F(Programs, CtlDoesNotWaitForeverForAHungSwitch) {
+  const auto program = start_switch();
+  program->signal(SIGSTOP);
+  const ProgramResult result = ctl({"ping"});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.errors, "stp-switchctl: " + control_ + ": the switch does not answer\n");
+}
+
+TEST_F(Programs, CtlShows) {
+  const auto program = start_switch();
+  EXPECT_EQ(ctl({"show", "access"}).output, "access.refused_users = guest\n");
+  EXPECT_EQ(ctl({"show", "port.7"}).output,
+            "port.7.name = Ethernet1/7\nport.7.link = down\nport.7.vlans = 1\nport.7.channel = 2\n"
+            "port.7.switchport = true\n");
+  EXPECT_EQ(ctl({"show", "switch", "--json"}).output,
+            "{\n  \"switch.name\": \"campus-access-1\",\n  \"switch.mode\": \"mst\",\n"
+            "  \"switch.path_cost_method\": \"short\",\n  \"switch.loop_guard_default\": true\n}\n");
+  EXPECT_THAT(ctl({"show"}).output, AllOf(StartsWith("switch.name = campus-access-1\n"),
+                                          EndsWith("access.refused_users = guest\n")));
+}
+
+TEST_F(Programs, CtlShowsNothingOfAnEmptyList) {
+  const auto program = start_switch(folder_.write("empty.toml", "switch.mode = 'mst'\n"));
+  EXPECT_EQ(ctl({"show", "port"}).output, "");
+  EXPECT_EQ(ctl({"show", "port", "--json"}).output, "{}\n");
+}
+
+TEST_F(Programs, CtlSets) {
+  const auto program = start_switch();
+  EXPECT_EQ(ctl({"set", "switch.mode", "rapid-pvst"}).status, 0);
+  EXPECT_EQ(ctl({"set", "mst.region", ""}).status, 0);
+  EXPECT_EQ(ctl({"set", "port.3.name", "--", "-odd-"}).status, 0);
+  EXPECT_EQ(ctl({"set", "access.refused_users", "guest,ops"}).status, 0);
+  EXPECT_THAT(ctl({"show"}).output,
+              AllOf(HasSubstr("switch.mode = rapid-pvst\n"), HasSubstr("mst.region = \n"),
+                    HasSubstr("port.3.name = -odd-\n"), HasSubstr("access.refused_users = guest,ops\n")));
+  EXPECT_THAT(program->errors(), HasSubstr("stp-switchd: switch.mode = rapid-pvst\n"));
+}
+
+TEST_F(Programs, CtlTellsWhatTheSwitchRefuses) {
+  const auto program = start_switch();
+  const ProgramResult set = ctl({"set", "port.3.channel", "9"});
+  EXPECT_EQ(set.status, 1);
+  EXPECT_EQ(set.errors, "stp-switchctl: port.3.channel: there is no port-channel 9\n");
+  EXPECT_EQ(ctl({"show", "port.3.channel"}).output, "port.3.channel = 0\n");
+  const ProgramResult show = ctl({"show", "port.99"});
+  EXPECT_EQ(show.status, 1);
+  EXPECT_EQ(show.errors, "stp-switchctl: port.99: the switch has no such key\n");
+}
+
+TEST_F(Programs, CtlRefusesTextThatIsNotUtf8) {
+  const auto program = start_switch();
+  EXPECT_EQ(ctl({"set", "mst.region", "\xFF"}).status, 2);
+  EXPECT_EQ(ctl({"show", "mst.region"}).output, "mst.region = campus\n");
+}
+
+TEST_F(Programs, CtlOrdersFaults) {
+  const auto program = start_switch();
+  const std::vector<std::vector<std::string>> orders = {{"fault", "delay", "300", "--count", "2"},
+                                                        {"fault", "drop"},
+                                                        {"fault", "garbage", "--count", "1"},
+                                                        {"fault", "disconnect"},
+                                                        {"fault", "none"}};
+  for (const auto &order : orders) {
+    EXPECT_EQ(ctl(order).status, 0) << order[1];
+  }
+  EXPECT_THAT(program->errors(), HasSubstr("fault delay, count 2\nstp-switchd: fault drop\n"
+                                           "stp-switchd: fault garbage, count 1\n"
+                                           "stp-switchd: fault disconnect\nstp-switchd: fault none\n"));
+}
+
+class Generator : public testing::Test {
+ protected:
+  static ProgramResult generate(std::vector<std::string> arguments) {
+    return run_program(kGenerator, std::move(arguments));
+  }
+};
+
+TEST_F(Generator, MakesRightScenariosOfAnySize) {
+  const std::vector<std::vector<std::string>> sizes = {
+      {},
+      {"--ports", "1", "--vlans", "1", "--instances", "0", "--channels", "0"},
+      {"--ports", "1", "--vlans", "2", "--instances", "1", "--channels", "1", "--mode", "rapid-pvst"},
+      {"--ports", "3967", "--vlans", "4094", "--instances", "64", "--channels", "4095", "--seed", "7"}};
+  for (const auto &arguments : sizes) {
+    const ProgramResult result = generate(arguments);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_NO_THROW(stpswitch::parse_scenario(result.output, "generated.toml"));
+  }
+}
+
+TEST_F(Generator, MakesWhatItWasAskedFor) {
+  const auto state = stpswitch::parse_scenario(generate({"--ports", "500", "--vlans", "300", "--instances",
+                                                         "8", "--channels", "20", "--mode", "rapid-pvst"})
+                                                   .output,
+                                               "generated.toml");
+  EXPECT_EQ(state.ports.size(), 500U);
+  EXPECT_EQ(state.port_channels.size(), 20U);
+  EXPECT_EQ(state.mst_instances.size(), 8U);
+  EXPECT_EQ(state.settings.mode, stpswitch::SpanningTreeMode::kRapidPvst);
+  EXPECT_EQ(stpswitch::print_vlans(stpswitch::cist_vlans(state)), "1,301-4094");
+}
+
+TEST_F(Generator, RepeatsItselfForASeed) {
+  EXPECT_EQ(generate({"--seed", "5"}).output, generate({"--seed", "5"}).output);
+  EXPECT_NE(generate({"--seed", "5"}).output, generate({"--seed", "6"}).output);
+}
+
+TEST_F(Generator, NamesWrongArguments) {
+  const std::vector<std::pair<std::vector<std::string>, std::string>> wrong = {
+      {{"--ports", "0"}, "--ports: '0' is not in 1..3967"},
+      {{"--ports", "3968"}, "--ports: '3968' is not in 1..3967"},
+      {{"--vlans", "many"}, "--vlans: 'many' is not in 1..4094"},
+      {{"--channels", "-1"}, "--channels"},
+      {{"--instances", "65"}, "--instances: '65' is not in 0..64"},
+      {{"--instances", "3", "--vlans", "3"}, "--instances: 3 instances need more than 3 VLANs"},
+      {{"--mode", "stp"}, "--mode"}};
+  for (const auto &[arguments, reason] : wrong) {
+    const ProgramResult result = generate(arguments);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.errors, HasSubstr(reason));
+    EXPECT_EQ(result.output, "");
+  }
+}
+
+}  // namespace

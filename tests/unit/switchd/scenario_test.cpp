@@ -1,0 +1,127 @@
+// What scenarios say, and what holds where they say nothing.
+#include <gtest/gtest.h>
+
+#include "scenario/loader.h"
+#include "support/octets.h"
+#include "support/temporary_folder.h"
+
+using namespace stpswitch;
+
+namespace {
+
+constexpr char kEverything[] = R"(
+[switch]
+name = "demo"
+mode = "rapid-pvst"
+path_cost_method = "long"
+loop_guard_default = true
+[mst]
+region = "campus"
+revision = 65535
+max_hops = 40
+pre_standard_digest = "0123456789abcdefABCDEF9876543210"
+[[mst.instance]]
+id = 4094
+vlans = "10-19,30"
+[[port]]
+number = 3967
+name = "Uplink"
+link = "down"
+vlans = "1,10-19"
+channel = 4095
+switchport = true
+[[port_channel]]
+number = 4095
+name = "Bundle"
+vlans = "1-100"
+[access]
+refused_users = ["guest", "ops"]
+)";
+
+TEST(Scenario, StatesEveryKey) {
+  const SwitchState state = parse_scenario(kEverything, "demo.toml");
+  EXPECT_EQ(state.settings.name, "demo");
+  EXPECT_EQ(state.settings.mode, SpanningTreeMode::kRapidPvst);
+  EXPECT_EQ(state.settings.path_cost_method, PathCostMethod::kLong);
+  EXPECT_TRUE(state.settings.loop_guard_default);
+  EXPECT_EQ(state.mst.name, "campus");
+  EXPECT_EQ(state.mst.revision, 65535U);
+  EXPECT_EQ(state.mst.max_hops, 40U);
+  EXPECT_EQ(hex(state.mst.pre_standard_digest.value()), "0123456789abcdefabcdef9876543210");
+  ASSERT_EQ(state.mst_instances.size(), 1U);
+  EXPECT_EQ(print_vlans(state.mst_instances.at(4094).vlans), "10-19,30");
+  ASSERT_EQ(state.ports.size(), 1U);
+  const Port &port = state.ports.at(3967);
+  EXPECT_EQ(port.name, "Uplink");
+  EXPECT_FALSE(port.link_up);
+  EXPECT_EQ(print_vlans(port.vlans), "1,10-19");
+  EXPECT_EQ(port.channel, 4095U);
+  EXPECT_TRUE(port.switchport);
+  ASSERT_EQ(state.port_channels.size(), 1U);
+  EXPECT_EQ(state.port_channels.at(4095).name, "Bundle");
+  EXPECT_EQ(print_vlans(state.port_channels.at(4095).vlans), "1-100");
+  EXPECT_EQ(state.access.refused_users, (std::vector<std::string>{"guest", "ops"}));
+}
+
+TEST(Scenario, HasDefaultsForAllButModeAndNumbers) {
+  const SwitchState state = parse_scenario(R"(
+[switch]
+mode = "mst"
+[[mst.instance]]
+id = 1
+[[port]]
+number = 12
+[[port_channel]]
+number = 2
+)",
+                                           "demo.toml");
+  EXPECT_EQ(state.settings.name, "");
+  EXPECT_EQ(state.settings.mode, SpanningTreeMode::kMst);
+  EXPECT_EQ(state.settings.path_cost_method, PathCostMethod::kShort);
+  EXPECT_FALSE(state.settings.loop_guard_default);
+  EXPECT_EQ(state.mst.name, "");
+  EXPECT_EQ(state.mst.revision, 0U);
+  EXPECT_EQ(state.mst.max_hops, 20U);
+  EXPECT_FALSE(state.mst.pre_standard_digest.has_value());
+  EXPECT_EQ(print_vlans(state.mst_instances.at(1).vlans), "");
+  const Port &port = state.ports.at(12);
+  EXPECT_EQ(port.name, "Ethernet12");
+  EXPECT_TRUE(port.link_up);
+  EXPECT_EQ(print_vlans(port.vlans), "1");
+  EXPECT_EQ(port.channel, 0U);
+  EXPECT_TRUE(port.switchport);
+  EXPECT_EQ(state.port_channels.at(2).name, "port-channel2");
+  EXPECT_EQ(print_vlans(state.port_channels.at(2).vlans), "1");
+  EXPECT_TRUE(state.access.refused_users.empty());
+}
+
+TEST(Scenario, MayHaveNoPortsAtAll) {
+  const SwitchState state = parse_scenario("switch.mode = 'mst'", "demo.toml");
+  EXPECT_TRUE(state.ports.empty());
+  EXPECT_TRUE(state.port_channels.empty());
+  EXPECT_TRUE(state.mst_instances.empty());
+}
+
+TEST(Scenario, MayStateTheHighestNumberOfInstances) {
+  std::string text = "switch.mode = 'mst'\n";
+  for (int id = 1; id <= 64; ++id) {
+    text += "[[mst.instance]]\nid = " + std::to_string(id) + "\n";
+  }
+  EXPECT_EQ(parse_scenario(text, "demo.toml").mst_instances.size(), 64U);
+}
+
+TEST(Scenario, IsReadFromAFile) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(load_scenario(folder.write("demo.toml", kEverything)).settings.name, "demo");
+}
+
+TEST(ShippedScenarios, AreRight) {
+  const SwitchState mst = load_scenario(SCENARIOS "/mst-small.toml");
+  EXPECT_EQ(mst.mst.name, "campus");
+  EXPECT_EQ(mst.mst_instances.size(), 3U);
+  EXPECT_EQ(mst.port_channels.size(), 2U);
+  const SwitchState rapid_pvst = load_scenario(SCENARIOS "/rapid-pvst-small.toml");
+  EXPECT_EQ(rapid_pvst.settings.mode, SpanningTreeMode::kRapidPvst);
+}
+
+}  // namespace
