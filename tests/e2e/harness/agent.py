@@ -1,0 +1,193 @@
+"""A private snmpd on a loopback port, with the module and, as a rule, the request probe loaded."""
+
+import os
+import re
+import signal
+import socket
+from pathlib import Path
+
+from . import build
+from .polling import wait_until
+from .process import Process
+
+PORT_ATTEMPTS = 10
+
+# Long enough that no busy machine makes a request fail that should not; tests of silent switches shorten it.
+PATIENT_DEADLINE_MS = 20000
+SHORT_DEADLINE_MS = 1000
+
+# Security names: reader, guest and writer for communities; alice, bob and guest for SNMPv3.
+CONFIGURATION = f'''
+dontLogTCPWrappersConnects yes
+com2sec reader 127.0.0.1 public
+com2sec guest 127.0.0.1 guest-community
+com2sec writer 127.0.0.1 private
+com2sec -Cn vlan-10 reader 127.0.0.1 public-vlan-10
+com2sec -Cn mst-5 reader 127.0.0.1 public-mst-5
+group all v1 reader
+group all v2c reader
+group all v1 guest
+group all v2c guest
+group all v1 writer
+group all v2c writer
+group all usm alice
+group all usm bob
+group all usm guest
+view everything included .1
+access all "" any noauth prefix everything everything none
+createUser alice SHA alice-passphrase AES alice-passphrase
+createUser bob SHA bob-passphrase AES bob-passphrase
+createUser guest SHA guest-passphrase AES guest-passphrase
+dlmod stp_extensions_mib {build.MODULE}
+'''
+PROBE_CONFIGURATION = f'dlmod agent_probe {build.PROBE}\n'
+
+# What no log may hold, unless the test has asked for the trouble.
+TROUBLE = re.compile(r'Sanitizer|runtime error:|undefined symbol|Segmentation|dlopen|[Ee]rror')
+
+
+def free_port():
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as probe:
+        probe.bind(('127.0.0.1', 0))
+        return probe.getsockname()[1]
+
+
+class Agent:
+    def __init__(self, directory, switch_socket, deadline_ms=PATIENT_DEADLINE_MS, with_probe=True):
+        self.log = directory / 'snmpd.log'
+        self._directory = directory
+        self._expected_trouble = []
+        self._process = None
+        self._port = None
+        self._environment = {
+            **os.environ,
+            'MIBS': '',
+            'SNMPCONFPATH': str(directory),
+            'SNMP_PERSISTENT_DIR': str(directory / 'persistent'),
+            'STPPLATFORM_SOCKET': str(switch_socket),
+            'STPPLATFORM_DEADLINE_MS': str(deadline_ms),
+        }
+        if build.PRELOAD:
+            reports = f'log_path={directory}/sanitizer:print_stacktrace=1'
+            self._environment.update(LD_PRELOAD=build.PRELOAD, UBSAN_OPTIONS=reports,
+                                     ASAN_OPTIONS=f'{reports}:detect_leaks=0:quarantine_size_mb=4')
+        (directory / 'persistent').mkdir()
+        configuration = CONFIGURATION + (PROBE_CONFIGURATION if with_probe else '')
+        (directory / 'snmpd.conf').write_text(configuration, encoding='ascii')
+
+    @property
+    def endpoint(self):
+        return f'127.0.0.1:{self._port}'
+
+    @property
+    def pid(self):
+        return self._process.pid
+
+    def start(self):
+        for _ in range(PORT_ATTEMPTS):
+            self._port = free_port()
+            self._process = self._run('-f')
+            wait_until(lambda: not self._process.is_alive() or self._log_holds('NET-SNMP version'),
+                       'snmpd listens or gives up')
+            if self._process.is_alive():
+                return
+            assert self._log_holds('Error opening'), f'snmpd did not start:\n{self.read_logs()}'
+            self.log.unlink()
+        raise AssertionError('found no free port')
+
+    def _run(self, *mode):
+        command = ['/usr/sbin/snmpd', *mode, '-Lf', self.log, '-C', '-c', self._directory / 'snmpd.conf',
+                   '-I', '-smux', f'udp:127.0.0.1:{self._port}']
+        return Process(command, self._directory / 'snmpd.output', self._environment)
+
+    def _log_holds(self, text):
+        return self.count_in_log(text) > 0
+
+    def count_in_log(self, text):
+        return self.log.read_text(errors='replace').count(text) if self.log.exists() else 0
+
+    def is_alive(self):
+        return self._process.is_alive()
+
+    def hang_up(self):
+        """Sends SIGHUP and waits until the agent has read its configuration, and so the module, anew."""
+        seen = self.count_in_log('restarted')
+        self._process.signal(signal.SIGHUP)
+        wait_until(lambda: not self.is_alive() or self.count_in_log('restarted') > seen,
+                   'snmpd has reconfigured')
+        assert self.is_alive(), f'snmpd died of SIGHUP:\n{self.read_logs()}'
+
+    def has_mapped(self, library):
+        return str(library) in Path(f'/proc/{self.pid}/maps').read_text(encoding='utf-8')
+
+    def resident_kib(self):
+        status = Path(f'/proc/{self.pid}/status').read_text(encoding='ascii')
+        return int(re.search(r'^VmRSS:\s+(\d+) kB', status, re.MULTILINE)[1])
+
+    def stop(self):
+        if self._process:
+            status = self._process.stop()
+            self._process = None
+            assert status == 0, f'snmpd ended with status {status}:\n{self.read_logs()}'
+
+    def kill(self):
+        if self._process:
+            self._process.kill()
+            self._process = None
+
+    def expect_in_log(self, pattern):
+        """Lines of this kind are what the test provokes, no trouble."""
+        self._expected_trouble.append(re.compile(pattern))
+
+    def read_logs(self):
+        files = [self.log, self._directory / 'snmpd.output', *sorted(self._directory.glob('sanitizer*'))]
+        return ''.join(file.read_text(errors='replace') for file in files if file.exists())
+
+    def check_logs(self):
+        for line in self.read_logs().splitlines():
+            expected = any(pattern.search(line) for pattern in self._expected_trouble)
+            assert expected or not TROUBLE.search(line), f'trouble in the log of snmpd: {line}'
+
+
+class DaemonAgent(Agent):
+    """An snmpd that went into the background."""
+
+    def start(self):
+        pid_file = self._directory / 'snmpd.pid'
+        for _ in range(PORT_ATTEMPTS):
+            self._port = free_port()
+            started = self._run('-p', pid_file).wait() == 0
+            wait_until(lambda: self._log_holds('NET-SNMP version') or self._log_holds('Error opening'),
+                       'snmpd listens or gives up')
+            if started and self._log_holds('NET-SNMP version'):
+                wait_until(lambda: pid_file.exists() and pid_file.read_text(), 'snmpd has written its pid')
+                self._process = _Daemon(int(pid_file.read_text()))
+                return
+            self.log.unlink()
+        raise AssertionError('found no free port')
+
+
+class _Daemon:
+    """As much of Process as holds for a process that is no child."""
+
+    def __init__(self, pid):
+        self.pid = pid
+
+    def is_alive(self):
+        """Whether it runs; who adopted it may be slow to collect its exit status."""
+        status = Path(f'/proc/{self.pid}/status')
+        try:
+            return '\nState:\tZ' not in status.read_text(encoding='ascii')
+        except (FileNotFoundError, ProcessLookupError):
+            return False
+
+    def signal(self, number):
+        os.kill(self.pid, number)
+
+    def stop(self):
+        self.signal(signal.SIGTERM)
+        wait_until(lambda: not self.is_alive(), 'the daemon has ended')
+        return 0
+
+    def kill(self):
+        self.signal(signal.SIGKILL)

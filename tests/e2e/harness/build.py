@@ -1,0 +1,17 @@
+"""Where the build under test stands."""
+
+import os
+from pathlib import Path
+
+PROJECT = Path(__file__).resolve().parents[3]
+SCENARIOS = PROJECT / 'tests/e2e/scenarios'
+BUILD = Path(os.environ.get('STPSNMP_BUILD_DIR', PROJECT / 'build/dev'))
+# The sanitizers' runtime, where the build has one: snmpd itself is not built with it.
+PRELOAD = os.environ.get('STPSNMP_PRELOAD', '')
+
+MODULE = BUILD / 'lib/libstpsnmp.so'
+PLATFORM_LIBRARY = BUILD / 'lib/libstpplatform.so'
+PROBE = BUILD / 'lib/agent_probe.so'
+ENTERPRISE = '.1.3.6.1.4.1.' + (BUILD / 'enterprise').read_text(encoding='ascii').strip()
+ROOT = ENTERPRISE + '.9.82'
+PROBE_ROOT = ENTERPRISE + '.9.9999'

@@ -1,0 +1,47 @@
+"""A switch, an agent that serves it, and the tools to ask it: what a test works with."""
+
+import shutil
+import tempfile
+from contextlib import contextmanager
+from pathlib import Path
+
+from .agent import Agent
+from .build import SCENARIOS
+from .polling import wait_until
+from .raw_snmp import RawClient
+from .snmp_tools import SnmpTools
+from .switch import Switch
+
+
+class Lab:
+    def __init__(self, switch, agent, directory):
+        self.switch = switch
+        self.agent = agent
+        self.snmp = SnmpTools(agent.endpoint, directory)
+
+    def raw_client(self, community='public'):
+        return RawClient(self.agent.endpoint, community)
+
+    def wait_for(self, oid, value):
+        """Asks until the agent serves this value, as it must after an outage."""
+        wait_until(lambda: self.snmp.get(oid)[0].value == value, f'{oid} is served as {value!r}')
+
+
+@contextmanager
+def run_lab(scenario, agent_class=Agent, **agent_options):
+    # Not below pytest's own folders: the path of a local socket holds 107 bytes.
+    directory = Path(tempfile.mkdtemp(prefix='stp-e2e-'))
+    switch = Switch(directory, SCENARIOS / scenario)
+    agent = agent_class(directory, switch.socket, **agent_options)
+    try:
+        switch.start()
+        agent.start()
+        yield Lab(switch, agent, directory)
+        agent.stop()
+        switch.stop()
+        agent.check_logs()
+    finally:
+        agent.kill()
+        switch.kill()
+        print(f'--- log of snmpd\n{agent.read_logs()}\n--- log of stp-switchd\n{switch.read_log()}')
+        shutil.rmtree(directory)

@@ -1,0 +1,97 @@
+"""The stock SNMP tools, and their output as values."""
+
+import os
+import re
+import subprocess
+from typing import NamedTuple
+
+LINE = re.compile(r'(\.[0-9.]+) = (.*)')
+EXCEPTIONS = {
+    'No Such Instance currently exists at this OID': 'noSuchInstance',
+    'No Such Object available on this agent at this OID': 'noSuchObject',
+    'No more variables left in this MIB View (It is past the end of the MIB tree)': 'endOfMibView',
+}
+
+
+class Binding(NamedTuple):
+    oid: str
+    kind: str  # an ASN.1 type as the tools name it, or an exception's name
+    value: object = None  # int, or bytes for an OCTET STRING
+
+
+class Failure(NamedTuple):
+    """An answer with an error status, or none at all."""
+    reason: str
+
+
+def v1(community):
+    return ['-v1', '-c', community]
+
+
+def v2c(community):
+    return ['-v2c', '-c', community]
+
+
+def v3(user, context=''):
+    passphrase = f'{user}-passphrase'
+    return ['-v3', '-l', 'authPriv', '-u', user, '-n', context, '-a', 'SHA', '-A', passphrase,
+            '-x', 'AES', '-X', passphrase]
+
+
+READER = v2c('public')
+
+
+def parse_binding(line):
+    match = LINE.fullmatch(line)
+    assert match, f'not a binding: {line!r}'
+    oid, text = match.groups()
+    if text in EXCEPTIONS:
+        return Binding(oid, EXCEPTIONS[text])
+    if text == '""':
+        return Binding(oid, 'OCTET STRING', b'')
+    kind, value = text.split(': ', 1)
+    if kind == 'Hex-STRING':
+        return Binding(oid, 'OCTET STRING', bytes.fromhex(value))
+    return Binding(oid, kind, int(value) if value.isdecimal() else value)
+
+
+class SnmpTools:
+    def __init__(self, endpoint, directory):
+        self._endpoint = endpoint
+        self._environment = {**os.environ, 'MIBS': '', 'SNMPCONFPATH': str(directory),
+                             'SNMP_PERSISTENT_DIR': str(directory)}
+
+    def _run(self, tool, who, options, operands):
+        result = subprocess.run(
+            [tool, '-On', '-Oe', '-Ox', '--hexOutputLength=0', '-t', '60', '-r', '0', *who, *options,
+             self._endpoint, *operands],
+            stdin=subprocess.DEVNULL, capture_output=True, text=True, env=self._environment, check=False,
+            timeout=600)
+        if result.returncode != 0:
+            return Failure(result.stderr + result.stdout)
+        return [parse_binding(line) for line in result.stdout.splitlines()]
+
+    def get(self, *oids, who=READER):
+        return self._run('snmpget', who, [], oids)
+
+    def get_next(self, *oids, who=READER):
+        return self._run('snmpgetnext', who, [], oids)
+
+    def get_bulk(self, oid, repetitions, who=READER):
+        return self._run('snmpbulkget', who, ['-Cn0', f'-Cr{repetitions}'], [oid])
+
+    def walk(self, oid, who=READER):
+        """Every object below `oid`. The tool's own check is on: a walk that does not advance is a failure."""
+        return self._existing(self._run('snmpwalk', who, ['-CI'], [oid]))
+
+    def bulk_walk(self, oid, who=READER, repetitions=10):
+        return self._existing(self._run('snmpbulkwalk', who, [f'-Cr{repetitions}'], [oid]))
+
+    @staticmethod
+    def _existing(bindings):
+        if isinstance(bindings, Failure):
+            return bindings
+        return [binding for binding in bindings if binding.kind not in EXCEPTIONS.values()]
+
+    def set(self, oid, kind, value, who):
+        return self._run('snmpset', who, [], [oid, kind, str(value)])

@@ -1,0 +1,65 @@
+"""A private stp-switchd, and stp-switchctl for it."""
+
+import signal
+import subprocess
+
+from .build import BUILD
+from .polling import wait_until
+from .process import Process
+
+
+class Switch:
+    def __init__(self, directory, scenario):
+        self.socket = directory / 'switch.sock'
+        self._control = directory / 'control.sock'
+        self._scenario = scenario
+        self._log = directory / 'switch.log'
+        self._process = None
+
+    def start(self):
+        self._process = Process(
+            [BUILD / 'bin/stp-switchd', '--scenario', self._scenario, '--socket', self.socket,
+             '--control', self._control], self._log)
+        wait_until(self._answers_or_ended, 'stp-switchd answers')
+        assert self._process.is_alive(), f'stp-switchd did not start: {self._log.read_text()}'
+
+    def _answers_or_ended(self):
+        return not self._process.is_alive() or self._control_command('ping').returncode == 0
+
+    def _control_command(self, *arguments):
+        return subprocess.run([BUILD / 'bin/stp-switchctl', '--control', self._control, *arguments],
+                              stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False,
+                              timeout=120)
+
+    def control(self, *arguments):
+        """Runs stp-switchctl, which must succeed."""
+        result = self._control_command(*arguments)
+        assert result.returncode == 0, f'stp-switchctl {arguments}: {result.stderr}'
+        return result.stdout
+
+    def set(self, key, value):
+        self.control('set', key, value)
+
+    def fault(self, *arguments):
+        self.control('fault', *arguments)
+
+    def stop(self):
+        if self._process:
+            status = self._process.stop()
+            self._process = None
+            assert status == 0, f'stp-switchd ended with status {status}'
+
+    def kill(self):
+        if self._process:
+            self._process.kill()
+            self._process = None
+
+    def read_log(self):
+        return self._log.read_text(errors='replace') if self._log.exists() else ''
+
+    def hang(self):
+        """Stops the process where it is: its sockets stay, nothing answers."""
+        self._process.signal(signal.SIGSTOP)
+
+    def resume(self):
+        self._process.signal(signal.SIGCONT)

@@ -1,0 +1,233 @@
+"""./run as a newcomer types it: from anywhere, until the walk or until Ctrl-C, and nothing of it stays."""
+
+import os
+import pwd
+import re
+import shlex
+import shutil
+import signal
+import socket
+import subprocess
+import tempfile
+from pathlib import Path
+
+import pytest
+from harness.agent import free_port
+from harness.build import PROJECT, SCENARIOS
+from harness.polling import wait_until
+from harness.process import die_with_parent
+
+# The first run of a checkout builds.
+GUARD_SECONDS = 1200
+SERVICE_USER = 'Debian-snmp'
+
+ROWS = '''\
+Object Value
+stpxSpanningTreeType.0 mst (4)
+stpxSpanningTreePathCostMode.0 short (1)
+stpxSpanningTreePathCostOperMode.0 long (2)
+stpxLoopGuardGlobalDefaultMode.0 enabled (1)
+stpxMSTRegionName.0 ops-lab
+stpxSMSTMaxInstances.0 65
+stpxSMSTMaxInstanceID.0 4094
+stpxSMSTRegionRevision.0 7
+stpxSMSTMaxHopCount.0 25
+stpxSMSTConfigDigest.0 d44afa2a199da8f5a95c3cad447fbfa2
+stpxSMSTConfigPreStandardDigest.0 0f1e2d3c4b5a69788796a5b4c3d2e1f1
+'''
+
+
+class Run:
+    """One ./run in a session of its own, so that whatever it leaves behind can be found."""
+
+    def __init__(self, place, *arguments):
+        self._output, self._errors = place / 'output', place / 'errors'
+        self.temporary = place / 'temporary'
+        self.temporary.mkdir()
+        self.temporary.chmod(0o711)
+        with open(self._output, 'wb') as output, open(self._errors, 'wb') as errors:
+            self._child = subprocess.Popen(
+                [PROJECT / 'run', *arguments], cwd=place,
+                stdin=subprocess.DEVNULL, stdout=output, stderr=errors,
+                env={**os.environ, 'TMPDIR': str(self.temporary)},
+                start_new_session=True, preexec_fn=self._before_exec)
+
+    @staticmethod
+    def _before_exec():
+        die_with_parent()
+        signal.signal(signal.SIGINT, signal.SIG_DFL)  # bash cannot trap what it finds ignored
+
+    @property
+    def output(self):
+        return self._output.read_text()
+
+    @property
+    def errors(self):
+        return self._errors.read_text()
+
+    def wait(self):
+        return self._child.wait(timeout=GUARD_SECONDS)
+
+    def wait_for_output(self, text):
+        wait_until(lambda: text in self.output or self._child.poll() is not None,
+                   f'./run shows {text!r}', GUARD_SECONDS)
+        assert self._child.poll() is None, self.errors
+
+    def interrupt(self, number):
+        self._child.send_signal(number)
+        return self.wait()
+
+    def processes(self):
+        """Names, users and ids of the session's processes, but for those that only wait to be collected."""
+        found = []
+        for stat in Path('/proc').glob('[0-9]*/stat'):
+            try:
+                name, rest = re.fullmatch(r'\d+ \((.*)\) (.*)\n', stat.read_text()).groups()
+                user = pwd.getpwuid(stat.stat().st_uid).pw_name
+            except (FileNotFoundError, ProcessLookupError):
+                continue
+            state, _parent, _group, session = rest.split()[:4]
+            if int(session) == self._child.pid and state != 'Z':
+                found.append((name, user, int(stat.parent.name)))
+        return sorted(found)
+
+    def check_nothing_is_left(self):
+        assert self.processes() == []
+        assert list(self.temporary.iterdir()) == []
+
+    def kill(self):
+        try:
+            os.killpg(self._child.pid, signal.SIGKILL)
+        except ProcessLookupError:
+            pass
+        self._child.wait()
+
+
+@pytest.fixture(name='start_run')
+def fixture_start_run():
+    # Not below pytest's own folders, which no other user may enter.
+    place = Path(tempfile.mkdtemp(prefix='stp-e2e-run-'))
+    place.chmod(0o711)
+    runs = []
+
+    def start(*arguments):
+        folder = place / str(len(runs))
+        folder.mkdir(mode=0o711)
+        runs.append(Run(folder, *arguments))
+        return runs[-1]
+
+    yield start
+    for run in runs:
+        run.kill()
+        print(f'--- ./run\n{run.output}\n{run.errors}')
+    shutil.rmtree(place)
+
+
+def shown_table(output):
+    return output[output.index('Object '):].split('\n\n')[0].rstrip('\n') + '\n'
+
+
+def test_once_shows_every_object_of_the_scenario_and_leaves_nothing_behind(start_run):
+    run = start_run('--once', '--scenario', SCENARIOS / 'mst.toml', '--port', str(free_port()))
+    assert run.wait() == 0, run.errors
+    assert shown_table(run.output).split() == ROWS.split()
+    assert run.errors == ''
+    run.check_nothing_is_left()
+
+
+def test_once_shows_the_example_switch_and_can_be_repeated(start_run):
+    port = str(free_port())
+    first = start_run('--once', '--port', port)
+    assert first.wait() == 0, first.errors
+    assert 'stpxMSTRegionName.0 campus' in re.sub(' +', ' ', first.output)
+    second = start_run('--once', '--port', port)
+    assert second.wait() == 0, second.errors
+    assert shown_table(second.output) == shown_table(first.output)
+
+
+def test_stays_up_for_the_commands_that_it_prints_until_ctrl_c(start_run):
+    run = start_run('--scenario', SCENARIOS / 'mst.toml', '--port', str(free_port()))
+    run.wait_for_output('Running until Ctrl-C.')
+    commands = [shlex.split(line) for line in run.output.splitlines() if line.startswith('  ')]
+    [walk] = [command for command in commands if command[0] == 'snmpwalk']
+    [change] = [command for command in commands if command[-3:] == ['set', 'mst.region', 'campus-north']]
+    environment = {**os.environ, 'MIBS': '', 'SNMPCONFPATH': str(run.temporary)}
+
+    subprocess.run(change, check=True, timeout=GUARD_SECONDS)
+    shown = subprocess.run(walk, check=True, capture_output=True, text=True, env=environment,
+                           timeout=GUARD_SECONDS)
+    assert '.9.82.1.11.2.0 = STRING: "campus-north"' in shown.stdout
+    assert len(re.findall(r'\.9\.82\.[0-9.]+ = (?!No more)', shown.stdout)) == 11
+
+    assert run.interrupt(signal.SIGINT) == 0
+    assert run.errors == ''
+    run.check_nothing_is_left()
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason='only root can hand the processes to another user')
+def test_root_hands_its_processes_to_the_agents_user_where_that_user_can_reach_the_project(start_run):
+    reached = subprocess.run(
+        ['setpriv', f'--reuid={SERVICE_USER}', '--clear-groups', 'test', '-x', PROJECT / 'run'], check=False)
+    expected = SERVICE_USER if reached.returncode == 0 else 'root'
+    run = start_run('--scenario', SCENARIOS / 'mst.toml', '--port', str(free_port()))
+    run.wait_for_output('Running until Ctrl-C.')
+    users = {name: user for name, user, _ in run.processes() if name in ('snmpd', 'stp-switchd')}
+    assert users == {'snmpd': expected, 'stp-switchd': expected}
+
+
+def test_sigterm_ends_everything(start_run):
+    run = start_run('--port', str(free_port()))
+    run.wait_for_output('Running until Ctrl-C.')
+    assert run.interrupt(signal.SIGTERM) == 128 + signal.SIGTERM
+    run.check_nothing_is_left()
+
+
+@pytest.mark.parametrize('name', ['snmpd', 'stp-switchd'])
+def test_process_that_stops_by_itself_is_named_and_ends_everything(start_run, name):
+    run = start_run('--port', str(free_port()))
+    run.wait_for_output('Running until Ctrl-C.')
+    [pid] = [pid for found, _, pid in run.processes() if found == name]
+    os.kill(pid, signal.SIGTERM)
+    assert run.wait() == 1
+    assert re.fullmatch(f'run: {name} stopped by itself: .+\n', run.errors)
+    run.check_nothing_is_left()
+
+
+def test_processes_die_with_a_killed_run(start_run):
+    run = start_run('--port', str(free_port()))
+    run.wait_for_output('Running until Ctrl-C.')
+    assert run.interrupt(signal.SIGKILL) == -signal.SIGKILL
+    wait_until(lambda: run.processes() == [], 'snmpd and stp-switchd have ended')
+
+
+def test_taken_port_is_named_in_one_line(start_run):
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as occupant:
+        occupant.bind(('127.0.0.1', 0))
+        port = occupant.getsockname()[1]
+        run = start_run('--once', '--port', str(port))
+        assert run.wait() == 1
+    assert run.errors == f'run: UDP port {port} of 127.0.0.1 is taken: choose another with --port\n'
+    run.check_nothing_is_left()
+
+
+def test_bad_scenario_is_named_in_one_line(start_run, tmp_path):
+    scenario = tmp_path / 'broken.toml'
+    scenario.write_text('[switch]\nmode = "none"\n', encoding='ascii')
+    run = start_run('--once', '--scenario', scenario, '--port', str(free_port()))
+    assert run.wait() == 1
+    assert re.fullmatch(r'run: stp-switchd did not start: .*broken\.toml.*\n', run.errors)
+    run.check_nothing_is_left()
+
+
+@pytest.mark.parametrize('arguments, status, message', [
+    (['--port', '0'], 2, "run: --port: '0' is not in 1..65535 (see --help)\n"),
+    (['--port', '65536'], 2, "run: --port: '65536' is not in 1..65535 (see --help)\n"),
+    (['--port'], 2, 'run: --port needs a value (see --help)\n'),
+    (['--twice'], 2, "run: unknown argument '--twice' (see --help)\n"),
+    (['--scenario', '/nowhere.toml'], 1, "run: cannot read the scenario '/nowhere.toml'\n"),
+])
+def test_wrong_command_line_is_named_in_one_line(start_run, arguments, status, message):
+    run = start_run(*arguments)
+    assert run.wait() == status
+    assert run.errors == message
+    assert run.output == ''

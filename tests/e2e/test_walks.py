@@ -1,0 +1,97 @@
+"""Every object by GET, GETNEXT, walk and bulk walk, against one list for each switch."""
+
+import golden
+import pytest
+from harness.build import ROOT
+from harness.lab import run_lab
+from harness.snmp_tools import Binding
+
+NO_ROW = '.65535.65535'
+
+
+@pytest.fixture(name='served', scope='module', ids=['mst', 'rapid-pvst'],
+                params=[('mst.toml', golden.MST), ('rapid-pvst.toml', golden.RAPID_PVST)])
+def fixture_served(request):
+    """The tools for an agent of this switch, and what it must serve."""
+    scenario, expected = request.param
+    with run_lab(scenario) as lab:
+        yield lab.snmp, expected
+
+
+def test_get_answers_each_scalar(served):
+    snmp, expected = served
+    for binding in expected:
+        assert snmp.get(binding.oid) == [binding]
+
+
+def test_one_get_answers_all_scalars(served):
+    snmp, expected = served
+    assert snmp.get(*(binding.oid for binding in expected)) == expected
+
+
+def test_walk_of_the_module_root_is_exactly_the_scalars_in_oid_order(served):
+    snmp, expected = served
+    assert snmp.walk(ROOT) == expected
+
+
+@pytest.mark.parametrize('repetitions', [1, 2, 7, 50])
+def test_bulk_walk_equals_the_walk(served, repetitions):
+    snmp, expected = served
+    assert snmp.bulk_walk(ROOT, repetitions=repetitions) == expected
+
+
+def test_walk_of_each_prefix_is_the_scalars_below_it(served):
+    snmp, expected = served
+    for prefix in ('.1', '.1.6', '.1.6.1', '.1.8', '.1.11', '.1.14', '.1.14.1'):
+        below = [binding for binding in expected if binding.oid.startswith(f'{ROOT}{prefix}.')]
+        assert below
+        assert snmp.walk(ROOT + prefix) == below
+
+
+def test_getnext_from_root_and_from_each_object_is_the_first_and_the_following_one(served):
+    snmp, expected = served
+    asked = [ROOT] + [binding.oid for binding in expected[:-1]]
+    assert snmp.get_next(*asked) == expected
+
+
+def test_getnext_from_an_object_without_its_instance_is_its_instance(served):
+    snmp, expected = served
+    assert snmp.get_next(*(binding.oid.removesuffix('.0') for binding in expected)) == expected
+
+
+@pytest.mark.parametrize('before, following', [
+    ('.0', '.1.6.1.0'), ('.1', '.1.6.1.0'), ('.1.5', '.1.6.1.0'), ('.1.6', '.1.6.1.0'),
+    ('.1.6.1', '.1.6.1.0'), ('.1.6.1.0.0', '.1.6.2.0'), ('.1.6.1.4294967295', '.1.6.2.0'),
+    ('.1.6.3', '.1.6.7.0'), ('.1.7', '.1.8.3.0'), ('.1.8.2.1.3', '.1.8.3.0'), ('.1.9', '.1.11.2.0'),
+    ('.1.12', '.1.14.1.0'), ('.1.14.2.7', '.1.14.3.0'), ('.1.14.4', '.1.14.8.0'), ('.1.14.9.1', '.1.14.10.0'),
+])
+def test_getnext_from_between_objects_is_the_next_scalar(served, before, following):
+    snmp, expected = served
+    wanted = [binding for binding in expected if binding.oid == ROOT + following]
+    assert snmp.get_next(ROOT + before) == wanted
+
+
+def test_getnext_after_the_last_scalar_leaves_the_module(served):
+    snmp, expected = served
+    [binding] = snmp.get_next(expected[-1].oid)
+    assert not binding.oid.startswith(f'{ROOT}.')
+
+
+@pytest.mark.parametrize('instance', ['', '.1', '.0.0', '.4294967295'])
+def test_get_of_a_wrong_instance_is_no_such_instance(served, instance):
+    snmp, expected = served
+    for binding in expected:
+        oid = binding.oid.removesuffix('.0') + instance
+        assert snmp.get(oid) == [Binding(oid, 'noSuchInstance')]
+
+
+def test_get_of_a_row_that_no_table_has_is_no_such_instance(served):
+    snmp, _ = served
+    asked = [column + NO_ROW for column in golden.TABLE_COLUMNS]
+    assert snmp.get(*asked) == [Binding(oid, 'noSuchInstance') for oid in asked]
+
+
+def test_get_outside_every_object_is_no_such_object(served):
+    snmp, _ = served
+    asked = [ROOT + suffix for suffix in ('.1.14.20.0', '.1.6.4.0', '.1.8.1.1.2.1', '.2.1.0')]
+    assert snmp.get(*asked) == [Binding(oid, 'noSuchObject') for oid in asked]
