@@ -1,0 +1,130 @@
+// One getter over the shipped platform and a running switch, against an echo of messages of the same size
+// over a socket of the same kind: the least that any answer from another process can cost.
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include <benchmark/benchmark.h>
+
+#include "scalars.h"
+
+namespace {
+
+constexpr size_t kRequestSize = 120;  // a request with one key
+constexpr size_t kReplySize = 84;     // the reply of the global settings
+
+void EchoOfTheSameSize(benchmark::State &state) {
+  int ends[2];
+  if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) {
+    state.SkipWithError("no socket pair");
+    return;
+  }
+  std::array<char, kRequestSize> request{};
+  std::array<char, kReplySize> reply{};
+  const pid_t echo = fork();
+  if (echo == 0) {
+    close(ends[0]);
+    while (read(ends[1], request.data(), request.size()) > 0 &&
+           write(ends[1], reply.data(), reply.size()) > 0) {
+    }
+    _exit(0);
+  }
+  close(ends[1]);
+  for (auto _ : state) {
+    if (write(ends[0], request.data(), request.size()) < 0 || read(ends[0], reply.data(), reply.size()) < 0) {
+      state.SkipWithError("echo is gone");
+      break;
+    }
+  }
+  close(ends[0]);
+  waitpid(echo, nullptr, 0);
+}
+BENCHMARK(EchoOfTheSameSize)->UseRealTime();
+
+void ScalarFromTheSwitch(benchmark::State &state) {
+  ScalarValueRecord record{};
+  for (auto _ : state) {
+    if (get_stpxSpanningTreeType(&record) != 0) {
+      state.SkipWithError("the switch does not answer");
+      break;
+    }
+  }
+}
+BENCHMARK(ScalarFromTheSwitch)->UseRealTime();
+
+class Switch {
+ public:
+  explicit Switch(const std::filesystem::path &socket) : pid_(fork()) {
+    if (pid_ == 0) {
+      const std::string control = socket.parent_path() / "control.sock";
+      execl(SWITCHD, SWITCHD, "--scenario", SCENARIO, "--socket", socket.c_str(), "--control",
+            control.c_str(), nullptr);
+      _exit(127);
+    }
+  }
+  ~Switch() {
+    kill(pid_, SIGTERM);
+    waitpid(pid_, nullptr, 0);
+  }
+  Switch(const Switch &) = delete;
+  Switch &operator=(const Switch &) = delete;
+
+ private:
+  pid_t pid_;
+};
+
+constexpr char kSocketVariable[] = "STPPLATFORM_SOCKET";
+
+// The platform library reads its environment when it is loaded, so the program starts itself once more.
+int start_again_with_private_socket(char **argv) {
+  char directory[] = "/tmp/round_trip_benchmark.XXXXXX";
+  if (mkdtemp(directory) == nullptr) {
+    perror("mkdtemp");
+    return EXIT_FAILURE;
+  }
+  setenv(kSocketVariable, (std::string(directory) + "/switch.sock").c_str(), 1);
+  execv("/proc/self/exe", argv);
+  perror("execv");
+  return EXIT_FAILURE;
+}
+
+bool wait_for_switch() {
+  constexpr int kAttempts = 100;
+  constexpr useconds_t kPause = 50'000;
+  ScalarValueRecord record{};
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    if (get_stpxSpanningTreeType(&record) == 0) {
+      return true;
+    }
+    usleep(kPause);
+  }
+  fprintf(stderr, "stp-switchd does not answer\n");
+  return false;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  const char *socket = getenv(kSocketVariable);
+  if (socket == nullptr) {
+    return start_again_with_private_socket(argv);
+  }
+  benchmark::Initialize(&argc, argv);
+  bool ready = false;
+  {
+    const Switch running(socket);
+    ready = wait_for_switch();
+    if (ready) {
+      benchmark::RunSpecifiedBenchmarks();
+    }
+  }
+  std::filesystem::remove_all(std::filesystem::path(socket).parent_path());
+  return ready ? EXIT_SUCCESS : EXIT_FAILURE;
+}
