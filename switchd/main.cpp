@@ -1,6 +1,5 @@
 // stp-switchd: the command line.
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <string>
@@ -93,7 +92,7 @@ int main(int argc, char **argv) {
   try {
     return parse_and_run(argc, argv);
   } catch (const std::exception &error) {
-    std::fputs(error.what(), stderr);
+    stpswitch::log_line(error.what());
     return EXIT_FAILURE;
   }
 }
