@@ -19,7 +19,7 @@ REGISTERED = [binding.oid for binding in golden.MST] + [column + '.1' for column
 
 UNLOAD_CYCLES = 1000
 WARM_UP_CYCLES = 100
-HANG_UPS = 60
+HANG_UPS = 1000
 # Far below one leaked page a cycle, far above what the agent's own heap moves.
 GROWTH_LIMIT_KIB = 3000
 
