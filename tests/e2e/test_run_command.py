@@ -210,12 +210,13 @@ def test_taken_port_is_named_in_one_line(start_run):
     run.check_nothing_is_left()
 
 
-def test_bad_scenario_is_named_in_one_line(start_run, tmp_path):
-    scenario = tmp_path / 'broken.toml'
-    scenario.write_text('[switch]\nmode = "none"\n', encoding='ascii')
-    run = start_run('--once', '--scenario', scenario, '--port', str(free_port()))
-    assert run.wait() == 1
-    assert re.fullmatch(r'run: stp-switchd did not start: .*broken\.toml.*\n', run.errors)
+def test_bad_scenario_is_named_in_one_line(start_run):
+    with tempfile.NamedTemporaryFile(suffix='.toml') as scenario:
+        scenario.write(b'[switch]\nmode = "none"\n')
+        scenario.flush()
+        run = start_run('--once', '--scenario', scenario.name, '--port', str(free_port()))
+        assert run.wait() == 1
+    assert re.fullmatch(f'run: stp-switchd did not start: .*{re.escape(scenario.name)}.*\n', run.errors)
     run.check_nothing_is_left()
 
 
