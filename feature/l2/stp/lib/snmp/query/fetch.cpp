@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "diagnostics.h"
-#include "query/request.h"
+#include "query/ask.h"
 
 namespace stpsnmp::query {
 namespace {
@@ -40,19 +40,10 @@ int read_octets(const Reply &reply, Token wanted, void *field, uint32_t *shown) 
 }
 
 int send(const Question &question, Reply *reply, CallSite caller) {
-  Request request(question.command, Action::kGet, caller);
-  if (!request) {
-    return kFailed;
-  }
-  if (question.key != Token::kNoKey) {
-    const uint32_t value = 0;
-    request.add(question.key, &value);
-  }
-  const int result = request.send(reply);
-  if (result != 0) {
-    STP_LOG(kTrace, "%s(%d) cmd_req_snmp_send_recv() failed\n", caller.function, caller.line);
-  }
-  return result;
+  const uint32_t value = 0;
+  const Key key{question.key, &value};
+  const std::span<const Key> keys(&key, question.key == Token::kNoKey ? 0 : 1);
+  return ask(question.command, Action::kGet, keys, reply, caller);
 }
 
 int fetch(const Question &question, Read read, void *field, CallSite caller) {

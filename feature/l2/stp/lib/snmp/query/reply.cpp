@@ -8,7 +8,7 @@ namespace {
 constexpr int kNoValue = -1;
 
 // Finds a value that must be there when it is `needed` or has a length.
-int find(void *handle, Token token, bool needed, Octets *value) {
+int find_octets(void *handle, Token token, bool needed, Octets *value) {
   void *data = nullptr;
   uint32_t length = 0;
   const int result = cmd_rsp_attr_get(handle, static_cast<uint32_t>(token), &data, &length);
@@ -24,17 +24,28 @@ int find(void *handle, Token token, bool needed, Octets *value) {
 
 }  // namespace
 
-int Reply::read_number(Token token, uint32_t *number) const {
-  Octets value;
-  const int result = find(handle_, token, true, &value);
+int Reply::find(Token token, const void **value) const {
+  Octets octets;
+  const int result = find_octets(handle_, token, true, &octets);
   if (result == 0) {
-    // The library promises the length, but no alignment.
-    std::memcpy(number, value.data, sizeof *number);
+    *value = octets.data;
   }
   return result;
 }
 
-int Reply::read_octets(Token token, Octets *octets) const { return find(handle_, token, false, octets); }
+int Reply::read_number(Token token, uint32_t *number) const {
+  const void *value = nullptr;
+  const int result = find(token, &value);
+  if (result == 0) {
+    // The library promises the length, but no alignment.
+    std::memcpy(number, value, sizeof *number);
+  }
+  return result;
+}
+
+int Reply::read_octets(Token token, Octets *octets) const {
+  return find_octets(handle_, token, false, octets);
+}
 
 void Reply::release() {
   if (handle_ != nullptr) {

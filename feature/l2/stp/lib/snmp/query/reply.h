@@ -31,7 +31,16 @@ class Reply {
   int read_number(Token token, uint32_t *number) const;
   int read_octets(Token token, Octets *octets) const;
 
+  // Finds a value whose length its token's type fixes; it lies in the reply.
+  int find(Token token, const void **value) const;
+
+  // The handle, for platform calls that read the reply themselves.
+  void *handle() const { return handle_; }
+
   void release();
+
+  // Gives the reply up without releasing it.
+  void abandon() { handle_ = nullptr; }
 
  private:
   void *handle_ = nullptr;

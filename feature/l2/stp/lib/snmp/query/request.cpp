@@ -12,7 +12,14 @@ constexpr uint32_t kRequestBufferSize = 16000;
 
 }  // namespace
 
-Request::Request(Command command, Action action, CallSite caller) : buffer_(malloc(kRequestBufferSize)) {
+int add_key(void *request, const Key &key) {
+  const auto token = static_cast<uint32_t>(key.token);
+  const uint32_t length = token_type_2len(token, key.value);
+  return cmd_req_attr_add(request, token, key.value, length);
+}
+
+Request::Request(Command command, Action action, std::span<const Key> keys, CallSite caller)
+    : buffer_(malloc(kRequestBufferSize)) {
   if (buffer_ == nullptr) {
     STP_LOG(diagnostics::kTrace, "%s(%d) malloc failed \n", caller.function, caller.line);
     return;
@@ -20,15 +27,12 @@ Request::Request(Command command, Action action, CallSite caller) : buffer_(mall
   handle_ = cmd_req_init(buffer_, kRequestBufferSize);
   cmd_req_cmdId_set(handle_, static_cast<uint32_t>(command));
   cmd_req_action_set(handle_, static_cast<uint32_t>(action));
+  for (const Key &key : keys) {
+    add_key(handle_, key);
+  }
 }
 
 Request::~Request() { free(buffer_); }
-
-void Request::add(Token token, const void *value) {
-  const auto number = static_cast<uint32_t>(token);
-  const uint32_t length = token_type_2len(number, value);
-  cmd_req_attr_add(handle_, number, value, length);
-}
 
 int Request::send(Reply *reply) {
   // The session is asked for before the user.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "call_site.h"
 #include "query/protocol.h"
@@ -9,21 +10,27 @@
 
 namespace stpsnmp::query {
 
+struct Key {
+  Token token;
+  const void *value;
+};
+
+// Adds a key attribute to the request with this handle; the command library knows the length of its value.
+// Returns what the library returns.
+int add_key(void *request, const Key &key);
+
 // Owns the request buffer and frees it at the end of its scope: end that scope after the send, before the
 // reply is read.
 class Request {
  public:
-  // Allocates the buffer and names command and action. Where memory is short, that is logged for `caller`,
-  // and the request is false.
-  Request(Command command, Action action, CallSite caller);
+  // Allocates the buffer, names command and action and adds the keys. Where memory is short, that is logged
+  // for `caller`, and the request is false.
+  Request(Command command, Action action, std::span<const Key> keys, CallSite caller);
   ~Request();
   Request(const Request &) = delete;
   Request &operator=(const Request &) = delete;
 
   explicit operator bool() const { return buffer_ != nullptr; }
-
-  // Adds a key attribute; the command library knows the length of its value.
-  void add(Token token, const void *value);
 
   // Sends the request and waits for the reply. Returns 0, or the command library's code; after a success the
   // reply may still be empty.

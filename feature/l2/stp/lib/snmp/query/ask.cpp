@@ -1,0 +1,39 @@
+#include "query/ask.h"
+
+#include "diagnostics.h"
+
+namespace stpsnmp::query {
+namespace {
+
+using diagnostics::kTrace;
+
+constexpr int kFailed = -1;
+
+}  // namespace
+
+int ask(Command command, Action action, std::span<const Key> keys, Reply *reply, CallSite caller) {
+  Request request(command, action, keys, caller);
+  if (!request) {
+    return kFailed;
+  }
+  const int result = request.send(reply);
+  if (result != 0) {
+    STP_LOG(kTrace, "%s(%d) cmd_req_snmp_send_recv() failed\n", caller.function, caller.line);
+  }
+  return result;
+}
+
+int ask_for_reply(Command command, Action action, std::span<const Key> keys, Reply *reply, CallSite caller) {
+  Request request(command, action, keys, caller);
+  if (!request) {
+    return kFailed;
+  }
+  const int result = request.send(reply);
+  if (result != 0 || !*reply) {
+    STP_LOG(kTrace, "%s(%d) cmd_req_snmp_send_recv() failed, ret:%d\n", caller.function, caller.line, result);
+    return kFailed;
+  }
+  return 0;
+}
+
+}  // namespace stpsnmp::query
