@@ -1,12 +1,15 @@
 #include "fake_platform.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <set>
 
+#include "platform/bridge_mib.h"
 #include "platform/cmd.h"
 #include "platform/evhist.h"
+#include "platform/stp.h"
 
 namespace fake {
 namespace {
@@ -144,13 +147,14 @@ int cmd_req_action_set(void *request, uint32_t action) {
 
 uint32_t token_type_2len(uint32_t token, const void *value) {
   trace("token_type_2len(" + fake::hex(token) + (value == nullptr ? ", NULL" : ", value") + ")");
-  return platform().value_length;
+  return CMD_TOKEN_TYPE(token) == CMD_TYPE_RANGE_LIST ? platform().range_list_length
+                                                      : platform().value_length;
 }
 
 int cmd_req_attr_add(void *request, uint32_t token, const void *value, uint32_t length) {
   trace("cmd_req_attr_add(" + fake::named(request) + ", " + fake::hex(token) + ", " +
         fake::hex(value, length) + ")");
-  return 0;
+  return platform().attr_add_result;
 }
 
 int cmd_snmp_req_send_recv(uint32_t destination, uint32_t service, void *request, const char *user,
@@ -158,8 +162,13 @@ int cmd_snmp_req_send_recv(uint32_t destination, uint32_t service, void *request
   trace("cmd_snmp_req_send_recv(" + fake::hex(destination) + ", " + std::to_string(service) + ", " +
         fake::named(request) + ", " + user + ", " + std::to_string(session) + ", " + std::to_string(flags) +
         ")");
-  if (platform().send_result != 0 || platform().answers_without_reply) {
-    return platform().send_result;
+  fake::Send send{platform().send_result, !platform().answers_without_reply};
+  if (!platform().next_sends.empty()) {
+    send = platform().next_sends.front();
+    platform().next_sends.pop_front();
+  }
+  if (send.result != 0 || !send.has_reply) {
+    return send.result;
   }
   auto *answer = new fake::Reply;
   for (const auto &[token, value] : platform().attributes) {
@@ -239,6 +248,33 @@ int set_notification_enable_disable_status(uint32_t notification_class, int enab
   return 0;
 }
 
+// STP library and bridge MIB helper.
+
+int stp_get_mst_vlan_bmp(void *reply, uint32_t action, uint16_t *instance, stp_vlan_bmp *vlans) {
+  const bool is_empty =
+      std::all_of(std::begin(vlans->bits), std::end(vlans->bits), [](uint8_t octet) { return octet == 0; });
+  trace(std::string(fake::is_alive(reply) ? "" : "FREED REPLY ") + "stp_get_mst_vlan_bmp(" +
+        std::to_string(action) + ", " + std::to_string(*instance) + ", " + (is_empty ? "empty " : "USED ") +
+        std::to_string(vlans->size) + ")");
+  const fake::MstVlans &found = platform().mst_vlans;
+  *instance = found.instance.value_or(*instance);
+  vlans->size = found.size.value_or(vlans->size);
+  for (const uint32_t vlan : found.vlans) {
+    vlans->bits[vlan / 8] = static_cast<uint8_t>(vlans->bits[vlan / 8] | 0x80U >> vlan % 8);
+  }
+  return found.result;
+}
+
+int dot1d_stringNonZeroLength(const uint8_t *octets, int length) {
+  trace("dot1d_stringNonZeroLength(" + std::to_string(length) + ")");
+  const auto *const end = octets + length;
+  const auto *last = end;
+  while (last != octets && last[-1] == 0) {
+    --last;
+  }
+  return static_cast<int>(last - octets);
+}
+
 // Event history and debug print.
 
 int evhist_hist_event_subtype_check(uint32_t event_class, uint32_t level) {
@@ -270,7 +306,7 @@ char evhist_dbg_modname[] = "FAKE";
 void dbgprint(int first, const char *module, int third, const char *format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  char text[4096];
+  char text[32768];
   vsnprintf(text, sizeof text, format, arguments);
   va_end(arguments);
   trace("dbgprint(" + std::to_string(first) + ", " + module + ", " + std::to_string(third) + ") " +

@@ -5,7 +5,9 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,8 +21,24 @@ using Bytes = std::vector<uint8_t>;
 Bytes number(uint32_t value);
 Bytes octets(const std::string &text);
 
+// What becomes of one send.
+struct Send {
+  int result = 0;
+  bool has_reply = true;
+};
+
+// What the STP library finds in a reply; what is left out keeps what the caller put there.
+struct MstVlans {
+  int result = 0;
+  std::optional<uint16_t> instance;
+  std::optional<uint32_t> size;
+  std::vector<uint32_t> vlans;
+};
+
 struct Platform {
-  // What the spanning-tree process answers.
+  // What the spanning-tree process answers. The next sends fare as the queue says, later ones as the two
+  // values below it.
+  std::deque<Send> next_sends;
   int send_result = 0;
   bool answers_without_reply = false;
   int missing_attribute_result = 7;
@@ -36,8 +54,14 @@ struct Platform {
   std::map<uint32_t, int> history_answers{{100, 0}, {101, 0}};
   std::map<uint32_t, int> print_answers{{100, 0}, {101, 0}};
 
-  // The byte length that the command library finds for every value.
+  // The byte lengths that the command library finds for a list of ranges, and for every other value.
+  uint32_t range_list_length = 16;
   uint32_t value_length = 4;
+
+  // What adding an attribute returns.
+  int attr_add_result = 0;
+
+  MstVlans mst_vlans;
 
   // What happened.
   std::vector<std::string> trace;

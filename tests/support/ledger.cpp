@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <map>
+#include <optional>
 #include <string>
 
 #include "fake_platform.h"
@@ -9,7 +10,7 @@
 namespace {
 
 bool running = false;
-bool fail_next = false;
+std::optional<size_t> mallocs_until_failure;
 
 std::map<void *, size_t> &allocations() {
   static std::map<void *, size_t> live;
@@ -32,8 +33,8 @@ void *__wrap_malloc(size_t size) {
     return __real_malloc(size);
   }
   fake::trace("malloc(" + std::to_string(size) + ")");
-  if (fail_next) {
-    fail_next = false;
+  if (mallocs_until_failure && (*mallocs_until_failure)-- == 0) {
+    mallocs_until_failure.reset();
     return nullptr;
   }
   void *memory = __real_malloc(size);
@@ -58,13 +59,15 @@ void __wrap_free(void *memory) {
 namespace ledger {
 
 void start() {
-  fail_next = false;
+  mallocs_until_failure.reset();
   running = true;
 }
 
 void stop() { running = false; }
 
-void fail_next_malloc() { fail_next = true; }
+void fail_next_malloc() { fail_malloc_after(0); }
+
+void fail_malloc_after(size_t count) { mallocs_until_failure = count; }
 
 size_t outstanding() { return allocations().size(); }
 

@@ -10,8 +10,9 @@ namespace ledger {
 void start();
 void stop();
 
-// Makes the next malloc return null.
+// Makes the next malloc return null, or the one that comes after `count` others.
 void fail_next_malloc();
+void fail_malloc_after(size_t count);
 
 // Allocations that were not freed.
 size_t outstanding();

@@ -67,6 +67,8 @@ const std::set<std::string> kExports{
     "handle_noti_stpxInconsistencyUpdate",
     "handle_noti_stpxLoopInconsistencyUpdate",
     "handle_noti_stpxRootInconsistencyUpdate",
+    "header_stpxPVSTVlanTable",
+    "header_stpxRootGuardConfigTable",
     "init_stp_extensions_mib",
     "set_bridge_id_prio",
     "stp_dot1d_dbridge_mac_to_bridge_id",

@@ -4,6 +4,7 @@
 #include "stp_extensions_mib.h"
 #include "values.h"
 
+#include "header_routines.h"
 #include "lookup_handlers.h"
 #include "notifications.h"
 #include "object_table.h"

@@ -4,16 +4,16 @@
 #include "fake_platform.h"
 #include "lookup_handlers.h"
 #include "notifications.h"
-#include "object_table.h"
 
 namespace {
 
 TEST(Unserved, TablesAnswerNullWithoutAQuery) {
   fake::reset();
-  for (const variable7 &entry : stp_extensions_mib_variables) {
-    if (entry.findVar != get_vantrelStpExtensionsMIB) {
-      EXPECT_EQ(entry.findVar(nullptr, nullptr, nullptr, 1, nullptr, nullptr), nullptr) << int{entry.magic};
-    }
+  for (FindVarMethod *const handler :
+       {get_stpxInconsistencyTable, get_stpxLongStpPortPathCostTable, get_stpxLoopGuardConfigTable,
+        get_stpxLoopInconsistencyTable, get_stpxRootInconsistencyTable, get_stpxRPVSTPortTable,
+        get_stpxRSTPPortRoleTable, get_stpxRSTPPortTable, get_stpxSMSTInstanceTable, get_stpxSMSTPortTable}) {
+    EXPECT_EQ(handler(nullptr, nullptr, nullptr, 1, nullptr, nullptr), nullptr);
   }
   EXPECT_THAT(fake::taken_trace(), ::testing::IsEmpty());
 }

@@ -7,6 +7,7 @@
 #include "lookup_handlers.h"
 #include "magic.h"
 #include "query/fetch.h"
+#include "scalar_values.h"
 #include "values.h"
 
 #include <net-snmp/agent/util_funcs/header_generic.h>
@@ -17,6 +18,8 @@ using stpsnmp::query::Command;
 using stpsnmp::query::fetch_number;
 using stpsnmp::query::fetch_octets;
 using stpsnmp::query::Token;
+
+ScalarValueRecord stpsnmp::scalar_values;
 
 namespace {
 
@@ -31,8 +34,6 @@ static_assert(kRegionNameLimit <= sizeof(ScalarValueRecord::region_name));
 static_assert(kDigestLimit <= sizeof(ScalarValueRecord::pre_standard_digest) &&
               kDigestLimit <= sizeof(ScalarValueRecord::config_digest));
 
-ScalarValueRecord values;
-
 struct ScalarObject {
   Magic magic;
   int (*fetch)(ScalarValueRecord *record);
@@ -46,18 +47,18 @@ struct ScalarObject {
 };
 
 const ScalarObject kScalarObjects[] = {
-    {kMstRegionName, get_stpxMSTRegionName, values.region_name, kRegionNameLimit},
-    {kSmstMaxInstances, get_stpxSMSTMaxInstances, &values.max_instances},
-    {kSmstConfigPreStandardDigest, get_stpxSMSTConfigPreStandardDigest, values.pre_standard_digest,
+    {kMstRegionName, get_stpxMSTRegionName, scalar_values.region_name, kRegionNameLimit},
+    {kSmstMaxInstances, get_stpxSMSTMaxInstances, &scalar_values.max_instances},
+    {kSmstConfigPreStandardDigest, get_stpxSMSTConfigPreStandardDigest, scalar_values.pre_standard_digest,
      kDigestLimit},
-    {kSmstMaxInstanceId, get_stpxSMSTMaxInstanceID, &values.max_instance_id},
-    {kSmstRegionRevision, get_stpxSMSTRegionRevision, &values.region_revision},
-    {kSmstMaxHopCount, get_stpxSMSTMaxHopCount, &values.max_hop_count},
-    {kSmstConfigDigest, get_stpxSMSTConfigDigest, values.config_digest, kDigestLimit},
-    {kSpanningTreeType, get_stpxSpanningTreeType, &values.spanning_tree_type},
-    {kPathCostMode, get_stpxSpanningTreePathCostMode, &values.path_cost_mode},
-    {kPathCostOperMode, get_stpxSpanningTreePathCostOperMode, &values.path_cost_oper_mode},
-    {kLoopGuardGlobalDefaultMode, get_stpxLoopGuardGlobalDefaultMode, &values.loop_guard_default, 0,
+    {kSmstMaxInstanceId, get_stpxSMSTMaxInstanceID, &scalar_values.max_instance_id},
+    {kSmstRegionRevision, get_stpxSMSTRegionRevision, &scalar_values.region_revision},
+    {kSmstMaxHopCount, get_stpxSMSTMaxHopCount, &scalar_values.max_hop_count},
+    {kSmstConfigDigest, get_stpxSMSTConfigDigest, scalar_values.config_digest, kDigestLimit},
+    {kSpanningTreeType, get_stpxSpanningTreeType, &scalar_values.spanning_tree_type},
+    {kPathCostMode, get_stpxSpanningTreePathCostMode, &scalar_values.path_cost_mode},
+    {kPathCostOperMode, get_stpxSpanningTreePathCostOperMode, &scalar_values.path_cost_oper_mode},
+    {kLoopGuardGlobalDefaultMode, get_stpxLoopGuardGlobalDefaultMode, &scalar_values.loop_guard_default, 0,
      stp_loopguard_global_default_mode_2_snmp_val},
 };
 
@@ -148,11 +149,11 @@ u_char *get_vantrelStpExtensionsMIB(struct variable *vp, oid *name, size_t *leng
   }
   STP_LOG(kTrace, "magic %d\n", vp->magic);
   const ScalarObject *object = find_object(vp->magic);
-  if (object == nullptr || object->fetch(&values) != 0) {
+  if (object == nullptr || object->fetch(&scalar_values) != 0) {
     return nullptr;
   }
   if (object->convert != nullptr) {
-    object->convert(&values);
+    object->convert(&scalar_values);
   }
   *var_len = object->length();
   return static_cast<u_char *>(object->value);

@@ -12,7 +12,10 @@ inline constexpr uint32_t kService = 171;
 
 enum class Command : uint32_t {
   kGlobalSettings = 104,  // mode, path cost methods, loop guard default, MST hop count
-  kMstRegion = 112        // region name, revision and digests
+  kMstRegion = 112,       // region name, revision and digests; without a key, the VLAN map as well
+  kPvstVlan = 115,        // per-VLAN spanning trees
+  kRootGuard = 117,       // root guard settings
+  kMstInstance = 122      // MST instances
 };
 
 enum class Action : uint32_t { kGet = CMD_ACTION_GET, kGetNext = CMD_ACTION_GET_NEXT };
@@ -20,9 +23,18 @@ enum class Action : uint32_t { kGet = CMD_ACTION_GET, kGetNext = CMD_ACTION_GET_
 enum class Token : uint32_t {
   kNoKey = 0,  // stands for a key that a command does not take
 
-  // Keys; their value is 0.
+  // Keys; the value of the first two is 0, those of trees are ranges (tree_range.h).
   kGlobalSettingsKey = 0x0102'0227,
   kMstDigestKey = 0x0102'01C0,
+  kInterfaceKey = 0x0C02'0105,
+  kVlanTreeKey = 0x1302'00B4,
+  kMstTreeKey = 0x1302'0131,
+
+  // Keys of requests that other modules of the agent build: settings of a tree, and of a port in a tree.
+  kVlanTreeSettingKey = 0x1302'0005,
+  kMstTreeSettingKey = 0x1302'0074,
+  kVlanTreePortSettingKey = 0x1302'0019,
+  kMstTreePortSettingKey = 0x1302'0092,
 
   // Global settings.
   kSpanningTreeMode = 0x0202'B001,
@@ -35,7 +47,17 @@ enum class Token : uint32_t {
   kMstRegionName = 0x3002'B002,
   kMstRegionRevision = 0x1402'B003,
   kMstConfigDigest = 0x3002'B005,
-  kMstPreStandardDigest = 0x3002'B006
+  kMstPreStandardDigest = 0x3002'B006,
+
+  // Rows: the index of the one that answers, and what it holds.
+  kAnsweredInterface = 0x0C02'A001,
+  kAnsweredTree = 0x1402'9001,
+  kRootGuardSetting = 0x0202'A01A,
+  kVlanTreeState = 0x0000'102C,  // a bare number: no type, no space
+  kMstInstanceValue = 0x1402'9027,
+  kMstInstanceMacAddress = 0x0F02'9023,
+  kMstInstancePriority = 0x1402'9024,
+  kMstInstanceCounter = 0x1402'9025
 };
 
 }  // namespace stpsnmp::query

@@ -1,0 +1,19 @@
+/* The tables' header routines: what a lookup handler does before it picks its column.
+ *
+ * `vp_name` and `vp_namelen` (in arcs) are the column's registered OID; `name` and `length` hold the
+ * request's OID, with room for MAX_OID_LEN arcs, and after a success the answered row's: the column and its
+ * index. `exact` is 1 for a GET and 0 for a GETNEXT. Return 0 with `*row` filled; -1 or the command library's
+ * code (enum cmd_result), with `*row` not to be used, where there is no such row or it cannot be fetched. */
+#ifndef STPSNMP_HEADER_ROUTINES_H
+#define STPSNMP_HEADER_ROUTINES_H
+
+#include "agent.h"
+#include "export.h"
+#include "rows.h"
+
+STPSNMP_EXPORT int header_stpxPVSTVlanTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length,
+                                            int exact, PvstVlanRow *row);
+STPSNMP_EXPORT int header_stpxRootGuardConfigTable(const oid *vp_name, size_t vp_namelen, oid *name,
+                                                   size_t *length, int exact, RootGuardConfigRow *row);
+
+#endif

@@ -1,0 +1,72 @@
+// PVST VLAN table: one row for each VLAN, telling whether a spanning tree runs on it; none in MST mode.
+#include "diagnostics.h"
+#include "header_routines.h"
+#include "lookup_handlers.h"
+#include "magic.h"
+#include "query/tree_range.h"
+#include "tables/asked_row.h"
+#include "tables/spanning_tree_type.h"
+
+using namespace stpsnmp;
+using stpsnmp::diagnostics::kTrace;
+using stpsnmp::query::Command;
+using stpsnmp::query::Reply;
+using stpsnmp::query::Token;
+using stpsnmp::query::TreeRange;
+using stpsnmp::tables::RowRequest;
+
+namespace {
+
+constexpr size_t kIndexArcs = 1;
+
+constexpr uint32_t kStateRuns = 1;
+
+// TruthValue (RFC 2579).
+constexpr int32_t kTrue = 1;
+constexpr int32_t kFalse = 2;
+
+int parse_reply_stpxPVSTVlanTable(const Reply &reply, PvstVlanRow *row) {
+  uint32_t mode = 0;
+  if (reply.read_number(Token::kSpanningTreeMode, &mode) != 0) {
+    STP_LOG(kTrace, "%s(%d) cmd_rsp_attr_get failed for STP_GBL_MODE\n", __func__, __LINE__);
+    return tables::kFailed;
+  }
+  if (mode == tables::kTypeMst) {
+    STP_LOG(kTrace, "%s(%d) STP mode is MST. Not Supported.\n", __func__, __LINE__);
+    return tables::kFailed;
+  }
+  // Where the reply does not name its row, the row is the one that was asked for.
+  reply.read_number(Token::kAnsweredTree, &row->index);
+  uint32_t state = 0;
+  const int result = reply.read_number(Token::kVlanTreeState, &state);
+  if (result == 0) {
+    STP_LOG(kTrace, "value %d\n", static_cast<int32_t>(state));
+    row->value = state == kStateRuns ? kTrue : kFalse;
+  }
+  return result;
+}
+
+}  // namespace
+
+int header_stpxPVSTVlanTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length, int exact,
+                             PvstVlanRow *row) {
+  const RowRequest request(vp_name, vp_namelen, name, length, exact, row);
+  if (request.has_too_many_arcs(kIndexArcs)) {
+    return tables::kFailed;
+  }
+  row->index = request.index_arc(0);
+  const TreeRange vlan = query::single_tree(row->index);
+  return tables::answer_asked_row<PvstVlanRow>(
+      request,
+      {"stpxPVSTVlanTable", Command::kPvstVlan, {Token::kVlanTreeKey, &vlan}, parse_reply_stpxPVSTVlanTable},
+      row);
+}
+
+u_char *get_stpxPVSTVlanTable(struct variable *vp, oid *name, size_t *length, int exact, size_t *var_len,
+                              WriteMethod ** /*write_method*/) {
+  static PvstVlanRow row;
+  if (header_stpxPVSTVlanTable(vp->name, vp->namelen, name, length, exact, &row) != 0) {
+    return nullptr;
+  }
+  return vp->magic == kPvstVlanState ? tables::column_value(&row.value, var_len) : tables::index_column();
+}

@@ -1,0 +1,72 @@
+// What the tables' routines have in common. A header routine finds the row that a request means, fills its
+// record and writes the row's OID into the request; the lookup handler picks the column.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+
+#include "agent.h"
+#include "query/protocol.h"
+
+namespace stpsnmp::tables {
+
+inline constexpr int kFailed = -1;
+
+// The request that a header routine gets, and its answer.
+class RowRequest {
+ public:
+  // `column` is the registered OID; `name` and `length` are the request's and are rewritten by the answer.
+  // Clears the row and traces the request.
+  template <class Row>
+  RowRequest(const oid *column, size_t column_length, oid *name, size_t *length, int exact, Row *row)
+      : RowRequest(column, column_length, name, length, exact) {
+    *row = Row();
+    trace();
+  }
+
+  query::Action action() const { return exact_ != 0 ? query::Action::kGet : query::Action::kGetNext; }
+
+  // A GET names a row with as many arcs as the table's index has, or fewer. A GETNEXT may hold any number.
+  bool has_too_many_arcs(size_t index_arcs) const {
+    return exact_ != 0 && *length_ > column_length_ + index_arcs;
+  }
+
+  // The arc of the index at this position; `absent` where the request does not reach so far, or lies outside
+  // the column.
+  uint32_t index_arc(size_t position, uint32_t absent = 0) const {
+    return position < arcs_ ? static_cast<uint32_t>(name_[column_length_ + position]) : absent;
+  }
+
+  // Makes the request's OID that of the row with this index.
+  void answer(std::initializer_list<uint32_t> index) const;
+
+ private:
+  RowRequest(const oid *column, size_t column_length, oid *name, size_t *length, int exact);
+
+  void trace() const;
+
+  const oid *column_;
+  size_t column_length_;
+  oid *name_;
+  size_t *length_;
+  int exact_;
+  size_t arcs_;  // behind the column's OID
+};
+
+// What a lookup handler returns for a column with a value.
+template <class Value>
+u_char *column_value(Value *value, size_t length, size_t *var_len) {
+  *var_len = length;
+  return reinterpret_cast<u_char *>(value);
+}
+
+template <class Number>
+u_char *column_value(Number *number, size_t *var_len) {
+  return column_value(number, sizeof *number, var_len);
+}
+
+// What it returns for an index column: these are registered and never have a value.
+u_char *index_column();
+
+}  // namespace stpsnmp::tables
