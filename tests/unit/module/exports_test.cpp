@@ -70,6 +70,7 @@ const std::set<std::string> kExports{
     "header_stpxPVSTVlanTable",
     "header_stpxRootGuardConfigTable",
     "init_stp_extensions_mib",
+    "is_mst_context_passed",
     "set_bridge_id_prio",
     "stp_dot1d_dbridge_mac_to_bridge_id",
     "stp_dot1d_dbridge_prio_to_bridge_id",
@@ -82,6 +83,7 @@ const std::set<std::string> kExports{
     "stp_dot1d_sec_to_ticks",
     "stp_extensions_mib_variables",
     "stp_extensions_mib_variables_oid",
+    "stp_get_vlan_or_mst_id_from_context",
     "stp_loopguard_global_default_mode_2_snmp_val",
     "stp_mac_to_bridge_id",
     "stp_mst_boundary_to_bit",
@@ -92,6 +94,9 @@ const std::set<std::string> kExports{
     "stp_oper_edge_to_bit",
     "stp_peer_to_bit",
     "stp_prio_to_bridge_id",
+    "stp_set_index_from_context",
+    "stp_set_index_from_context_for_set",
+    "stp_set_index_from_context_for_set_intf",
     "stp_sstp_inc_to_bmp",
 };
 

@@ -1,4 +1,5 @@
 /* The module's public headers can be used from C. */
+#include "context.h"
 #include "rows.h"
 #include "scalars.h"
 #include "stp_extensions_mib.h"

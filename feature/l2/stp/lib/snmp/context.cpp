@@ -1,0 +1,121 @@
+#include "context.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <string_view>
+
+#include "diagnostics.h"
+#include "platform/agent_ext.h"
+#include "query/request.h"
+#include "query/tree_range.h"
+
+using stpsnmp::diagnostics::kTrace;
+using stpsnmp::query::add_key;
+using stpsnmp::query::single_tree;
+using stpsnmp::query::Token;
+using stpsnmp::query::TreeRange;
+
+namespace {
+
+constexpr std::string_view kVlanPrefix = "vlan-";
+constexpr std::string_view kMstPrefix = "mst-";
+constexpr uint32_t kDefaultTree = 1;
+constexpr int kDecimal = 10;
+
+struct Tree {
+  uint32_t id;
+  bool is_vlan;
+};
+
+struct TreeTokens {
+  Token vlan;
+  Token mst;
+};
+
+uint32_t mst_context_passed = 0;
+
+// A decimal number with an optional sign. Returns the text behind it, `text` itself where there is none; a
+// number beyond 32 bits becomes the nearest one.
+const char *parse_number(const char *text, int32_t *number) {
+  char *end = nullptr;
+  const long value = strtol(text, &end, kDecimal);
+  if (end != text) {
+    *number = static_cast<int32_t>(std::clamp<long>(value, INT32_MIN, INT32_MAX));
+  }
+  return end;
+}
+
+// The number behind a prefix, of any sign and size.
+uint32_t number_after(std::string_view prefix) {
+  auto number = static_cast<int32_t>(kDefaultTree);
+  parse_number(and_context_name + prefix.size(), &number);
+  return static_cast<uint32_t>(number);
+}
+
+Tree tree_of_context() {
+  int32_t number = 0;
+  if (*parse_number(and_context_name, &number) == '\0' && number > 0) {
+    return {static_cast<uint32_t>(number), true};
+  }
+  const std::string_view context = and_context_name;
+  const uint32_t length = and_context_name_len;
+  if (length < kMstPrefix.size()) {
+    return {kDefaultTree, true};
+  }
+  if (length != kMstPrefix.size() && context.starts_with(kVlanPrefix)) {
+    return {number_after(kVlanPrefix), true};
+  }
+  if (context.starts_with(kMstPrefix)) {
+    return {number_after(kMstPrefix), false};
+  }
+  return {kDefaultTree, true};
+}
+
+Tree tree_of_key() {
+  const Tree tree = tree_of_context();
+  mst_context_passed = tree.is_vlan ? 0 : 1;
+  return tree;
+}
+
+Token token_for(const Tree &tree, const TreeTokens &tokens) {
+  return tree.is_vlan ? tokens.vlan : tokens.mst;
+}
+
+int add_tree(void *request, const TreeTokens &tokens) {
+  const Tree tree = tree_of_key();
+  const TreeRange range = single_tree(tree.id);
+  return add_key(request, {token_for(tree, tokens), &range});
+}
+
+}  // namespace
+
+void stp_get_vlan_or_mst_id_from_context(uint32_t *tree, uint32_t *is_vlan) {
+  const Tree found = tree_of_context();
+  *tree = found.id;
+  *is_vlan = found.is_vlan ? 1 : 0;
+}
+
+int stp_set_index_from_context(void *request) {
+  return add_tree(request, {Token::kVlanTreeKey, Token::kMstTreeKey});
+}
+
+int stp_set_index_from_context_for_set(void *request) {
+  return add_tree(request, {Token::kVlanTreeSettingKey, Token::kMstTreeSettingKey});
+}
+
+void stp_set_index_from_context_for_set_intf(void *request) {
+  // This key has room for a full list.
+  struct {
+    cmd_range_list list;
+    cmd_range trees[CMD_RANGES_MAX];
+  } ranges = {};
+  const Tree tree = tree_of_key();
+  ranges.list.count = 1;
+  ranges.trees[0] = {tree.id, tree.id};
+  add_key(request,
+          {token_for(tree, {Token::kVlanTreePortSettingKey, Token::kMstTreePortSettingKey}), &ranges});
+  STP_LOG(kTrace, "%s getting out.....\n", __func__);
+}
+
+uint32_t is_mst_context_passed(void) { return mst_context_passed; }
