@@ -12,7 +12,7 @@ TEST(Unserved, TablesAnswerNullWithoutAQuery) {
   for (FindVarMethod *const handler :
        {get_stpxInconsistencyTable, get_stpxLongStpPortPathCostTable, get_stpxLoopGuardConfigTable,
         get_stpxLoopInconsistencyTable, get_stpxRootInconsistencyTable, get_stpxRPVSTPortTable,
-        get_stpxRSTPPortRoleTable, get_stpxRSTPPortTable, get_stpxSMSTInstanceTable, get_stpxSMSTPortTable}) {
+        get_stpxRSTPPortRoleTable, get_stpxRSTPPortTable, get_stpxSMSTPortTable}) {
     EXPECT_EQ(handler(nullptr, nullptr, nullptr, 1, nullptr, nullptr), nullptr);
   }
   EXPECT_THAT(fake::taken_trace(), ::testing::IsEmpty());

@@ -16,4 +16,14 @@ STPSNMP_EXPORT int header_stpxPVSTVlanTable(const oid *vp_name, size_t vp_namele
 STPSNMP_EXPORT int header_stpxRootGuardConfigTable(const oid *vp_name, size_t vp_namelen, oid *name,
                                                    size_t *length, int exact, RootGuardConfigRow *row);
 
+/* `magic` says which columns the row is wanted for (magic.h); the others are left cleared. The request's OID
+ * may be rewritten without success. */
+STPSNMP_EXPORT int header_stpxSMSTInstanceTable(const oid *vp_name, size_t vp_namelen, oid *name,
+                                                size_t *length, int exact, SmstInstanceRow *row, int magic);
+
+/* Splits a VLAN bitmap into a row's two columns. A bitmap of another size than STP_VLAN_BITMAP_SIZE is logged
+ * and leaves the row as it was. */
+STPSNMP_EXPORT void stp_bmp_to_SMSTInstanceVlansMapped(SmstInstanceRow *row,
+                                                       const struct stp_vlan_bmp *vlans);
+
 #endif

@@ -1,0 +1,183 @@
+// MST instance table: the VLANs of each MST instance in any mode, and in MST mode further values, some of
+// them for the CIST (instance 0) only. Each group of columns has a query of its own.
+#include <algorithm>
+#include <utility>
+
+#include "bitmap.h"
+#include "diagnostics.h"
+#include "header_routines.h"
+#include "lookup_handlers.h"
+#include "magic.h"
+#include "platform/bridge_mib.h"
+#include "query/ask.h"
+#include "query/tree_range.h"
+#include "tables/spanning_tree_type.h"
+#include "tables/table.h"
+#include "values.h"
+
+using namespace stpsnmp;
+using stpsnmp::diagnostics::kTrace;
+using stpsnmp::query::Action;
+using stpsnmp::query::Command;
+using stpsnmp::query::Key;
+using stpsnmp::query::Reply;
+using stpsnmp::query::Token;
+using stpsnmp::query::TreeRange;
+using stpsnmp::tables::RowRequest;
+
+namespace {
+
+constexpr size_t kIndexArcs = 1;
+constexpr uint32_t kNoIndex = 0xFFFF'FFFF;
+constexpr uint32_t kCist = 0;
+
+bool is_vlan_column(int magic) { return magic == kSmstInstanceVlansLow || magic == kSmstInstanceVlansHigh; }
+
+bool is_mst_column(int magic) {
+  return magic == kSmstInstanceValue || magic == kSmstInstanceBridgeId || magic == kSmstInstanceCounter;
+}
+
+void copy_half(const uint8_t *octets, uint8_t (&column)[STP_VLANS_MAPPED_SIZE + 1]) {
+  *std::copy_n(octets, STP_VLANS_MAPPED_SIZE, column) = 0;
+}
+
+void split_vlans(const stp_vlan_bmp &vlans, SmstInstanceRow *row) {
+  copy_half(vlans.bits, row->vlans_mapped_low);
+  copy_half(vlans.bits + STP_VLANS_MAPPED_SIZE, row->vlans_mapped_high);
+}
+
+// The platform picks the row's VLANs out of the whole MST configuration. Its result is the routine's; the
+// request's OID is rewritten whatever it is.
+int answer_vlans(const RowRequest &request, Action action, SmstInstanceRow *row,
+                 CallSite caller = CallSite::here()) {
+  Reply reply;
+  if (query::ask_for_reply(Command::kMstRegion, Action::kGet, {}, &reply, caller) != 0) {
+    return tables::kFailed;
+  }
+  auto instance = static_cast<uint16_t>(row->index);
+  stp_vlan_bmp vlans{STP_VLAN_BITMAP_SIZE, {}};
+  const int result = stp_get_mst_vlan_bmp(reply.handle(), static_cast<uint32_t>(action), &instance, &vlans);
+  const auto size = static_cast<int32_t>(vlans.size);
+  STP_LOG(kTrace, "%s(%d) mstid:%d, size:%d \n", caller.function, caller.line, int{instance}, size);
+  if (size != STP_VLAN_BITMAP_SIZE) {
+    STP_LOG(kTrace, "%s(%d) size %d\n", caller.function, caller.line, size);
+    // A platform whose bitmaps have another size keeps its reply, deliberately.
+    reply.abandon();
+    return tables::kFailed;
+  }
+  char list[bitmap::kVlanListSize];
+  STP_LOG(kTrace, "%s(%d):mst_id=%d: size=%d, vlan_bmp2=%s", caller.function, caller.line, int{instance},
+          size, bitmap::write_vlan_list(vlans, list));
+  split_vlans(vlans, row);
+  row->index = instance;
+  reply.release();
+  request.answer({row->index});
+  return result;
+}
+
+// Every value is optional but the instance identifier.
+int parse_reply(const Reply &reply, SmstInstanceRow *row) {
+  uint32_t number = 0;
+  if (reply.read_number(Token::kMstInstanceValue, &number) == 0) {
+    row->instance_value = static_cast<int32_t>(number);
+  }
+  const void *mac_address = nullptr;
+  if (reply.find(Token::kMstInstanceMacAddress, &mac_address) == 0) {
+    stp_mac_to_bridge_id(row, mac_address);
+  }
+  if (reply.read_number(Token::kMstInstancePriority, &number) == 0) {
+    const auto priority = static_cast<uint16_t>(number);
+    stp_prio_to_bridge_id(row, &priority);
+  }
+  reply.read_number(Token::kMstInstanceCounter, &row->counter_value);
+  return reply.read_number(Token::kAnsweredTree, &row->index);
+}
+
+int answer_mst_values(const RowRequest &request, Action action, SmstInstanceRow *row,
+                      CallSite caller = CallSite::here()) {
+  const TreeRange instance = query::single_tree(row->index);
+  const Key key{Token::kMstTreeKey, &instance};
+  Reply reply;
+  if (query::ask_for_reply(Command::kMstInstance, action, {&key, 1}, &reply, caller) != 0) {
+    return tables::kFailed;
+  }
+  const int result = parse_reply(reply, row);
+  reply.release();
+  if (result != 0) {
+    STP_LOG(kTrace, "parse_reply_stpxSMSTInstanceTable failed\n");
+    return result;
+  }
+  request.answer({row->index});
+  return 0;
+}
+
+}  // namespace
+
+void stp_bmp_to_SMSTInstanceVlansMapped(SmstInstanceRow *row, const struct stp_vlan_bmp *vlans) {
+  if (vlans->size != STP_VLAN_BITMAP_SIZE) {
+    STP_LOG(kTrace, "%s(%d) size %d\n", __func__, __LINE__, static_cast<int32_t>(vlans->size));
+    return;
+  }
+  split_vlans(*vlans, row);
+}
+
+int header_stpxSMSTInstanceTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length, int exact,
+                                 SmstInstanceRow *row, int magic) {
+  const RowRequest request(vp_name, vp_namelen, name, length, exact, row);
+  if (request.has_too_many_arcs(kIndexArcs)) {
+    return tables::kFailed;
+  }
+  // A walk that enters a column starts at the CIST, which is always there; only from then on has it a next.
+  row->index = request.index_arc(0, kNoIndex);
+  Action action = request.action();
+  if (row->index == kNoIndex) {
+    row->index = kCist;
+    action = Action::kGet;
+  }
+  STP_LOG(kTrace, "%s(%d) instance index:%d\n", __func__, __LINE__, static_cast<int32_t>(row->index));
+  uint32_t type = 0;
+  if (tables::fetch_spanning_tree_type(&type) != 0) {
+    return tables::kFailed;
+  }
+  if (is_vlan_column(magic)) {
+    return answer_vlans(request, action, row);
+  }
+  if (!is_mst_column(magic)) {
+    STP_LOG(kTrace, "%s(%d): unknown magic\n", __func__, __LINE__);
+    return tables::kFailed;
+  }
+  if (type != tables::kTypeMst) {
+    request.answer({row->index});
+    return 0;
+  }
+  return answer_mst_values(request, action, row);
+}
+
+u_char *get_stpxSMSTInstanceTable(struct variable *vp, oid *name, size_t *length, int exact, size_t *var_len,
+                                  WriteMethod ** /*write_method*/) {
+  static SmstInstanceRow row;
+  uint32_t type = 0;
+  if (tables::fetch_spanning_tree_type(&type) != 0 ||
+      header_stpxSMSTInstanceTable(vp->name, vp->namelen, name, length, exact, &row, vp->magic) != 0) {
+    return nullptr;
+  }
+  const bool is_mst = type == tables::kTypeMst;
+  const bool is_mst_cist = is_mst && row.index == kCist;
+  const auto vlans_length = [](const uint8_t *column) {
+    return static_cast<size_t>(dot1d_stringNonZeroLength(column, STP_VLANS_MAPPED_SIZE));
+  };
+  switch (vp->magic) {
+    case kSmstInstanceVlansLow:
+      return tables::column_value(row.vlans_mapped_low, vlans_length(row.vlans_mapped_low), var_len);
+    case kSmstInstanceVlansHigh:
+      return tables::column_value(row.vlans_mapped_high, vlans_length(row.vlans_mapped_high), var_len);
+    case kSmstInstanceValue:
+      return is_mst ? tables::column_value(&row.instance_value, var_len) : nullptr;
+    case kSmstInstanceBridgeId:
+      return is_mst_cist ? tables::column_value(&row.bridge_id, var_len) : nullptr;
+    case kSmstInstanceCounter:
+      return is_mst_cist ? tables::column_value(&row.counter_value, var_len) : nullptr;
+    default:
+      return tables::index_column();
+  }
+}

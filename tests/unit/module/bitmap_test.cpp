@@ -1,0 +1,101 @@
+#include "bitmap.h"
+
+#include <cstring>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+using namespace stpsnmp::bitmap;
+
+namespace {
+
+void insert(stp_vlan_bmp *vlans, uint32_t vlan) {
+  vlans->bits[vlan / 8] = static_cast<uint8_t>(vlans->bits[vlan / 8] | 0x80U >> vlan % 8);
+}
+
+std::string list_of(const std::set<uint32_t> &members) {
+  stp_vlan_bmp vlans{STP_VLAN_BITMAP_SIZE, {}};
+  for (const uint32_t vlan : members) {
+    insert(&vlans, vlan);
+  }
+  const std::vector<char> guard(kVlanListSize, 'x');
+  char text[kVlanListSize];
+  std::memcpy(text, guard.data(), sizeof text);
+  return write_vlan_list(vlans, text);
+}
+
+TEST(VlanList, OfNothingIsEmpty) { EXPECT_EQ(list_of({}), ""); }
+
+TEST(VlanList, ShowsARunOfOneByItsNumberAndALongerOneByItsEnds) {
+  EXPECT_EQ(list_of({1}), "1");
+  EXPECT_EQ(list_of({1, 2}), "1-2");
+  EXPECT_EQ(list_of({1, 3}), "1,3");
+  EXPECT_EQ(list_of({0, 7, 8, 9, 31, 32, 63, 64, 65, 2047, 2048, 4094, 4095}),
+            "0,7-9,31-32,63-65,2047-2048,4094-4095");
+}
+
+TEST(VlanList, OfAllIsOneRun) {
+  std::set<uint32_t> all;
+  for (uint32_t vlan = 0; vlan < kVlans; ++vlan) {
+    all.insert(vlan);
+  }
+  EXPECT_EQ(list_of(all), "0-4095");
+}
+
+TEST(VlanList, HasRoomForTheLongestLists) {
+  for (const uint32_t period : {2U, 3U, 4U}) {
+    std::set<uint32_t> members;
+    std::string expected;
+    for (uint32_t vlan = 0; vlan < kVlans; ++vlan) {
+      if (vlan % period != period - 1) {
+        members.insert(vlan);
+      }
+    }
+    for (auto at = members.begin(); at != members.end();) {
+      const uint32_t first = *at;
+      uint32_t last = first;
+      for (++at; at != members.end() && *at == last + 1; ++at) {
+        last = *at;
+      }
+      expected += (expected.empty() ? "" : ",") + std::to_string(first) +
+                  (last == first ? "" : "-" + std::to_string(last));
+    }
+    EXPECT_EQ(list_of(members), expected);
+  }
+}
+
+TEST(FindBit, EqualsAPlainSearchInRandomBitmaps) {
+  constexpr unsigned kSeed = 20260101;
+  std::mt19937 random(kSeed);  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same bitmaps each time
+  const auto below = [&random](uint32_t limit) { return static_cast<uint32_t>(random() % limit); };
+  for (int round = 0; round < 20; ++round) {
+    stp_vlan_bmp vlans{STP_VLAN_BITMAP_SIZE, {}};
+    std::set<uint32_t> members;
+    for (uint32_t i = 0, count = below(300); i < count; ++i) {
+      const uint32_t vlan = below(kVlans);
+      insert(&vlans, vlan);
+      members.insert(vlan);
+    }
+    for (uint32_t from = 0; from <= kVlans; ++from) {
+      const auto set = members.lower_bound(from);
+      ASSERT_EQ(find_set(vlans.bits, kVlans, from), set == members.end() ? kVlans : *set) << from;
+      uint32_t clear = from;
+      while (clear < kVlans && members.contains(clear)) {
+        ++clear;
+      }
+      ASSERT_EQ(find_clear(vlans.bits, kVlans, from), clear) << from;
+    }
+  }
+}
+
+TEST(FindBit, FindsNothingBehindTheEnd) {
+  stp_vlan_bmp vlans{STP_VLAN_BITMAP_SIZE, {}};
+  std::memset(vlans.bits, 0xFF, sizeof vlans.bits);
+  EXPECT_EQ(find_set(vlans.bits, kVlans, kVlans), kVlans);
+  EXPECT_EQ(find_clear(vlans.bits, kVlans, 0), kVlans);
+}
+
+}  // namespace
