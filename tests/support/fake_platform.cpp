@@ -16,7 +16,7 @@ namespace {
 
 struct Reply {
   // Every value stands at an odd address: replies promise no alignment.
-  std::map<uint32_t, Bytes> values;
+  Attributes values;
 };
 
 std::set<const Reply *> &replies() {
@@ -167,11 +167,14 @@ int cmd_snmp_req_send_recv(uint32_t destination, uint32_t service, void *request
     send = platform().next_sends.front();
     platform().next_sends.pop_front();
   }
+  if (send.result != 0 && platform().reply_of_failed_send != nullptr) {
+    *reply = platform().reply_of_failed_send;
+  }
   if (send.result != 0 || !send.has_reply) {
     return send.result;
   }
   auto *answer = new fake::Reply;
-  for (const auto &[token, value] : platform().attributes) {
+  for (const auto &[token, value] : send.attributes.value_or(platform().attributes)) {
     fake::Bytes unaligned(1);
     unaligned.insert(unaligned.end(), value.begin(), value.end());
     answer->values[token] = unaligned;

@@ -21,10 +21,13 @@ using Bytes = std::vector<uint8_t>;
 Bytes number(uint32_t value);
 Bytes octets(const std::string &text);
 
-// What becomes of one send.
+using Attributes = std::map<uint32_t, Bytes>;  // by token
+
+// What becomes of one send. A reply holds the attributes given here, or else the platform's.
 struct Send {
   int result = 0;
   bool has_reply = true;
+  std::optional<Attributes> attributes = std::nullopt;
 };
 
 // What the STP library finds in a reply; what is left out keeps what the caller put there.
@@ -40,9 +43,10 @@ struct Platform {
   // values below it.
   std::deque<Send> next_sends;
   int send_result = 0;
+  void *reply_of_failed_send = nullptr;  // what a failed send leaves where the reply would stand
   bool answers_without_reply = false;
   int missing_attribute_result = 7;
-  std::map<uint32_t, Bytes> attributes;
+  Attributes attributes;
   std::map<uint32_t, uint32_t> attributes_without_value;  // token, and the length that is told all the same
 
   // Who asks.

@@ -68,10 +68,12 @@ TEST_F(Context, BareNumberIsThatVlan) {
   EXPECT_EQ(tree_of("1"), Tree(1, kVlan));
   EXPECT_EQ(tree_of("4094"), Tree(4094, kVlan));
   EXPECT_EQ(tree_of("100000"), Tree(100000, kVlan));
+  EXPECT_EQ(tree_of("010"), Tree(10, kVlan)) << "decimal, whatever it starts with";
 }
 
 TEST_F(Context, NumberWithSomethingBehindItIsVlanOne) {
   EXPECT_EQ(tree_of("20x"), Tree(1, kVlan));
+  EXPECT_EQ(tree_of("0x14"), Tree(1, kVlan));
   EXPECT_EQ(tree_of("20 "), Tree(1, kVlan));
   EXPECT_EQ(tree_of("12345x"), Tree(1, kVlan));
 }
@@ -86,6 +88,7 @@ TEST_F(Context, NegativeNumberAndZeroAreVlanOne) {
 TEST_F(Context, VlanPrefix) {
   EXPECT_EQ(tree_of("vlan-30"), Tree(30, kVlan));
   EXPECT_EQ(tree_of("vlan-4094x"), Tree(4094, kVlan));
+  EXPECT_EQ(tree_of("vlan-010"), Tree(10, kVlan));
 }
 
 TEST_F(Context, VlanPrefixAloneIsVlanOne) {
@@ -97,6 +100,7 @@ TEST_F(Context, MstPrefix) {
   EXPECT_EQ(tree_of("mst-5"), Tree(5, kMst));
   EXPECT_EQ(tree_of("mst-0"), Tree(0, kMst));
   EXPECT_EQ(tree_of("mst-4094x"), Tree(4094, kMst));
+  EXPECT_EQ(tree_of("mst-0x10"), Tree(0, kMst));
 }
 
 TEST_F(Context, MstPrefixAloneIsInstanceOne) {

@@ -85,6 +85,14 @@ TEST_F(Fetch, SendFailureReturnsTheLibrarysCodeAndFreesNothingButTheBuffer) {
   EXPECT_EQ(record_.spanning_tree_type, 77);
 }
 
+TEST_F(Fetch, ReplyOfAFailedSendIsLeftAlone) {
+  int no_reply = 0;
+  fake::platform().send_result = 5;
+  fake::platform().reply_of_failed_send = &no_reply;
+  EXPECT_EQ(fetch_type(), 5);
+  EXPECT_EQ(fake::taken_trace().back(), "free(16000)");
+}
+
 TEST_F(Fetch, NullReplyReturnsMinusOneAndFreesNothingButTheBuffer) {
   fake::platform().answers_without_reply = true;
   EXPECT_EQ(fetch_type(), -1);

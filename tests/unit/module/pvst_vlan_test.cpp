@@ -166,4 +166,14 @@ TEST_F(PvstVlan, HeaderRoutineReturnsTheCodeOfTheFailure) {
   EXPECT_EQ(row.value, 0) << "the row was cleared";
 }
 
+TEST_F(PvstVlan, HeaderRoutineRefusesTooManyArcs) {
+  const oid column[] = {1, 3, 9};
+  oid name[MAX_OID_LEN] = {1, 3, 9, 4, 5};
+  size_t length = 5;
+  PvstVlanRow row{99, 99};
+  EXPECT_EQ(header_stpxPVSTVlanTable(column, 3, name, &length, 1, &row), -1);
+  EXPECT_EQ(length, 5U);
+  EXPECT_EQ(row.index, 0U) << "the row was cleared";
+}
+
 }  // namespace

@@ -32,7 +32,7 @@ TEST_F(RootGuard, GetAsksForExactlyThatPort) {
   EXPECT_EQ(number(get(kSetting, {7})), 2);
   EXPECT_EQ(answered(), ".1.5.1.1.2.7");
   EXPECT_THAT(fake::taken_trace(), ElementsAreArray(Trace{logged("exact 1 *length 15 vp_namelen 14\\n")} +
-                                                    sent(117, 1, kInterfaceKey, "07000000") +
+                                                    sent(117, 1, kInterfaceKey, bytes({7})) +
                                                     Trace{"free(16000)", "cmd_rsp_attr_get(0x0C02A001)",
                                                           "cmd_rsp_attr_get(0x0202A01A)",
                                                           logged("value 2\\n"), "cmd_snmp_free_rx_hndl"}));
@@ -42,7 +42,7 @@ TEST_F(RootGuard, GetNextOfTheBareColumnSendsIndexZeroAndAnswersTheFirstRow) {
   EXPECT_EQ(number(get_next(kSetting, {})), 2);
   EXPECT_EQ(answered(), ".1.5.1.1.2.7");
   EXPECT_THAT(fake::taken_trace(), ElementsAreArray(Trace{logged("exact 0 *length 14 vp_namelen 14\\n")} +
-                                                    sent(117, 3, kInterfaceKey, "00000000") +
+                                                    sent(117, 3, kInterfaceKey, bytes({0})) +
                                                     Trace{"free(16000)", "cmd_rsp_attr_get(0x0C02A001)",
                                                           "cmd_rsp_attr_get(0x0202A01A)",
                                                           logged("value 2\\n"), "cmd_snmp_free_rx_hndl"}));
@@ -52,7 +52,8 @@ TEST_F(RootGuard, GetNextLeavesTheNextRowToTheSpanningTreeProcess) {
   reply_holds(kAnsweredInterface, 0x1A000005);
   EXPECT_EQ(number(get_next(kSetting, {0x16000001})), 2);
   EXPECT_EQ(answered(), ".1.5.1.1.2.436207621");
-  EXPECT_THAT(fake::taken_trace(), ::testing::Contains("cmd_req_attr_add(request, 0x0C020105, 01000016)"));
+  EXPECT_THAT(fake::taken_trace(),
+              ::testing::Contains("cmd_req_attr_add(request, 0x0C020105, " + bytes({0x16000001}) + ")"));
 }
 
 TEST_F(RootGuard, GetWithTwoIndexArcsFailsWithoutAQuery) {
@@ -64,12 +65,14 @@ TEST_F(RootGuard, GetWithTwoIndexArcsFailsWithoutAQuery) {
 TEST_F(RootGuard, GetNextIgnoresArcsBehindTheIndex) {
   EXPECT_NE(get_next(kSetting, {5, 1, 2, 3}), std::nullopt);
   EXPECT_EQ(answered(), ".1.5.1.1.2.7");
-  EXPECT_THAT(fake::taken_trace(), ::testing::Contains("cmd_req_attr_add(request, 0x0C020105, 05000000)"));
+  EXPECT_THAT(fake::taken_trace(),
+              ::testing::Contains("cmd_req_attr_add(request, 0x0C020105, " + bytes({5}) + ")"));
 }
 
 TEST_F(RootGuard, GetOfTheBareColumnGoesOnWithIndexZero) {
   EXPECT_EQ(number(get(kSetting, {})), 2);
-  EXPECT_THAT(fake::taken_trace(), ::testing::Contains("cmd_req_attr_add(request, 0x0C020105, 00000000)"));
+  EXPECT_THAT(fake::taken_trace(),
+              ::testing::Contains("cmd_req_attr_add(request, 0x0C020105, " + bytes({0}) + ")"));
 }
 
 TEST_F(RootGuard, RequestsOutsideTheColumnSendIndexZero) {
@@ -77,7 +80,8 @@ TEST_F(RootGuard, RequestsOutsideTheColumnSendIndexZero) {
        {std::vector<oid>{1, 5, 1, 1, 1, 9}, {1, 5, 1, 1, 1, 9, 9}, {1, 5}, {}, {1, 5, 1, 1, 3, 9}}) {
     EXPECT_NE(ask_below_root(kSetting, request, 0), std::nullopt);
     EXPECT_EQ(answered(), ".1.5.1.1.2.7");
-    EXPECT_THAT(fake::taken_trace(), ::testing::Contains("cmd_req_attr_add(request, 0x0C020105, 00000000)"));
+    EXPECT_THAT(fake::taken_trace(),
+                ::testing::Contains("cmd_req_attr_add(request, 0x0C020105, " + bytes({0}) + ")"));
   }
 }
 
@@ -86,7 +90,7 @@ TEST_F(RootGuard, GetOfTheIndexColumnQueriesAndReturnsNoValue) {
   EXPECT_THAT(
       fake::taken_trace(),
       ElementsAreArray(Trace{logged("exact 1 *length 15 vp_namelen 14\\n")} +
-                       sent(117, 1, kInterfaceKey, "07000000") +
+                       sent(117, 1, kInterfaceKey, bytes({7})) +
                        Trace{"free(16000)", "cmd_rsp_attr_get(0x0C02A001)", "cmd_rsp_attr_get(0x0202A01A)",
                              logged("value 2\\n"), "cmd_snmp_free_rx_hndl", "snmp_set_detail(\"\")"}));
 }
@@ -104,7 +108,7 @@ TEST_F(RootGuard, ReplyWithoutTheValueYieldsNoInstanceWhateverItsIndex) {
   EXPECT_THAT(
       fake::taken_trace(),
       ElementsAreArray(
-          Trace{logged("exact 1 *length 15 vp_namelen 14\\n")} + sent(117, 1, kInterfaceKey, "07000000") +
+          Trace{logged("exact 1 *length 15 vp_namelen 14\\n")} + sent(117, 1, kInterfaceKey, bytes({7})) +
           Trace{"free(16000)", "cmd_rsp_attr_get(0x0C02A001)", "cmd_rsp_attr_get(0x0202A01A)",
                 "cmd_snmp_free_rx_hndl", logged("parse_reply_stpxRootGuardConfigTable failed\\n")}));
 }
@@ -124,7 +128,7 @@ TEST_F(RootGuard, SendFailure) {
   EXPECT_THAT(
       fake::taken_trace(),
       ElementsAreArray(
-          Trace{logged("exact 0 *length 15 vp_namelen 14\\n")} + sent(117, 3, kInterfaceKey, "07000000") +
+          Trace{logged("exact 0 *length 15 vp_namelen 14\\n")} + sent(117, 3, kInterfaceKey, bytes({7})) +
           Trace{logged("header_stpxRootGuardConfigTable(LINE) cmd_req_snmp_send_recv() failed\\n"),
                 "free(16000)"}));
 }
@@ -135,7 +139,7 @@ TEST_F(RootGuard, EmptyReply) {
   EXPECT_THAT(
       fake::taken_trace(),
       ElementsAreArray(Trace{logged("exact 1 *length 15 vp_namelen 14\\n")} +
-                       sent(117, 1, kInterfaceKey, "07000000") +
+                       sent(117, 1, kInterfaceKey, bytes({7})) +
                        Trace{"free(16000)", logged("parse_reply_stpxRootGuardConfigTable failed\\n")}));
 }
 
@@ -160,6 +164,16 @@ TEST_F(RootGuard, HeaderRoutineReturnsTheCodeOfTheFailure) {
   EXPECT_EQ(row.index, 4U);
   EXPECT_EQ(row.value, 0) << "the row was cleared";
   EXPECT_EQ(length, 4U);
+}
+
+TEST_F(RootGuard, HeaderRoutineRefusesTooManyArcs) {
+  const oid column[] = {1, 3, 9};
+  oid name[MAX_OID_LEN] = {1, 3, 9, 4, 5};
+  size_t length = 5;
+  RootGuardConfigRow row{99, 99};
+  EXPECT_EQ(header_stpxRootGuardConfigTable(column, 3, name, &length, 1, &row), -1);
+  EXPECT_EQ(length, 5U);
+  EXPECT_EQ(row.index, 0U) << "the row was cleared";
 }
 
 }  // namespace

@@ -72,6 +72,9 @@ TEST_F(RowRequests, HaveNoIndexOutsideTheColumn) {
 
 TEST_F(RowRequests, TakeTheLow32BitsOfAnArc) {
   EXPECT_EQ(request({1, 3, 9, 0xFFFFFFFF}).index_arc(0), 0xFFFFFFFFU);
+  if constexpr (sizeof(oid) > sizeof(uint32_t)) {
+    EXPECT_EQ(request({1, 3, 9, static_cast<oid>(0x1'0000'0005)}).index_arc(0), 5U);
+  }
 }
 
 TEST_F(RowRequests, RefuseTooManyArcsOfAGetOnly) {

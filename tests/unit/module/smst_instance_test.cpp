@@ -400,9 +400,40 @@ TEST_F(SmstInstance, IndexOfATraceIsSigned) {
 }
 
 TEST_F(SmstInstance, RowIsClearedForEachRequest) {
-  EXPECT_NE(get(kVlansLow, {0}), "");
-  fake::platform().mst_vlans.vlans = {};
-  EXPECT_EQ(get(kVlansLow, {0}), "");
+  for (const uint32_t token : {kValueToken, kMacToken, kPriorityToken, kCounterToken}) {
+    reply_lacks(token);
+  }
+  SmstInstanceRow row;
+  std::memset(&row, 0xFF, sizeof row);
+  EXPECT_EQ(header(kValue, &row), 0);
+  EXPECT_EQ(row.vlans_mapped_low[0], 0);
+  EXPECT_EQ(row.vlans_mapped_high[256], 0);
+  EXPECT_EQ(row.instance_value, 0);
+  EXPECT_EQ(row.bridge_id[7], 0);
+  EXPECT_EQ(row.counter_value, 0U);
+}
+
+// The header routine reads the type anew, and the handler goes by what it found.
+TEST_F(SmstInstance, MstColumnYieldsNothingWhenTheModeChangesBetweenTheTwoReadings) {
+  const auto type = [](uint32_t value) { return fake::Attributes{{kType, fake::number(value)}}; };
+  for (const uint8_t magic : {kValue, kBridgeId, kCounter}) {
+    fake::platform().next_sends = {{0, true, type(4)}, {0, true, type(5)}};
+    EXPECT_EQ(get(magic, {0}), std::nullopt);
+  }
+}
+
+TEST_F(SmstInstance, PriorityWithoutAValueIsMissing) {
+  fake::platform().attributes_without_value[kPriorityToken] = 4;
+  EXPECT_EQ(get(kBridgeId, {0}), std::string("\0\0\x02\x11\x22\x33\x44\x55", 8));
+}
+
+TEST_F(SmstInstance, HeaderRoutineRefusesTooManyArcs) {
+  const oid column[] = {1, 3, 9};
+  oid name[MAX_OID_LEN] = {1, 3, 9, 4, 5};
+  size_t length = 5;
+  SmstInstanceRow row;
+  EXPECT_EQ(header_stpxSMSTInstanceTable(column, 3, name, &length, 1, &row, kValue), -1);
+  EXPECT_EQ(length, 5U);
 }
 
 // The helper that splits a bitmap.

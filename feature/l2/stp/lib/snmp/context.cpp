@@ -20,6 +20,7 @@ namespace {
 
 constexpr std::string_view kVlanPrefix = "vlan-";
 constexpr std::string_view kMstPrefix = "mst-";
+constexpr uint32_t kMstPrefixLength = 4;
 constexpr uint32_t kDefaultTree = 1;
 constexpr int kDecimal = 10;
 
@@ -60,10 +61,10 @@ Tree tree_of_context() {
   }
   const std::string_view context = and_context_name;
   const uint32_t length = and_context_name_len;
-  if (length < kMstPrefix.size()) {
+  if (length < kMstPrefixLength) {
     return {kDefaultTree, true};
   }
-  if (length != kMstPrefix.size() && context.starts_with(kVlanPrefix)) {
+  if (length != kMstPrefixLength && context.starts_with(kVlanPrefix)) {
     return {number_after(kVlanPrefix), true};
   }
   if (context.starts_with(kMstPrefix)) {
@@ -72,7 +73,7 @@ Tree tree_of_context() {
   return {kDefaultTree, true};
 }
 
-Tree tree_of_key() {
+Tree take_tree_for_key() {
   const Tree tree = tree_of_context();
   mst_context_passed = tree.is_vlan ? 0 : 1;
   return tree;
@@ -83,7 +84,7 @@ Token token_for(const Tree &tree, const TreeTokens &tokens) {
 }
 
 int add_tree(void *request, const TreeTokens &tokens) {
-  const Tree tree = tree_of_key();
+  const Tree tree = take_tree_for_key();
   const TreeRange range = single_tree(tree.id);
   return add_key(request, {token_for(tree, tokens), &range});
 }
@@ -110,7 +111,7 @@ void stp_set_index_from_context_for_set_intf(void *request) {
     cmd_range_list list;
     cmd_range trees[CMD_RANGES_MAX];
   } ranges = {};
-  const Tree tree = tree_of_key();
+  const Tree tree = take_tree_for_key();
   ranges.list.count = 1;
   ranges.trees[0] = {tree.id, tree.id};
   add_key(request,

@@ -16,8 +16,8 @@ STPSNMP_EXPORT int header_stpxPVSTVlanTable(const oid *vp_name, size_t vp_namele
 STPSNMP_EXPORT int header_stpxRootGuardConfigTable(const oid *vp_name, size_t vp_namelen, oid *name,
                                                    size_t *length, int exact, RootGuardConfigRow *row);
 
-/* `magic` says which columns the row is wanted for (magic.h); the others are left cleared. The request's OID
- * may be rewritten without success. */
+/* `magic` says which column the row is wanted for (object_table.h); fields of other columns are left cleared.
+ * The request's OID may be rewritten without success. */
 STPSNMP_EXPORT int header_stpxSMSTInstanceTable(const oid *vp_name, size_t vp_namelen, oid *name,
                                                 size_t *length, int exact, SmstInstanceRow *row, int magic);
 

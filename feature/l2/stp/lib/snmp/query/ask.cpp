@@ -7,8 +7,6 @@ namespace {
 
 using diagnostics::kTrace;
 
-constexpr int kFailed = -1;
-
 }  // namespace
 
 int ask(Command command, Action action, std::span<const Key> keys, Reply *reply, CallSite caller) {

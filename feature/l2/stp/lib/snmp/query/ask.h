@@ -8,6 +8,7 @@
 #include "query/protocol.h"
 #include "query/reply.h"
 #include "query/request.h"
+#include "result.h"
 
 namespace stpsnmp::query {
 

@@ -11,8 +11,6 @@ namespace {
 
 using diagnostics::kTrace;
 
-constexpr int kFailed = -1;
-
 // Reads the wanted attribute into the field; `shown` is what the trace prints of it.
 using Read = int (*)(const Reply &reply, Token wanted, void *field, uint32_t *shown);
 

@@ -53,8 +53,8 @@ enum class Token : uint32_t {
   kAnsweredInterface = 0x0C02'A001,
   kAnsweredTree = 0x1402'9001,
   kRootGuardSetting = 0x0202'A01A,
-  kVlanTreeState = 0x0000'102C,  // a bare number: no type, no space
-  kMstInstanceValue = 0x1402'9027,
+  kVlanTreeState = 0x0000'102C,     // a bare number: no type, no space
+  kMstInstanceValue = 0x1402'9027,  // the number that the global settings use for the hop count
   kMstInstanceMacAddress = 0x0F02'9023,
   kMstInstancePriority = 0x1402'9024,
   kMstInstanceCounter = 0x1402'9025

@@ -2,10 +2,10 @@
 
 #include <cstring>
 
+#include "result.h"
+
 namespace stpsnmp::query {
 namespace {
-
-constexpr int kNoValue = -1;
 
 // Finds a value that must be there when it is `needed` or has a length.
 int find_octets(void *handle, Token token, bool needed, Octets *value) {
@@ -16,7 +16,7 @@ int find_octets(void *handle, Token token, bool needed, Octets *value) {
     return result;
   }
   if (data == nullptr && (needed || length != 0)) {
-    return kNoValue;
+    return kFailed;
   }
   *value = {data, length};
   return 0;

@@ -38,7 +38,11 @@ int Request::send(Reply *reply) {
   // The session is asked for before the user.
   const uint32_t session = get_snmp_sessionid(0);
   const char *user = get_snmp_username(0);
-  return cmd_snmp_req_send_recv(kDestination, kService, handle_, user, session, reply->out(), 0);
+  const int result = cmd_snmp_req_send_recv(kDestination, kService, handle_, user, session, reply->out(), 0);
+  if (result != 0) {
+    reply->abandon();  // whatever the library left there is not a reply
+  }
+  return result;
 }
 
 }  // namespace stpsnmp::query

@@ -32,8 +32,8 @@ class Request {
 
   explicit operator bool() const { return buffer_ != nullptr; }
 
-  // Sends the request and waits for the reply. Returns 0, or the command library's code; after a success the
-  // reply may still be empty.
+  // Sends the request and waits for the reply. Returns 0, or the command library's code, and then there is no
+  // reply; after a success it may still be empty.
   int send(Reply *reply);
 
  private:

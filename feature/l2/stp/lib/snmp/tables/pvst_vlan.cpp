@@ -25,15 +25,16 @@ constexpr uint32_t kStateRuns = 1;
 constexpr int32_t kTrue = 1;
 constexpr int32_t kFalse = 2;
 
+// Its lines in the log carry its name.
 int parse_reply_stpxPVSTVlanTable(const Reply &reply, PvstVlanRow *row) {
   uint32_t mode = 0;
   if (reply.read_number(Token::kSpanningTreeMode, &mode) != 0) {
     STP_LOG(kTrace, "%s(%d) cmd_rsp_attr_get failed for STP_GBL_MODE\n", __func__, __LINE__);
-    return tables::kFailed;
+    return kFailed;
   }
   if (mode == tables::kTypeMst) {
     STP_LOG(kTrace, "%s(%d) STP mode is MST. Not Supported.\n", __func__, __LINE__);
-    return tables::kFailed;
+    return kFailed;
   }
   // Where the reply does not name its row, the row is the one that was asked for.
   reply.read_number(Token::kAnsweredTree, &row->index);
@@ -52,7 +53,7 @@ int header_stpxPVSTVlanTable(const oid *vp_name, size_t vp_namelen, oid *name, s
                              PvstVlanRow *row) {
   const RowRequest request(vp_name, vp_namelen, name, length, exact, row);
   if (request.has_too_many_arcs(kIndexArcs)) {
-    return tables::kFailed;
+    return kFailed;
   }
   row->index = request.index_arc(0);
   const TreeRange vlan = query::single_tree(row->index);

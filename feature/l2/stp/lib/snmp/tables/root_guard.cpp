@@ -1,4 +1,4 @@
-// Root guard config table: one row for each bridge port that the spanning-tree process numbers.
+// Root guard config table: one row for each port, by interface index.
 #include "diagnostics.h"
 #include "header_routines.h"
 #include "lookup_handlers.h"
@@ -34,7 +34,7 @@ int header_stpxRootGuardConfigTable(const oid *vp_name, size_t vp_namelen, oid *
                                     int exact, RootGuardConfigRow *row) {
   const RowRequest request(vp_name, vp_namelen, name, length, exact, row);
   if (request.has_too_many_arcs(kIndexArcs)) {
-    return tables::kFailed;
+    return kFailed;
   }
   row->index = request.index_arc(0);
   return tables::answer_asked_row<RootGuardConfigRow>(

@@ -52,7 +52,7 @@ int answer_vlans(const RowRequest &request, Action action, SmstInstanceRow *row,
                  CallSite caller = CallSite::here()) {
   Reply reply;
   if (query::ask_for_reply(Command::kMstRegion, Action::kGet, {}, &reply, caller) != 0) {
-    return tables::kFailed;
+    return kFailed;
   }
   auto instance = static_cast<uint16_t>(row->index);
   stp_vlan_bmp vlans{STP_VLAN_BITMAP_SIZE, {}};
@@ -61,9 +61,9 @@ int answer_vlans(const RowRequest &request, Action action, SmstInstanceRow *row,
   STP_LOG(kTrace, "%s(%d) mstid:%d, size:%d \n", caller.function, caller.line, int{instance}, size);
   if (size != STP_VLAN_BITMAP_SIZE) {
     STP_LOG(kTrace, "%s(%d) size %d\n", caller.function, caller.line, size);
-    // A platform whose bitmaps have another size keeps its reply, deliberately.
+    // The reply is not released here, deliberately.
     reply.abandon();
-    return tables::kFailed;
+    return kFailed;
   }
   char list[bitmap::kVlanListSize];
   STP_LOG(kTrace, "%s(%d):mst_id=%d: size=%d, vlan_bmp2=%s", caller.function, caller.line, int{instance},
@@ -99,7 +99,7 @@ int answer_mst_values(const RowRequest &request, Action action, SmstInstanceRow 
   const Key key{Token::kMstTreeKey, &instance};
   Reply reply;
   if (query::ask_for_reply(Command::kMstInstance, action, {&key, 1}, &reply, caller) != 0) {
-    return tables::kFailed;
+    return kFailed;
   }
   const int result = parse_reply(reply, row);
   reply.release();
@@ -125,7 +125,7 @@ int header_stpxSMSTInstanceTable(const oid *vp_name, size_t vp_namelen, oid *nam
                                  SmstInstanceRow *row, int magic) {
   const RowRequest request(vp_name, vp_namelen, name, length, exact, row);
   if (request.has_too_many_arcs(kIndexArcs)) {
-    return tables::kFailed;
+    return kFailed;
   }
   // A walk that enters a column starts at the CIST, which is always there; only from then on has it a next.
   row->index = request.index_arc(0, kNoIndex);
@@ -135,18 +135,17 @@ int header_stpxSMSTInstanceTable(const oid *vp_name, size_t vp_namelen, oid *nam
     action = Action::kGet;
   }
   STP_LOG(kTrace, "%s(%d) instance index:%d\n", __func__, __LINE__, static_cast<int32_t>(row->index));
-  uint32_t type = 0;
-  if (tables::fetch_spanning_tree_type(&type) != 0) {
-    return tables::kFailed;
+  if (!tables::fetch_spanning_tree_type()) {
+    return kFailed;
   }
   if (is_vlan_column(magic)) {
     return answer_vlans(request, action, row);
   }
   if (!is_mst_column(magic)) {
     STP_LOG(kTrace, "%s(%d): unknown magic\n", __func__, __LINE__);
-    return tables::kFailed;
+    return kFailed;
   }
-  if (type != tables::kTypeMst) {
+  if (tables::spanning_tree_type() != tables::kTypeMst) {
     request.answer({row->index});
     return 0;
   }
@@ -156,12 +155,12 @@ int header_stpxSMSTInstanceTable(const oid *vp_name, size_t vp_namelen, oid *nam
 u_char *get_stpxSMSTInstanceTable(struct variable *vp, oid *name, size_t *length, int exact, size_t *var_len,
                                   WriteMethod ** /*write_method*/) {
   static SmstInstanceRow row;
-  uint32_t type = 0;
-  if (tables::fetch_spanning_tree_type(&type) != 0 ||
+  if (!tables::fetch_spanning_tree_type() ||
       header_stpxSMSTInstanceTable(vp->name, vp->namelen, name, length, exact, &row, vp->magic) != 0) {
     return nullptr;
   }
-  const bool is_mst = type == tables::kTypeMst;
+  // The header routine has fetched the type anew: that is the one under which it filled the row.
+  const bool is_mst = tables::spanning_tree_type() == tables::kTypeMst;
   const bool is_mst_cist = is_mst && row.index == kCist;
   const auto vlans_length = [](const uint8_t *column) {
     return static_cast<size_t>(dot1d_stringNonZeroLength(column, STP_VLANS_MAPPED_SIZE));

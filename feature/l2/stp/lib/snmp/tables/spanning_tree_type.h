@@ -4,12 +4,16 @@
 #include <cstdint>
 
 #include "call_site.h"
+#include "scalar_values.h"
 
 namespace stpsnmp::tables {
 
 inline constexpr uint32_t kTypeMst = 4;
 
-// Fetches it. Returns 0, or another code; either is logged for `caller`.
-int fetch_spanning_tree_type(uint32_t *type, CallSite caller = CallSite::here());
+// Fetches it into the module's scalar record. The outcome is logged for `caller`.
+bool fetch_spanning_tree_type(CallSite caller = CallSite::here());
+
+// As it was fetched last.
+inline uint32_t spanning_tree_type() { return static_cast<uint32_t>(scalar_values.spanning_tree_type); }
 
 }  // namespace stpsnmp::tables

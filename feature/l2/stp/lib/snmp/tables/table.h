@@ -8,10 +8,9 @@
 
 #include "agent.h"
 #include "query/protocol.h"
+#include "result.h"
 
 namespace stpsnmp::tables {
-
-inline constexpr int kFailed = -1;
 
 // The request that a header routine gets, and its answer.
 class RowRequest {
