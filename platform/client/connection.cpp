@@ -20,8 +20,8 @@ namespace {
 
 constinit Connection the_connection;
 
-// Where packets arrive. Static, because replies are short: copying one out is cheaper than a system call more
-// that asks for its size first.
+// Where packets arrive. Static, because most replies are short: copying one out is cheaper than a system call
+// more that asks for its size first.
 alignas(uint32_t) uint8_t packet[wire::kMaxMessageSize];
 
 const char *description(cmd_result result) {

@@ -1,5 +1,5 @@
-// The VLAN map of the MST configuration, as replies to the MST region query carry it: one attribute for every
-// instance, in ascending order of instance identifiers.
+// The VLAN map of the MST configuration, as replies to the MST region query carry it unless only digests are
+// asked for: one attribute for every instance, in ascending order of instance identifiers.
 #pragma once
 
 #include <cstdint>

@@ -18,8 +18,11 @@ struct CommandEntry {
   cmd_result (*answer)(const Switch &, const CommandRequest &, ReplyBuilder *);
 };
 
-constexpr std::array<CommandEntry, 2> kCommands = {
-    {{Command::kGlobalSettings, answer_global_settings}, {Command::kMstRegion, answer_mst_region}}};
+constexpr auto kCommands = std::to_array<CommandEntry>({{Command::kGlobalSettings, answer_global_settings},
+                                                        {Command::kMstRegion, answer_mst_region},
+                                                        {Command::kVlanTrees, answer_vlan_trees},
+                                                        {Command::kRootGuard, answer_root_guard},
+                                                        {Command::kMstInstances, answer_mst_instances}});
 
 bool head_is_well_formed(const wire::Request &request, size_t size) {
   return request.header.version == wire::kVersion &&

@@ -1,11 +1,33 @@
-// Command 112: the MST region that the switch is configured for. The same reply answers with and without the
-// digests' key.
+// Command 112: the MST region that the switch is configured for. The VLAN map, which is long, is left out
+// when the request has the digests' key.
+#include <algorithm>
+#include <array>
+
 #include "commands/command.h"
+#include "model/derived.h"
+#include "wire/mst_vlan_map.h"
 
 namespace stpswitch {
+namespace {
+
+namespace wire = stpplatform::wire;
+
+constexpr unsigned kOctetBits = 8;
+
+void add_vlan_map(const SwitchState &state, ReplyBuilder *reply) {
+  for (const auto &[id, vlans] : mst_vlan_map(state)) {
+    std::array<uint8_t, wire::kMstVlanMapSize> map{static_cast<uint8_t>(id >> kOctetBits),
+                                                   static_cast<uint8_t>(id)};
+    std::copy(vlans.octets().begin(), vlans.octets().end(), map.begin() + wire::kMstVlanMapIdSize);
+    reply->add_octets(Token::kMstVlanMap, map);
+  }
+}
+
+}  // namespace
 
 cmd_result answer_mst_region(const Switch &the_switch, const CommandRequest &request, ReplyBuilder *reply) {
-  if (!has_keys(request, {}) && !has_keys(request, {Key::kMstDigests})) {
+  const bool wants_everything = has_keys(request, {});
+  if (!wants_everything && !has_keys(request, {Key::kMstDigests})) {
     return CMD_UNKNOWN_KEY;
   }
   if (request.action != CMD_ACTION_GET) {
@@ -16,6 +38,9 @@ cmd_result answer_mst_region(const Switch &the_switch, const CommandRequest &req
   reply->add_octets(Token::kMstRegionName, region.name);
   reply->add_octets(Token::kMstConfigDigest, the_switch.config_digest());
   reply->add_octets(Token::kMstPreStandardDigest, the_switch.pre_standard_digest());
+  if (wants_everything) {
+    add_vlan_map(the_switch.state(), reply);
+  }
   return CMD_OK;
 }
 

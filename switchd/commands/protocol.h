@@ -4,30 +4,48 @@
 
 #include <cstdint>
 
+#include "wire/mst_vlan_map.h"
+
 namespace stpswitch {
 
 enum class Command : uint32_t {
   kGlobalSettings = 104,  // mode, path cost methods, loop guard default, hop count
-  kMstRegion = 112        // name, revision and digests of the MST region
+  kMstRegion = 112,       // name, revision, digests and VLAN map of the MST region
+  kVlanTrees = 115,       // the spanning trees of single VLANs
+  kRootGuard = 117,       // root guard of the bridge ports
+  kMstInstances = 122     // the trees of the MST region
 };
 
 // Key attributes of requests.
 enum class Key : uint32_t {
   kGlobalSettings = 0x0102'0227,  // selects the settings of the whole switch; its value says nothing
-  kMstDigests = 0x0102'01C0       // wants the digests of the MST region; its value says nothing
+  kMstDigests = 0x0102'01C0,      // wants the digests of the MST region alone; its value says nothing
+  kVlanTree = 0x1302'00B4,        // a list of one VLAN
+  kMstInstance = 0x1302'0131,     // a list of one MST instance
+  kInterface = 0x0C02'0105        // an interface index
 };
 
 // Attributes of replies.
 enum class Token : uint32_t {
-  kSpanningTreeMode = 0x0202'B001,     // enum SpanningTreeMode
-  kPathCostMethod = 0x1402'B00B,       // enum PathCostMethod, as configured
-  kPathCostOperMethod = 0x1402'B00C,   // enum PathCostMethod, in force
-  kLoopGuardDefault = 0x0202'A01F,     // 0 off, 1 on
-  kMstMaxHops = 0x1402'9027,           // MaxHops
-  kMstRegionName = 0x3002'B002,        // Configuration Name, without a terminator
-  kMstRegionRevision = 0x1402'B003,    // Revision Level
-  kMstConfigDigest = 0x3002'B005,      // Configuration Digest, 16 octets
-  kMstPreStandardDigest = 0x3002'B006  // the digest that older equipment computes, 16 octets
+  kSpanningTreeMode = 0x0202'B001,      // enum SpanningTreeMode
+  kPathCostMethod = 0x1402'B00B,        // enum PathCostMethod, as configured
+  kPathCostOperMethod = 0x1402'B00C,    // enum PathCostMethod, in force
+  kLoopGuardDefault = 0x0202'A01F,      // 0 off, 1 on
+  kRootGuard = 0x0202'A01A,             // enum GuardState
+  kHops = 0x1402'9027,                  // of the switch: MaxHops; of an MST instance: remaining hops
+  kTree = 0x1402'9001,                  // the VLAN or MST instance that the answer is about
+  kInterface = 0x0C02'A001,             // the interface index that the answer is about
+  kVlanTreeState = 0x0000'102C,         // 1 a spanning tree runs on the VLAN, 0 it is switched off
+  kRegionalRootMac = 0x0F02'9023,       // Regional Root Identifier: its address
+  kRegionalRootPriority = 0x1402'9024,  // and its priority
+  kInternalRootPathCost = 0x1402'9025,  // Internal Root Path Cost
+  kMstRegionName = 0x3002'B002,         // Configuration Name, without a terminator
+  kMstRegionRevision = 0x1402'B003,     // Revision Level
+  kMstConfigDigest = 0x3002'B005,       // Configuration Digest, 16 octets
+  kMstPreStandardDigest = 0x3002'B006,  // the digest that older equipment computes, 16 octets
+  kMstVlanMap = stpplatform::wire::kMstVlanMapToken  // one for each MST instance, the CIST first
 };
+
+enum class GuardState : uint32_t { kEnabled = 1, kDisabled = 2 };
 
 }  // namespace stpswitch

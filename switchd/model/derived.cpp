@@ -7,8 +7,12 @@
 #include <stdexcept>
 #include <string>
 
+#include "wire/if_index.h"
+
 namespace stpswitch {
 namespace {
+
+namespace wire = stpplatform::wire;
 
 // IEEE 802.1Q clause 13.8: the signature key of the Configuration Digest.
 constexpr std::array<uint8_t, 16> kSignatureKey = {0x13, 0xAC, 0x06, 0xA6, 0x2E, 0x47, 0xFD, 0x51,
@@ -53,19 +57,60 @@ std::set<uint32_t> port_channels_up(const SwitchState &state) {
   return up;
 }
 
+bool is_bridge_port(const Port &port) { return port.switchport && port.channel == 0; }
+
+BridgePorts bridge_ports(const SwitchState &state) {
+  BridgePorts bridge_ports;
+  for (const auto &[number, channel] : state.port_channels) {
+    bridge_ports.emplace(wire::if_index_of(IF_TYPE_PORT_CHANNEL, number), &channel);
+  }
+  for (const auto &[number, port] : state.ports) {
+    if (is_bridge_port(port)) {
+      bridge_ports.emplace(wire::if_index_of(IF_TYPE_PHYSICAL, number), &port);
+    }
+  }
+  return bridge_ports;
+}
+
+std::set<uint32_t> vlans_in_use(const BridgePorts &ports) {
+  VlanSet all;
+  for (const auto &[if_index, port] : ports) {
+    all.insert(port->vlans);
+  }
+  std::set<uint32_t> vlans;
+  for (uint32_t vlan = kMinVlan; vlan <= kMaxVlan; ++vlan) {
+    if (all.contains(vlan)) {
+      vlans.insert(vlans.end(), vlan);
+    }
+  }
+  return vlans;
+}
+
 VlanSet cist_vlans(const SwitchState &state) {
   VlanSet vlans;
   for (uint32_t vlan = kMinVlan; vlan <= kMaxVlan; ++vlan) {
     vlans.insert(vlan);
   }
   for (const auto &[id, instance] : state.mst_instances) {
-    for (uint32_t vlan = kMinVlan; vlan <= kMaxVlan; ++vlan) {
-      if (instance.vlans.contains(vlan)) {
-        vlans.erase(vlan);
-      }
-    }
+    vlans.erase(instance.vlans);
   }
   return vlans;
+}
+
+std::map<uint32_t, VlanSet> mst_vlan_map(const SwitchState &state) {
+  std::map<uint32_t, VlanSet> map = {{kCistId, cist_vlans(state)}};
+  for (const auto &[id, instance] : state.mst_instances) {
+    map.emplace(id, instance.vlans);
+  }
+  return map;
+}
+
+std::map<uint32_t, uint32_t> mst_remaining_hops(const SwitchState &state) {
+  std::map<uint32_t, uint32_t> hops = {{kCistId, state.mst_cist.remaining_hops}};
+  for (const auto &[id, instance] : state.mst_instances) {
+    hops.emplace(id, instance.remaining_hops);
+  }
+  return hops;
 }
 
 MstDigest mst_config_digest(const SwitchState &state) {

@@ -2,19 +2,24 @@
 
 #include <utility>
 
-#include "model/derived.h"
-
 namespace stpswitch {
 
-Switch::Switch(SwitchState state) : state_(std::move(state)), config_digest_(mst_config_digest(state_)) {}
+Switch::Derived::Derived(const SwitchState &state)
+    : config_digest(mst_config_digest(state)),
+      bridge_ports(stpswitch::bridge_ports(state)),
+      vlans_in_use(stpswitch::vlans_in_use(bridge_ports)) {}
+
+Switch::Switch(SwitchState state) : state_(std::move(state)), derived_(state_) {}
 
 const MstDigest &Switch::pre_standard_digest() const {
-  return state_.mst.pre_standard_digest ? *state_.mst.pre_standard_digest : config_digest_;
+  return state_.mst.pre_standard_digest ? *state_.mst.pre_standard_digest : config_digest();
 }
 
 void Switch::replace(SwitchState state) {
-  config_digest_ = mst_config_digest(state);
+  // All that can fail comes first; moving a state leaves its ports where the bridge ports point.
+  Derived derived(state);
   state_ = std::move(state);
+  derived_ = std::move(derived);
   if (listener_) {
     listener_();
   }

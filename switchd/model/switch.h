@@ -3,6 +3,7 @@
 
 #include <functional>
 
+#include "model/derived.h"
 #include "model/switch_state.h"
 
 namespace stpswitch {
@@ -10,10 +11,14 @@ namespace stpswitch {
 class Switch {
  public:
   explicit Switch(SwitchState state);
+  Switch(const Switch &) = delete;
+  Switch &operator=(const Switch &) = delete;
 
   const SwitchState &state() const { return state_; }
-  const MstDigest &config_digest() const { return config_digest_; }
+  const MstDigest &config_digest() const { return derived_.config_digest; }
   const MstDigest &pre_standard_digest() const;
+  const BridgePorts &bridge_ports() const { return derived_.bridge_ports; }
+  const std::set<uint32_t> &vlans_in_use() const { return derived_.vlans_in_use; }
 
   // Called after each change; there is one listener.
   void on_change(std::function<void()> listener) { listener_ = std::move(listener); }
@@ -22,8 +27,16 @@ class Switch {
   void replace(SwitchState state);
 
  private:
+  struct Derived {
+    explicit Derived(const SwitchState &state);
+
+    MstDigest config_digest;
+    BridgePorts bridge_ports;
+    std::set<uint32_t> vlans_in_use;
+  };
+
   SwitchState state_;
-  MstDigest config_digest_;
+  Derived derived_;
   std::function<void()> listener_;
 };
 

@@ -1,5 +1,5 @@
-// What is configured on a switch, and the state of its links: plain data, as a scenario states it. What
-// follows from it is in derived.h.
+// What is configured on a switch, the state of its links, and what its spanning tree has agreed with the
+// neighbours: plain data, as a scenario states it. What follows from it is in derived.h.
 #pragma once
 
 #include <array>
@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "model/mac_address.h"
 #include "model/vlan_set.h"
 
 namespace stpswitch {
@@ -24,32 +25,53 @@ struct Settings {
   bool loop_guard_default = false;
 };
 
+// What IEEE 802.1Q recommends for MaxHops.
+inline constexpr uint32_t kRecommendedHops = 20;
+
 // IEEE 802.1Q clause 13.8: Configuration Digest.
 using MstDigest = std::array<uint8_t, 16>;
 
 struct MstRegion {
   std::string name;  // Configuration Name
   uint32_t revision = 0;
-  uint32_t max_hops = 20;                        // as IEEE 802.1Q recommends
+  uint32_t max_hops = kRecommendedHops;
   std::optional<MstDigest> pre_standard_digest;  // none: equal to the standard one
 };
 
-struct MstInstance {
-  VlanSet vlans;
+// Where the switch stands in the CIST (IEEE 802.1Q clause 13).
+struct MstCist {
+  uint32_t remaining_hops = kRecommendedHops;
+  uint32_t regional_root_priority = 32768;  // with the address, the Regional Root Identifier
+  MacAddress regional_root_mac = {0x00, 0x00, 0x5E, 0x00, 0x53, 0x00};
+  uint32_t internal_root_path_cost = 0;
 };
 
-struct Port {
-  std::string name;
-  bool link_up = true;
+// The CIST in the numbering of MST instances.
+inline constexpr uint32_t kCistId = 0;
+
+struct MstInstance {
   VlanSet vlans;
+  uint32_t remaining_hops = kRecommendedHops;
+};
+
+struct RapidPvst {
+  VlanSet disabled_vlans;  // no spanning tree runs on them
+};
+
+// What ports and port-channels have in common.
+struct Interface {
+  std::string name;
+  VlanSet vlans;
+  bool root_guard = false;
+};
+
+struct Port : Interface {
+  bool link_up = true;
   uint32_t channel = 0;    // the port-channel it is a member of, 0 for none
   bool switchport = true;  // takes part in bridging
 };
 
-struct PortChannel {
-  std::string name;
-  VlanSet vlans;
-};
+struct PortChannel : Interface {};
 
 struct Access {
   std::vector<std::string> refused_users;
@@ -58,6 +80,8 @@ struct Access {
 struct SwitchState {
   Settings settings;
   MstRegion mst;
+  MstCist mst_cist;
+  RapidPvst rapid_pvst;
   Access access;
   // By number.
   std::map<uint32_t, MstInstance> mst_instances;  // without the CIST

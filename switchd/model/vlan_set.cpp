@@ -50,6 +50,18 @@ class ListReader {
 
 }  // namespace
 
+void VlanSet::insert(const VlanSet &vlans) {
+  for (size_t i = 0; i < octets_.size(); ++i) {
+    octets_[i] |= vlans.octets_[i];
+  }
+}
+
+void VlanSet::erase(const VlanSet &vlans) {
+  for (size_t i = 0; i < octets_.size(); ++i) {
+    octets_[i] &= static_cast<uint8_t>(~vlans.octets_[i]);
+  }
+}
+
 VlanSet parse_vlans(std::string_view text) {
   VlanSet vlans;
   ListReader reader(text);

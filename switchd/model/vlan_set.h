@@ -19,6 +19,8 @@ class VlanSet {
  public:
   void insert(uint32_t vlan) { octet_of(vlan) |= bit_of(vlan); }
   void erase(uint32_t vlan) { octet_of(vlan) &= static_cast<uint8_t>(~bit_of(vlan)); }
+  void insert(const VlanSet &vlans);
+  void erase(const VlanSet &vlans);
   bool contains(uint32_t vlan) const { return (octets_[vlan / kBitsPerOctet] & bit_of(vlan)) != 0; }
 
   const std::array<uint8_t, STP_VLAN_BITMAP_SIZE> &octets() const { return octets_; }

@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
+#include <limits>
 #include <optional>
 #include <string>
 #include <utility>
 
+#include "base/hex_octets.h"
 #include "model/refusal.h"
 #include "platform/cmd.h"
 #include "wire/if_index.h"
@@ -22,6 +23,9 @@ constexpr size_t kMaxRegionNameLength = 32;  // IEEE 802.1Q clause 13.8
 constexpr int64_t kMaxRevision = 65535;      // IEEE 802.1Q clause 13.8
 constexpr int64_t kMinMaxHops = 6;
 constexpr int64_t kMaxMaxHops = 40;
+constexpr int64_t kMinRemainingHops = 1;
+constexpr int64_t kMaxPriority = 65535;  // two octets of a bridge identifier, IEEE 802.1Q clause 13
+constexpr int64_t kMaxPathCost = std::numeric_limits<uint32_t>::max();
 constexpr uint32_t kMaxMstInstance = 4094;
 constexpr size_t kMaxMstInstances = wire::kMaxMstInstances - 1;  // the CIST is not stated
 constexpr uint32_t kDefaultVlan = 1;
@@ -88,7 +92,6 @@ constexpr Choices<bool, 2> kLinkStates = {{{"up", true}, {"down", false}}};
 
 // Digests are written as hexadecimal digits; nothing stands for "as computed".
 
-constexpr unsigned kHexBase = 16;
 constexpr size_t kDigitsPerOctet = 2;
 
 std::optional<MstDigest> digest_of(const Value &value) {
@@ -97,29 +100,15 @@ std::optional<MstDigest> digest_of(const Value &value) {
     return std::nullopt;
   }
   MstDigest digest{};
-  const bool right_length = text.size() == kDigitsPerOctet * digest.size();
-  for (size_t i = 0; right_length && i < digest.size(); ++i) {
-    const char *const digits = text.data() + kDigitsPerOctet * i;
-    const auto [stop, error] = std::from_chars(digits, digits + kDigitsPerOctet, digest[i], kHexBase);
-    if (error != std::errc() || stop != digits + kDigitsPerOctet) {
-      break;
-    }
-    if (i + 1 == digest.size()) {
-      return digest;
-    }
+  if (!parse_hex_octets(text, "", digest)) {
+    throw Refusal("'" + text + "' is not " + std::to_string(kDigitsPerOctet * digest.size()) +
+                  " hexadecimal digits");
   }
-  throw Refusal("'" + text + "' is not " + std::to_string(kDigitsPerOctet * digest.size()) +
-                " hexadecimal digits");
+  return digest;
 }
 
 std::string print_digest(const std::optional<MstDigest> &digest) {
-  static constexpr std::string_view kDigits = "0123456789abcdef";
-  std::string text;
-  for (size_t i = 0; digest && i < digest->size(); ++i) {
-    text += kDigits[(*digest)[i] / kHexBase];
-    text += kDigits[(*digest)[i] % kHexBase];
-  }
-  return text;
+  return digest ? print_hex_octets(*digest, "") : "";
 }
 
 TextList users_of(const Value &value) {
@@ -159,6 +148,20 @@ constexpr Field<Owner> kVlansField = {
     [](Owner &owner, const Value &value) { owner.vlans = parse_vlans(std::get<std::string>(value)); },
     [](const Owner &owner) -> Value { return print_vlans(owner.vlans); }};
 
+template <class Owner>
+constexpr Field<Owner> kRootGuardField = {
+    "root_guard", ValueType::kBoolean, false,
+    [](Owner &owner, const Value &value) { owner.root_guard = std::get<bool>(value); },
+    [](const Owner &owner) -> Value { return owner.root_guard; }};
+
+template <class Owner>
+constexpr Field<Owner> kRemainingHopsField = {
+    "remaining_hops", ValueType::kInteger, false,
+    [](Owner &owner, const Value &value) {
+      owner.remaining_hops = number_in(value, kMinRemainingHops, kMaxMaxHops);
+    },
+    [](const Owner &owner) -> Value { return int64_t{owner.remaining_hops}; }};
+
 // The rows of the schema.
 
 constexpr std::array<Field<Settings>, 4> kSwitchFields = {
@@ -191,9 +194,35 @@ constexpr std::array<Field<MstRegion>, 4> kMstFields = {
       [](MstRegion &mst, const Value &value) { mst.pre_standard_digest = digest_of(value); },
       [](const MstRegion &mst) -> Value { return print_digest(mst.pre_standard_digest); }}}};
 
-constexpr std::array<Field<MstInstance>, 1> kMstInstanceFields = {kVlansField<MstInstance>};
+constexpr std::array<Field<MstCist>, 4> kMstCistFields = {
+    {kRemainingHopsField<MstCist>,
+     {"regional_root_priority", ValueType::kInteger, false,
+      [](MstCist &cist, const Value &value) {
+        cist.regional_root_priority = number_in(value, 0, kMaxPriority);
+      },
+      [](const MstCist &cist) -> Value { return int64_t{cist.regional_root_priority}; }},
+     {"regional_root_mac", ValueType::kText, false,
+      [](MstCist &cist, const Value &value) {
+        cist.regional_root_mac = parse_mac_address(std::get<std::string>(value));
+      },
+      [](const MstCist &cist) -> Value { return print_mac_address(cist.regional_root_mac); }},
+     {"internal_root_path_cost", ValueType::kInteger, false,
+      [](MstCist &cist, const Value &value) {
+        cist.internal_root_path_cost = number_in(value, 0, kMaxPathCost);
+      },
+      [](const MstCist &cist) -> Value { return int64_t{cist.internal_root_path_cost}; }}}};
 
-constexpr std::array<Field<Port>, 5> kPortFields = {
+constexpr std::array<Field<MstInstance>, 2> kMstInstanceFields = {
+    {kVlansField<MstInstance>, kRemainingHopsField<MstInstance>}};
+
+constexpr std::array<Field<RapidPvst>, 1> kRapidPvstFields = {
+    {{"disabled_vlans", ValueType::kText, false,
+      [](RapidPvst &rapid_pvst, const Value &value) {
+        rapid_pvst.disabled_vlans = parse_vlans(std::get<std::string>(value));
+      },
+      [](const RapidPvst &rapid_pvst) -> Value { return print_vlans(rapid_pvst.disabled_vlans); }}}};
+
+constexpr std::array<Field<Port>, 6> kPortFields = {
     {kNameField<Port>,
      {"link", ValueType::kText, false,
       [](Port &port, const Value &value) { port.link_up = choice_of(value, kLinkStates); },
@@ -204,10 +233,11 @@ constexpr std::array<Field<Port>, 5> kPortFields = {
       [](const Port &port) -> Value { return int64_t{port.channel}; }},
      {"switchport", ValueType::kBoolean, false,
       [](Port &port, const Value &value) { port.switchport = std::get<bool>(value); },
-      [](const Port &port) -> Value { return port.switchport; }}}};
+      [](const Port &port) -> Value { return port.switchport; }},
+     kRootGuardField<Port>}};
 
-constexpr std::array<Field<PortChannel>, 2> kPortChannelFields = {
-    {kNameField<PortChannel>, kVlansField<PortChannel>}};
+constexpr std::array<Field<PortChannel>, 3> kPortChannelFields = {
+    {kNameField<PortChannel>, kVlansField<PortChannel>, kRootGuardField<PortChannel>}};
 
 constexpr std::array<Field<Access>, 1> kAccessFields = {
     {{"refused_users", ValueType::kTextList, false,
@@ -234,9 +264,11 @@ PortChannel make_port_channel(uint32_t number) {
 
 const SingleSection<Settings> kSwitchSection = {"switch", &SwitchState::settings, kSwitchFields};
 const SingleSection<MstRegion> kMstSection = {"mst", &SwitchState::mst, kMstFields};
+const SingleSection<MstCist> kMstCistSection = {"mst.cist", &SwitchState::mst_cist, kMstCistFields};
 const ListSection<MstInstance> kMstInstanceSection = {
     "mst.instance",    &SwitchState::mst_instances, "id", 1, kMaxMstInstance, kMaxMstInstances,
     make_mst_instance, kMstInstanceFields};
+const SingleSection<RapidPvst> kRapidPvstSection = {"rapid_pvst", &SwitchState::rapid_pvst, kRapidPvstFields};
 const ListSection<Port> kPortSection = {
     "port",    &SwitchState::ports, "number", 1, wire::kMaxPhysicalPort, wire::kMaxPhysicalPort,
     make_port, kPortFields};

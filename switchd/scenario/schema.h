@@ -45,7 +45,9 @@ struct ListSection {
 
 extern const SingleSection<Settings> kSwitchSection;
 extern const SingleSection<MstRegion> kMstSection;
+extern const SingleSection<MstCist> kMstCistSection;
 extern const ListSection<MstInstance> kMstInstanceSection;
+extern const SingleSection<RapidPvst> kRapidPvstSection;
 extern const ListSection<Port> kPortSection;
 extern const ListSection<PortChannel> kPortChannelSection;
 extern const SingleSection<Access> kAccessSection;
@@ -55,7 +57,9 @@ template <class Visitor>
 void for_each_section(Visitor &&visitor) {
   visitor(kSwitchSection);
   visitor(kMstSection);
+  visitor(kMstCistSection);
   visitor(kMstInstanceSection);
+  visitor(kRapidPvstSection);
   visitor(kPortSection);
   visitor(kPortChannelSection);
   visitor(kAccessSection);

@@ -62,7 +62,8 @@ wire::SnapshotInterface port_interface(uint32_t number, const Port &port) {
   if (port.channel != 0) {
     interface.pc_if_index = wire::if_index_of(IF_TYPE_PORT_CHANNEL, port.channel);
     interface.channel = static_cast<uint16_t>(port.channel);
-  } else if (port.switchport) {
+  }
+  if (is_bridge_port(port)) {
     copy_vlans(port.vlans, interface.vlans);
   }
   return interface;
@@ -83,9 +84,8 @@ void fill_snapshot_slot(const SwitchState &state, std::span<uint8_t> slot) {
   for (const auto &[number, port] : state.ports) {
     filler.add(port_interface(number, port));
   }
-  filler.add_mst_instance(0, cist_vlans(state));
-  for (const auto &[id, instance] : state.mst_instances) {
-    filler.add_mst_instance(id, instance.vlans);
+  for (const auto &[id, vlans] : mst_vlan_map(state)) {
+    filler.add_mst_instance(id, vlans);
   }
   filler.finish();
 }

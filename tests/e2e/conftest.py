@@ -2,8 +2,7 @@
 
 import pytest
 
-from harness.agent import SHORT_DEADLINE_MS
-from harness.lab import run_lab
+from harness.lab import run_impatient_lab, run_lab
 
 
 @pytest.fixture(name='lab')
@@ -14,6 +13,5 @@ def fixture_lab():
 
 @pytest.fixture(name='impatient_lab')
 def fixture_impatient_lab():
-    """For switches that fall silent: the agent gives up on them soon."""
-    with run_lab('mst.toml', deadline_ms=SHORT_DEADLINE_MS) as lab:
+    with run_impatient_lab('mst.toml') as lab:
         yield lab

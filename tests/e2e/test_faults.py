@@ -5,6 +5,7 @@ import time
 import golden
 import pytest
 from harness.build import ROOT
+from harness.lab import run_impatient_lab
 from harness.snmp_tools import Binding
 
 MAX_HOP_COUNT = ROOT + '.1.14.8.0'
@@ -15,15 +16,12 @@ A_LITTLE_LATE_MS = 1500
 # At least one of each kind of malformed reply, which the switch sends in turn.
 GARBAGE_KINDS = 12
 
-
-def test_silent_switch_is_no_such_instance_then_right_again(impatient_lab):
-    lab = impatient_lab
-    lab.switch.fault('drop')
-    assert lab.snmp.get(MAX_HOP_COUNT) == [Binding(MAX_HOP_COUNT, 'noSuchInstance')]
-    assert lab.snmp.walk(ROOT) == golden.CONSTANTS
-    lab.switch.fault('none')
-    lab.wait_for(MAX_HOP_COUNT, 25)
-    assert lab.snmp.walk(ROOT) == golden.MST
+# One of each table whose answer is a single reply of the switch, and a scalar.
+OBJECTS = {
+    'max-hop-count': ('mst.toml', Binding(MAX_HOP_COUNT, 'Gauge32', 25)),
+    'root-guard-setting': ('mst.toml', golden.column_of(golden.MST, golden.ROOT_GUARD_SETTING)[-1]),
+    'pvst-vlan-state': ('rapid-pvst.toml', golden.column_of(golden.RAPID_PVST, golden.PVST_VLAN_STATE)[4]),
+}
 
 
 def test_one_dropped_reply_costs_one_request(impatient_lab):
@@ -33,23 +31,43 @@ def test_one_dropped_reply_costs_one_request(impatient_lab):
     lab.wait_for(MAX_HOP_COUNT, 25)
 
 
+@pytest.mark.parametrize('scenario, wanted', OBJECTS.values(), ids=OBJECTS)
 @pytest.mark.parametrize('kind, rounds', [('garbage', GARBAGE_KINDS), ('disconnect', 3)])
 def test_malformed_reply_or_closed_connection_is_no_such_instance_then_right_again(
-        impatient_lab, kind, rounds):
-    lab = impatient_lab
-    for _ in range(rounds):
+        kind, rounds, scenario, wanted):
+    with run_impatient_lab(scenario) as lab:
+        for _ in range(rounds):
+            lab.switch.fault(kind, '--count', '1')
+            assert lab.snmp.get(wanted.oid) == [Binding(wanted.oid, 'noSuchInstance')]
+            lab.wait_for(wanted.oid, wanted.value)
+
+
+@pytest.mark.parametrize('scenario, expected', [
+    ('mst.toml', golden.MST), ('rapid-pvst.toml', golden.RAPID_PVST)], ids=['mst', 'rapid-pvst'])
+@pytest.mark.parametrize('fault', [('drop',), ('garbage',), ('disconnect',), ('delay', str(LATE_MS))],
+                         ids=lambda fault: fault[0])
+def test_no_table_has_a_row_during_a_fault_and_all_are_back_after_it(fault, scenario, expected):
+    asked = [binding.oid for binding in golden.fetched_of(expected)]
+    with run_impatient_lab(scenario) as lab:
+        lab.switch.fault(*fault)
+        assert lab.snmp.get(*asked) == [Binding(oid, 'noSuchInstance') for oid in asked]
+        assert lab.snmp.walk(ROOT) == golden.CONSTANTS
+        assert lab.snmp.bulk_walk(ROOT) == golden.CONSTANTS
+        for column in (golden.PVST_VLAN_STATE, golden.ROOT_GUARD_SETTING, *golden.MST_INSTANCE_COLUMNS):
+            assert lab.snmp.walk(column) == []
+        lab.switch.fault('none')
+        lab.wait_for(MAX_HOP_COUNT, dict((oid, value) for oid, _, value in expected)[MAX_HOP_COUNT])
+        assert lab.snmp.walk(ROOT) == expected
+
+
+@pytest.mark.parametrize('kind', ['drop', 'garbage', 'disconnect'])
+def test_fault_within_a_walk_leaves_objects_out_and_shows_no_wrong_one(kind):
+    with run_impatient_lab('rapid-pvst.toml') as lab:
         lab.switch.fault(kind, '--count', '1')
-        assert lab.snmp.get(MAX_HOP_COUNT) == [Binding(MAX_HOP_COUNT, 'noSuchInstance')]
-        lab.wait_for(MAX_HOP_COUNT, 25)
-    assert lab.snmp.walk(ROOT) == golden.MST
-
-
-def test_walk_during_malformed_replies_serves_what_needs_no_switch(impatient_lab):
-    lab = impatient_lab
-    lab.switch.fault('garbage')
-    assert lab.snmp.walk(ROOT) == golden.CONSTANTS
-    lab.switch.fault('none')
-    lab.wait_for(MAX_HOP_COUNT, 25)
+        walked = lab.snmp.walk(ROOT)
+        assert walked == [binding for binding in golden.RAPID_PVST if binding in walked]
+        lab.wait_for(MAX_HOP_COUNT, 20)
+        assert lab.snmp.walk(ROOT) == golden.RAPID_PVST
 
 
 def test_reply_delayed_within_the_deadline_is_served(lab):

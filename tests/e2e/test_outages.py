@@ -3,26 +3,26 @@
 import golden
 import pytest
 from harness.build import ROOT
+from harness.lab import run_lab
 from harness.snmp_tools import Binding
 
-FETCHED = [binding.oid for binding in golden.MST if binding not in golden.CONSTANTS]
-NO_INSTANCES = [Binding(oid, 'noSuchInstance') for oid in FETCHED]
 REGION_NAME = ROOT + '.1.11.2.0'
 MAX_HOP_COUNT = ROOT + '.1.14.8.0'
 
 
-def check_only_constants_are_served(lab):
-    assert lab.snmp.get(*FETCHED) == NO_INSTANCES
+def check_only_constants_are_served(lab, lost=golden.MST):
+    asked = [binding.oid for binding in golden.fetched_of(lost)]
+    assert lab.snmp.get(*asked) == [Binding(oid, 'noSuchInstance') for oid in asked]
     assert lab.snmp.walk(ROOT) == golden.CONSTANTS
     assert lab.snmp.bulk_walk(ROOT) == golden.CONSTANTS
     assert lab.agent.is_alive()
 
 
-def check_everything_is_served_again(lab):
+def check_everything_is_served_again(lab, lost=golden.MST):
     for oid in (REGION_NAME, MAX_HOP_COUNT):
-        [expected] = [binding.value for binding in golden.MST if binding.oid == oid]
+        [expected] = [binding.value for binding in lost if binding.oid == oid]
         lab.wait_for(oid, expected)
-    assert lab.snmp.walk(ROOT) == golden.MST
+    assert lab.snmp.walk(ROOT) == lost
 
 
 @pytest.mark.parametrize('end', ['stop', 'kill'])
@@ -32,6 +32,15 @@ def test_ended_switch_is_no_such_instance_and_its_values_return_with_it(lab, end
     check_only_constants_are_served(lab)
     lab.switch.start()
     check_everything_is_served_again(lab)
+
+
+def test_tables_of_a_rapid_pvst_switch_are_empty_without_it_and_return_with_it():
+    with run_lab('rapid-pvst.toml') as lab:
+        assert lab.snmp.walk(ROOT) == golden.RAPID_PVST
+        lab.switch.kill()
+        check_only_constants_are_served(lab, golden.RAPID_PVST)
+        lab.switch.start()
+        check_everything_is_served_again(lab, golden.RAPID_PVST)
 
 
 def test_switch_that_ended_before_the_first_request(lab):

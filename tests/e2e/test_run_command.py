@@ -3,7 +3,6 @@
 import os
 import pwd
 import re
-import shlex
 import shutil
 import signal
 import socket
@@ -11,6 +10,7 @@ import subprocess
 import tempfile
 from pathlib import Path
 
+import golden
 import pytest
 from harness.agent import free_port
 from harness.build import PROJECT, SCENARIOS
@@ -21,19 +21,65 @@ from harness.process import die_with_parent
 GUARD_SECONDS = 1200
 SERVICE_USER = 'Debian-snmp'
 
-ROWS = '''\
-Object Value
-stpxSpanningTreeType.0 mst (4)
-stpxSpanningTreePathCostMode.0 short (1)
-stpxSpanningTreePathCostOperMode.0 long (2)
-stpxLoopGuardGlobalDefaultMode.0 enabled (1)
-stpxMSTRegionName.0 ops-lab
-stpxSMSTMaxInstances.0 65
-stpxSMSTMaxInstanceID.0 4094
-stpxSMSTRegionRevision.0 7
-stpxSMSTMaxHopCount.0 25
-stpxSMSTConfigDigest.0 d44afa2a199da8f5a95c3cad447fbfa2
-stpxSMSTConfigPreStandardDigest.0 0f1e2d3c4b5a69788796a5b4c3d2e1f1
+SHOWN_MST = '''\
+Object                              Value
+stpxSpanningTreeType.0              mst (4)
+stpxSpanningTreePathCostMode.0      short (1)
+stpxSpanningTreePathCostOperMode.0  long (2)
+stpxLoopGuardGlobalDefaultMode.0    enabled (1)
+stpxMSTRegionName.0                 ops-lab
+stpxSMSTMaxInstances.0              65
+stpxSMSTMaxInstanceID.0             4094
+stpxSMSTRegionRevision.0            7
+stpxSMSTMaxHopCount.0               25
+stpxSMSTConfigDigest.0              86c65f5ae18abd92890882b4bdf0aeb4
+stpxSMSTConfigPreStandardDigest.0   0f1e2d3c4b5a69788796a5b4c3d2e1f1
+
+stpxPVSTVlanTable: no rows
+
+stpxRootGuardConfigTable (ROOT.1.5.1)
+Port                   Setting
+channel 5 (369098757)  enabled (1)
+channel 9 (369098761)  disabled (2)
+port 1 (436207617)     enabled (1)
+port 3 (436207619)     disabled (2)
+port 300 (436207916)   enabled (1)
+
+stpxSMSTInstanceTable (ROOT.1.14.5)
+Index     VlansMappedLow     VlansMappedHigh  Value  BridgeId                   Counter
+CIST (0)  1-9,21-29,33-2046  2056-4093        17     24583 / 02:a0:00:ff:7b:00  4000000001
+1         10-19              none             18     -                          -
+2         20,30-32,2047      2048             40     -                          -
+64        none               2049-2055,4094   1      -                          -
+4094      none               none             39     -                          -
+'''
+
+SHOWN_RAPID_PVST_TABLES = '''\
+stpxPVSTVlanTable (ROOT.1.2.2)
+Index  State
+1      true (1)
+2      true (1)
+3      true (1)
+4      true (1)
+5      false (2)
+6      false (2)
+7      true (1)
+8      true (1)
+20     false (2)
+33     true (1)
+2048   true (1)
+4094   false (2)
+
+stpxRootGuardConfigTable (ROOT.1.5.1)
+Port                   Setting
+channel 7 (369098759)  enabled (1)
+port 1 (436207617)     disabled (2)
+port 2 (436207618)     enabled (1)
+port 5 (436207621)     disabled (2)
+
+stpxSMSTInstanceTable (ROOT.1.14.5)
+Index     VlansMappedLow  VlansMappedHigh  Value  BridgeId  Counter
+CIST (0)  1-2047          2048-4094        -      -         -
 '''
 
 
@@ -123,16 +169,26 @@ def fixture_start_run():
     shutil.rmtree(place)
 
 
-def shown_table(output):
-    return output[output.index('Object '):].split('\n\n')[0].rstrip('\n') + '\n'
+def shown_walk(output):
+    """What is below the heading of the walk, without the root's own numbers."""
+    heading, root = re.search(r'^(== Walk of (\.[0-9.]+))\n', output, re.MULTILINE).groups()
+    walk = output[output.index(heading) + len(heading) + 1:]
+    return walk.partition('\nWalk it yourself')[0].replace(root, 'ROOT')
 
 
 def test_once_shows_every_object_of_the_scenario_and_leaves_nothing_behind(start_run):
     run = start_run('--once', '--scenario', SCENARIOS / 'mst.toml', '--port', str(free_port()))
     assert run.wait() == 0, run.errors
-    assert shown_table(run.output).split() == ROWS.split()
+    assert shown_walk(run.output) == SHOWN_MST
     assert run.errors == ''
     run.check_nothing_is_left()
+
+
+def test_once_shows_the_tables_of_a_rapid_pvst_switch(start_run):
+    run = start_run('--once', '--scenario', SCENARIOS / 'rapid-pvst.toml', '--port', str(free_port()))
+    assert run.wait() == 0, run.errors
+    assert shown_walk(run.output).endswith(f'\n\n{SHOWN_RAPID_PVST_TABLES}')
+    assert run.errors == ''
 
 
 def test_once_shows_the_example_switch_and_can_be_repeated(start_run):
@@ -140,24 +196,35 @@ def test_once_shows_the_example_switch_and_can_be_repeated(start_run):
     first = start_run('--once', '--port', port)
     assert first.wait() == 0, first.errors
     assert 'stpxMSTRegionName.0 campus' in re.sub(' +', ' ', first.output)
+    assert 'stpxPVSTVlanTable: no rows' in first.output
     second = start_run('--once', '--port', port)
     assert second.wait() == 0, second.errors
-    assert shown_table(second.output) == shown_table(first.output)
+    assert shown_walk(second.output) == shown_walk(first.output)
 
 
 def test_stays_up_for_the_commands_that_it_prints_until_ctrl_c(start_run):
     run = start_run('--scenario', SCENARIOS / 'mst.toml', '--port', str(free_port()))
     run.wait_for_output('Running until Ctrl-C.')
-    commands = [shlex.split(line) for line in run.output.splitlines() if line.startswith('  ')]
-    [walk] = [command for command in commands if command[0] == 'snmpwalk']
-    [change] = [command for command in commands if command[-3:] == ['set', 'mst.region', 'campus-north']]
     environment = {**os.environ, 'MIBS': '', 'SNMPCONFPATH': str(run.temporary)}
 
-    subprocess.run(change, check=True, timeout=GUARD_SECONDS)
-    shown = subprocess.run(walk, check=True, capture_output=True, text=True, env=environment,
-                           timeout=GUARD_SECONDS)
-    assert '.9.82.1.11.2.0 = STRING: "campus-north"' in shown.stdout
-    assert len(re.findall(r'\.9\.82\.[0-9.]+ = (?!No more)', shown.stdout)) == 11
+    def type_in(words):
+        """Types the one printed command that holds these words into a shell."""
+        [command] = [line for line in run.output.splitlines() if line.startswith('  ') and words in line]
+        return subprocess.run(command, shell=True, check=True, capture_output=True, text=True,
+                              env=environment, timeout=GUARD_SECONDS).stdout
+
+    walk, show_walk = '-On 127', 'show-walk'
+    assert len(re.findall(r'\.9\.82\.[0-9.]+ = (?!No more)', type_in(walk))) == len(golden.MST)
+    assert type_in(show_walk) in run.output
+    type_in('set mst.region')
+    assert '.9.82.1.11.2.0 = STRING: "campus-north"' in type_in(walk)
+    type_in('set switch.mode')
+    assert '\n10     true (1)\n' in type_in(show_walk)
+    type_in('set rapid_pvst.disabled_vlans')
+    assert '\n10     false (2)\n' in type_in(show_walk)
+    type_in('fault drop')
+    type_in('fault none')
+    assert 'port.300.root_guard' in type_in('control.sock show')
 
     assert run.interrupt(signal.SIGINT) == 0
     assert run.errors == ''

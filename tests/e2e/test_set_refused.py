@@ -1,18 +1,16 @@
 """The module is read-only, whatever access an object is registered with and whatever the manager may do."""
 
+import golden
 import pytest
-from golden import TABLE_COLUMNS
-from harness.build import ROOT
 from harness.lab import run_lab
 from harness.snmp_tools import Binding, Failure, v1, v2c, v3
 
-READ_WRITE = [('.1.14.8.0', 'u', 30, 'Gauge32', 25), ('.1.6.1.0', 'i', 5, 'INTEGER', 4),
-              ('.1.6.2.0', 'i', 2, 'INTEGER', 1), ('.1.8.3.0', 'i', 2, 'INTEGER', 1)]
-READ_ONLY = [('.1.11.2.0', 's', 'other', 'OCTET STRING', b'ops-lab'), ('.1.14.3.0', 'u', 8, 'Gauge32', 7),
-             ('.1.14.1.0', 'u', 1, 'Gauge32', 65), ('.1.14.2.0', 'u', 1, 'Gauge32', 4094),
-             ('.1.6.7.0', 'i', 1, 'INTEGER', 2),
-             ('.1.14.9.0', 's', 'other', 'OCTET STRING', bytes.fromhex('d44afa2a199da8f5a95c3cad447fbfa2')),
-             ('.1.14.10.0', 's', 'other', 'OCTET STRING', bytes.fromhex('0f1e2d3c4b5a69788796a5b4c3d2e1f1'))]
+# Of each type, as the tools write it, a value that no object has.
+OTHER_VALUES = {'INTEGER': ('i', 9), 'Gauge32': ('u', 9), 'OCTET STRING': ('s', 'other')}
+
+WRITERS = pytest.mark.parametrize('who, reason', [
+    (v2c('private'), 'notWritable'), (v3('alice'), 'notWritable'), (v1('private'), 'noSuchName'),
+], ids=['v2c', 'v3', 'v1'])
 
 
 @pytest.fixture(name='shared_lab', scope='module')
@@ -21,22 +19,37 @@ def fixture_shared_lab():
         yield lab
 
 
-@pytest.mark.parametrize('suffix, tool_type, value, kind, served', READ_WRITE + READ_ONLY)
-@pytest.mark.parametrize('who, reason', [
-    (v2c('private'), 'notWritable'), (v3('alice'), 'notWritable'), (v1('private'), 'noSuchName'),
-], ids=['v2c', 'v3', 'v1'])
-def test_set_is_refused_and_changes_nothing(shared_lab, suffix, tool_type, value, kind, served, who, reason):
-    oid = ROOT + suffix
-    answer = shared_lab.snmp.set(oid, tool_type, value, who)
-    assert isinstance(answer, Failure) and reason in answer.reason
-    assert shared_lab.snmp.get(oid) == [Binding(oid, kind, served)]
+@pytest.fixture(name='rapid_pvst_lab', scope='module')
+def fixture_rapid_pvst_lab():
+    with run_lab('rapid-pvst.toml') as lab:
+        yield lab
 
 
-@pytest.mark.parametrize('column', TABLE_COLUMNS)
-def test_set_of_a_column_is_refused(shared_lab, column):
+def check_set_is_refused(lab, oid, kind, who, reason):
+    tool_type, value = OTHER_VALUES[kind]
+    answer = lab.snmp.set(oid, tool_type, value, who)
+    assert isinstance(answer, Failure) and reason in answer.reason, f'{oid}: {answer}'
+
+
+@WRITERS
+def test_set_of_each_object_is_refused_and_changes_nothing(shared_lab, who, reason):
+    for oid, kind, _ in golden.MST:
+        check_set_is_refused(shared_lab, oid, kind, who, reason)
+    assert shared_lab.snmp.get(*(binding.oid for binding in golden.MST)) == golden.MST
+
+
+@WRITERS
+def test_set_of_each_per_vlan_tree_is_refused_and_changes_nothing(rapid_pvst_lab, who, reason):
+    rows = golden.column_of(golden.RAPID_PVST, golden.PVST_VLAN_STATE)
+    for oid, kind, _ in rows:
+        check_set_is_refused(rapid_pvst_lab, oid, kind, who, reason)
+    assert rapid_pvst_lab.snmp.get(*(binding.oid for binding in rows)) == rows
+
+
+@pytest.mark.parametrize('column', golden.TABLE_COLUMNS)
+def test_set_of_a_row_that_no_table_has_is_refused(shared_lab, column):
     for who, reason in ((v2c('private'), 'notWritable'), (v1('private'), 'noSuchName')):
-        answer = shared_lab.snmp.set(f'{column}.129', 'i', 1, who)
-        assert isinstance(answer, Failure) and reason in answer.reason
+        check_set_is_refused(shared_lab, f'{column}.129', 'INTEGER', who, reason)
 
 
 def test_the_writer_may_write_elsewhere(shared_lab):

@@ -3,7 +3,6 @@
 from harness.build import ROOT
 
 
-
 def value(lab, suffix):
     [binding] = lab.snmp.get(ROOT + suffix)
     return binding.value

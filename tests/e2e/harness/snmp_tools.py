@@ -6,6 +6,9 @@ import subprocess
 from typing import NamedTuple
 
 LINE = re.compile(r'(\.[0-9.]+) = (.*)')
+
+# The tools take 128 in one request; fewer, so that the answer never exceeds what a datagram holds.
+OIDS_IN_A_REQUEST = 100
 EXCEPTIONS = {
     'No Such Instance currently exists at this OID': 'noSuchInstance',
     'No Such Object available on this agent at this OID': 'noSuchObject',
@@ -71,11 +74,21 @@ class SnmpTools:
             return Failure(result.stderr + result.stdout)
         return [parse_binding(line) for line in result.stdout.splitlines()]
 
+    def _ask(self, tool, who, oids):
+        """One request, or as many as there must be."""
+        answered = []
+        for start in range(0, len(oids), OIDS_IN_A_REQUEST):
+            answer = self._run(tool, who, [], oids[start:start + OIDS_IN_A_REQUEST])
+            if isinstance(answer, Failure):
+                return answer
+            answered += answer
+        return answered
+
     def get(self, *oids, who=READER):
-        return self._run('snmpget', who, [], oids)
+        return self._ask('snmpget', who, oids)
 
     def get_next(self, *oids, who=READER):
-        return self._run('snmpgetnext', who, [], oids)
+        return self._ask('snmpgetnext', who, oids)
 
     def get_bulk(self, oid, repetitions, who=READER):
         return self._run('snmpbulkget', who, ['-Cn0', f'-Cr{repetitions}'], [oid])

@@ -278,6 +278,26 @@ TEST_F(CommandServers, SendGarbageWhenOrdered) {
   EXPECT_EQ(hex(client.ask(request(1))), hex(good));
 }
 
+// The VLAN map of as many MST instances as there can be. Some of these replies fill the socket.
+TEST_F(CommandServers, AnswerWithTheLongestReplies) {
+  constexpr size_t kLongest = 24 + 12 + 8 + 24 + 24 + size_t{65} * 524;
+  constexpr uint32_t kMoreThanFit = 100;
+  SwitchState state;
+  for (uint32_t id = 1; id <= 64; ++id) {
+    state.mst_instances[id].vlans.insert(id);
+  }
+  switch_.replace(state);
+  PacketClient client = greeted();
+  for (uint32_t sequence = 1; sequence <= kMoreThanFit; ++sequence) {
+    client.send(make_request({112, 1, {}, "operator", sequence}));
+  }
+  for (uint32_t sequence = 1; sequence <= kMoreThanFit; ++sequence) {
+    const Packet reply = client.receive();
+    ASSERT_EQ(reply.size(), kLongest);
+    ASSERT_EQ(sequence_of(reply), sequence);
+  }
+}
+
 TEST_F(CommandServers, ServeTheStateOfTheMoment) {
   PacketClient client = greeted();
   const Packet before = client.ask(request(1));
@@ -301,12 +321,25 @@ class Junk {
       case 1:
         return with_good_header(random_octets(sizeof(wire::MessageHeader) + number_below(300)));
       default:
-        return mutated(make_request({100 + number_below(20), number_below(5), {kGlobalSettingsKey}}));
+        return mutated(make_request({100 + number_below(30), number_below(5), {random_key()}}));
     }
   }
 
  private:
   uint32_t number_below(size_t limit) { return static_cast<uint32_t>(numbers_() % limit); }
+
+  KeyText random_key() {
+    switch (number_below(4)) {
+      case 0:
+        return kGlobalSettingsKey;
+      case 1:
+        return {kInterfaceKey, {number_below(SIZE_MAX)}};
+      case 2:
+        return one_tree(kVlanTreeKey, number_below(5000));
+      default:
+        return one_tree(kMstInstanceKey, number_below(5000));
+    }
+  }
 
   Packet random_octets(size_t size) {
     Packet packet(std::max<size_t>(size, 1));

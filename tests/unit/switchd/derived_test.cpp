@@ -1,11 +1,14 @@
 #include "model/derived.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "model/switch.h"
 #include "support/octets.h"
 
 using namespace stpswitch;
+using testing::ElementsAre;
+using testing::Pair;
 
 namespace {
 
@@ -55,6 +58,44 @@ TEST(PortChannels, AreUpWithOneMemberUp) {
   EXPECT_EQ(port_channels_up(state), std::set<uint32_t>{2});
 }
 
+SwitchState state_with_interfaces() {
+  SwitchState state;
+  state.ports[1].vlans = parse_vlans("1-3");
+  state.ports[2].channel = 5;
+  state.ports[2].vlans = parse_vlans("20");
+  state.ports[3].switchport = false;
+  state.ports[3].vlans = parse_vlans("30");
+  state.port_channels[5].vlans = parse_vlans("3,4094");
+  state.port_channels[6] = {};
+  return state;
+}
+
+TEST(BridgePorts, ArePortChannelsThenPortsOfTheirOwn) {
+  const SwitchState state = state_with_interfaces();
+  EXPECT_THAT(bridge_ports(state), ElementsAre(Pair(0x16000005, &state.port_channels.at(5)),
+                                               Pair(0x16000006, &state.port_channels.at(6)),
+                                               Pair(0x1A000001, &state.ports.at(1))));
+}
+
+TEST(VlansInUse, AreThoseOfBridgePorts) {
+  const SwitchState state = state_with_interfaces();
+  EXPECT_THAT(vlans_in_use(bridge_ports(state)), ElementsAre(1, 2, 3, 4094));
+  EXPECT_THAT(vlans_in_use({}), ElementsAre());
+}
+
+TEST(MstTrees, AreTheCistAndEachInstance) {
+  SwitchState state;
+  state.mst_cist.remaining_hops = 17;
+  state.mst_instances[4094] = {parse_vlans("2-4094"), 18};
+  state.mst_instances[3] = {parse_vlans(""), 19};
+  EXPECT_THAT(mst_remaining_hops(state), ElementsAre(Pair(0, 17), Pair(3, 19), Pair(4094, 18)));
+  std::string map;
+  for (const auto &[id, vlans] : mst_vlan_map(state)) {
+    map += std::to_string(id) + ": " + print_vlans(vlans) + "; ";
+  }
+  EXPECT_EQ(map, "0: 1; 3: ; 4094: 2-4094; ");
+}
+
 TEST(CistVlans, AreThoseThatNoInstanceClaims) {
   SwitchState state;
   EXPECT_EQ(print_vlans(cist_vlans(state)), "1-4094");
@@ -70,6 +111,19 @@ TEST(Switch, ComputesTheDigestAnewForEachState) {
   mapped.mst_instances[256].vlans = parse_vlans("1");
   the_switch.replace(mapped);
   EXPECT_EQ(hex(the_switch.config_digest()), "033b8e20238b939d4b856dc4b8d9c349");
+}
+
+TEST(Switch, FindsTheBridgePortsOfEachState) {
+  Switch the_switch(state_with_interfaces());
+  EXPECT_EQ(the_switch.bridge_ports().size(), 3U);
+  EXPECT_THAT(the_switch.vlans_in_use(), ElementsAre(1, 2, 3, 4094));
+  SwitchState other;
+  other.ports[9].vlans = parse_vlans("7");
+  other.ports[9].name = "renamed";
+  the_switch.replace(other);
+  ASSERT_EQ(the_switch.bridge_ports().size(), 1U);
+  EXPECT_EQ(the_switch.bridge_ports().at(0x1A000009), &the_switch.state().ports.at(9));
+  EXPECT_THAT(the_switch.vlans_in_use(), ElementsAre(7));
 }
 
 TEST(Switch, TakesTheStandardDigestForAPreStandardOneThatIsNotStated) {

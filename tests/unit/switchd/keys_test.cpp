@@ -52,22 +52,35 @@ TEST_F(Keys, ShowsASection) {
 }
 
 TEST_F(Keys, ShowsWhatLiesInsideASection) {
-  EXPECT_THAT(shown("mst"), ElementsAre("mst.region = campus", "mst.revision = 3", "mst.max_hops = 20",
-                                        "mst.pre_standard_digest = 7d3c1b90a45e62f88c01d9b7f3a6520e",
-                                        "mst.instance.1.vlans = 10-19,30", "mst.instance.2.vlans = 20-29",
-                                        "mst.instance.10.vlans = 100-199"));
+  EXPECT_THAT(
+      shown("mst"),
+      ElementsAre("mst.region = campus", "mst.revision = 3", "mst.max_hops = 20",
+                  "mst.pre_standard_digest = 7d3c1b90a45e62f88c01d9b7f3a6520e",
+                  "mst.cist.remaining_hops = 19", "mst.cist.regional_root_priority = 24576",
+                  "mst.cist.regional_root_mac = 00:00:5e:00:53:2a", "mst.cist.internal_root_path_cost = 2000",
+                  "mst.instance.1.vlans = 10-19,30", "mst.instance.1.remaining_hops = 19",
+                  "mst.instance.2.vlans = 20-29", "mst.instance.2.remaining_hops = 18",
+                  "mst.instance.10.vlans = 100-199", "mst.instance.10.remaining_hops = 20"));
+  EXPECT_THAT(shown("mst.cist"),
+              ElementsAre("mst.cist.remaining_hops = 19", "mst.cist.regional_root_priority = 24576",
+                          "mst.cist.regional_root_mac = 00:00:5e:00:53:2a",
+                          "mst.cist.internal_root_path_cost = 2000"));
+  EXPECT_THAT(shown("rapid_pvst"), ElementsAre("rapid_pvst.disabled_vlans = "));
   EXPECT_THAT(shown("mst.instance"),
-              ElementsAre("mst.instance.1.vlans = 10-19,30", "mst.instance.2.vlans = 20-29",
-                          "mst.instance.10.vlans = 100-199"));
+              ElementsAre("mst.instance.1.vlans = 10-19,30", "mst.instance.1.remaining_hops = 19",
+                          "mst.instance.2.vlans = 20-29", "mst.instance.2.remaining_hops = 18",
+                          "mst.instance.10.vlans = 100-199", "mst.instance.10.remaining_hops = 20"));
 }
 
 TEST_F(Keys, ShowsOneEntryAndNotItsNeighbours) {
-  EXPECT_THAT(shown("mst.instance.1"), ElementsAre("mst.instance.1.vlans = 10-19,30"));
+  EXPECT_THAT(shown("mst.instance.1"),
+              ElementsAre("mst.instance.1.vlans = 10-19,30", "mst.instance.1.remaining_hops = 19"));
   EXPECT_THAT(shown("port.7"),
               ElementsAre("port.7.name = Ethernet1/7", "port.7.link = down", "port.7.vlans = 1",
-                          "port.7.channel = 2", "port.7.switchport = true"));
+                          "port.7.channel = 2", "port.7.switchport = true", "port.7.root_guard = false"));
   EXPECT_THAT(shown("port_channel.2"),
-              ElementsAre("port_channel.2.name = port-channel2", "port_channel.2.vlans = 1,10-30,100-199"));
+              ElementsAre("port_channel.2.name = port-channel2", "port_channel.2.vlans = 1,10-30,100-199",
+                          "port_channel.2.root_guard = true"));
 }
 
 TEST_F(Keys, ShowsOneKey) { EXPECT_THAT(shown("port.7.link"), ElementsAre("port.7.link = down")); }
@@ -104,12 +117,23 @@ TEST_F(Keys, SetsEachKind) {
   EXPECT_EQ(set("mst.pre_standard_digest", ""), "");
   EXPECT_EQ(set("mst.instance.1.vlans", "10-19,31-99"), "10-19,31-99");
   EXPECT_EQ(set("mst.instance.1.vlans", ""), "");
+  EXPECT_EQ(set("mst.instance.1.remaining_hops", "1"), "1");
+  EXPECT_EQ(set("mst.cist.remaining_hops", "40"), "40");
+  EXPECT_EQ(set("mst.cist.regional_root_priority", "0"), "0");
+  EXPECT_EQ(set("mst.cist.regional_root_priority", "65535"), "65535");
+  EXPECT_EQ(set("mst.cist.regional_root_mac", "0A:bC:De:00:53:FF"), "0a:bc:de:00:53:ff");
+  EXPECT_EQ(set("mst.cist.internal_root_path_cost", "0"), "0");
+  EXPECT_EQ(set("mst.cist.internal_root_path_cost", "4294967295"), "4294967295");
+  EXPECT_EQ(set("rapid_pvst.disabled_vlans", "99,4094,100"), "99-100,4094");
+  EXPECT_EQ(set("rapid_pvst.disabled_vlans", ""), "");
   EXPECT_EQ(set("port.3.name", "Printer"), "Printer");
   EXPECT_EQ(set("port.3.link", "down"), "down");
   EXPECT_EQ(set("port.3.vlans", "2,1"), "1-2");
   EXPECT_EQ(set("port.3.channel", "2"), "2");
   EXPECT_EQ(set("port.3.channel", "0"), "0");
   EXPECT_EQ(set("port.3.switchport", "false"), "false");
+  EXPECT_EQ(set("port.3.root_guard", "false"), "false");
+  EXPECT_EQ(set("port_channel.2.root_guard", "false"), "false");
   EXPECT_EQ(set("port_channel.2.name", "Core"), "Core");
   EXPECT_EQ(set("port_channel.2.vlans", "5"), "5");
   EXPECT_EQ(set("access.refused_users", "guest,ops"), "guest,ops");
@@ -143,6 +167,24 @@ TEST_F(Keys, RefuseWhatTheFieldRefuses) {
   EXPECT_EQ(refusal_of("mst.revision", "65536"), "mst.revision: 65536 is not in 0..65535");
   EXPECT_EQ(refusal_of("mst.instance.10.vlans", "1-"),
             "mst.instance.10.vlans: '1-' is not a list of VLANs such as 1,10-19");
+  EXPECT_EQ(refusal_of("mst.instance.10.remaining_hops", "0"),
+            "mst.instance.10.remaining_hops: 0 is not in 1..40");
+  EXPECT_EQ(refusal_of("mst.cist.remaining_hops", "41"), "mst.cist.remaining_hops: 41 is not in 1..40");
+  EXPECT_EQ(refusal_of("mst.cist.regional_root_priority", "65536"),
+            "mst.cist.regional_root_priority: 65536 is not in 0..65535");
+  EXPECT_EQ(refusal_of("mst.cist.regional_root_mac", ""),
+            "mst.cist.regional_root_mac: '' is not a MAC address such as 00:00:5e:00:53:00");
+  EXPECT_EQ(refusal_of("mst.cist.regional_root_mac", "00-00-5e-00-53-00"),
+            "mst.cist.regional_root_mac: '00-00-5e-00-53-00' is not a MAC address such as 00:00:5e:00:53:00");
+  EXPECT_EQ(refusal_of("mst.cist.internal_root_path_cost", "4294967296"),
+            "mst.cist.internal_root_path_cost: 4294967296 is not in 0..4294967295");
+  EXPECT_EQ(refusal_of("mst.cist.internal_root_path_cost", "-1"),
+            "mst.cist.internal_root_path_cost: -1 is not in 0..4294967295");
+  EXPECT_EQ(refusal_of("rapid_pvst.disabled_vlans", "4095"),
+            "rapid_pvst.disabled_vlans: VLAN 4095 is not in 1..4094");
+  EXPECT_EQ(refusal_of("port.3.root_guard", "on"), "port.3.root_guard: 'on' is neither true nor false");
+  EXPECT_EQ(refusal_of("port_channel.2.root_guard", ""),
+            "port_channel.2.root_guard: '' is neither true nor false");
   EXPECT_EQ(refusal_of("access.refused_users", "a,,b"), "access.refused_users: a user's name is empty");
 }
 
@@ -159,9 +201,10 @@ TEST_F(Keys, RefuseWhatContradictsOtherKeys) {
 }
 
 TEST_F(Keys, RefuseToSetWhatIsNotThere) {
-  for (const char *const key :
-       {"", "switch", "mode", "switch.colour", "port", "port.3", "port.3.number", "port.99.link",
-        "port.03.link", "port.link", "mst.instance.5.vlans", "switch.mode.x", ".", "switch..mode"}) {
+  for (const char *const key : {"", "switch", "mode", "switch.colour", "port", "port.3", "port.3.number",
+                                "port.99.link", "port.03.link", "port.link", "mst.instance.5.vlans",
+                                "mst.cist", "mst.cist.vlans", "mst.instance.0.remaining_hops",
+                                "mst.remaining_hops", "rapid_pvst", "switch.mode.x", ".", "switch..mode"}) {
     EXPECT_EQ(refusal_of(key, "1"), std::string(key) + ": the switch has no such key that can be set");
   }
 }

@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <memory>
@@ -180,7 +181,7 @@ TEST_F(Programs, CtlShows) {
   EXPECT_EQ(ctl({"show", "access"}).output, "access.refused_users = guest\n");
   EXPECT_EQ(ctl({"show", "port.7"}).output,
             "port.7.name = Ethernet1/7\nport.7.link = down\nport.7.vlans = 1\nport.7.channel = 2\n"
-            "port.7.switchport = true\n");
+            "port.7.switchport = true\nport.7.root_guard = false\n");
   EXPECT_EQ(ctl({"show", "switch", "--json"}).output,
             "{\n  \"switch.name\": \"campus-access-1\",\n  \"switch.mode\": \"mst\",\n"
             "  \"switch.path_cost_method\": \"short\",\n  \"switch.loop_guard_default\": true\n}\n");
@@ -268,6 +269,10 @@ TEST_F(Generator, MakesWhatItWasAskedFor) {
   EXPECT_EQ(state.mst_instances.size(), 8U);
   EXPECT_EQ(state.settings.mode, stpswitch::SpanningTreeMode::kRapidPvst);
   EXPECT_EQ(stpswitch::print_vlans(stpswitch::cist_vlans(state)), "1,301-4094");
+  const auto guarded = std::count_if(state.ports.begin(), state.ports.end(),
+                                     [](const auto &entry) { return entry.second.root_guard; });
+  EXPECT_GT(guarded, 25);
+  EXPECT_LT(guarded, 250);
 }
 
 TEST_F(Generator, RepeatsItselfForASeed) {

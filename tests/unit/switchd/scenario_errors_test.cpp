@@ -40,6 +40,8 @@ TEST(ScenarioErrors, OfUnknownKeys) {
   EXPECT_EQ(error_after_mode("[[port]]\nnumber = 3\nspeed = 10\n"), "x.toml:4: port.3.speed: unknown key");
   EXPECT_EQ(error_after_mode("[[port_channel]]\nnumber = 2\nlink = 'up'\n"),
             "x.toml:4: port_channel.2.link: unknown key");
+  EXPECT_EQ(error_after_mode("[mst.cist]\nvlans = '1'\n"), "x.toml:3: mst.cist.vlans: unknown key");
+  EXPECT_EQ(error_after_mode("[rapid_pvst]\nvlans = '1'\n"), "x.toml:3: rapid_pvst.vlans: unknown key");
   EXPECT_EQ(error_after_mode("[access]\nusers = []\n"), "x.toml:3: access.users: unknown key");
 }
 
@@ -59,6 +61,9 @@ TEST(ScenarioErrors, OfWrongTypes) {
   EXPECT_EQ(error_after_mode("port = [1]\n"), "x.toml:2: port: expected [[port]] tables");
   EXPECT_EQ(error_after_mode("[mst.instance]\nid = 1\n"),
             "x.toml:2: mst.instance: expected [[mst.instance]] tables");
+  EXPECT_EQ(error_after_mode("[[mst.cist]]\nremaining_hops = 1\n"),
+            "x.toml:2: mst.cist: expected a [mst.cist] table");
+  EXPECT_EQ(error_after_mode("rapid_pvst = '99'\n"), "x.toml:2: rapid_pvst: expected a [rapid_pvst] table");
   EXPECT_EQ(error_of("[switch]\nmode = 4\n"), "x.toml:2: switch.mode: expected a string");
   EXPECT_EQ(error_of("[switch]\nmode = 'mst'\nloop_guard_default = 1\n"),
             "x.toml:3: switch.loop_guard_default: expected true or false");
@@ -67,6 +72,12 @@ TEST(ScenarioErrors, OfWrongTypes) {
   EXPECT_EQ(error_after_mode("[[port]]\nnumber = '3'\n"), "x.toml:3: port.number: expected an integer");
   EXPECT_EQ(error_after_mode("[[port]]\nnumber = 3\nvlans = 1\n"),
             "x.toml:4: port.3.vlans: expected a string");
+  EXPECT_EQ(error_after_mode("[[port]]\nnumber = 3\nroot_guard = 1\n"),
+            "x.toml:4: port.3.root_guard: expected true or false");
+  EXPECT_EQ(error_after_mode("[[port_channel]]\nnumber = 3\nroot_guard = 'true'\n"),
+            "x.toml:4: port_channel.3.root_guard: expected true or false");
+  EXPECT_EQ(error_after_mode("[mst.cist]\nregional_root_mac = 5\n"),
+            "x.toml:3: mst.cist.regional_root_mac: expected a string");
   EXPECT_EQ(error_after_mode("[access]\nrefused_users = 'guest'\n"),
             "x.toml:3: access.refused_users: expected a list of strings");
   EXPECT_EQ(error_after_mode("[access]\nrefused_users = ['guest', 1]\n"),
@@ -103,6 +114,29 @@ TEST(ScenarioErrors, OfTheMstRegion) {
       "x.toml:3: mst.pre_standard_digest: '0x23456789abcdef0123456789abcdef' is not 32 hexadecimal digits");
 }
 
+TEST(ScenarioErrors, OfTheCist) {
+  EXPECT_EQ(error_after_mode("[mst.cist]\nremaining_hops = 0\n"),
+            "x.toml:3: mst.cist.remaining_hops: 0 is not in 1..40");
+  EXPECT_EQ(error_after_mode("[mst.cist]\nremaining_hops = 41\n"),
+            "x.toml:3: mst.cist.remaining_hops: 41 is not in 1..40");
+  EXPECT_EQ(error_after_mode("[mst.cist]\nregional_root_priority = -1\n"),
+            "x.toml:3: mst.cist.regional_root_priority: -1 is not in 0..65535");
+  EXPECT_EQ(error_after_mode("[mst.cist]\nregional_root_priority = 65536\n"),
+            "x.toml:3: mst.cist.regional_root_priority: 65536 is not in 0..65535");
+  EXPECT_EQ(error_after_mode("[mst.cist]\nregional_root_mac = '00:00:5e:00:53'\n"),
+            "x.toml:3: mst.cist.regional_root_mac: '00:00:5e:00:53' is not a MAC address such as "
+            "00:00:5e:00:53:00");
+  EXPECT_EQ(error_after_mode("[mst.cist]\ninternal_root_path_cost = 4294967296\n"),
+            "x.toml:3: mst.cist.internal_root_path_cost: 4294967296 is not in 0..4294967295");
+  EXPECT_EQ(error_after_mode("[mst.cist]\ninternal_root_path_cost = -1\n"),
+            "x.toml:3: mst.cist.internal_root_path_cost: -1 is not in 0..4294967295");
+}
+
+TEST(ScenarioErrors, OfRapidPvst) {
+  EXPECT_EQ(error_after_mode("[rapid_pvst]\ndisabled_vlans = '0'\n"),
+            "x.toml:3: rapid_pvst.disabled_vlans: VLAN 0 is not in 1..4094");
+}
+
 TEST(ScenarioErrors, OfMstInstances) {
   EXPECT_EQ(error_after_mode("[[mst.instance]]\nid = 0\n"), "x.toml:3: mst.instance.id: 0 is not in 1..4094");
   EXPECT_EQ(error_after_mode("[[mst.instance]]\nid = 4095\n"),
@@ -111,6 +145,8 @@ TEST(ScenarioErrors, OfMstInstances) {
             "x.toml:5: mst.instance.id: 1 stands on line 2 already");
   EXPECT_EQ(error_after_mode("[[mst.instance]]\nid = 1\nvlans = '0'\n"),
             "x.toml:4: mst.instance.1.vlans: VLAN 0 is not in 1..4094");
+  EXPECT_EQ(error_after_mode("[[mst.instance]]\nid = 1\nremaining_hops = 41\n"),
+            "x.toml:4: mst.instance.1.remaining_hops: 41 is not in 1..40");
   EXPECT_EQ(
       error_after_mode("[[mst.instance]]\nid = 2\nvlans = '5-9'\n[[mst.instance]]\nid = 1\nvlans = '9'\n"),
       "x.toml:4: mst.instance.2.vlans: VLAN 9 belongs to instance 1 already");

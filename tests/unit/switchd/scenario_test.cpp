@@ -20,9 +20,17 @@ region = "campus"
 revision = 65535
 max_hops = 40
 pre_standard_digest = "0123456789abcdefABCDEF9876543210"
+[mst.cist]
+remaining_hops = 40
+regional_root_priority = 65535
+regional_root_mac = "AB:cd:EF:01:23:45"
+internal_root_path_cost = 4294967295
 [[mst.instance]]
 id = 4094
 vlans = "10-19,30"
+remaining_hops = 1
+[rapid_pvst]
+disabled_vlans = "7-9"
 [[port]]
 number = 3967
 name = "Uplink"
@@ -30,10 +38,12 @@ link = "down"
 vlans = "1,10-19"
 channel = 4095
 switchport = true
+root_guard = true
 [[port_channel]]
 number = 4095
 name = "Bundle"
 vlans = "1-100"
+root_guard = true
 [access]
 refused_users = ["guest", "ops"]
 )";
@@ -50,6 +60,12 @@ TEST(Scenario, StatesEveryKey) {
   EXPECT_EQ(hex(state.mst.pre_standard_digest.value()), "0123456789abcdefabcdef9876543210");
   ASSERT_EQ(state.mst_instances.size(), 1U);
   EXPECT_EQ(print_vlans(state.mst_instances.at(4094).vlans), "10-19,30");
+  EXPECT_EQ(state.mst_instances.at(4094).remaining_hops, 1U);
+  EXPECT_EQ(state.mst_cist.remaining_hops, 40U);
+  EXPECT_EQ(state.mst_cist.regional_root_priority, 65535U);
+  EXPECT_EQ(hex(state.mst_cist.regional_root_mac), "abcdef012345");
+  EXPECT_EQ(state.mst_cist.internal_root_path_cost, 4294967295U);
+  EXPECT_EQ(print_vlans(state.rapid_pvst.disabled_vlans), "7-9");
   ASSERT_EQ(state.ports.size(), 1U);
   const Port &port = state.ports.at(3967);
   EXPECT_EQ(port.name, "Uplink");
@@ -57,9 +73,11 @@ TEST(Scenario, StatesEveryKey) {
   EXPECT_EQ(print_vlans(port.vlans), "1,10-19");
   EXPECT_EQ(port.channel, 4095U);
   EXPECT_TRUE(port.switchport);
+  EXPECT_TRUE(port.root_guard);
   ASSERT_EQ(state.port_channels.size(), 1U);
   EXPECT_EQ(state.port_channels.at(4095).name, "Bundle");
   EXPECT_EQ(print_vlans(state.port_channels.at(4095).vlans), "1-100");
+  EXPECT_TRUE(state.port_channels.at(4095).root_guard);
   EXPECT_EQ(state.access.refused_users, (std::vector<std::string>{"guest", "ops"}));
 }
 
@@ -84,12 +102,20 @@ number = 2
   EXPECT_EQ(state.mst.max_hops, 20U);
   EXPECT_FALSE(state.mst.pre_standard_digest.has_value());
   EXPECT_EQ(print_vlans(state.mst_instances.at(1).vlans), "");
+  EXPECT_EQ(state.mst_instances.at(1).remaining_hops, 20U);
+  EXPECT_EQ(state.mst_cist.remaining_hops, 20U);
+  EXPECT_EQ(state.mst_cist.regional_root_priority, 32768U);
+  EXPECT_EQ(hex(state.mst_cist.regional_root_mac), "00005e005300");
+  EXPECT_EQ(state.mst_cist.internal_root_path_cost, 0U);
+  EXPECT_EQ(print_vlans(state.rapid_pvst.disabled_vlans), "");
   const Port &port = state.ports.at(12);
   EXPECT_EQ(port.name, "Ethernet12");
   EXPECT_TRUE(port.link_up);
   EXPECT_EQ(print_vlans(port.vlans), "1");
   EXPECT_EQ(port.channel, 0U);
   EXPECT_TRUE(port.switchport);
+  EXPECT_FALSE(port.root_guard);
+  EXPECT_FALSE(state.port_channels.at(2).root_guard);
   EXPECT_EQ(state.port_channels.at(2).name, "port-channel2");
   EXPECT_EQ(print_vlans(state.port_channels.at(2).vlans), "1");
   EXPECT_TRUE(state.access.refused_users.empty());
@@ -120,8 +146,13 @@ TEST(ShippedScenarios, AreRight) {
   EXPECT_EQ(mst.mst.name, "campus");
   EXPECT_EQ(mst.mst_instances.size(), 3U);
   EXPECT_EQ(mst.port_channels.size(), 2U);
+  EXPECT_EQ(mst.mst_cist.regional_root_priority, 24576U);
+  EXPECT_TRUE(mst.ports.at(1).root_guard);
+  EXPECT_FALSE(mst.port_channels.at(1).root_guard);
+  EXPECT_TRUE(mst.port_channels.at(2).root_guard);
   const SwitchState rapid_pvst = load_scenario(SCENARIOS "/rapid-pvst-small.toml");
   EXPECT_EQ(rapid_pvst.settings.mode, SpanningTreeMode::kRapidPvst);
+  EXPECT_EQ(print_vlans(rapid_pvst.rapid_pvst.disabled_vlans), "99");
 }
 
 }  // namespace

@@ -81,4 +81,12 @@ TEST(VlanSet, LaysOutTheLowestVlanInTheHighestBit) {
   EXPECT_EQ(octets[511], 0x02);
 }
 
+TEST(VlanSet, JoinAndPart) {
+  VlanSet vlans = parse_vlans("1,10-20,4094");
+  vlans.insert(parse_vlans("2,15-25"));
+  EXPECT_EQ(print_vlans(vlans), "1-2,10-25,4094");
+  vlans.erase(parse_vlans("1,3,12-4094"));
+  EXPECT_EQ(print_vlans(vlans), "2,10-11");
+}
+
 }  // namespace

@@ -8,9 +8,32 @@
 
 namespace wire = stpplatform::wire;
 
+namespace {
+
+uint32_t length_of(const KeyText &key) { return static_cast<uint32_t>(key.words.size() * sizeof(uint32_t)); }
+
+size_t size_of(const RequestText &text) {
+  size_t size = sizeof(wire::Request);
+  for (const KeyText &key : text.keys) {
+    size += sizeof(wire::AttributeHead) + length_of(key);
+  }
+  return size;
+}
+
+}  // namespace
+
+KeyText range_list(uint32_t key, const std::vector<std::pair<uint32_t, uint32_t>> &ranges) {
+  std::vector<uint32_t> words = {0, static_cast<uint32_t>(ranges.size())};
+  for (const auto &[first, last] : ranges) {
+    words.insert(words.end(), {first, last});
+  }
+  return {key, words};
+}
+
+KeyText one_tree(uint32_t key, uint32_t tree) { return range_list(key, {{tree, tree}}); }
+
 stpswitch::Packet make_request(const RequestText &text) {
-  constexpr uint32_t kKeySize = sizeof(wire::AttributeHead) + sizeof(uint32_t);
-  stpswitch::Packet packet(sizeof(wire::Request) + text.keys.size() * kKeySize);
+  stpswitch::Packet packet(size_of(text));
   wire::Request request{};
   request.header = {wire::kMagic, wire::kVersion, static_cast<uint16_t>(wire::MessageType::kRequest),
                     static_cast<uint32_t>(packet.size()), text.sequence};
@@ -23,9 +46,10 @@ stpswitch::Packet make_request(const RequestText &text) {
   text.user.copy(request.user, CMD_USER_MAX);
   std::memcpy(packet.data(), &request, sizeof request);
   uint8_t *at = packet.data() + sizeof request;
-  for (const uint32_t key : text.keys) {
-    const uint32_t value = 0;
-    at += wire::write_attribute(at, kKeySize, {key, sizeof value, &value});
+  for (const KeyText &key : text.keys) {
+    const uint32_t length = length_of(key);
+    at += wire::write_attribute(at, sizeof(wire::AttributeHead) + length,
+                                {key.token, length, key.words.data()});
   }
   return packet;
 }

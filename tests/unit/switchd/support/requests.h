@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "commands/packet.h"
@@ -13,10 +14,30 @@
 inline constexpr uint32_t kGlobalSettingsKey = 0x0102'0227;
 inline constexpr uint32_t kMstDigestsKey = 0x0102'01C0;
 
+inline constexpr uint32_t kVlanTreeKey = 0x1302'00B4;
+inline constexpr uint32_t kMstInstanceKey = 0x1302'0131;
+inline constexpr uint32_t kInterfaceKey = 0x0C02'0105;
+
+// A key attribute with its value; one that is only named has the value 0.
+struct KeyText {
+  KeyText(uint32_t key_token) : token(key_token) {}
+  KeyText(uint32_t key_token, std::vector<uint32_t> key_words)
+      : token(key_token), words(std::move(key_words)) {}
+
+  uint32_t token;
+  std::vector<uint32_t> words = {0};
+};
+
+// A range list, with each range's first and last member.
+KeyText range_list(uint32_t key, const std::vector<std::pair<uint32_t, uint32_t>> &ranges);
+
+// A range list that names one VLAN or MST instance.
+KeyText one_tree(uint32_t key, uint32_t tree);
+
 struct RequestText {
   uint32_t command = 104;
   uint32_t action = 1;
-  std::vector<uint32_t> keys = {kGlobalSettingsKey};  // each with the value 0
+  std::vector<KeyText> keys = {kGlobalSettingsKey};
   std::string user = "operator";
   uint32_t sequence = 7;
 };

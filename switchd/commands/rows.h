@@ -1,0 +1,26 @@
+// What commands share that answer row by row: the values of the keys that name a row, and the row found.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "commands/command.h"
+
+namespace stpswitch {
+
+// The interface index in a request that has the key.
+uint32_t asked_interface(const CommandRequest &request);
+
+// The VLAN or MST instance in the range list of a request that has the key. Nothing when the list does not
+// name exactly one: CMD_BAD_REQUEST.
+std::optional<uint32_t> asked_tree(const CommandRequest &request, Key key);
+
+// The row with exactly the asked key or, for CMD_ACTION_GET_NEXT, the one after it; rows.end() when there is
+// none: CMD_NO_ENTRY. `rows` is an ordered set or map.
+template <class Rows>
+typename Rows::const_iterator find_row(const Rows &rows, cmd_action action,
+                                       const typename Rows::key_type &asked) {
+  return action == CMD_ACTION_GET ? rows.find(asked) : rows.upper_bound(asked);
+}
+
+}  // namespace stpswitch

@@ -1,0 +1,30 @@
+// Command 115: the spanning trees of single VLANs, for each VLAN in use. In MST mode there are none, whatever
+// VLAN is asked for.
+#include "commands/command.h"
+#include "commands/rows.h"
+
+namespace stpswitch {
+
+cmd_result answer_vlan_trees(const Switch &the_switch, const CommandRequest &request, ReplyBuilder *reply) {
+  if (!has_keys(request, {Key::kVlanTree})) {
+    return CMD_UNKNOWN_KEY;
+  }
+  const auto asked = asked_tree(request, Key::kVlanTree);
+  if (!asked) {
+    return CMD_BAD_REQUEST;
+  }
+  const SwitchState &state = the_switch.state();
+  reply->add_number(Token::kSpanningTreeMode, static_cast<uint32_t>(state.settings.mode));
+  if (state.settings.mode == SpanningTreeMode::kMst) {
+    return CMD_OK;
+  }
+  const auto vlan = find_row(the_switch.vlans_in_use(), request.action, *asked);
+  if (vlan == the_switch.vlans_in_use().end()) {
+    return CMD_NO_ENTRY;
+  }
+  reply->add_number(Token::kTree, *vlan);
+  reply->add_number(Token::kVlanTreeState, state.rapid_pvst.disabled_vlans.contains(*vlan) ? 0 : 1);
+  return CMD_OK;
+}
+
+}  // namespace stpswitch

@@ -1,0 +1,115 @@
+// The longest reply that there is, from the switch to the library: the VLAN map of 64 MST instances.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+#include <thread>
+
+#include "connection.h"
+#include "platform/cmd.h"
+#include "platform/stp.h"
+#include "settings.h"
+#include "support/program.h"
+#include "support/temporary_folder.h"
+#include "wire/message.h"
+
+namespace wire = stpplatform::wire;
+
+namespace {
+
+constexpr uint32_t kRegionQuery = 112;
+constexpr uint32_t kDigestsKey = 0x0102'01C0;
+constexpr uint32_t kInstances = 64;
+
+// Instance i is number 60 * i and carries VLAN 62 * i.
+uint16_t instance_number(uint32_t i) { return static_cast<uint16_t>(60 * i); }
+uint16_t instance_vlan(uint32_t i) { return static_cast<uint16_t>(62 * i); }
+
+std::string scenario() {
+  std::string text = "switch.mode = 'mst'\n";
+  for (uint32_t i = 1; i <= kInstances; ++i) {
+    text += "[[mst.instance]]\nid = " + std::to_string(instance_number(i)) + "\nvlans = '" +
+            std::to_string(instance_vlan(i)) + "'\n";
+  }
+  return text;
+}
+
+bool contains(const stp_vlan_bmp &vlans, uint32_t vlan) {
+  return (vlans.bits[vlan / 8] & (0x80U >> (vlan % 8))) != 0;
+}
+
+size_t count(const stp_vlan_bmp &vlans) {
+  size_t number = 0;
+  for (uint32_t vlan = 0; vlan < 8 * STP_VLAN_BITMAP_SIZE; ++vlan) {
+    number += contains(vlans, vlan) ? 1U : 0U;
+  }
+  return number;
+}
+
+class SwitchTest : public testing::Test {
+ protected:
+  SwitchTest() {
+    while (!switch_.has_ended() && switch_.errors().find(": ready: ") == std::string::npos) {
+      std::this_thread::yield();
+    }
+    setenv("STPPLATFORM_SOCKET", socket_.c_str(), 1);
+    setenv("STPPLATFORM_DEADLINE_MS", "30000", 1);
+    stpplatform::read_settings();
+  }
+
+  ~SwitchTest() override {
+    cmd_snmp_free_rx_hndl(reply_);
+    stpplatform::connection().reset();
+    unsetenv("STPPLATFORM_SOCKET");
+    unsetenv("STPPLATFORM_DEADLINE_MS");
+    stpplatform::read_settings();
+  }
+
+  void ask(bool with_digests_key) {
+    alignas(max_align_t) uint8_t buffer[512];
+    void *request = cmd_req_init(buffer, sizeof buffer);
+    cmd_req_cmdId_set(request, kRegionQuery);
+    cmd_req_action_set(request, CMD_ACTION_GET);
+    const uint32_t nothing = 0;
+    if (with_digests_key) {
+      ASSERT_EQ(cmd_req_attr_add(request, kDigestsKey, &nothing, sizeof nothing), CMD_OK);
+    }
+    ASSERT_EQ(cmd_snmp_req_send_recv(wire::kStpDestination, wire::kStpService, request, "", 1, &reply_, 0),
+              CMD_OK)
+        << switch_.errors();
+  }
+
+  TemporaryFolder folder_;
+  std::string socket_ = folder_.path("switch.sock");
+  Program switch_{STP_SWITCHD,
+                  {"--scenario", folder_.write("scenario.toml", scenario()), "--socket", socket_, "--control",
+                   folder_.path("control.sock")}};
+  void *reply_ = nullptr;
+};
+
+TEST_F(SwitchTest, every_instance_of_the_largest_region_arrives) {
+  ask(false);
+  uint16_t instance = 0;
+  stp_vlan_bmp vlans{};
+  ASSERT_EQ(stp_get_mst_vlan_bmp(reply_, CMD_ACTION_GET, &instance, &vlans), CMD_OK);
+  EXPECT_EQ(count(vlans), 4094U - kInstances);
+  for (uint32_t i = 1; i <= kInstances; ++i) {
+    EXPECT_FALSE(contains(vlans, instance_vlan(i)));
+  }
+  for (uint32_t i = 1; i <= kInstances; ++i) {
+    ASSERT_EQ(stp_get_mst_vlan_bmp(reply_, CMD_ACTION_GET_NEXT, &instance, &vlans), CMD_OK);
+    EXPECT_EQ(instance, instance_number(i));
+    EXPECT_EQ(count(vlans), 1U);
+    EXPECT_TRUE(contains(vlans, instance_vlan(i)));
+  }
+  EXPECT_EQ(stp_get_mst_vlan_bmp(reply_, CMD_ACTION_GET_NEXT, &instance, &vlans), CMD_NO_ENTRY);
+}
+
+TEST_F(SwitchTest, whoever_wants_digests_gets_no_instances) {
+  ask(true);
+  uint16_t instance = 0;
+  stp_vlan_bmp vlans{};
+  EXPECT_EQ(stp_get_mst_vlan_bmp(reply_, CMD_ACTION_GET, &instance, &vlans), CMD_NO_ENTRY);
+}
+
+}  // namespace

@@ -1,0 +1,38 @@
+// A switch that a test asks and changes, packet by packet.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <string>
+#include <vector>
+
+#include "commands/packet.h"
+#include "model/switch.h"
+#include "scenario/loader.h"
+#include "support/requests.h"
+
+// Replies are little-endian here: this is what goes over the socket of such a machine.
+static_assert(std::endian::native == std::endian::little, "the expectations are written for such a machine");
+
+inline constexpr uint32_t kGet = 1;
+inline constexpr uint32_t kGetNext = 3;
+
+class CommandTest : public testing::Test {
+ protected:
+  // The reply as hexadecimal digits, or "none".
+  std::string reply_to(const RequestText &text) const { return reply_to_packet(make_request(text)); }
+  std::string reply_to_packet(const stpswitch::Packet &packet) const;
+
+  // The status of the reply, which must answer request 7 and, being a refusal, hold nothing else.
+  uint32_t refusal_of(const RequestText &text) const { return refusal_of_packet(make_request(text)); }
+  uint32_t refusal_of_packet(const stpswitch::Packet &packet) const;
+
+  // Asks for row after row, and returns what the rows have in a numeric attribute.
+  using RequestAfter = RequestText (*)(uint32_t row);
+  std::vector<uint32_t> walk(RequestAfter request_after, uint32_t from, uint32_t token) const;
+
+  void set(const std::string &key, const std::string &text);
+
+  stpswitch::Switch switch_{stpswitch::load_scenario(SCENARIOS "/mst-small.toml")};
+};
