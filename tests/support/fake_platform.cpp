@@ -9,7 +9,9 @@
 #include "platform/bridge_mib.h"
 #include "platform/cmd.h"
 #include "platform/evhist.h"
+#include "platform/im.h"
 #include "platform/stp.h"
+#include "platform/xport.h"
 
 namespace fake {
 namespace {
@@ -18,6 +20,35 @@ struct Reply {
   // Every value stands at an odd address: replies promise no alignment.
   Attributes values;
 };
+
+// The request under construction; the module builds one at a time.
+Request &request_in_progress() {
+  static Request request;
+  return request;
+}
+
+const Interface *find_interface(const std::function<bool(const Interface &)> &wanted) {
+  const auto &interfaces = platform().interfaces;
+  const auto found = std::find_if(interfaces.begin(), interfaces.end(), wanted);
+  return found == interfaces.end() ? nullptr : &*found;
+}
+
+const Interface *find_if_index(uint32_t if_index) {
+  return find_interface([if_index](const Interface &interface) { return interface.if_index == if_index; });
+}
+
+Send next_send() {
+  Platform &script = platform();
+  if (!script.next_sends.empty()) {
+    Send send = std::move(script.next_sends.front());
+    script.next_sends.pop_front();
+    return send;
+  }
+  if (script.answer) {
+    return script.answer(request_in_progress());
+  }
+  return {script.send_result, !script.answers_without_reply};
+}
 
 std::set<const Reply *> &replies() {
   static std::set<const Reply *> live;
@@ -53,28 +84,28 @@ int answer_of(const std::map<uint32_t, int> &answers, uint32_t level) {
   return found->second;
 }
 
-std::string hex(uint32_t value) {
-  char text[16];
-  snprintf(text, sizeof text, "0x%08X", value);
-  return text;
-}
-
-std::string hex(const void *data, uint32_t length) {
-  std::string text;
-  for (uint32_t i = 0; i < length; ++i) {
-    char digits[4];
-    snprintf(digits, sizeof digits, "%02x", static_cast<const uint8_t *>(data)[i]);
-    text += digits;
-  }
-  return text;
-}
-
 }  // namespace
 
 Bytes number(uint32_t value) {
   Bytes bytes(sizeof value);
   std::memcpy(bytes.data(), &value, sizeof value);
   return bytes;
+}
+
+std::string hex(uint32_t value) {
+  char text[16];
+  snprintf(text, sizeof text, "0x%08X", value);
+  return text;
+}
+
+std::string hex(const void *data, size_t length) {
+  std::string text;
+  for (size_t i = 0; i < length; ++i) {
+    char digits[4];
+    snprintf(digits, sizeof digits, "%02x", static_cast<const uint8_t *>(data)[i]);
+    text += digits;
+  }
+  return text;
 }
 
 Bytes octets(const std::string &text) { return Bytes(text.begin(), text.end()); }
@@ -94,13 +125,18 @@ void reset() {
 
 size_t live_replies() { return replies().size(); }
 
-void trace(const std::string &line) { platform().trace.push_back(line); }
+void trace(const std::string &line) {
+  if (platform().writes_trace) {
+    platform().trace.push_back(line);
+  }
+}
 
-// Replaces the digits between the first "(" that follows a name and its ")" by LINE.
+// Replaces the digits between the first "(" or "[" that follows a name and its end by LINE.
 std::string without_source_line(const std::string &line) {
-  const size_t open = line.find('(', line.find('"'));
+  const size_t open = line.find_first_of("([", line.find('"'));
   const size_t close = line.find_first_not_of("0123456789", open + 1);
-  if (open == std::string::npos || close == open + 1 || close == std::string::npos || line[close] != ')') {
+  if (open == std::string::npos || close == open + 1 || close == std::string::npos ||
+      (line[close] != ')' && line[close] != ']')) {
     return line;
   }
   return line.substr(0, open + 1) + "LINE" + line.substr(close);
@@ -132,16 +168,19 @@ using fake::trace;
 
 void *cmd_req_init(void *buffer, uint32_t size) {
   trace("cmd_req_init(buffer, " + std::to_string(size) + ")");
+  fake::request_in_progress() = {};
   return fake::handle_in(buffer);
 }
 
 int cmd_req_cmdId_set(void *request, uint32_t command_id) {
   trace("cmd_req_cmdId_set(" + fake::named(request) + ", " + std::to_string(command_id) + ")");
+  fake::request_in_progress().command = command_id;
   return 0;
 }
 
 int cmd_req_action_set(void *request, uint32_t action) {
   trace("cmd_req_action_set(" + fake::named(request) + ", " + std::to_string(action) + ")");
+  fake::request_in_progress().action = action;
   return 0;
 }
 
@@ -154,6 +193,8 @@ uint32_t token_type_2len(uint32_t token, const void *value) {
 int cmd_req_attr_add(void *request, uint32_t token, const void *value, uint32_t length) {
   trace("cmd_req_attr_add(" + fake::named(request) + ", " + fake::hex(token) + ", " +
         fake::hex(value, length) + ")");
+  const auto *const octets = static_cast<const uint8_t *>(value);
+  fake::request_in_progress().keys[token] = fake::Bytes(octets, octets + length);
   return platform().attr_add_result;
 }
 
@@ -162,11 +203,7 @@ int cmd_snmp_req_send_recv(uint32_t destination, uint32_t service, void *request
   trace("cmd_snmp_req_send_recv(" + fake::hex(destination) + ", " + std::to_string(service) + ", " +
         fake::named(request) + ", " + user + ", " + std::to_string(session) + ", " + std::to_string(flags) +
         ")");
-  fake::Send send{platform().send_result, !platform().answers_without_reply};
-  if (!platform().next_sends.empty()) {
-    send = platform().next_sends.front();
-    platform().next_sends.pop_front();
-  }
+  const fake::Send send = fake::next_send();
   if (send.result != 0 && platform().reply_of_failed_send != nullptr) {
     *reply = platform().reply_of_failed_send;
   }
@@ -266,6 +303,88 @@ int stp_get_mst_vlan_bmp(void *reply, uint32_t action, uint16_t *instance, stp_v
     vlans->bits[vlan / 8] = static_cast<uint8_t>(vlans->bits[vlan / 8] | 0x80U >> vlan % 8);
   }
   return found.result;
+}
+
+int stp_ifindex2dot1dportnum(uint32_t if_index, uint16_t *port) {
+  trace("stp_ifindex2dot1dportnum(" + fake::hex(if_index) + ")");
+  const fake::Interface *found = fake::find_if_index(if_index);
+  if (found == nullptr || found->port == 0) {
+    return 1;
+  }
+  *port = found->port;
+  return 0;
+}
+
+int stp_dot1dportnum2ifindex(uint16_t port, uint32_t *if_index) {
+  trace("stp_dot1dportnum2ifindex(" + std::to_string(port) + ")");
+  if (auto &scripted = platform().next_if_indexes; !scripted.empty()) {
+    const std::optional<uint32_t> converted = scripted.front();
+    scripted.pop_front();
+    *if_index = converted.value_or(*if_index);
+    return converted ? 0 : 1;
+  }
+  const fake::Interface *found = fake::find_interface([port](const fake::Interface &interface) {
+    return interface.port == port && port != 0 && interface.has_if_index_of_port;
+  });
+  if (found == nullptr) {
+    return 1;
+  }
+  *if_index = found->if_index;
+  return 0;
+}
+
+int stp_valid_if_index(uint32_t if_index) {
+  trace("stp_valid_if_index(" + fake::hex(if_index) + ")");
+  const fake::Interface *found = fake::find_if_index(if_index);
+  return found != nullptr && found->is_usable ? 1 : 0;
+}
+
+// Interface manager.
+
+int im_get_next_ifindex(uint32_t if_index, uint32_t *next) {
+  trace("im_get_next_ifindex(" + fake::hex(if_index) + ")");
+  if (platform().no_step_behind == if_index) {
+    return 1;
+  }
+  const auto &interfaces = platform().interfaces;
+  auto at = interfaces.begin();
+  if (if_index != 0) {
+    at = std::find_if(at, interfaces.end(), [if_index](const fake::Interface &interface) {
+      return interface.if_index == if_index;
+    });
+    at += at == interfaces.end() ? 0 : 1;
+  }
+  *next = at == interfaces.end() ? 0 : at->if_index;
+  return 0;
+}
+
+int check_if_valid_base_port_ifindex(uint32_t if_index, uint8_t selector) {
+  trace("check_if_valid_base_port_ifindex(" + fake::hex(if_index) + ", " + std::to_string(selector) + ")");
+  const fake::Interface *found = fake::find_if_index(if_index);
+  return found != nullptr && found->is_base_port ? 1 : 0;
+}
+
+int if_index_get_type(uint32_t if_index, uint8_t *type) {
+  trace("if_index_get_type(" + fake::hex(if_index) + ")");
+  const fake::Interface *found = fake::find_if_index(if_index);
+  if (found == nullptr || found->type == 0) {
+    return 1;
+  }
+  *type = found->type;
+  return 0;
+}
+
+int if_index_eth_port_channel_init(uint32_t *if_index, uint32_t channel) {
+  trace("if_index_eth_port_channel_init(" + std::to_string(channel) + ")");
+  *if_index = fake::kChannelIfIndexes + channel;
+  return 0;
+}
+
+// Message transport.
+
+void *xport_payload_get(void *message) {
+  trace(std::string("xport_payload_get(") + (message == nullptr ? "NULL" : "message") + ")");
+  return platform().payload ? platform().payload->data() : nullptr;
 }
 
 int dot1d_stringNonZeroLength(const uint8_t *octets, int length) {

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -17,17 +18,40 @@ namespace fake {
 
 using Bytes = std::vector<uint8_t>;
 
+// Interface indexes of the port-channels: this and their number.
+inline constexpr uint32_t kChannelIfIndexes = 0x16000000;
+
 // A number as a reply carries it.
 Bytes number(uint32_t value);
 Bytes octets(const std::string &text);
 
+std::string hex(uint32_t value);
+std::string hex(const void *data, size_t length);
+
 using Attributes = std::map<uint32_t, Bytes>;  // by token
+
+// A request as it was sent.
+struct Request {
+  uint32_t command = 0;
+  uint32_t action = 0;
+  Attributes keys;
+};
 
 // What becomes of one send. A reply holds the attributes given here, or else the platform's.
 struct Send {
   int result = 0;
   bool has_reply = true;
   std::optional<Attributes> attributes = std::nullopt;
+};
+
+// An interface of the switch.
+struct Interface {
+  uint32_t if_index;
+  uint16_t port;                     // bridge port number; 0: cannot be converted
+  uint8_t type = 26;                 // 0: unknown
+  bool is_usable = true;             // as stp_valid_if_index says
+  bool is_base_port = true;          // as check_if_valid_base_port_ifindex says, whatever the selector
+  bool has_if_index_of_port = true;  // its bridge port number can be converted back
 };
 
 // What the STP library finds in a reply; what is left out keeps what the caller put there.
@@ -39,9 +63,10 @@ struct MstVlans {
 };
 
 struct Platform {
-  // What the spanning-tree process answers. The next sends fare as the queue says, later ones as the two
-  // values below it.
+  // What the spanning-tree process answers. The next sends fare as the queue says, later ones as the function
+  // says, if there is one, or else as the values below it.
   std::deque<Send> next_sends;
+  std::function<Send(const Request &)> answer;
   int send_result = 0;
   void *reply_of_failed_send = nullptr;  // what a failed send leaves where the reply would stand
   bool answers_without_reply = false;
@@ -67,7 +92,24 @@ struct Platform {
 
   MstVlans mst_vlans;
 
-  // What happened.
+  // The switch's interfaces, in the order in which the interface manager steps through them, and the one
+  // behind which it cannot be asked.
+  std::vector<Interface> interfaces;
+  std::optional<uint32_t> no_step_behind;
+
+  // What becomes of the next conversions of a port into an interface index, with nothing for a failure; later
+  // ones go by the interfaces.
+  std::deque<std::optional<uint32_t>> next_if_indexes;
+
+  // What gettimeofday answers, one second later each time.
+  uint32_t seconds = 1000;
+
+  // The payload of every message, and whether a notification can be built of it.
+  std::optional<Bytes> payload;
+  bool build_varbind_fails = false;
+
+  // What happened; where it does not matter, it need not be written down.
+  bool writes_trace = true;
   std::vector<std::string> trace;
   std::map<uint32_t, notification_handler> subscriptions;
   int unregister_result = 0;

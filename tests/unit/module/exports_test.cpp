@@ -36,7 +36,11 @@ std::set<std::string> symbols(const std::string &option) {
 }
 
 const std::set<std::string> kExports{
+    "check_and_get_next_stp_physical_entry_for_logical",
     "deinit_stp_extensions_mib",
+    "get_exact_stp_dual_indices_entry",
+    "get_next_stp_dual_indices_entry_from_im",
+    "get_stp_entry_from_if_index",
     "get_stpxInconsistencyTable",
     "get_stpxLongStpPortPathCostTable",
     "get_stpxLoopGuardConfigTable",
@@ -85,6 +89,7 @@ const std::set<std::string> kExports{
     "stp_dot1d_sec_to_ticks",
     "stp_extensions_mib_variables",
     "stp_extensions_mib_variables_oid",
+    "stp_get_next_dot1dportnum",
     "stp_get_vlan_or_mst_id_from_context",
     "stp_loopguard_global_default_mode_2_snmp_val",
     "stp_mac_to_bridge_id",
@@ -100,6 +105,8 @@ const std::set<std::string> kExports{
     "stp_set_index_from_context_for_set",
     "stp_set_index_from_context_for_set_intf",
     "stp_sstp_inc_to_bmp",
+    "validate_port_id_for_snmp_search",
+    "validate_port_id_for_snmp_search_from_im",
 };
 
 TEST(Library, ExportsItsInterfaceAndNothingElse) { EXPECT_EQ(symbols("--defined-only"), kExports); }

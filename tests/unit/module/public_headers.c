@@ -1,5 +1,6 @@
 /* The module's public headers can be used from C. */
 #include "context.h"
+#include "index_search.h"
 #include "rows.h"
 #include "scalars.h"
 #include "stp_extensions_mib.h"

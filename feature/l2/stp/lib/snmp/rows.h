@@ -63,6 +63,12 @@ typedef struct InconsistencyRow {
   int32_t value;    /* the state; as BITS it stands in the first octet */
 } InconsistencyRow;
 
+/* The path cost of a port. */
+typedef struct PathCostRow {
+  uint32_t index; /* bridge port number */
+  uint32_t value; /* 32-bit path cost (IEEE 802.1D clause 17.14) */
+} PathCostRow;
+
 /* What the stp_dot1d_ conversions (values.h) fill, field by field: objects of the bridge MIB (RFC 4188). */
 typedef struct Dot1dBridgeRecord {
   uint8_t bridge_id[STP_BRIDGE_ID_SIZE];         /* the bridge's own identifier */

@@ -7,14 +7,21 @@ namespace {
 
 using diagnostics::kTrace;
 
+int send(Request *request, std::span<const Key> keys, Reply *reply) {
+  for (const Key &key : keys) {
+    request->add(key);
+  }
+  return request->send(reply);
+}
+
 }  // namespace
 
 int ask(Command command, Action action, std::span<const Key> keys, Reply *reply, CallSite caller) {
-  Request request(command, action, keys, caller);
+  Request request(command, action, caller);
   if (!request) {
     return kFailed;
   }
-  const int result = request.send(reply);
+  const int result = send(&request, keys, reply);
   if (result != 0) {
     STP_LOG(kTrace, "%s(%d) cmd_req_snmp_send_recv() failed\n", caller.function, caller.line);
   }
@@ -22,11 +29,11 @@ int ask(Command command, Action action, std::span<const Key> keys, Reply *reply,
 }
 
 int ask_for_reply(Command command, Action action, std::span<const Key> keys, Reply *reply, CallSite caller) {
-  Request request(command, action, keys, caller);
+  Request request(command, action, caller);
   if (!request) {
     return kFailed;
   }
-  const int result = request.send(reply);
+  const int result = send(&request, keys, reply);
   if (result != 0 || !*reply) {
     STP_LOG(kTrace, "%s(%d) cmd_req_snmp_send_recv() failed, ret:%d\n", caller.function, caller.line, result);
     return kFailed;

@@ -11,11 +11,16 @@ inline constexpr uint32_t kDestination = 0xFE00'0000;
 inline constexpr uint32_t kService = 171;
 
 enum class Command : uint32_t {
-  kGlobalSettings = 104,  // mode, path cost methods, loop guard default, MST hop count
-  kMstRegion = 112,       // region name, revision and digests; without a key, the VLAN map as well
-  kPvstVlan = 115,        // per-VLAN spanning trees
-  kRootGuard = 117,       // root guard settings
-  kMstInstance = 122      // MST instances
+  kGlobalSettings = 104,     // mode, path cost methods, loop guard default, MST hop count
+  kRapidPvstPort = 105,      // ports of Rapid-PVST trees
+  kMstPort = 111,            // ports of MST instances
+  kMstRegion = 112,          // region name, revision and digests; without a key, the VLAN map as well
+  kPvstVlan = 115,           // per-VLAN spanning trees
+  kInconsistency = 116,      // port VLAN identifier and port type inconsistencies
+  kRootGuard = 117,          // root guard settings
+  kRootInconsistency = 120,  // ports that root guard blocks
+  kLoopInconsistency = 121,  // ports that loop guard blocks
+  kMstInstance = 122         // MST instances
 };
 
 enum class Action : uint32_t { kGet = CMD_ACTION_GET, kGetNext = CMD_ACTION_GET_NEXT };
@@ -52,6 +57,9 @@ enum class Token : uint32_t {
   // Rows: the index of the one that answers, and what it holds.
   kAnsweredInterface = 0x0C02'A001,
   kAnsweredTree = 0x1402'9001,
+  kAnsweredPortTree = 0x1402'A006,  // in entries of a port in a tree
+  kPortValue = 0x1402'A015,
+  kPortPathCost = 0x1402'A008,
   kRootGuardSetting = 0x0202'A01A,
   kVlanTreeState = 0x0000'102C,     // a bare number: no type, no space
   kMstInstanceValue = 0x1402'9027,  // the number that the global settings use for the hop count

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "query/protocol.h"
 
@@ -17,6 +18,7 @@ struct Octets {
 class Reply {
  public:
   Reply() = default;
+  explicit Reply(void *handle) : handle_(handle) {}
   ~Reply() { release(); }
   Reply(const Reply &) = delete;
   Reply &operator=(const Reply &) = delete;
@@ -40,7 +42,7 @@ class Reply {
   void release();
 
   // Gives the reply up without releasing it.
-  void abandon() { handle_ = nullptr; }
+  void *detach() { return std::exchange(handle_, nullptr); }
 
  private:
   void *handle_ = nullptr;

@@ -18,8 +18,7 @@ int add_key(void *request, const Key &key) {
   return cmd_req_attr_add(request, token, key.value, length);
 }
 
-Request::Request(Command command, Action action, std::span<const Key> keys, CallSite caller)
-    : buffer_(malloc(kRequestBufferSize)) {
+Request::Request(Command command, Action action, CallSite caller) : buffer_(malloc(kRequestBufferSize)) {
   if (buffer_ == nullptr) {
     STP_LOG(diagnostics::kTrace, "%s(%d) malloc failed \n", caller.function, caller.line);
     return;
@@ -27,9 +26,6 @@ Request::Request(Command command, Action action, std::span<const Key> keys, Call
   handle_ = cmd_req_init(buffer_, kRequestBufferSize);
   cmd_req_cmdId_set(handle_, static_cast<uint32_t>(command));
   cmd_req_action_set(handle_, static_cast<uint32_t>(action));
-  for (const Key &key : keys) {
-    add_key(handle_, key);
-  }
 }
 
 Request::~Request() { free(buffer_); }
@@ -40,7 +36,7 @@ int Request::send(Reply *reply) {
   const char *user = get_snmp_username(0);
   const int result = cmd_snmp_req_send_recv(kDestination, kService, handle_, user, session, reply->out(), 0);
   if (result != 0) {
-    reply->abandon();  // whatever the library left there is not a reply
+    reply->detach();  // whatever the library left there is not a reply
   }
   return result;
 }

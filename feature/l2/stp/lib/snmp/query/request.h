@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 
 #include "call_site.h"
 #include "query/protocol.h"
@@ -23,14 +22,16 @@ int add_key(void *request, const Key &key);
 // reply is read.
 class Request {
  public:
-  // Allocates the buffer, names command and action and adds the keys. Where memory is short, that is logged
-  // for `caller`, and the request is false.
-  Request(Command command, Action action, std::span<const Key> keys, CallSite caller);
+  // Allocates the buffer and names command and action. Where memory is short, that is logged for `caller`,
+  // and the request is false.
+  Request(Command command, Action action, CallSite caller);
   ~Request();
   Request(const Request &) = delete;
   Request &operator=(const Request &) = delete;
 
   explicit operator bool() const { return buffer_ != nullptr; }
+
+  void add(const Key &key) { add_key(handle_, key); }
 
   // Sends the request and waits for the reply. Returns 0, or the command library's code, and then there is no
   // reply; after a success it may still be empty.

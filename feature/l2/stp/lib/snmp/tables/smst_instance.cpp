@@ -1,7 +1,6 @@
 // MST instance table: the VLANs of each MST instance in any mode, and in MST mode further values, some of
 // them for the CIST (instance 0) only. Each group of columns has a query of its own.
 #include <algorithm>
-#include <utility>
 
 #include "bitmap.h"
 #include "diagnostics.h"
@@ -62,7 +61,7 @@ int answer_vlans(const RowRequest &request, Action action, SmstInstanceRow *row,
   if (size != STP_VLAN_BITMAP_SIZE) {
     STP_LOG(kTrace, "%s(%d) size %d\n", caller.function, caller.line, size);
     // The reply is not released here, deliberately.
-    reply.abandon();
+    reply.detach();
     return kFailed;
   }
   char list[bitmap::kVlanListSize];

@@ -6,10 +6,10 @@ namespace stpsnmp::tables {
 
 using diagnostics::kTrace;
 
-bool fetch_spanning_tree_type(CallSite caller) {
+bool fetch_spanning_tree_type(diagnostics::Level failure_level, CallSite caller) {
   const int result = get_stpxSpanningTreeType(&scalar_values);
   if (result != 0) {
-    STP_LOG(kTrace, "%s(%d) get_stpxSpanningTreeType() failed rc: %d\n", caller.function, caller.line,
+    STP_LOG(failure_level, "%s(%d) get_stpxSpanningTreeType() failed rc: %d\n", caller.function, caller.line,
             result);
     return false;
   }

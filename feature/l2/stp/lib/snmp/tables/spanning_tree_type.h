@@ -4,14 +4,17 @@
 #include <cstdint>
 
 #include "call_site.h"
+#include "diagnostics.h"
 #include "scalar_values.h"
 
 namespace stpsnmp::tables {
 
 inline constexpr uint32_t kTypeMst = 4;
+inline constexpr uint32_t kTypeRapidPvst = 5;
 
 // Fetches it into the module's scalar record. The outcome is logged for `caller`.
-bool fetch_spanning_tree_type(CallSite caller = CallSite::here());
+bool fetch_spanning_tree_type(diagnostics::Level failure_level = diagnostics::kTrace,
+                              CallSite caller = CallSite::here());
 
 // As it was fetched last.
 inline uint32_t spanning_tree_type() { return static_cast<uint32_t>(scalar_values.spanning_tree_type); }

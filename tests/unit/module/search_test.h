@@ -1,0 +1,48 @@
+// What the tests of the index searches share: a fixture with both ledgers open, and the traces of the
+// routines that the searches are made of.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include <gmock/gmock.h>
+
+#include "fake_platform.h"
+#include "table_test.h"
+
+// Tokens of a row's keys, and of what a reply names it by.
+inline constexpr uint32_t kInterfaceKey = 0x0C020105;
+inline constexpr uint32_t kTreeKey = 0x130200B4;
+inline constexpr uint32_t kAnsweredTree = 0x1402A006;
+inline constexpr uint32_t kAnsweredInterface = 0x0C02A001;
+inline constexpr uint32_t kAnsweredValue = 0x1402A015;
+
+inline constexpr uint32_t kGet = 1;
+inline constexpr uint32_t kGetNext = 3;
+
+// A line of the log at level 100.
+std::string logged_rejection(const std::string &text);
+
+// The spanning-tree process's answers to a query of a port in a tree.
+fake::Send entry(uint32_t tree, uint32_t if_index);
+fake::Send no_entry();
+
+// The query of a port in a tree: what is asked of the platform until the answer, and afterwards where the
+// process has the entry, and where it has none.
+Trace queried(uint32_t command, uint32_t action, uint32_t tree, uint32_t if_index);
+Trace queried_and_found(uint32_t command, uint32_t action, uint32_t tree, uint32_t if_index,
+                        uint32_t found_tree, uint32_t found_if_index);
+Trace queried_in_vain(uint32_t command, uint32_t action, uint32_t tree, uint32_t if_index);
+
+class SearchTest : public ::testing::Test {
+ protected:
+  void SetUp() override;
+  void TearDown() override;
+
+  // A reply that a caller holds already.
+  static void *held_reply();
+
+  // What a successful search hands over.
+  static void release(void *reply);
+};
