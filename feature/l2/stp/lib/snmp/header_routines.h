@@ -11,10 +11,20 @@
 #include "export.h"
 #include "rows.h"
 
+STPSNMP_EXPORT int header_stpxInconsistencyTable(const oid *vp_name, size_t vp_namelen, oid *name,
+                                                 size_t *length, int exact, InconsistencyRow *row);
+STPSNMP_EXPORT int header_stpxLoopInconsistencyTable(const oid *vp_name, size_t vp_namelen, oid *name,
+                                                     size_t *length, int exact, InconsistencyRow *row);
 STPSNMP_EXPORT int header_stpxPVSTVlanTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length,
                                             int exact, PvstVlanRow *row);
 STPSNMP_EXPORT int header_stpxRootGuardConfigTable(const oid *vp_name, size_t vp_namelen, oid *name,
                                                    size_t *length, int exact, RootGuardConfigRow *row);
+STPSNMP_EXPORT int header_stpxRootInconsistencyTable(const oid *vp_name, size_t vp_namelen, oid *name,
+                                                     size_t *length, int exact, InconsistencyRow *row);
+
+/* Works, although the table itself does not answer. A port without a path cost is served with 0. */
+STPSNMP_EXPORT int header_stpxLongStpPortPathCostTable(const oid *vp_name, size_t vp_namelen, oid *name,
+                                                       size_t *length, int exact, PathCostRow *row);
 
 /* `magic` says which column the row is wanted for (object_table.h); fields of other columns are left cleared.
  * The request's OID may be rewritten without success. */

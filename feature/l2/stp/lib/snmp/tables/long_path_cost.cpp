@@ -1,6 +1,110 @@
-// Long path cost table: registered, and deliberately without an answer.
+// Long path cost table: its column is registered and deliberately without an answer. The header routine is
+// there for others that link against the module.
+#include "call_site.h"
+#include "diagnostics.h"
+#include "header_routines.h"
+#include "index_search.h"
 #include "lookup_handlers.h"
+#include "platform/im.h"
+#include "platform/stp.h"
+#include "query/reply.h"
+#include "search/held_reply.h"
+#include "search/port_ids.h"
+#include "tables/table.h"
 
-u_char *get_stpxLongStpPortPathCostTable(struct variable *, oid *, size_t *, int, size_t *, WriteMethod **) {
+using namespace stpsnmp;
+using stpsnmp::diagnostics::kTrace;
+using stpsnmp::query::Action;
+using stpsnmp::query::Command;
+using stpsnmp::query::Reply;
+using stpsnmp::query::Token;
+using stpsnmp::tables::RowRequest;
+
+namespace {
+
+constexpr size_t kIndexArcs = 1;
+constexpr uint8_t kSingle = 0;
+constexpr uint32_t kFirstChannel = 1;
+
+int failed(CallSite caller = CallSite::here()) {
+  STP_LOG(kTrace, "\n%s(%d): returning FAILURE\n", caller.function, caller.line);
+  return kFailed;
+}
+
+int ask(Action action, uint32_t *if_index, void **reply) {
+  return get_stp_entry_from_if_index(static_cast<uint32_t>(action), kSingle,
+                                     static_cast<uint32_t>(Token::kInterfaceKey), if_index, 0, nullptr, reply,
+                                     static_cast<uint32_t>(Command::kRapidPvstPort));
+}
+
+// Finds the port's entry, for a walk the next one; behind the physical ports, port-channel 1 is tried.
+int get_stp_entry_from_port_id(Action action, uint16_t *port_id, void **reply) {
+  uint32_t asked_if_index = 0;
+  uint32_t if_index = 0;
+  uint8_t type = 0;
+  if (validate_port_id_for_snmp_search(static_cast<uint32_t>(action), &asked_if_index, &if_index, port_id,
+                                       &type) != 0) {
+    return failed();
+  }
+  if (ask(Action::kGet, &if_index, reply) != 0) {
+    if (action == Action::kGet) {
+      return failed();
+    }
+    if (ask(Action::kGetNext, &if_index, reply) != 0) {
+      if (type == IF_TYPE_PORT_CHANNEL) {
+        return failed();
+      }
+      if_index_eth_port_channel_init(&if_index, kFirstChannel);
+      type = IF_TYPE_PORT_CHANNEL;
+      if (ask(action, &if_index, reply) != 0) {
+        return failed();
+      }
+    }
+  }
+  if (action == Action::kGetNext && type == IF_TYPE_PORT_CHANNEL &&
+      search::type_of(if_index) != IF_TYPE_PORT_CHANNEL) {
+    STP_LOG(kTrace, "\n%s(%d) No more channel port found.\n", __func__, __LINE__);
+    search::release_reply(*reply);
+    return kFailed;
+  }
+  if (stp_ifindex2dot1dportnum(if_index, port_id) != 0) {
+    search::release_reply(*reply);
+    return failed();
+  }
+  if (*reply == nullptr) {
+    STP_LOG(kTrace, "\n%s(%d): resp_h is NULL\n", __func__, __LINE__);
+    return kFailed;
+  }
+  return 0;
+}
+
+}  // namespace
+
+int header_stpxLongStpPortPathCostTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length,
+                                        int exact, PathCostRow *row) {
+  const RowRequest request(vp_name, vp_namelen, name, length, exact, row);
+  if (request.has_too_many_arcs(kIndexArcs)) {
+    return kFailed;
+  }
+  auto port_id = static_cast<uint16_t>(request.index_arc(0));
+  void *handle = nullptr;
+  if (get_stp_entry_from_port_id(request.action(), &port_id, &handle) != 0) {
+    return kFailed;
+  }
+  Reply reply(handle);
+  reply.read_number(Token::kAnsweredInterface, &row->index);
+  if (reply.read_number(Token::kPortPathCost, &row->value) != 0) {
+    STP_LOG(kTrace, "parse_reply_stpxLongStpPortPathCostTable failed\n");
+    row->value = 0;
+  }
+  reply.release();
+  row->index = port_id;
+  request.answer({row->index});
+  return 0;
+}
+
+u_char *get_stpxLongStpPortPathCostTable(struct variable * /*vp*/, oid * /*name*/, size_t * /*length*/,
+                                         int /*exact*/, size_t * /*var_len*/,
+                                         WriteMethod ** /*write_method*/) {
   return nullptr;
 }

@@ -4,10 +4,7 @@
 #define UNSERVED_TABLE(handler) \
   u_char *handler(struct variable *, oid *, size_t *, int, size_t *, WriteMethod **) { return nullptr; }
 
-UNSERVED_TABLE(get_stpxInconsistencyTable)
 UNSERVED_TABLE(get_stpxLoopGuardConfigTable)
-UNSERVED_TABLE(get_stpxLoopInconsistencyTable)
-UNSERVED_TABLE(get_stpxRootInconsistencyTable)
 UNSERVED_TABLE(get_stpxRPVSTPortTable)
 UNSERVED_TABLE(get_stpxRSTPPortRoleTable)
 UNSERVED_TABLE(get_stpxRSTPPortTable)

@@ -1,0 +1,253 @@
+// Root, loop, and port VLAN identifier and port type inconsistencies: one row for each tree and port that the
+// spanning-tree process reports. The third table is one of per-VLAN trees only.
+#include <sys/time.h>
+
+#include <cstring>
+
+#include "diagnostics.h"
+#include "header_routines.h"
+#include "index_search.h"
+#include "lookup_handlers.h"
+#include "magic.h"
+#include "platform/im.h"
+#include "query/reply.h"
+#include "tables/spanning_tree_type.h"
+#include "tables/table.h"
+#include "values.h"
+
+using namespace stpsnmp;
+using stpsnmp::diagnostics::kRejection;
+using stpsnmp::diagnostics::kTrace;
+using stpsnmp::query::Action;
+using stpsnmp::query::Command;
+using stpsnmp::query::Reply;
+using stpsnmp::query::Token;
+using stpsnmp::tables::RowRequest;
+
+namespace {
+
+constexpr size_t kIndexArcs = 2;
+constexpr auto kInterfaceKey = static_cast<uint32_t>(Token::kInterfaceKey);
+constexpr auto kTreeKey = static_cast<uint32_t>(Token::kVlanTreeKey);
+
+// How a table serves the state of a port.
+enum class Served { kState, kBits };
+
+struct InconsistencyTable {
+  const char *header;  // the routines as which it logs
+  const char *parse_reply;
+  Command command;
+  const char *command_name;
+  const char *command_label;  // of that name, where a next search fails
+  bool exists_in_mst;
+  Served served;
+};
+
+constexpr InconsistencyTable kLoopTable = {"header_stpxLoopInconsistencyTable",
+                                           "parse_reply_stpxLoopInconsistencyTable",
+                                           Command::kLoopInconsistency,
+                                           "STP_CMDID_SHOW_LOOP_INCONSISTENT",
+                                           "commandId",
+                                           true,
+                                           Served::kState};
+constexpr InconsistencyTable kRootTable = {"header_stpxRootInconsistencyTable",
+                                           "parse_reply_stpxRootInconsistencyTable",
+                                           Command::kRootInconsistency,
+                                           "STP_CMDID_SHOW_ROOT_INCONSISTENT",
+                                           "commandId",
+                                           true,
+                                           Served::kState};
+constexpr InconsistencyTable kPortTable = {"header_stpxInconsistencyTable",
+                                           "parse_reply_stpxInconsistencyTable",
+                                           Command::kInconsistency,
+                                           "STP_CMDID_SHOW_PVID_TYPE_INCONSISTENT",
+                                           "command_id",
+                                           false,
+                                           Served::kBits};
+
+// A position in SNMP order.
+struct RowIndex {
+  uint32_t tree_id;
+  uint16_t port_id;
+
+  bool operator>(const RowIndex &other) const {
+    return tree_id > other.tree_id || (tree_id == other.tree_id && port_id > other.port_id);
+  }
+};
+
+int find_exact(const InconsistencyTable &table, RowIndex *index, void **reply) {
+  const int result = get_exact_stp_dual_indices_entry(
+      kInterfaceKey, &index->port_id, kTreeKey, &index->tree_id, reply, static_cast<uint32_t>(table.command));
+  if (result != 0) {
+    STP_LOG(kTrace, "%s(%d) get_exact_stp_dual_indices_entry() failed, commandId: %s\n", table.header,
+            __LINE__, table.command_name);
+  }
+  return result;
+}
+
+int find_next(const InconsistencyTable &table, RowIndex *index, void **reply) {
+  timeval begin;
+  gettimeofday(&begin, nullptr);
+  const int result =
+      get_next_stp_dual_indices_entry_from_im(kInterfaceKey, &index->port_id, kTreeKey, &index->tree_id,
+                                              reply, static_cast<uint32_t>(table.command), BASE_PORT_ALL);
+  timeval end;
+  gettimeofday(&end, nullptr);
+  STP_LOG(
+      kTrace,
+      "%s(%d): get_next_stp_dual_indices_entry_from_im() begin: (sec=%u, usec=%u), end: (sec=%u, usec=%u)",
+      table.header, __LINE__, static_cast<uint32_t>(begin.tv_sec), static_cast<uint32_t>(begin.tv_usec),
+      static_cast<uint32_t>(end.tv_sec), static_cast<uint32_t>(end.tv_usec));
+  STP_LOG(kTrace, "%s(%d) get_next_stp_dual_indices_entry_from_im() returns: %d", table.header, __LINE__,
+          result);
+  if (result != 0) {
+    STP_LOG(kTrace, "%s(%d) get_next_stp_dual_indices_entry_from_im() failed, %s: %s\n", table.header,
+            __LINE__, table.command_label, table.command_name);
+  }
+  return result;
+}
+
+// Checks that the table exists in the switch's mode; only a walk looks at modes other than MST.
+bool exists_in_mode(const InconsistencyTable &table, Action action) {
+  if (!tables::fetch_spanning_tree_type(kRejection, {table.header, __LINE__})) {
+    return false;
+  }
+  const uint32_t type = tables::spanning_tree_type();
+  if (type == tables::kTypeMst && !table.exists_in_mst) {
+    STP_LOG(kTrace, "%s(%d)  tree_type is stpxSpanningTreeType_MST, not supported,  return failed\n",
+            table.header, __LINE__);
+    return false;
+  }
+  if (action == Action::kGetNext && type != tables::kTypeMst && type != tables::kTypeRapidPvst) {
+    STP_LOG(kRejection, "%s(%d) get_stpxSpanning_tree_type() retun wrong type: %d\n", table.header, __LINE__,
+            static_cast<int32_t>(type));
+    return false;
+  }
+  return true;
+}
+
+bool advances(const InconsistencyTable &table, const RowIndex &found, const RowIndex &asked) {
+  if (found > asked) {
+    return true;
+  }
+  STP_LOG(kTrace, "%s(%d) Looping detected. tree_id=%d, in_tree_id=%d, port_id=%d, in_port_id=%d\n",
+          table.header, __LINE__, static_cast<int32_t>(found.tree_id), static_cast<int32_t>(asked.tree_id),
+          int{found.port_id}, int{asked.port_id});
+  return false;
+}
+
+// Where the reply does not name its tree, the row's is the one that was asked for.
+int parse_reply(const InconsistencyTable &table, const Reply &reply, InconsistencyRow *row) {
+  if (!reply) {
+    return kFailed;
+  }
+  reply.read_number(Token::kAnsweredPortTree, &row->tree_id);
+  reply.read_number(Token::kAnsweredInterface, &row->port_id);
+  uint32_t state = 0;
+  const int result = reply.read_number(Token::kPortValue, &state);
+  if (result != 0) {
+    return result;
+  }
+  STP_LOG(kTrace, "\n%s(%d): value %d\n", table.parse_reply, __LINE__, static_cast<int32_t>(state));
+  if (table.served == Served::kBits) {
+    stp_sstp_inc_to_bmp(row, &state, sizeof state);
+  } else {
+    row->value = static_cast<int32_t>(state);
+  }
+  return 0;
+}
+
+// A row without any of the bits is not served.
+int check_bits(const InconsistencyTable &table, const InconsistencyRow &row) {
+  uint8_t bits = 0;
+  std::memcpy(&bits, &row.value, sizeof bits);
+  if (bits != 0) {
+    return 0;
+  }
+  STP_LOG(kRejection, "%s(%d) stpxInconsistentState is 0. Return FAILURE.\n", table.parse_reply, __LINE__);
+  return kFailed;
+}
+
+int answer(const InconsistencyTable &table, const RowRequest &request, InconsistencyRow *row) {
+  if (request.has_too_many_arcs(kIndexArcs)) {
+    return kFailed;
+  }
+  const RowIndex asked{request.index_arc(0), static_cast<uint16_t>(request.index_arc(1))};
+  row->tree_id = asked.tree_id;
+  row->port_id = asked.port_id;
+  STP_LOG(kTrace, "%s(%d) port_id: %d, tree_id:%d\n", table.header, __LINE__, int{asked.port_id},
+          static_cast<int32_t>(asked.tree_id));
+  if (!exists_in_mode(table, request.action())) {
+    return kFailed;
+  }
+  const bool is_get = request.action() == Action::kGet;
+  RowIndex found = asked;
+  void *handle = nullptr;
+  if ((is_get ? find_exact : find_next)(table, &found, &handle) != 0) {
+    return kFailed;
+  }
+  Reply reply(handle);
+  if (!is_get && !advances(table, found, asked)) {
+    return kFailed;
+  }
+  int result = parse_reply(table, reply, row);
+  reply.release();
+  if (result == 0 && table.served == Served::kBits) {
+    result = check_bits(table, *row);
+  }
+  if (result != 0) {
+    STP_LOG(kTrace, "%s failed\n", table.parse_reply);
+    return result;
+  }
+  row->port_id = found.port_id;
+  request.answer({row->tree_id, row->port_id});
+  return 0;
+}
+
+}  // namespace
+
+int header_stpxLoopInconsistencyTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length,
+                                      int exact, InconsistencyRow *row) {
+  return answer(kLoopTable, RowRequest(vp_name, vp_namelen, name, length, exact, row), row);
+}
+
+int header_stpxRootInconsistencyTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length,
+                                      int exact, InconsistencyRow *row) {
+  return answer(kRootTable, RowRequest(vp_name, vp_namelen, name, length, exact, row), row);
+}
+
+int header_stpxInconsistencyTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length, int exact,
+                                  InconsistencyRow *row) {
+  return answer(kPortTable, RowRequest(vp_name, vp_namelen, name, length, exact, row), row);
+}
+
+u_char *get_stpxLoopInconsistencyTable(struct variable *vp, oid *name, size_t *length, int exact,
+                                       size_t *var_len, WriteMethod ** /*write_method*/) {
+  static InconsistencyRow row;
+  if (header_stpxLoopInconsistencyTable(vp->name, vp->namelen, name, length, exact, &row) != 0) {
+    return nullptr;
+  }
+  return vp->magic == kLoopInconsistencyState ? tables::column_value(&row.value, var_len)
+                                              : tables::index_column();
+}
+
+u_char *get_stpxRootInconsistencyTable(struct variable *vp, oid *name, size_t *length, int exact,
+                                       size_t *var_len, WriteMethod ** /*write_method*/) {
+  static InconsistencyRow row;
+  if (header_stpxRootInconsistencyTable(vp->name, vp->namelen, name, length, exact, &row) != 0) {
+    return nullptr;
+  }
+  return vp->magic == kRootInconsistencyState ? tables::column_value(&row.value, var_len)
+                                              : tables::index_column();
+}
+
+u_char *get_stpxInconsistencyTable(struct variable *vp, oid *name, size_t *length, int exact, size_t *var_len,
+                                   WriteMethod ** /*write_method*/) {
+  static InconsistencyRow row;
+  if (header_stpxInconsistencyTable(vp->name, vp->namelen, name, length, exact, &row) != 0) {
+    return nullptr;
+  }
+  constexpr size_t kBitsSize = 1;
+  return vp->magic == kInconsistencyState ? tables::column_value(&row.value, kBitsSize, var_len)
+                                          : tables::index_column();
+}
