@@ -18,11 +18,17 @@ struct CommandEntry {
   cmd_result (*answer)(const Switch &, const CommandRequest &, ReplyBuilder *);
 };
 
-constexpr auto kCommands = std::to_array<CommandEntry>({{Command::kGlobalSettings, answer_global_settings},
-                                                        {Command::kMstRegion, answer_mst_region},
-                                                        {Command::kVlanTrees, answer_vlan_trees},
-                                                        {Command::kRootGuard, answer_root_guard},
-                                                        {Command::kMstInstances, answer_mst_instances}});
+constexpr auto kCommands =
+    std::to_array<CommandEntry>({{Command::kGlobalSettings, answer_global_settings},
+                                 {Command::kRapidPvstPorts, answer_rapid_pvst_ports},
+                                 {Command::kMstPorts, answer_mst_ports},
+                                 {Command::kMstRegion, answer_mst_region},
+                                 {Command::kVlanTrees, answer_vlan_trees},
+                                 {Command::kPvidAndTypeInconsistencies, answer_pvid_and_type_inconsistencies},
+                                 {Command::kRootGuard, answer_root_guard},
+                                 {Command::kRootInconsistencies, answer_root_inconsistencies},
+                                 {Command::kLoopInconsistencies, answer_loop_inconsistencies},
+                                 {Command::kMstInstances, answer_mst_instances}});
 
 bool head_is_well_formed(const wire::Request &request, size_t size) {
   return request.header.version == wire::kVersion &&

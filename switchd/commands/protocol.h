@@ -9,11 +9,16 @@
 namespace stpswitch {
 
 enum class Command : uint32_t {
-  kGlobalSettings = 104,  // mode, path cost methods, loop guard default, hop count
-  kMstRegion = 112,       // name, revision, digests and VLAN map of the MST region
-  kVlanTrees = 115,       // the spanning trees of single VLANs
-  kRootGuard = 117,       // root guard of the bridge ports
-  kMstInstances = 122     // the trees of the MST region
+  kGlobalSettings = 104,              // mode, path cost methods, loop guard default, hop count
+  kRapidPvstPorts = 105,              // ports of the spanning trees of single VLANs; bridge ports
+  kMstPorts = 111,                    // ports of the trees of the MST region
+  kMstRegion = 112,                   // name, revision, digests and VLAN map of the MST region
+  kVlanTrees = 115,                   // the spanning trees of single VLANs
+  kPvidAndTypeInconsistencies = 116,  // ports that do not match the neighbour's
+  kRootGuard = 117,                   // root guard of the bridge ports
+  kRootInconsistencies = 120,         // ports that root guard blocks
+  kLoopInconsistencies = 121,         // ports that loop guard blocks
+  kMstInstances = 122                 // the trees of the MST region
 };
 
 // Key attributes of requests.
@@ -22,7 +27,8 @@ enum class Key : uint32_t {
   kMstDigests = 0x0102'01C0,      // wants the digests of the MST region alone; its value says nothing
   kVlanTree = 0x1302'00B4,        // a list of one VLAN
   kMstInstance = 0x1302'0131,     // a list of one MST instance
-  kInterface = 0x0C02'0105        // an interface index
+  kInterface = 0x0C02'0105,       // an interface index
+  kMstInterface = 0x0C02'018B     // the same, of a port of an MST instance
 };
 
 // Attributes of replies.
@@ -35,6 +41,10 @@ enum class Token : uint32_t {
   kHops = 0x1402'9027,                  // of the switch: MaxHops; of an MST instance: remaining hops
   kTree = 0x1402'9001,                  // the VLAN or MST instance that the answer is about
   kInterface = 0x0C02'A001,             // the interface index that the answer is about
+  kPortTree = 0x1402'A006,              // of a port: the VLAN or MST instance that the answer is about
+  kPathCost = 0x1402'A008,              // of a port
+  kPortRole = 0x0202'A003,              // enum PortRole
+  kInconsistencies = 0x1402'A015,       // a bit for each inconsistency that the command is about
   kVlanTreeState = 0x0000'102C,         // 1 a spanning tree runs on the VLAN, 0 it is switched off
   kRegionalRootMac = 0x0F02'9023,       // Regional Root Identifier: its address
   kRegionalRootPriority = 0x1402'9024,  // and its priority
@@ -47,5 +57,6 @@ enum class Token : uint32_t {
 };
 
 enum class GuardState : uint32_t { kEnabled = 1, kDisabled = 2 };
+enum class PortRole : uint32_t { kDisabled = 1, kRoot = 2, kDesignated = 3, kAlternate = 4, kBackup = 5 };
 
 }  // namespace stpswitch

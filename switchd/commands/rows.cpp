@@ -16,9 +16,9 @@ const wire::Attribute &attribute_of(const CommandRequest &request, Key key) {
 
 }  // namespace
 
-uint32_t asked_interface(const CommandRequest &request) {
+uint32_t asked_interface(const CommandRequest &request, Key key) {
   uint32_t if_index = 0;
-  std::memcpy(&if_index, attribute_of(request, Key::kInterface).value, sizeof if_index);
+  std::memcpy(&if_index, attribute_of(request, key).value, sizeof if_index);
   return if_index;
 }
 
@@ -33,6 +33,27 @@ std::optional<uint32_t> asked_tree(const CommandRequest &request, Key key) {
     return std::nullopt;
   }
   return range.first;
+}
+
+std::optional<TreePort> asked_tree_port(const CommandRequest &request, Key tree_key, Key interface_key) {
+  const auto tree = asked_tree(request, tree_key);
+  if (!tree) {
+    return std::nullopt;
+  }
+  return TreePort{*tree, asked_interface(request, interface_key)};
+}
+
+std::optional<TreePort> find_tree_port(const Switch &the_switch, const TreePorts &rows, cmd_action action,
+                                       const TreePort &asked) {
+  if (action == CMD_ACTION_GET) {
+    return rows.contains(asked) ? std::optional(asked) : std::nullopt;
+  }
+  // Who asks for the beginning of a tree means that tree, and is told when it is not there.
+  constexpr uint32_t kBeginning = 0;
+  if (asked.if_index == kBeginning && !the_switch.running_trees().contains(asked.tree)) {
+    return std::nullopt;
+  }
+  return rows.first_after(asked);
 }
 
 }  // namespace stpswitch

@@ -9,11 +9,14 @@
 namespace stpswitch {
 
 // The interface index in a request that has the key.
-uint32_t asked_interface(const CommandRequest &request);
+uint32_t asked_interface(const CommandRequest &request, Key key);
 
 // The VLAN or MST instance in the range list of a request that has the key. Nothing when the list does not
 // name exactly one: CMD_BAD_REQUEST.
 std::optional<uint32_t> asked_tree(const CommandRequest &request, Key key);
+
+// The same for a port of a tree.
+std::optional<TreePort> asked_tree_port(const CommandRequest &request, Key tree_key, Key interface_key);
 
 // The row with exactly the asked key or, for CMD_ACTION_GET_NEXT, the one after it; rows.end() when there is
 // none: CMD_NO_ENTRY. `rows` is an ordered set or map.
@@ -22,5 +25,9 @@ typename Rows::const_iterator find_row(const Rows &rows, cmd_action action,
                                        const typename Rows::key_type &asked) {
   return action == CMD_ACTION_GET ? rows.find(asked) : rows.upper_bound(asked);
 }
+
+// The same among ports of trees.
+std::optional<TreePort> find_tree_port(const Switch &the_switch, const TreePorts &rows, cmd_action action,
+                                       const TreePort &asked);
 
 }  // namespace stpswitch

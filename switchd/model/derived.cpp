@@ -36,6 +36,24 @@ ConfigurationTable configuration_table(const SwitchState &state) {
   return table;
 }
 
+TreeSet mst_trees_of(const SwitchState &state, const VlanSet &vlans) {
+  TreeSet trees;
+  trees.insert(kCistId);
+  for (const auto &[id, instance] : state.mst_instances) {
+    if (instance.vlans.overlaps(vlans)) {
+      trees.insert(id);
+    }
+  }
+  return trees;
+}
+
+// A VLAN's tree has the VLAN's number.
+TreeSet rapid_pvst_trees_of(const SwitchState &state, const VlanSet &vlans) {
+  TreeSet trees = vlans;
+  trees.erase(state.rapid_pvst.disabled_vlans);
+  return trees;
+}
+
 struct FreeMac {
   void operator()(EVP_MAC *mac) const { EVP_MAC_free(mac); }
   void operator()(EVP_MAC_CTX *context) const { EVP_MAC_CTX_free(context); }
@@ -60,13 +78,15 @@ std::set<uint32_t> port_channels_up(const SwitchState &state) {
 bool is_bridge_port(const Port &port) { return port.switchport && port.channel == 0; }
 
 BridgePorts bridge_ports(const SwitchState &state) {
+  const std::set<uint32_t> channels_up = port_channels_up(state);
   BridgePorts bridge_ports;
   for (const auto &[number, channel] : state.port_channels) {
-    bridge_ports.emplace(wire::if_index_of(IF_TYPE_PORT_CHANNEL, number), &channel);
+    bridge_ports.emplace(wire::if_index_of(IF_TYPE_PORT_CHANNEL, number),
+                         BridgePort{&channel, channels_up.contains(number)});
   }
   for (const auto &[number, port] : state.ports) {
     if (is_bridge_port(port)) {
-      bridge_ports.emplace(wire::if_index_of(IF_TYPE_PHYSICAL, number), &port);
+      bridge_ports.emplace(wire::if_index_of(IF_TYPE_PHYSICAL, number), BridgePort{&port, port.link_up});
     }
   }
   return bridge_ports;
@@ -75,7 +95,7 @@ BridgePorts bridge_ports(const SwitchState &state) {
 std::set<uint32_t> vlans_in_use(const BridgePorts &ports) {
   VlanSet all;
   for (const auto &[if_index, port] : ports) {
-    all.insert(port->vlans);
+    all.insert(port.interface->vlans);
   }
   std::set<uint32_t> vlans;
   for (uint32_t vlan = kMinVlan; vlan <= kMaxVlan; ++vlan) {
@@ -84,6 +104,32 @@ std::set<uint32_t> vlans_in_use(const BridgePorts &ports) {
     }
   }
   return vlans;
+}
+
+TreeSet running_trees(const SwitchState &state, const std::set<uint32_t> &vlans_in_use) {
+  TreeSet trees;
+  if (state.settings.mode == SpanningTreeMode::kMst) {
+    trees.insert(kCistId);
+    for (const auto &[id, instance] : state.mst_instances) {
+      trees.insert(id);
+    }
+    return trees;
+  }
+  for (const uint32_t vlan : vlans_in_use) {
+    trees.insert(vlan);
+  }
+  trees.erase(state.rapid_pvst.disabled_vlans);
+  return trees;
+}
+
+TreePorts tree_ports(const SwitchState &state, const BridgePorts &ports) {
+  TreePorts tree_ports;
+  for (const auto &[if_index, port] : ports) {
+    tree_ports.insert(if_index, state.settings.mode == SpanningTreeMode::kMst
+                                    ? mst_trees_of(state, port.interface->vlans)
+                                    : rapid_pvst_trees_of(state, port.interface->vlans));
+  }
+  return tree_ports;
 }
 
 VlanSet cist_vlans(const SwitchState &state) {

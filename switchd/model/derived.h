@@ -1,4 +1,4 @@
-// What follows from the state of a switch without being stated.
+// What follows from the state of a switch without being stated. Its inconsistencies are in inconsistencies.h.
 #pragma once
 
 #include <cstdint>
@@ -6,6 +6,7 @@
 #include <set>
 
 #include "model/switch_state.h"
+#include "model/tree_ports.h"
 
 namespace stpswitch {
 
@@ -18,12 +19,27 @@ std::set<uint32_t> port_channels_up(const SwitchState &state);
 // A port is a bridge port when it takes part in bridging by itself, not as a member of a port-channel.
 bool is_bridge_port(const Port &port);
 
-// The bridge ports by interface index: port-channels, then ports. They stay where they are in the state.
-using BridgePorts = std::map<uint32_t, const Interface *>;
+struct BridgePort {
+  const Interface *interface;  // stays where it is in the state
+  bool link_up;
+
+  bool operator==(const BridgePort &) const = default;
+};
+
+// The bridge ports by interface index: port-channels, then ports.
+using BridgePorts = std::map<uint32_t, BridgePort>;
 BridgePorts bridge_ports(const SwitchState &state);
 
 // The VLANs that some bridge port is a member of.
 std::set<uint32_t> vlans_in_use(const BridgePorts &ports);
+
+// The spanning trees that run in the switch's mode: one for each VLAN in use unless it is disabled, or the
+// CIST and each MST instance.
+TreeSet running_trees(const SwitchState &state, const std::set<uint32_t> &vlans_in_use);
+
+// The ports of these trees: the members of the VLAN, or of any VLAN mapped to the instance. The CIST has all
+// bridge ports.
+TreePorts tree_ports(const SwitchState &state, const BridgePorts &ports);
 
 // The VLANs that no MST instance claims.
 VlanSet cist_vlans(const SwitchState &state);

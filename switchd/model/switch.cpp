@@ -7,7 +7,10 @@ namespace stpswitch {
 Switch::Derived::Derived(const SwitchState &state)
     : config_digest(mst_config_digest(state)),
       bridge_ports(stpswitch::bridge_ports(state)),
-      vlans_in_use(stpswitch::vlans_in_use(bridge_ports)) {}
+      vlans_in_use(stpswitch::vlans_in_use(bridge_ports)),
+      running_trees(stpswitch::running_trees(state, vlans_in_use)),
+      tree_ports(stpswitch::tree_ports(state, bridge_ports)),
+      inconsistencies(state.settings.mode, bridge_ports, tree_ports) {}
 
 Switch::Switch(SwitchState state) : state_(std::move(state)), derived_(state_) {}
 
@@ -18,10 +21,14 @@ const MstDigest &Switch::pre_standard_digest() const {
 void Switch::replace(SwitchState state) {
   // All that can fail comes first; moving a state leaves its ports where the bridge ports point.
   Derived derived(state);
+  const auto events = inconsistency_events(inconsistencies(), derived.inconsistencies, state.settings.mode);
   state_ = std::move(state);
   derived_ = std::move(derived);
   if (listener_) {
     listener_();
+  }
+  if (inconsistency_listener_ && !events.empty()) {
+    inconsistency_listener_(events);
   }
 }
 

@@ -2,8 +2,12 @@
 #pragma once
 
 #include <functional>
+#include <utility>
+#include <vector>
 
 #include "model/derived.h"
+#include "model/events.h"
+#include "model/inconsistencies.h"
 #include "model/switch_state.h"
 
 namespace stpswitch {
@@ -19,9 +23,17 @@ class Switch {
   const MstDigest &pre_standard_digest() const;
   const BridgePorts &bridge_ports() const { return derived_.bridge_ports; }
   const std::set<uint32_t> &vlans_in_use() const { return derived_.vlans_in_use; }
+  const TreeSet &running_trees() const { return derived_.running_trees; }
+  const TreePorts &tree_ports() const { return derived_.tree_ports; }
+  const Inconsistencies &inconsistencies() const { return derived_.inconsistencies; }
 
   // Called after each change; there is one listener.
   void on_change(std::function<void()> listener) { listener_ = std::move(listener); }
+
+  // Called after that with the events of the change, if there are any; there is one listener.
+  void on_inconsistencies(std::function<void(const std::vector<InconsistencyEvent> &)> listener) {
+    inconsistency_listener_ = std::move(listener);
+  }
 
   // Takes over a state that has been checked.
   void replace(SwitchState state);
@@ -33,11 +45,15 @@ class Switch {
     MstDigest config_digest;
     BridgePorts bridge_ports;
     std::set<uint32_t> vlans_in_use;
+    TreeSet running_trees;
+    TreePorts tree_ports;
+    Inconsistencies inconsistencies;
   };
 
   SwitchState state_;
   Derived derived_;
   std::function<void()> listener_;
+  std::function<void(const std::vector<InconsistencyEvent> &)> inconsistency_listener_;
 };
 
 }  // namespace stpswitch

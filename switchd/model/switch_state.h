@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "model/mac_address.h"
+#include "model/tree_set.h"
 #include "model/vlan_set.h"
 
 namespace stpswitch {
@@ -46,9 +47,6 @@ struct MstCist {
   uint32_t internal_root_path_cost = 0;
 };
 
-// The CIST in the numbering of MST instances.
-inline constexpr uint32_t kCistId = 0;
-
 struct MstInstance {
   VlanSet vlans;
   uint32_t remaining_hops = kRecommendedHops;
@@ -58,11 +56,24 @@ struct RapidPvst {
   VlanSet disabled_vlans;  // no spanning tree runs on them
 };
 
+// Why spanning tree keeps a port of a tree from forwarding although the tree would have it forward.
+enum class Inconsistency {
+  kRoot,  // a better root was heard of, against root guard
+  kLoop,  // nothing was heard any more, against loop guard
+  kPvid,  // the neighbour's port VLAN identifier is another one
+  kType   // the neighbour's port is not of the same type
+};
+
+// What IEEE 802.1Q recommends for ports of 1 Gb/s.
+inline constexpr uint32_t kRecommendedPathCost = 20000;
+
 // What ports and port-channels have in common.
 struct Interface {
   std::string name;
   VlanSet vlans;
   bool root_guard = false;
+  uint32_t path_cost = kRecommendedPathCost;
+  std::map<Inconsistency, TreeSet> inconsistencies;  // whether or not such trees run here
 };
 
 struct Port : Interface {

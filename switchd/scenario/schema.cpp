@@ -25,7 +25,9 @@ constexpr int64_t kMinMaxHops = 6;
 constexpr int64_t kMaxMaxHops = 40;
 constexpr int64_t kMinRemainingHops = 1;
 constexpr int64_t kMaxPriority = 65535;  // two octets of a bridge identifier, IEEE 802.1Q clause 13
-constexpr int64_t kMaxPathCost = std::numeric_limits<uint32_t>::max();
+constexpr int64_t kMaxRootPathCost = std::numeric_limits<uint32_t>::max();
+constexpr int64_t kMinPathCost = 1;
+constexpr int64_t kMaxPathCost = 200'000'000;  // IEEE 802.1Q clause 13
 constexpr uint32_t kMaxMstInstance = 4094;
 constexpr size_t kMaxMstInstances = wire::kMaxMstInstances - 1;  // the CIST is not stated
 constexpr uint32_t kDefaultVlan = 1;
@@ -155,6 +157,45 @@ constexpr Field<Owner> kRootGuardField = {
     [](const Owner &owner) -> Value { return owner.root_guard; }};
 
 template <class Owner>
+constexpr Field<Owner> kPathCostField = {
+    "path_cost", ValueType::kInteger, false,
+    [](Owner &owner, const Value &value) { owner.path_cost = number_in(value, kMinPathCost, kMaxPathCost); },
+    [](const Owner &owner) -> Value { return int64_t{owner.path_cost}; }};
+
+// Few interfaces of a large switch have any: no room is kept for those that have none.
+template <class Owner, Inconsistency kind>
+constexpr Field<Owner> inconsistency_field(std::string_view name) {
+  return {name, ValueType::kText, false,
+          [](Owner &owner, const Value &value) {
+            const TreeSet trees = parse_trees(std::get<std::string>(value));
+            owner.inconsistencies.erase(kind);
+            if (!trees.is_empty()) {
+              owner.inconsistencies.emplace(kind, trees);
+            }
+          },
+          [](const Owner &owner) -> Value {
+            const auto trees = owner.inconsistencies.find(kind);
+            return trees != owner.inconsistencies.end() ? print_trees(trees->second) : "";
+          }};
+}
+
+template <class Owner>
+constexpr Field<Owner> kRootInconsistentField =
+    inconsistency_field<Owner, Inconsistency::kRoot>("root_inconsistent");
+
+template <class Owner>
+constexpr Field<Owner> kLoopInconsistentField =
+    inconsistency_field<Owner, Inconsistency::kLoop>("loop_inconsistent");
+
+template <class Owner>
+constexpr Field<Owner> kPvidInconsistentField =
+    inconsistency_field<Owner, Inconsistency::kPvid>("pvid_inconsistent");
+
+template <class Owner>
+constexpr Field<Owner> kTypeInconsistentField =
+    inconsistency_field<Owner, Inconsistency::kType>("type_inconsistent");
+
+template <class Owner>
 constexpr Field<Owner> kRemainingHopsField = {
     "remaining_hops", ValueType::kInteger, false,
     [](Owner &owner, const Value &value) {
@@ -208,7 +249,7 @@ constexpr std::array<Field<MstCist>, 4> kMstCistFields = {
       [](const MstCist &cist) -> Value { return print_mac_address(cist.regional_root_mac); }},
      {"internal_root_path_cost", ValueType::kInteger, false,
       [](MstCist &cist, const Value &value) {
-        cist.internal_root_path_cost = number_in(value, 0, kMaxPathCost);
+        cist.internal_root_path_cost = number_in(value, 0, kMaxRootPathCost);
       },
       [](const MstCist &cist) -> Value { return int64_t{cist.internal_root_path_cost}; }}}};
 
@@ -222,7 +263,7 @@ constexpr std::array<Field<RapidPvst>, 1> kRapidPvstFields = {
       },
       [](const RapidPvst &rapid_pvst) -> Value { return print_vlans(rapid_pvst.disabled_vlans); }}}};
 
-constexpr std::array<Field<Port>, 6> kPortFields = {
+constexpr std::array<Field<Port>, 11> kPortFields = {
     {kNameField<Port>,
      {"link", ValueType::kText, false,
       [](Port &port, const Value &value) { port.link_up = choice_of(value, kLinkStates); },
@@ -234,10 +275,17 @@ constexpr std::array<Field<Port>, 6> kPortFields = {
      {"switchport", ValueType::kBoolean, false,
       [](Port &port, const Value &value) { port.switchport = std::get<bool>(value); },
       [](const Port &port) -> Value { return port.switchport; }},
-     kRootGuardField<Port>}};
+     kRootGuardField<Port>,
+     kPathCostField<Port>,
+     kRootInconsistentField<Port>,
+     kLoopInconsistentField<Port>,
+     kPvidInconsistentField<Port>,
+     kTypeInconsistentField<Port>}};
 
-constexpr std::array<Field<PortChannel>, 3> kPortChannelFields = {
-    {kNameField<PortChannel>, kVlansField<PortChannel>, kRootGuardField<PortChannel>}};
+constexpr std::array<Field<PortChannel>, 8> kPortChannelFields = {
+    {kNameField<PortChannel>, kVlansField<PortChannel>, kRootGuardField<PortChannel>,
+     kPathCostField<PortChannel>, kRootInconsistentField<PortChannel>, kLoopInconsistentField<PortChannel>,
+     kPvidInconsistentField<PortChannel>, kTypeInconsistentField<PortChannel>}};
 
 constexpr std::array<Field<Access>, 1> kAccessFields = {
     {{"refused_users", ValueType::kTextList, false,

@@ -321,19 +321,30 @@ class Junk {
       case 1:
         return with_good_header(random_octets(sizeof(wire::MessageHeader) + number_below(300)));
       default:
-        return mutated(make_request({100 + number_below(30), number_below(5), {random_key()}}));
+        return mutated(make_request({100 + number_below(30), number_below(5), random_keys()}));
     }
   }
 
  private:
   uint32_t number_below(size_t limit) { return static_cast<uint32_t>(numbers_() % limit); }
 
+  std::vector<KeyText> random_keys() {
+    std::vector<KeyText> keys;
+    const uint32_t count = 1 + number_below(2);
+    for (uint32_t i = 0; i < count; ++i) {
+      keys.push_back(random_key());
+    }
+    return keys;
+  }
+
   KeyText random_key() {
-    switch (number_below(4)) {
+    switch (number_below(5)) {
       case 0:
         return kGlobalSettingsKey;
       case 1:
         return {kInterfaceKey, {number_below(SIZE_MAX)}};
+      case 3:
+        return {kMstInterfaceKey, {number_below(SIZE_MAX)}};
       case 2:
         return one_tree(kVlanTreeKey, number_below(5000));
       default:

@@ -72,9 +72,21 @@ SwitchState state_with_interfaces() {
 
 TEST(BridgePorts, ArePortChannelsThenPortsOfTheirOwn) {
   const SwitchState state = state_with_interfaces();
-  EXPECT_THAT(bridge_ports(state), ElementsAre(Pair(0x16000005, &state.port_channels.at(5)),
-                                               Pair(0x16000006, &state.port_channels.at(6)),
-                                               Pair(0x1A000001, &state.ports.at(1))));
+  EXPECT_THAT(bridge_ports(state),
+              ElementsAre(Pair(0x16000005, BridgePort{&state.port_channels.at(5), true}),
+                          Pair(0x16000006, BridgePort{&state.port_channels.at(6), false}),
+                          Pair(0x1A000001, BridgePort{&state.ports.at(1), true})));
+}
+
+TEST(BridgePorts, HaveTheLinkOfThePortOrOfAnyMember) {
+  SwitchState state = state_with_interfaces();
+  state.ports[1].link_up = false;
+  state.ports[2].link_up = false;
+  const BridgePorts down = bridge_ports(state);
+  EXPECT_FALSE(down.at(0x1A000001).link_up);
+  EXPECT_FALSE(down.at(0x16000005).link_up);
+  state.ports[4].channel = 5;
+  EXPECT_TRUE(bridge_ports(state).at(0x16000005).link_up);
 }
 
 TEST(VlansInUse, AreThoseOfBridgePorts) {
@@ -94,6 +106,24 @@ TEST(MstTrees, AreTheCistAndEachInstance) {
     map += std::to_string(id) + ": " + print_vlans(vlans) + "; ";
   }
   EXPECT_EQ(map, "0: 1; 3: ; 4094: 2-4094; ");
+}
+
+TEST(RunningTrees, AreTheCistAndTheInstancesInMstMode) {
+  SwitchState state = state_with_interfaces();
+  state.rapid_pvst.disabled_vlans = parse_vlans("7");
+  state.mst_instances[7].vlans = parse_vlans("2000");
+  state.mst_instances[4094] = {};
+  EXPECT_EQ(print_trees(running_trees(state, {1, 2, 3})), "0,7,4094");
+  EXPECT_EQ(print_trees(running_trees({}, {})), "0");
+}
+
+TEST(RunningTrees, AreTheVlansInUseUnlessDisabledInRapidPvstMode) {
+  SwitchState state;
+  state.settings.mode = SpanningTreeMode::kRapidPvst;
+  state.mst_instances[7].vlans = parse_vlans("1");
+  state.rapid_pvst.disabled_vlans = parse_vlans("2,9");
+  EXPECT_EQ(print_trees(running_trees(state, {1, 2, 3, 4094})), "1,3,4094");
+  EXPECT_EQ(print_trees(running_trees(state, {})), "");
 }
 
 TEST(CistVlans, AreThoseThatNoInstanceClaims) {
@@ -122,7 +152,7 @@ TEST(Switch, FindsTheBridgePortsOfEachState) {
   other.ports[9].name = "renamed";
   the_switch.replace(other);
   ASSERT_EQ(the_switch.bridge_ports().size(), 1U);
-  EXPECT_EQ(the_switch.bridge_ports().at(0x1A000009), &the_switch.state().ports.at(9));
+  EXPECT_EQ(the_switch.bridge_ports().at(0x1A000009).interface, &the_switch.state().ports.at(9));
   EXPECT_THAT(the_switch.vlans_in_use(), ElementsAre(7));
 }
 

@@ -75,12 +75,23 @@ TEST_F(Keys, ShowsWhatLiesInsideASection) {
 TEST_F(Keys, ShowsOneEntryAndNotItsNeighbours) {
   EXPECT_THAT(shown("mst.instance.1"),
               ElementsAre("mst.instance.1.vlans = 10-19,30", "mst.instance.1.remaining_hops = 19"));
-  EXPECT_THAT(shown("port.7"),
-              ElementsAre("port.7.name = Ethernet1/7", "port.7.link = down", "port.7.vlans = 1",
-                          "port.7.channel = 2", "port.7.switchport = true", "port.7.root_guard = false"));
+  EXPECT_THAT(
+      shown("port.7"),
+      ElementsAre("port.7.name = Ethernet1/7", "port.7.link = down", "port.7.vlans = 1", "port.7.channel = 2",
+                  "port.7.switchport = true", "port.7.root_guard = false", "port.7.path_cost = 20000",
+                  "port.7.root_inconsistent = ", "port.7.loop_inconsistent = ", "port.7.pvid_inconsistent = ",
+                  "port.7.type_inconsistent = "));
+  EXPECT_THAT(shown("port.2"),
+              ElementsAre("port.2.name = Ethernet1/2", "port.2.link = up", "port.2.vlans = 1,11",
+                          "port.2.channel = 0", "port.2.switchport = true", "port.2.root_guard = true",
+                          "port.2.path_cost = 20000", "port.2.root_inconsistent = 0-1",
+                          "port.2.loop_inconsistent = ", "port.2.pvid_inconsistent = 1,11",
+                          "port.2.type_inconsistent = 11"));
   EXPECT_THAT(shown("port_channel.2"),
               ElementsAre("port_channel.2.name = port-channel2", "port_channel.2.vlans = 1,10-30,100-199",
-                          "port_channel.2.root_guard = true"));
+                          "port_channel.2.root_guard = true", "port_channel.2.path_cost = 20000",
+                          "port_channel.2.root_inconsistent = 2", "port_channel.2.loop_inconsistent = ",
+                          "port_channel.2.pvid_inconsistent = ", "port_channel.2.type_inconsistent = 20"));
 }
 
 TEST_F(Keys, ShowsOneKey) { EXPECT_THAT(shown("port.7.link"), ElementsAre("port.7.link = down")); }
@@ -136,6 +147,19 @@ TEST_F(Keys, SetsEachKind) {
   EXPECT_EQ(set("port_channel.2.root_guard", "false"), "false");
   EXPECT_EQ(set("port_channel.2.name", "Core"), "Core");
   EXPECT_EQ(set("port_channel.2.vlans", "5"), "5");
+  EXPECT_EQ(set("port.3.path_cost", "1"), "1");
+  EXPECT_EQ(set("port.3.path_cost", "200000000"), "200000000");
+  EXPECT_EQ(set("port.3.root_inconsistent", "12,10,0,11"), "0,10-12");
+  EXPECT_EQ(set("port.3.loop_inconsistent", "0-4094"), "0-4094");
+  EXPECT_EQ(set("port.3.pvid_inconsistent", "4094"), "4094");
+  EXPECT_EQ(set("port.3.type_inconsistent", "7"), "7");
+  EXPECT_EQ(set("port.3.type_inconsistent", "8"), "8");
+  EXPECT_EQ(set("port.3.type_inconsistent", ""), "");
+  EXPECT_EQ(set("port_channel.2.path_cost", "20"), "20");
+  EXPECT_EQ(set("port_channel.2.root_inconsistent", ""), "");
+  EXPECT_EQ(set("port_channel.2.loop_inconsistent", "1"), "1");
+  EXPECT_EQ(set("port_channel.2.pvid_inconsistent", "2"), "2");
+  EXPECT_EQ(set("port_channel.2.type_inconsistent", "3"), "3");
   EXPECT_EQ(set("access.refused_users", "guest,ops"), "guest,ops");
   EXPECT_EQ(set("access.refused_users", ""), "");
 }
@@ -185,6 +209,18 @@ TEST_F(Keys, RefuseWhatTheFieldRefuses) {
   EXPECT_EQ(refusal_of("port.3.root_guard", "on"), "port.3.root_guard: 'on' is neither true nor false");
   EXPECT_EQ(refusal_of("port_channel.2.root_guard", ""),
             "port_channel.2.root_guard: '' is neither true nor false");
+  EXPECT_EQ(refusal_of("port.3.path_cost", "0"), "port.3.path_cost: 0 is not in 1..200000000");
+  EXPECT_EQ(refusal_of("port_channel.2.path_cost", "200000001"),
+            "port_channel.2.path_cost: 200000001 is not in 1..200000000");
+  EXPECT_EQ(refusal_of("port.3.path_cost", "cheap"), "port.3.path_cost: 'cheap' is not a number");
+  EXPECT_EQ(refusal_of("port.2.root_inconsistent", "4095"),
+            "port.2.root_inconsistent: tree 4095 is not in 0..4094");
+  EXPECT_EQ(refusal_of("port.2.pvid_inconsistent", "1;11"),
+            "port.2.pvid_inconsistent: '1;11' is not a list of trees such as 0,10-12");
+  EXPECT_EQ(refusal_of("port_channel.2.loop_inconsistent", "3-2"),
+            "port_channel.2.loop_inconsistent: the range 3-2 runs backwards");
+  EXPECT_EQ(refusal_of("port_channel.2.type_inconsistent", "-1"),
+            "port_channel.2.type_inconsistent: '-1' is not a list of trees such as 0,10-12");
   EXPECT_EQ(refusal_of("access.refused_users", "a,,b"), "access.refused_users: a user's name is empty");
 }
 

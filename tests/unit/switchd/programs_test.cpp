@@ -181,7 +181,9 @@ TEST_F(Programs, CtlShows) {
   EXPECT_EQ(ctl({"show", "access"}).output, "access.refused_users = guest\n");
   EXPECT_EQ(ctl({"show", "port.7"}).output,
             "port.7.name = Ethernet1/7\nport.7.link = down\nport.7.vlans = 1\nport.7.channel = 2\n"
-            "port.7.switchport = true\nport.7.root_guard = false\n");
+            "port.7.switchport = true\nport.7.root_guard = false\n"
+            "port.7.path_cost = 20000\nport.7.root_inconsistent = \nport.7.loop_inconsistent = \n"
+            "port.7.pvid_inconsistent = \nport.7.type_inconsistent = \n");
   EXPECT_EQ(ctl({"show", "switch", "--json"}).output,
             "{\n  \"switch.name\": \"campus-access-1\",\n  \"switch.mode\": \"mst\",\n"
             "  \"switch.path_cost_method\": \"short\",\n  \"switch.loop_guard_default\": true\n}\n");

@@ -178,6 +178,27 @@ TEST(ScenarioErrors, OfPorts) {
             "x.toml:4: port.7.channel: 4096 is not in 0..4095");
 }
 
+TEST(ScenarioErrors, OfPathCosts) {
+  EXPECT_EQ(error_after_mode("[[port]]\nnumber = 7\npath_cost = 0\n"),
+            "x.toml:4: port.7.path_cost: 0 is not in 1..200000000");
+  EXPECT_EQ(error_after_mode("[[port_channel]]\nnumber = 7\npath_cost = 200000001\n"),
+            "x.toml:4: port_channel.7.path_cost: 200000001 is not in 1..200000000");
+  EXPECT_EQ(error_after_mode("[[port]]\nnumber = 7\npath_cost = '1'\n"),
+            "x.toml:4: port.7.path_cost: expected an integer");
+}
+
+TEST(ScenarioErrors, OfInconsistencies) {
+  for (const std::string key :
+       {"root_inconsistent", "loop_inconsistent", "pvid_inconsistent", "type_inconsistent"}) {
+    EXPECT_EQ(error_after_mode("[[port]]\nnumber = 7\n" + key + " = '1,4095'\n"),
+              "x.toml:4: port.7." + key + ": tree 4095 is not in 0..4094");
+    EXPECT_EQ(error_after_mode("[[port_channel]]\nnumber = 7\n" + key + " = '1,'\n"),
+              "x.toml:4: port_channel.7." + key + ": '1,' is not a list of trees such as 0,10-12");
+    EXPECT_EQ(error_after_mode("[[port]]\nnumber = 7\n" + key + " = 1\n"),
+              "x.toml:4: port.7." + key + ": expected a string");
+  }
+}
+
 TEST(ScenarioErrors, OfMembership) {
   EXPECT_EQ(error_after_mode("[[port]]\nnumber = 7\nchannel = 2\n"),
             "x.toml:4: port.7.channel: there is no port-channel 2");

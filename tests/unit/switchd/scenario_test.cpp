@@ -1,11 +1,16 @@
 // What scenarios say, and what holds where they say nothing.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "model/switch.h"
+#include "scenario/keys.h"
 #include "scenario/loader.h"
 #include "support/octets.h"
 #include "support/temporary_folder.h"
 
 using namespace stpswitch;
+using testing::ElementsAre;
+using testing::Pair;
 
 namespace {
 
@@ -39,14 +44,35 @@ vlans = "1,10-19"
 channel = 4095
 switchport = true
 root_guard = true
+path_cost = 200000000
+root_inconsistent = "0,10-12"
+loop_inconsistent = "1"
+pvid_inconsistent = "4094"
+type_inconsistent = "0-4094"
 [[port_channel]]
 number = 4095
 name = "Bundle"
 vlans = "1-100"
 root_guard = true
+path_cost = 1
+root_inconsistent = "2"
+loop_inconsistent = "3"
+pvid_inconsistent = "4"
+type_inconsistent = "5"
 [access]
 refused_users = ["guest", "ops"]
 )";
+
+std::string inconsistent_trees(const Interface &interface) {
+  std::string text;
+  for (const auto &[name, kind] : {std::pair("root ", Inconsistency::kRoot),
+                                   {"loop ", Inconsistency::kLoop},
+                                   {"pvid ", Inconsistency::kPvid},
+                                   {"type ", Inconsistency::kType}}) {
+    text += name + print_trees(interface.inconsistencies.at(kind)) + "; ";
+  }
+  return text;
+}
 
 TEST(Scenario, StatesEveryKey) {
   const SwitchState state = parse_scenario(kEverything, "demo.toml");
@@ -74,10 +100,14 @@ TEST(Scenario, StatesEveryKey) {
   EXPECT_EQ(port.channel, 4095U);
   EXPECT_TRUE(port.switchport);
   EXPECT_TRUE(port.root_guard);
+  EXPECT_EQ(port.path_cost, 200000000U);
+  EXPECT_EQ(inconsistent_trees(port), "root 0,10-12; loop 1; pvid 4094; type 0-4094; ");
   ASSERT_EQ(state.port_channels.size(), 1U);
   EXPECT_EQ(state.port_channels.at(4095).name, "Bundle");
   EXPECT_EQ(print_vlans(state.port_channels.at(4095).vlans), "1-100");
   EXPECT_TRUE(state.port_channels.at(4095).root_guard);
+  EXPECT_EQ(state.port_channels.at(4095).path_cost, 1U);
+  EXPECT_EQ(inconsistent_trees(state.port_channels.at(4095)), "root 2; loop 3; pvid 4; type 5; ");
   EXPECT_EQ(state.access.refused_users, (std::vector<std::string>{"guest", "ops"}));
 }
 
@@ -115,7 +145,11 @@ number = 2
   EXPECT_EQ(port.channel, 0U);
   EXPECT_TRUE(port.switchport);
   EXPECT_FALSE(port.root_guard);
+  EXPECT_EQ(port.path_cost, 20000U);
+  EXPECT_TRUE(port.inconsistencies.empty());
   EXPECT_FALSE(state.port_channels.at(2).root_guard);
+  EXPECT_EQ(state.port_channels.at(2).path_cost, 20000U);
+  EXPECT_TRUE(state.port_channels.at(2).inconsistencies.empty());
   EXPECT_EQ(state.port_channels.at(2).name, "port-channel2");
   EXPECT_EQ(print_vlans(state.port_channels.at(2).vlans), "1");
   EXPECT_TRUE(state.access.refused_users.empty());
@@ -150,9 +184,46 @@ TEST(ShippedScenarios, AreRight) {
   EXPECT_TRUE(mst.ports.at(1).root_guard);
   EXPECT_FALSE(mst.port_channels.at(1).root_guard);
   EXPECT_TRUE(mst.port_channels.at(2).root_guard);
+  EXPECT_EQ(mst.port_channels.at(1).path_cost, 10000U);
   const SwitchState rapid_pvst = load_scenario(SCENARIOS "/rapid-pvst-small.toml");
   EXPECT_EQ(rapid_pvst.settings.mode, SpanningTreeMode::kRapidPvst);
   EXPECT_EQ(print_vlans(rapid_pvst.rapid_pvst.disabled_vlans), "99");
+}
+
+std::vector<std::pair<uint32_t, uint32_t>> rows_of(const InconsistencyReport &report) {
+  std::vector<std::pair<uint32_t, uint32_t>> rows;
+  constexpr TreePort kBeforeAll{0, 0};
+  for (auto row = report.tree_ports().first_after(kBeforeAll); row;
+       row = report.tree_ports().first_after(*row)) {
+    rows.emplace_back(row->tree, row->if_index);
+  }
+  return rows;
+}
+
+constexpr uint32_t kPort = 0x1A000000;
+constexpr uint32_t kChannel = 0x16000000;
+
+TEST(ShippedScenarios, HaveInconsistenciesInEveryTable) {
+  const Switch mst(load_scenario(SCENARIOS "/mst-small.toml"));
+  EXPECT_THAT(rows_of(mst.inconsistencies().root),
+              ElementsAre(Pair(0, kPort + 2), Pair(1, kPort + 2), Pair(2, kChannel + 2)));
+  EXPECT_THAT(rows_of(mst.inconsistencies().loop),
+              ElementsAre(Pair(1, kChannel + 1), Pair(2, kPort + 10), Pair(10, kChannel + 1)));
+  const Switch rapid_pvst(load_scenario(SCENARIOS "/rapid-pvst-small.toml"));
+  EXPECT_THAT(rows_of(rapid_pvst.inconsistencies().pvid_and_type),
+              ElementsAre(Pair(10, kChannel + 1), Pair(20, kChannel + 1), Pair(20, kPort + 2)));
+  EXPECT_THAT(rows_of(rapid_pvst.inconsistencies().root),
+              ElementsAre(Pair(1, kPort + 1), Pair(10, kChannel + 2), Pair(10, kPort + 1)));
+  EXPECT_THAT(rows_of(rapid_pvst.inconsistencies().loop),
+              ElementsAre(Pair(1, kChannel + 1), Pair(10, kChannel + 1), Pair(20, kPort + 7)));
+}
+
+// Those that are stated for trees of single VLANs show when the mode is changed.
+TEST(ShippedScenarios, HaveInconsistenciesForTheOtherMode) {
+  Switch the_switch(load_scenario(SCENARIOS "/mst-small.toml"));
+  the_switch.replace(with_value(the_switch.state(), "switch.mode", "rapid-pvst"));
+  EXPECT_THAT(rows_of(the_switch.inconsistencies().pvid_and_type),
+              ElementsAre(Pair(1, kPort + 2), Pair(11, kPort + 2), Pair(20, kChannel + 2)));
 }
 
 }  // namespace

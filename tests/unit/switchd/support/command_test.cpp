@@ -24,6 +24,28 @@ std::optional<uint32_t> number_in(const stpswitch::Packet &reply, uint32_t token
   return std::nullopt;
 }
 
+// Asks for the row after `from`, then for the one after that, to the end.
+template <class Row, class RequestAfter, class RowIn>
+std::vector<Row> rows_after(const stpswitch::Switch &the_switch, Row from, RequestAfter request_after,
+                            RowIn row_in) {
+  std::vector<Row> rows;
+  for (Row row = from;;) {
+    const stpswitch::Packet request = make_request(request_after(row));
+    const auto reply = answer_packet(the_switch, request, request.size());
+    const std::optional<Row> next = row_in(reply.value());
+    if (!next) {
+      EXPECT_EQ(reply_head(*reply).status, CMD_NO_ENTRY);
+      return rows;
+    }
+    if (*next <= row) {
+      ADD_FAILURE() << testing::PrintToString(*next) << " follows " << testing::PrintToString(row);
+      return rows;
+    }
+    rows.push_back(*next);
+    row = *next;
+  }
+}
+
 }  // namespace
 
 std::string CommandTest::reply_to_packet(const stpswitch::Packet &packet) const {
@@ -43,22 +65,20 @@ uint32_t CommandTest::refusal_of_packet(const stpswitch::Packet &packet) const {
 }
 
 std::vector<uint32_t> CommandTest::walk(RequestAfter request_after, uint32_t from, uint32_t token) const {
-  std::vector<uint32_t> rows;
-  for (uint32_t row = from;;) {
-    const stpswitch::Packet request = make_request(request_after(row));
-    const auto reply = answer_packet(switch_, request, request.size());
-    const auto next = number_in(reply.value(), token);
-    if (!next) {
-      EXPECT_EQ(reply_head(*reply).status, CMD_NO_ENTRY);
-      return rows;
-    }
-    if (*next <= row) {
-      ADD_FAILURE() << *next << " follows " << row;
-      return rows;
-    }
-    rows.push_back(*next);
-    row = *next;
-  }
+  return rows_after(switch_, from, request_after,
+                    [token](const stpswitch::Packet &reply) { return number_in(reply, token); });
+}
+
+std::vector<CommandTest::TreePortRow> CommandTest::walk_tree_ports(RequestAfterTreePort request_after,
+                                                                   TreePortRow from) const {
+  constexpr uint32_t kTree = 0x1402'A006;
+  constexpr uint32_t kInterface = 0x0C02'A001;
+  return rows_after(switch_, from, request_after,
+                    [](const stpswitch::Packet &reply) -> std::optional<TreePortRow> {
+                      const auto tree = number_in(reply, kTree);
+                      const auto if_index = number_in(reply, kInterface);
+                      return tree && if_index ? std::optional(TreePortRow{*tree, *if_index}) : std::nullopt;
+                    });
 }
 
 void CommandTest::set(const std::string &key, const std::string &text) {

@@ -5,6 +5,7 @@
 
 #include <bit>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "commands/packet.h"
@@ -31,6 +32,11 @@ class CommandTest : public testing::Test {
   // Asks for row after row, and returns what the rows have in a numeric attribute.
   using RequestAfter = RequestText (*)(uint32_t row);
   std::vector<uint32_t> walk(RequestAfter request_after, uint32_t from, uint32_t token) const;
+
+  // The same for rows by tree and interface index.
+  using TreePortRow = std::pair<uint32_t, uint32_t>;
+  using RequestAfterTreePort = RequestText (*)(const TreePortRow &row);
+  std::vector<TreePortRow> walk_tree_ports(RequestAfterTreePort request_after, TreePortRow from) const;
 
   void set(const std::string &key, const std::string &text);
 

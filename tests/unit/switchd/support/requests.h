@@ -17,6 +17,7 @@ inline constexpr uint32_t kMstDigestsKey = 0x0102'01C0;
 inline constexpr uint32_t kVlanTreeKey = 0x1302'00B4;
 inline constexpr uint32_t kMstInstanceKey = 0x1302'0131;
 inline constexpr uint32_t kInterfaceKey = 0x0C02'0105;
+inline constexpr uint32_t kMstInterfaceKey = 0x0C02'018B;
 
 // A key attribute with its value; one that is only named has the value 0.
 struct KeyText {

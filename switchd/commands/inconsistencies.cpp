@@ -1,0 +1,45 @@
+// Commands 116, 120 and 121: the ports of trees whose port VLAN identifier or type is not the neighbour's,
+// which is for trees of single VLANs only, which root guard blocks, and which loop guard blocks.
+#include "commands/command.h"
+#include "commands/rows.h"
+
+namespace stpswitch {
+namespace {
+
+cmd_result answer_report(const Switch &the_switch, const InconsistencyReport &report,
+                         const CommandRequest &request, ReplyBuilder *reply) {
+  if (!has_keys(request, {Key::kVlanTree, Key::kInterface})) {
+    return CMD_UNKNOWN_KEY;
+  }
+  const auto asked = asked_tree_port(request, Key::kVlanTree, Key::kInterface);
+  if (!asked) {
+    return CMD_BAD_REQUEST;
+  }
+  const auto row = find_tree_port(the_switch, report.tree_ports(), request.action, *asked);
+  if (!row) {
+    return CMD_NO_ENTRY;
+  }
+  reply->add_number(Token::kPortTree, row->tree);
+  reply->add_number(Token::kInterface, row->if_index);
+  reply->add_number(Token::kInconsistencies, report.state_of(*row));
+  return CMD_OK;
+}
+
+}  // namespace
+
+cmd_result answer_pvid_and_type_inconsistencies(const Switch &the_switch, const CommandRequest &request,
+                                                ReplyBuilder *reply) {
+  return answer_report(the_switch, the_switch.inconsistencies().pvid_and_type, request, reply);
+}
+
+cmd_result answer_root_inconsistencies(const Switch &the_switch, const CommandRequest &request,
+                                       ReplyBuilder *reply) {
+  return answer_report(the_switch, the_switch.inconsistencies().root, request, reply);
+}
+
+cmd_result answer_loop_inconsistencies(const Switch &the_switch, const CommandRequest &request,
+                                       ReplyBuilder *reply) {
+  return answer_report(the_switch, the_switch.inconsistencies().loop, request, reply);
+}
+
+}  // namespace stpswitch

@@ -1,0 +1,103 @@
+#include "model/inconsistencies.h"
+
+#include <algorithm>
+#include <tuple>
+
+namespace stpswitch {
+namespace {
+
+constexpr uint32_t kPvidAndTypeClass = 17421;
+constexpr uint32_t kLoopClass = 17422;
+constexpr uint32_t kRootClass = 17423;
+
+// The state in an event of a class.
+using EventState = uint32_t (*)(uint32_t state);
+
+// Handlers of this class read the word's first octet, as it is sent, and no more.
+uint32_t bits_in_first_octet(uint32_t state) {
+  constexpr unsigned kFirstOctetShift = 24;
+  return state << kFirstOctetShift;
+}
+
+uint32_t appeared_or_vanished(uint32_t state) {
+  constexpr uint32_t kAppeared = 1;
+  constexpr uint32_t kVanished = 2;
+  return state != 0 ? kAppeared : kVanished;
+}
+
+void add_events(uint32_t notification_class, EventState event_state, const InconsistencyReport &before,
+                const InconsistencyReport &after, SpanningTreeMode mode,
+                std::vector<InconsistencyEvent> *events) {
+  const TreePorts changes = after.changes_from(before);
+  for (const auto &[if_index, trees] : changes.by_port()) {
+    for (auto tree = trees.first_from(0); tree; tree = trees.first_from(*tree + 1)) {
+      const uint32_t state = after.state_of({*tree, if_index});
+      events->push_back({notification_class, *tree, if_index, event_state(state), mode});
+    }
+  }
+}
+
+bool comes_before(const InconsistencyEvent &one, const InconsistencyEvent &other) {
+  return std::tie(one.notification_class, one.tree, one.if_index) <
+         std::tie(other.notification_class, other.tree, other.if_index);
+}
+
+const TreePorts &single_vlan_tree_ports(SpanningTreeMode mode, const TreePorts &tree_ports) {
+  static const TreePorts kNone;
+  return mode == SpanningTreeMode::kRapidPvst ? tree_ports : kNone;
+}
+
+}  // namespace
+
+InconsistencyReport::InconsistencyReport(const std::vector<Inconsistency> &kinds, const BridgePorts &ports,
+                                         const TreePorts &tree_ports)
+    : by_kind_(kinds.size()) {
+  for (const auto &[if_index, tree_set] : tree_ports.by_port()) {
+    const auto &stated = ports.at(if_index).interface->inconsistencies;
+    for (size_t i = 0; i < kinds.size(); ++i) {
+      const auto kind = stated.find(kinds[i]);
+      if (kind != stated.end()) {
+        TreeSet trees = tree_set;
+        trees.intersect(kind->second);
+        by_kind_[i].insert(if_index, trees);
+        tree_ports_.insert(if_index, trees);
+      }
+    }
+  }
+}
+
+uint32_t InconsistencyReport::state_of(const TreePort &tree_port) const {
+  uint32_t state = 0;
+  for (size_t i = 0; i < by_kind_.size(); ++i) {
+    state |= by_kind_[i].contains(tree_port) ? 1U << i : 0U;
+  }
+  return state;
+}
+
+TreePorts InconsistencyReport::changes_from(const InconsistencyReport &before) const {
+  TreePorts changes;
+  for (size_t i = 0; i < by_kind_.size(); ++i) {
+    changes.insert(differences(before.by_kind_[i], by_kind_[i]));
+  }
+  return changes;
+}
+
+Inconsistencies::Inconsistencies(SpanningTreeMode mode, const BridgePorts &ports, const TreePorts &tree_ports)
+    : pvid_and_type({Inconsistency::kPvid, Inconsistency::kType}, ports,
+                    single_vlan_tree_ports(mode, tree_ports)),
+      loop({Inconsistency::kLoop}, ports, tree_ports),
+      root({Inconsistency::kRoot}, ports, tree_ports) {}
+
+std::vector<InconsistencyEvent> inconsistency_events(const Inconsistencies &before,
+                                                     const Inconsistencies &after,
+                                                     SpanningTreeMode mode_after) {
+  std::vector<InconsistencyEvent> events;
+  add_events(kPvidAndTypeClass, bits_in_first_octet, before.pvid_and_type, after.pvid_and_type, mode_after,
+             &events);
+  add_events(kLoopClass, appeared_or_vanished, before.loop, after.loop, mode_after, &events);
+  add_events(kRootClass, appeared_or_vanished, before.root, after.root, mode_after, &events);
+  std::sort(events.begin(), events.end(), comes_before);
+  return events;
+}
+
+}  // namespace stpswitch

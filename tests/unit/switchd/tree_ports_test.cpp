@@ -1,0 +1,81 @@
+// Sets of ports of trees.
+#include "model/tree_ports.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <utility>
+#include <vector>
+
+using namespace stpswitch;
+using testing::ElementsAre;
+using testing::Pair;
+
+namespace {
+
+std::vector<std::pair<uint32_t, uint32_t>> in_order(const TreePorts &tree_ports) {
+  std::vector<std::pair<uint32_t, uint32_t>> rows;
+  constexpr TreePort kBeforeAll{0, 0};
+  for (auto next = tree_ports.first_after(kBeforeAll); next; next = tree_ports.first_after(*next)) {
+    rows.emplace_back(next->tree, next->if_index);
+  }
+  return rows;
+}
+
+TreePorts some_tree_ports() {
+  TreePorts tree_ports;
+  tree_ports.insert(9, parse_trees("0,4094"));
+  tree_ports.insert(5, parse_trees("0,7"));
+  tree_ports.insert(6, parse_trees(""));
+  return tree_ports;
+}
+
+TEST(TreePorts, AreOrderedByTreeThenByPort) {
+  EXPECT_THAT(in_order(some_tree_ports()), ElementsAre(Pair(0, 5), Pair(0, 9), Pair(7, 5), Pair(4094, 9)));
+  EXPECT_THAT(in_order({}), ElementsAre());
+}
+
+TEST(TreePorts, FindWhatComesAfterAnyPlace) {
+  const TreePorts tree_ports = some_tree_ports();
+  EXPECT_EQ(tree_ports.first_after({0, 5}), (TreePort{0, 9}));
+  EXPECT_EQ(tree_ports.first_after({0, 9}), (TreePort{7, 5}));
+  EXPECT_EQ(tree_ports.first_after({0, 0xFFFF'FFFF}), (TreePort{7, 5}));
+  EXPECT_EQ(tree_ports.first_after({3, 100}), (TreePort{7, 5}));
+  EXPECT_EQ(tree_ports.first_after({7, 5}), (TreePort{4094, 9}));
+  EXPECT_EQ(tree_ports.first_after({4094, 9}), std::nullopt);
+  EXPECT_EQ(tree_ports.first_after({4095, 0}), std::nullopt);
+  EXPECT_EQ(tree_ports.first_after({0xFFFF'FFFF, 0}), std::nullopt);
+}
+
+TEST(TreePorts, ContainWhatWasInserted) {
+  const TreePorts tree_ports = some_tree_ports();
+  EXPECT_TRUE(tree_ports.contains({7, 5}));
+  EXPECT_TRUE(tree_ports.contains({4094, 9}));
+  for (const TreePort &other : {TreePort{7, 9}, {7, 6}, {1, 5}, {4095, 5}, {4096, 5}, {0xFFFF'FFFF, 5}}) {
+    EXPECT_FALSE(tree_ports.contains(other)) << other.tree << ", " << other.if_index;
+  }
+}
+
+TEST(TreePorts, GrowWithEachInsertion) {
+  TreePorts tree_ports = some_tree_ports();
+  tree_ports.insert(5, parse_trees("1,7"));
+  TreePorts more;
+  more.insert(4, parse_trees("7"));
+  tree_ports.insert(more);
+  EXPECT_THAT(in_order(tree_ports),
+              ElementsAre(Pair(0, 5), Pair(0, 9), Pair(1, 5), Pair(7, 4), Pair(7, 5), Pair(4094, 9)));
+}
+
+TEST(TreePorts, DifferWhereOneOfThemHasMore) {
+  TreePorts others;
+  others.insert(5, parse_trees("0,8"));
+  others.insert(4, parse_trees("7"));
+  others.insert(9, parse_trees("0,4094"));
+  EXPECT_THAT(in_order(differences(some_tree_ports(), others)),
+              ElementsAre(Pair(7, 4), Pair(7, 5), Pair(8, 5)));
+  EXPECT_THAT(in_order(differences(others, some_tree_ports())),
+              ElementsAre(Pair(7, 4), Pair(7, 5), Pair(8, 5)));
+  EXPECT_TRUE(differences(others, others).by_port().empty());
+}
+
+}  // namespace
