@@ -12,6 +12,9 @@ class Backoff {
   static constexpr uint64_t kFirstMs = 100;
   static constexpr uint64_t kLongestMs = 5000;
 
+  // How long, from the latest failure on.
+  uint64_t wait_ms() const { return wait_ms_; }
+
   bool allows(uint64_t now_ms) const { return now_ms >= retry_at_ms_; }
 
   void failed(uint64_t now_ms) {

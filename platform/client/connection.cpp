@@ -46,8 +46,7 @@ cmd_result Connection::exchange(wire::Request *request, ReplyAttributes *attribu
   if (opened != CMD_OK) {
     return opened;
   }
-  // 0 is the hello's.
-  sequence_ = sequence_ == UINT32_MAX ? 1 : sequence_ + 1;
+  sequence_ = wire::next_sequence(sequence_);
   request->header = {wire::kMagic, wire::kVersion, static_cast<uint16_t>(wire::MessageType::kRequest),
                      request->header.length, sequence_};
   cmd_result status = CMD_OK;

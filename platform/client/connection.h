@@ -1,4 +1,4 @@
-// The one connection to the switch: when it is made, kept, dropped and made again.
+// The one connection for requests to the switch: when it is made, kept, dropped and made again.
 //
 // A request fails within its deadline, and at once while a switch that was found dead or silent is left alone
 // (backoff.h). Whatever goes wrong drops the connection, so that a late reply can never answer a later

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "wire/attributes.h"
+#include "wire/events.h"
 #include "wire/message.h"
 
 namespace stpplatform {
@@ -61,6 +62,22 @@ cmd_result check_reply(const void *packet, size_t size, uint32_t sequence, cmd_r
   *status = static_cast<cmd_result>(reply.status);
   *attributes = found;
   return CMD_OK;
+}
+
+bool check_event(const void *packet, size_t size, uint32_t sequence, ReceivedEvent *event) {
+  wire::Event head;
+  if (size < sizeof head) {
+    return false;
+  }
+  std::memcpy(&head, packet, sizeof head);
+  // Handlers take a payload's length for granted.
+  if (!is_message(head.header, wire::MessageType::kEvent, size, sequence) || head.payload_length == 0 ||
+      head.payload_length != wire::event_payload_length(head.notification_class) ||
+      head.payload_length != size - sizeof head) {
+    return false;
+  }
+  *event = {head.notification_class, static_cast<const uint8_t *>(packet) + sizeof head};
+  return true;
 }
 
 }  // namespace stpplatform

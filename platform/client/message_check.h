@@ -22,4 +22,13 @@ struct ReplyAttributes {
 cmd_result check_reply(const void *packet, size_t size, uint32_t sequence, cmd_result *status,
                        ReplyAttributes *attributes);
 
+// An event; its payload is a part of the packet, as long as its class says.
+struct ReceivedEvent {
+  uint32_t notification_class;
+  const void *payload;
+};
+
+// True for a well-formed event `sequence` of a class that is known.
+bool check_event(const void *packet, size_t size, uint32_t sequence, ReceivedEvent *event);
+
 }  // namespace stpplatform

@@ -23,6 +23,15 @@ struct Subscription {
 
 constinit Subscription subscriptions[kMaxNotificationClasses] = {};
 
+using Listener = void (*)();
+constinit Listener subscription_listener = nullptr;
+
+void tell_of_change() {
+  if (subscription_listener != nullptr) {
+    subscription_listener();
+  }
+}
+
 Subscription *find_subscription(uint32_t notification_class) {
   for (Subscription &subscription : subscriptions) {
     if (subscription.handler != nullptr && subscription.notification_class == notification_class) {
@@ -64,6 +73,18 @@ bool has_subscriptions() {
                      [](const Subscription &subscription) { return subscription.handler != nullptr; });
 }
 
+size_t subscribed_classes(uint32_t *classes) {
+  size_t count = 0;
+  for (const Subscription &subscription : subscriptions) {
+    if (subscription.handler != nullptr) {
+      classes[count++] = subscription.notification_class;
+    }
+  }
+  return count;
+}
+
+void on_subscription_change(void (*changed)()) { subscription_listener = changed; }
+
 bool deliver_notification(uint32_t notification_class, TransportMessage *message) {
   const Subscription *subscription = find_subscription(notification_class);
   if (subscription == nullptr || !subscription->enabled) {
@@ -101,13 +122,17 @@ STPPLATFORM_EXPORT int register_for_notification(uint32_t notification_class, no
     return 1;
   }
   stpplatform::Subscription *place = stpplatform::find_subscription(notification_class);
-  if (place == nullptr) {
+  const bool is_new = place == nullptr;
+  if (is_new) {
     place = stpplatform::find_free_place();
   }
   if (place == nullptr) {
     return 1;
   }
   *place = {notification_class, handler, false};
+  if (is_new) {
+    stpplatform::tell_of_change();
+  }
   return 0;
 }
 
@@ -117,6 +142,7 @@ STPPLATFORM_EXPORT int unregister_for_notification(uint32_t notification_class) 
     return 1;
   }
   *subscription = {};
+  stpplatform::tell_of_change();
   return 0;
 }
 

@@ -4,6 +4,9 @@
 // connection the switch sends a hello, with the snapshot's file descriptor as ancillary data; then every
 // request is answered by one reply of the same sequence number. Request and reply end in attributes
 // (attributes.h).
+//
+// A subscription turns its connection into one for events: from then on the switch sends an event whenever
+// there is one, and nothing else; a further subscription takes the place of the first one.
 #pragma once
 
 #include <cstddef>
@@ -26,15 +29,18 @@ inline constexpr uint32_t kMaxMessageSize = 128 * 1024;
 inline constexpr uint32_t kStpDestination = 0xFE00'0000;
 inline constexpr uint32_t kStpService = 171;
 
-enum class MessageType : uint16_t { kHello = 1, kRequest = 2, kReply = 3 };
+enum class MessageType : uint16_t { kHello = 1, kRequest = 2, kReply = 3, kSubscribe = 4, kEvent = 5 };
 
 struct MessageHeader {
   uint32_t magic;
   uint16_t version;
   uint16_t type;      // MessageType
   uint32_t length;    // of the whole message, in bytes
-  uint32_t sequence;  // of the request; a reply repeats it; 0 in a hello
+  uint32_t sequence;  // of the request; a reply repeats it; events of a connection count from 1; else 0
 };
+
+// What follows a number in a sequence: 0 is the hello's.
+constexpr uint32_t next_sequence(uint32_t sequence) { return sequence == UINT32_MAX ? 1 : sequence + 1; }
 
 struct Hello {
   MessageHeader header;
@@ -59,8 +65,22 @@ struct Reply {
   uint32_t attribute_count;
 };
 
+// The most notification classes that one subscription names.
+inline constexpr uint32_t kMaxSubscribedClasses = 32;
+
+struct Subscribe {
+  MessageHeader header;
+  uint32_t class_count;  // 1 to kMaxSubscribedClasses; as many classes follow, of 32 bits each
+};
+
+struct Event {
+  MessageHeader header;
+  uint32_t notification_class;
+  uint32_t payload_length;  // the payload (events.h) follows
+};
+
 static_assert(sizeof(MessageHeader) == 16 && sizeof(Hello) == 20 && sizeof(Request) == 108 &&
-                  sizeof(Reply) == 24,
+                  sizeof(Reply) == 24 && sizeof(Subscribe) == 20 && sizeof(Event) == 24,
               "messages have no padding");
 
 }  // namespace stpplatform::wire

@@ -9,22 +9,17 @@
 #include "base/log.h"
 #include "commands/dispatch.h"
 #include "faults/garbage.h"
+#include "server/send_failure.h"
 
 namespace stpswitch {
 
-void log_send_failure(std::string_view what) {
-  if (errno != EPIPE && errno != ECONNRESET) {
-    log_line(system_failure(std::string(what) + ": disconnecting the client").what());
-  }
-}
-
 CommandConnection::CommandConnection(EventLoop *loop, FileDescriptor fd, const Switch *the_switch,
-                                     Faults *faults, std::span<uint8_t> buffer, std::function<void()> closed)
+                                     Faults *faults, std::span<uint8_t> buffer, Ends ends)
     : fd_(std::move(fd)),
       switch_(*the_switch),
       faults_(*faults),
       buffer_(buffer),
-      closed_(std::move(closed)),
+      ends_(std::move(ends)),
       readable_(loop->make_event<&CommandConnection::read_packet>(fd_.get(), EV_READ | EV_PERSIST, this)),
       hung_up_(loop->make_event<&CommandConnection::close>(fd_.get(), EV_CLOSED, this)),
       writable_(loop->make_event<&CommandConnection::send_pending>(fd_.get(), EV_WRITE, this)),
@@ -42,13 +37,34 @@ void CommandConnection::read_packet() {
     return;
   }
   const auto sent_size = static_cast<size_t>(got);
-  auto reply = answer_packet(switch_, buffer_.first(std::min(sent_size, buffer_.size())), sent_size);
+  const auto packet = buffer_.first(std::min(sent_size, buffer_.size()));
+  if (claims_to_be_subscription(packet)) {
+    subscribe(packet, sent_size);
+    return;
+  }
+  auto reply = answer_packet(switch_, packet, sent_size);
   if (!reply) {
     log_line("a client sent " + std::to_string(sent_size) + " octets that are no message: disconnecting it");
     close();
     return;
   }
   deliver(std::move(*reply));
+}
+
+void CommandConnection::subscribe(std::span<const uint8_t> packet, size_t sent_size) {
+  auto classes = read_subscription(packet, sent_size);
+  if (!classes) {
+    log_line("a client sent a malformed subscription of " + std::to_string(sent_size) +
+             " octets: disconnecting it");
+    close();
+    return;
+  }
+  // The socket goes to somebody else, who must not find this connection's events on it.
+  readable_.reset();
+  hung_up_.reset();
+  writable_.reset();
+  const auto subscribed = std::move(ends_.subscribed);
+  subscribed(std::move(fd_), std::move(*classes));
 }
 
 void CommandConnection::deliver(Packet reply) {
@@ -95,7 +111,7 @@ void CommandConnection::stop_reading() {
 }
 
 void CommandConnection::close() {
-  const auto closed = std::move(closed_);
+  const auto closed = std::move(ends_.closed);
   closed();
 }
 

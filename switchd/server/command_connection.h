@@ -1,32 +1,37 @@
-// One connection of the command socket: answers its requests one after the other.
+// One connection of the command socket: answers its requests one after the other, until it subscribes to
+// events.
 #pragma once
 
 #include <functional>
 #include <span>
-#include <string_view>
 
 #include "base/file_descriptor.h"
 #include "commands/packet.h"
 #include "faults/faults.h"
 #include "model/switch.h"
 #include "server/event_loop.h"
+#include "server/event_packet.h"
 
 namespace stpswitch {
 
-// Logs why a message could not be sent, as errno says, unless the client is simply gone.
-void log_send_failure(std::string_view what);
-
 class CommandConnection {
  public:
-  // `buffer` takes one packet and may serve all connections. `closed` is called once, as the last thing, and
-  // may destroy the connection.
+  // What ends the connection: a subscription, which takes the socket along, or anything else.
+  struct Ends {
+    std::function<void(FileDescriptor, NotificationClasses)> subscribed;
+    std::function<void()> closed;
+  };
+
+  // `buffer` takes one packet and may serve all connections. One of `ends` is called once, as the last thing,
+  // and may destroy the connection.
   CommandConnection(EventLoop *loop, FileDescriptor fd, const Switch *the_switch, Faults *faults,
-                    std::span<uint8_t> buffer, std::function<void()> closed);
+                    std::span<uint8_t> buffer, Ends ends);
   CommandConnection(const CommandConnection &) = delete;
   CommandConnection &operator=(const CommandConnection &) = delete;
 
  private:
   void read_packet();
+  void subscribe(std::span<const uint8_t> packet, size_t sent_size);
   void deliver(Packet reply);
   void send_pending();
   void stop_reading();
@@ -36,7 +41,7 @@ class CommandConnection {
   const Switch &switch_;
   Faults &faults_;
   std::span<uint8_t> buffer_;
-  std::function<void()> closed_;
+  Ends ends_;
   Packet pending_;  // the reply that is late, or that does not fit into the socket yet
   Event readable_;
   // While a reply is pending nothing is read, and a hang-up shows here.

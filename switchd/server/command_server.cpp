@@ -7,7 +7,7 @@
 #include <cstring>
 #include <utility>
 
-#include "base/log.h"
+#include "server/send_failure.h"
 #include "wire/message.h"
 
 namespace stpswitch {
@@ -30,11 +30,35 @@ void CommandServer::take(FileDescriptor fd) {
     return;
   }
   const auto position = connections_.emplace(connections_.end());
+  CommandConnection::Ends ends;
+  ends.subscribed = [this, position](FileDescriptor socket, NotificationClasses classes) {
+    connections_.erase(position);
+    take_subscriber(std::move(socket), std::move(classes));
+  };
+  ends.closed = [this, position] {
+    connections_.erase(position);
+    acceptor_.connection_closed();
+  };
   *position = std::make_unique<CommandConnection>(&loop_, std::move(fd), &switch_, &faults_, buffer_,
-                                                  [this, position] {
-                                                    connections_.erase(position);
-                                                    acceptor_.connection_closed();
-                                                  });
+                                                  std::move(ends));
+}
+
+void CommandServer::take_subscriber(FileDescriptor fd, NotificationClasses classes) {
+  const auto position = subscribers_.emplace(subscribers_.end());
+  *position =
+      std::make_unique<EventConnection>(&loop_, std::move(fd), std::move(classes), buffer_, [this, position] {
+        subscribers_.erase(position);
+        acceptor_.connection_closed();
+      });
+}
+
+void CommandServer::tell(const std::vector<InconsistencyEvent> &events) {
+  for (auto next = subscribers_.begin(); next != subscribers_.end();) {
+    // A subscriber that is gone goes out of the list.
+    EventConnection &subscriber = **next;
+    ++next;
+    subscriber.tell(events);
+  }
 }
 
 bool CommandServer::send_hello(int fd) const {

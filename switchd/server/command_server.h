@@ -1,4 +1,5 @@
-// The command socket: greets each connection with the snapshot, then serves its requests.
+// The command socket: greets each connection with the snapshot, then serves its requests or, once it has
+// subscribed, events.
 #pragma once
 
 #include <list>
@@ -7,6 +8,7 @@
 
 #include "server/acceptor.h"
 #include "server/command_connection.h"
+#include "server/event_connection.h"
 #include "server/snapshot_publisher.h"
 
 namespace stpswitch {
@@ -17,9 +19,13 @@ class CommandServer {
   CommandServer(EventLoop *loop, UnixSocketOptions options, const Switch *the_switch,
                 const SnapshotPublisher *snapshot, Faults *faults);
 
+  // Tells those who have subscribed.
+  void tell(const std::vector<InconsistencyEvent> &events);
+
  private:
   void take(FileDescriptor fd);
   bool send_hello(int fd) const;
+  void take_subscriber(FileDescriptor fd, NotificationClasses classes);
 
   EventLoop &loop_;
   const Switch &switch_;
@@ -28,6 +34,7 @@ class CommandServer {
   std::vector<uint8_t> buffer_;
   Acceptor acceptor_;
   std::list<std::unique_ptr<CommandConnection>> connections_;
+  std::list<std::unique_ptr<EventConnection>> subscribers_;
 };
 
 }  // namespace stpswitch

@@ -69,8 +69,9 @@ void run_switch(const ProcessOptions &options) {
   the_switch.on_change([&snapshot] { snapshot.publish(); });
   Faults faults;
   ControlResponder responder(&the_switch, &faults);
-  const CommandServer commands(&loop, {options.socket, SOCK_SEQPACKET, kCommandSocketMode, group},
-                               &the_switch, &snapshot, &faults);
+  CommandServer commands(&loop, {options.socket, SOCK_SEQPACKET, kCommandSocketMode, group}, &the_switch,
+                         &snapshot, &faults);
+  the_switch.on_inconsistencies([&commands](const auto &events) { commands.tell(events); });
   const ControlServer control(&loop, {options.control, SOCK_STREAM, kControlSocketMode, std::nullopt},
                               &responder);
   log_line("ready: commands on " + options.socket + ", control on " + options.control);

@@ -1,5 +1,6 @@
 #include "fake_switch.h"
 
+#include <arpa/inet.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -20,6 +21,7 @@ namespace {
 
 constexpr uint32_t kInterfaceCapacity = 64;
 constexpr int kBacklog = 16;
+constexpr size_t kTypeOffset = offsetof(wire::MessageHeader, type);
 
 // For what cannot fail on a machine that can run tests at all.
 void require(bool success, const char *what) {
@@ -113,6 +115,21 @@ Bytes make_reply_packet(uint32_t sequence, uint32_t status, const std::vector<At
   return packet;
 }
 
+Bytes make_event_packet(uint32_t sequence, uint32_t notification_class, const EventWords &words) {
+  constexpr uint32_t kPayloadLength = 16;
+  wire::Event event{};
+  event.header = {wire::kMagic, wire::kVersion, static_cast<uint16_t>(wire::MessageType::kEvent),
+                  sizeof event + kPayloadLength, sequence};
+  event.notification_class = notification_class;
+  event.payload_length = kPayloadLength;
+  Bytes packet = packet_of(event);
+  for (const uint32_t word : {words.tree, words.if_index, words.state, words.type}) {
+    const Bytes bytes = bytes_of(htonl(word));
+    packet.insert(packet.end(), bytes.begin(), bytes.end());
+  }
+  return packet;
+}
+
 FakeSwitch::FakeSwitch() : snapshot_(kInterfaceCapacity), responder_(echo) {
   directory_ = (std::filesystem::temp_directory_path() / "fake-switch-XXXXXX").string();
   require(mkdtemp(directory_.data()) != nullptr, "mkdtemp");
@@ -190,6 +207,18 @@ void FakeSwitch::send_late(size_t back, const Bytes &packet) {
   }
 }
 
+void FakeSwitch::tell(const Bytes &packet) {
+  const std::lock_guard lock(mutex_);
+  if (subscriber_ >= 0) {
+    send_packet(subscriber_, packet, {});
+  }
+}
+
+std::vector<Bytes> FakeSwitch::subscriptions() const {
+  const std::lock_guard lock(mutex_);
+  return subscriptions_;
+}
+
 size_t FakeSwitch::connections() const {
   const std::lock_guard lock(mutex_);
   return connections_;
@@ -239,6 +268,7 @@ void FakeSwitch::serve() {
       {
         const std::lock_guard lock(mutex_);
         open_connections_.clear();
+        subscriber_ = -1;
         finished.clear();
       }
       write_one(done_[1], 0);
@@ -270,6 +300,12 @@ bool FakeSwitch::serve_request(int connection) {
   Responder responder;
   {
     const std::lock_guard lock(mutex_);
+    if (request.size() > kTypeOffset &&
+        request[kTypeOffset] == static_cast<uint8_t>(wire::MessageType::kSubscribe)) {
+      subscriptions_.push_back(request);
+      subscriber_ = connection;
+      return true;
+    }
     requests_.push_back(request);
     responder = responder_;
   }

@@ -26,6 +26,15 @@ Bytes make_hello(uint32_t snapshot_size);
 Bytes make_reply_packet(uint32_t sequence, uint32_t status,
                         const std::vector<AttributeValue> &attributes = {});
 
+// A well-formed event, with a payload of four words in network byte order.
+struct EventWords {
+  uint32_t tree;
+  uint32_t if_index;
+  uint32_t state;
+  uint32_t type;
+};
+Bytes make_event_packet(uint32_t sequence, uint32_t notification_class, const EventWords &words);
+
 // Sets or gets the field at `offset` of a packet.
 void put32(Bytes *packet, size_t offset, uint32_t value);
 uint32_t get32(const Bytes &packet, size_t offset);
@@ -75,9 +84,13 @@ class FakeSwitch {
   // Sends a packet to whom the latest connection but `back` belongs, if it still stands.
   void send_late(size_t back, const Bytes &packet);
 
-  // What has happened. Requests are complete packets.
+  // Sends a packet to the latest subscriber, if it still stands.
+  void tell(const Bytes &packet);
+
+  // What has happened. Requests and subscriptions are complete packets.
   size_t connections() const;
   std::vector<Bytes> requests() const;
+  std::vector<Bytes> subscriptions() const;
 
   // Waits until that many requests have come in. False when they do not.
   bool has_heard(size_t requests) const;
@@ -104,4 +117,6 @@ class FakeSwitch {
   std::vector<OwnedFd> open_connections_;
   size_t connections_ = 0;
   std::vector<Bytes> requests_;
+  std::vector<Bytes> subscriptions_;
+  int subscriber_ = -1;
 };

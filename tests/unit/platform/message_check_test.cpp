@@ -1,4 +1,4 @@
-// Replies that are not what they should be, one by one and by the thousand.
+// Replies and events that are not what they should be, one by one and by the thousand.
 #include "message_check.h"
 
 #include <cstddef>
@@ -16,6 +16,7 @@ using stpplatform::ReplyAttributes;
 namespace {
 
 constexpr uint32_t kSequence = 7;
+constexpr uint32_t kEventClass = 17422;
 constexpr size_t kFirstHead = sizeof(wire::Reply);
 constexpr size_t kFirstValue = kFirstHead + sizeof(wire::AttributeHead);
 constexpr size_t kLengthInHead = offsetof(wire::AttributeHead, length);
@@ -187,6 +188,144 @@ TEST(ReplyCheckTest, no_damaged_reply_is_read_beyond_its_end) {
       ASSERT_TRUE(wire::length_fits_type(attribute.token, attribute.value, attribute.length));
     }
     ASSERT_TRUE(reader.at_end());
+  }
+  EXPECT_GT(taken, 0);
+  EXPECT_LT(taken, kCases / 2);
+}
+
+Bytes typical_event() { return make_event_packet(kSequence, kEventClass, {100, 0x1A000000, 1, 5}); }
+
+bool check_as_event(const Bytes &packet, stpplatform::ReceivedEvent *event) {
+  static std::unique_ptr<uint8_t[]> copy;
+  copy = std::make_unique<uint8_t[]>(packet.size());
+  std::copy(packet.begin(), packet.end(), copy.get());
+  return stpplatform::check_event(copy.get(), packet.size(), kSequence, event);
+}
+
+bool check_as_event(const Bytes &packet) {
+  stpplatform::ReceivedEvent event{};
+  return check_as_event(packet, &event);
+}
+
+struct BadEvent {
+  const char *name;
+  std::function<void(Bytes *)> damage;
+};
+
+// Keeps addresses out of the names of the tests.
+void PrintTo(const BadEvent &parameter, std::ostream *out) { *out << parameter.name; }
+
+const BadEvent kBadEvents[] = {
+    {"empty", [](Bytes *event) { event->clear(); }},
+    {"shorter_than_a_header", [](Bytes *event) { event->resize(sizeof(wire::MessageHeader) - 1); }},
+    {"shorter_than_a_head",
+     [](Bytes *event) {
+       event->resize(sizeof(wire::Event) - 1);
+       fix_length(event);
+     }},
+    {"head_alone",
+     [](Bytes *event) {
+       event->resize(sizeof(wire::Event));
+       fix_length(event);
+     }},
+    {"head_alone_that_says_so",
+     [](Bytes *event) {
+       event->resize(sizeof(wire::Event));
+       fix_length(event);
+       put32(event, offsetof(wire::Event, payload_length), 0);
+     }},
+    {"another_magic", [](Bytes *event) { put32(event, 0, 0); }},
+    {"another_version", [](Bytes *event) { (*event)[offsetof(wire::MessageHeader, version)] = 2; }},
+    {"another_type", [](Bytes *event) { (*event)[offsetof(wire::MessageHeader, type)] = 3; }},
+    {"length_too_small",
+     [](Bytes *event) {
+       put32(event, offsetof(wire::MessageHeader, length), static_cast<uint32_t>(event->size() - 4));
+     }},
+    {"length_too_large", [](Bytes *event) { event->pop_back(); }},
+    {"the_sequence_before",
+     [](Bytes *event) { put32(event, offsetof(wire::MessageHeader, sequence), kSequence - 1); }},
+    {"the_sequence_behind",
+     [](Bytes *event) { put32(event, offsetof(wire::MessageHeader, sequence), kSequence + 1); }},
+    {"no_sequence", [](Bytes *event) { put32(event, offsetof(wire::MessageHeader, sequence), 0); }},
+    {"unknown_class", [](Bytes *event) { put32(event, offsetof(wire::Event, notification_class), 17420); }},
+    {"unknown_class_without_payload",
+     [](Bytes *event) {
+       put32(event, offsetof(wire::Event, notification_class), 17424);
+       put32(event, offsetof(wire::Event, payload_length), 0);
+       event->resize(sizeof(wire::Event));
+       fix_length(event);
+     }},
+    {"payload_length_too_small",
+     [](Bytes *event) { put32(event, offsetof(wire::Event, payload_length), 12); }},
+    {"payload_length_too_large",
+     [](Bytes *event) { put32(event, offsetof(wire::Event, payload_length), 20); }},
+    {"payload_length_beyond_all",
+     [](Bytes *event) { put32(event, offsetof(wire::Event, payload_length), UINT32_MAX); }},
+    {"payload_too_short",
+     [](Bytes *event) {
+       event->resize(event->size() - 4);
+       put32(event, offsetof(wire::Event, payload_length), 12);
+       fix_length(event);
+     }},
+    {"payload_too_long",
+     [](Bytes *event) {
+       event->resize(event->size() + 4);
+       put32(event, offsetof(wire::Event, payload_length), 20);
+       fix_length(event);
+     }},
+    {"payload_cut",
+     [](Bytes *event) {
+       event->resize(event->size() - 4);
+       fix_length(event);
+     }},
+    {"octets_behind_the_payload",
+     [](Bytes *event) {
+       event->resize(event->size() + 4);
+       fix_length(event);
+     }},
+};
+
+class BadEventTest : public testing::TestWithParam<BadEvent> {};
+
+TEST_P(BadEventTest, is_refused) {
+  Bytes event = typical_event();
+  ASSERT_TRUE(check_as_event(event));
+  GetParam().damage(&event);
+  EXPECT_FALSE(check_as_event(event));
+}
+
+INSTANTIATE_TEST_SUITE_P(events, BadEventTest, testing::ValuesIn(kBadEvents),
+                         [](const auto &parameter) { return std::string(parameter.param.name); });
+
+TEST(EventCheckTest, a_good_event_of_any_class_is_taken_whole) {
+  for (const uint32_t notification_class : {17421U, 17422U, 17423U}) {
+    const Bytes packet = make_event_packet(kSequence, notification_class, {1, 2, 3, 4});
+    stpplatform::ReceivedEvent event{};
+    ASSERT_TRUE(check_as_event(packet, &event));
+    EXPECT_EQ(event.notification_class, notification_class);
+    const auto *payload = static_cast<const uint8_t *>(event.payload);
+    EXPECT_EQ(Bytes(payload, payload + 16), (Bytes{0, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0, 3, 0, 0, 0, 4}));
+  }
+}
+
+TEST(EventCheckTest, no_damaged_event_is_read_beyond_its_end) {
+  constexpr uint32_t kSeed = 17421;
+  constexpr int kCases = 50000;
+  RecordProperty("seed", kSeed);
+  Random random = seeded(kSeed);
+  int taken = 0;
+  for (int i = 0; i < kCases; ++i) {
+    SCOPED_TRACE("seed " + std::to_string(kSeed) + ", case " + std::to_string(i));
+    Bytes packet = typical_event();
+    mutate(&packet, &random);
+    stpplatform::ReceivedEvent event{};
+    if (!check_as_event(packet, &event)) {
+      continue;
+    }
+    ++taken;
+    ASSERT_EQ(packet.size(), sizeof(wire::Event) + 16);
+    const auto *payload = static_cast<const uint8_t *>(event.payload);
+    ASSERT_TRUE(std::equal(packet.begin() + sizeof(wire::Event), packet.end(), payload, payload + 16));
   }
   EXPECT_GT(taken, 0);
   EXPECT_LT(taken, kCases / 2);

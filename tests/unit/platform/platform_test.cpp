@@ -5,11 +5,14 @@
 #include <net-snmp/net-snmp-includes.h>
 //
 #include <net-snmp/library/fd_event_manager.h>
+#include <net-snmp/library/snmp_alarm.h>
 #include <poll.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <thread>
 
 #include "connection.h"
 #include "platform/cmd.h"
@@ -66,6 +69,36 @@ int run_main_loop_once() {
     }
   }
   return ran;
+}
+
+bool has_alarm() { return sa_find_next() != nullptr; }
+
+std::optional<uint64_t> ring_next_alarm() {
+  constexpr uint64_t kMsPerSecond = 1000;
+  constexpr uint64_t kUsPerMs = 1000;
+  snmp_alarm *alarm = sa_find_next();
+  if (alarm == nullptr) {
+    return std::nullopt;
+  }
+  const uint64_t ms = static_cast<uint64_t>(alarm->t.tv_sec) * kMsPerSecond +
+                      static_cast<uint64_t>(alarm->t.tv_usec) / kUsPerMs;
+  alarm->t_nextM = {0, 1};
+  run_alarms();
+  return ms;
+}
+
+bool run_main_loop_until(const std::function<bool()> &condition) {
+  constexpr auto kHangGuard = std::chrono::seconds(30);
+  const auto give_up = std::chrono::steady_clock::now() + kHangGuard;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > give_up) {
+      return false;
+    }
+    if (run_main_loop_once() == 0) {
+      std::this_thread::yield();
+    }
+  }
+  return true;
 }
 
 int ask(uint32_t command, uint32_t *echo) {

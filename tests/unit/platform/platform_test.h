@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,6 +34,16 @@ class LogCapture {
 // Runs what the agent's main loop would run for input on registered descriptors. Returns how many callbacks
 // ran.
 int run_main_loop_once();
+
+// Lets the agent's next alarm ring now, and tells how many milliseconds it was meant to wait. Nothing when
+// there is none.
+std::optional<uint64_t> ring_next_alarm();
+
+// Whether the agent has an alarm to ring.
+bool has_alarm();
+
+// Runs the main loop until something holds. False when that takes so long that something must hang.
+bool run_main_loop_until(const std::function<bool()> &condition);
 
 // How many descriptors the agent's main loop watches, and how many the process has open.
 int watched_descriptors();

@@ -18,6 +18,10 @@ std::vector<std::pair<uint32_t, uint32_t>> in_order(const TreePorts &tree_ports)
   constexpr TreePort kBeforeAll{0, 0};
   for (auto next = tree_ports.first_after(kBeforeAll); next; next = tree_ports.first_after(*next)) {
     rows.emplace_back(next->tree, next->if_index);
+    if (rows.size() > 1 && rows.back() <= rows[rows.size() - 2]) {
+      ADD_FAILURE() << "the order does not end";
+      break;
+    }
   }
   return rows;
 }

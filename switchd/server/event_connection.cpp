@@ -1,0 +1,92 @@
+#include "server/event_connection.h"
+
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string>
+#include <utility>
+
+#include "base/log.h"
+#include "server/send_failure.h"
+#include "wire/message.h"
+
+namespace stpswitch {
+namespace {
+
+void log_replaced(const std::string &what, uint64_t replaced) {
+  if (replaced != 0) {
+    log_line("a subscriber " + what +
+             "; events replaced by later ones while they waited: " + std::to_string(replaced));
+  }
+}
+
+}  // namespace
+
+EventConnection::EventConnection(EventLoop *loop, FileDescriptor fd, NotificationClasses classes,
+                                 std::span<uint8_t> buffer, std::function<void()> closed)
+    : fd_(std::move(fd)),
+      classes_(std::move(classes)),
+      buffer_(buffer),
+      closed_(std::move(closed)),
+      readable_(loop->make_event<&EventConnection::read_packet>(fd_.get(), EV_READ | EV_PERSIST, this)),
+      writable_(loop->make_event<&EventConnection::send_waiting>(fd_.get(), EV_WRITE, this)) {
+  wait_for(readable_);
+}
+
+void EventConnection::tell(const std::vector<InconsistencyEvent> &events) {
+  for (const InconsistencyEvent &event : events) {
+    if (classes_.contains(event.notification_class)) {
+      queue_.push(event);
+    }
+  }
+  send_waiting();
+}
+
+// Only another subscription is due here.
+void EventConnection::read_packet() {
+  const ssize_t got = ::recv(fd_.get(), buffer_.data(), buffer_.size(), MSG_TRUNC | MSG_DONTWAIT);
+  if (got < 0 && (errno == EAGAIN || errno == EINTR)) {
+    return;
+  }
+  if (got <= 0) {
+    close();
+    return;
+  }
+  const auto sent_size = static_cast<size_t>(got);
+  auto classes = read_subscription(buffer_.first(std::min(sent_size, buffer_.size())), sent_size);
+  if (!classes) {
+    log_line("a subscriber sent " + std::to_string(sent_size) +
+             " octets that are no subscription: disconnecting it");
+    close();
+    return;
+  }
+  classes_ = std::move(*classes);
+}
+
+void EventConnection::send_waiting() {
+  while (!queue_.is_empty()) {
+    const uint32_t sequence = stpplatform::wire::next_sequence(sequence_);
+    const Packet packet = make_event_packet(queue_.front(), sequence);
+    if (::send(fd_.get(), packet.data(), packet.size(), MSG_NOSIGNAL | MSG_DONTWAIT) < 0) {
+      if (errno == EAGAIN || errno == EINTR) {
+        wait_for(writable_);
+      } else {
+        log_send_failure("cannot send an event");
+        close();
+      }
+      return;
+    }
+    queue_.pop();
+    sequence_ = sequence;
+  }
+  log_replaced("has caught up", queue_.take_replaced());
+}
+
+void EventConnection::close() {
+  log_replaced("has left", queue_.take_replaced());
+  const auto closed = std::move(closed_);
+  closed();
+}
+
+}  // namespace stpswitch

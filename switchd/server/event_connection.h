@@ -1,0 +1,43 @@
+// One connection of the command socket that has subscribed to events.
+#pragma once
+
+#include <functional>
+#include <span>
+#include <vector>
+
+#include "base/file_descriptor.h"
+#include "model/events.h"
+#include "server/event_loop.h"
+#include "server/event_packet.h"
+#include "server/event_queue.h"
+
+namespace stpswitch {
+
+class EventConnection {
+ public:
+  // `buffer` takes one packet and may serve all connections. `closed` is called once, as the last thing, and
+  // may destroy the connection.
+  EventConnection(EventLoop *loop, FileDescriptor fd, NotificationClasses classes, std::span<uint8_t> buffer,
+                  std::function<void()> closed);
+  EventConnection(const EventConnection &) = delete;
+  EventConnection &operator=(const EventConnection &) = delete;
+
+  // Sends those that the subscriber wants, as soon as it takes them.
+  void tell(const std::vector<InconsistencyEvent> &events);
+
+ private:
+  void read_packet();
+  void send_waiting();
+  void close();
+
+  FileDescriptor fd_;
+  NotificationClasses classes_;
+  std::span<uint8_t> buffer_;
+  std::function<void()> closed_;
+  EventQueue queue_;
+  uint32_t sequence_ = 0;  // of the latest event that was sent
+  Event readable_;
+  Event writable_;
+};
+
+}  // namespace stpswitch

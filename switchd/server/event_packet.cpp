@@ -1,0 +1,59 @@
+#include "server/event_packet.h"
+
+#include <arpa/inet.h>
+
+#include <cstring>
+
+#include "wire/events.h"
+#include "wire/message.h"
+
+namespace stpswitch {
+
+namespace wire = stpplatform::wire;
+
+bool claims_to_be_subscription(std::span<const uint8_t> packet) {
+  wire::MessageHeader header;
+  if (packet.size() < sizeof header) {
+    return false;
+  }
+  std::memcpy(&header, packet.data(), sizeof header);
+  return header.magic == wire::kMagic && header.type == static_cast<uint16_t>(wire::MessageType::kSubscribe);
+}
+
+std::optional<NotificationClasses> read_subscription(std::span<const uint8_t> packet, size_t sent_size) {
+  wire::Subscribe subscription;
+  if (!claims_to_be_subscription(packet) || packet.size() < sizeof subscription) {
+    return std::nullopt;
+  }
+  std::memcpy(&subscription, packet.data(), sizeof subscription);
+  const auto octets = packet.subspan(sizeof subscription);
+  if (subscription.header.version != wire::kVersion || subscription.header.length != sent_size ||
+      sent_size != packet.size() || subscription.class_count == 0 ||
+      subscription.class_count > wire::kMaxSubscribedClasses ||
+      octets.size() != subscription.class_count * sizeof(uint32_t)) {
+    return std::nullopt;
+  }
+  NotificationClasses classes;
+  for (size_t at = 0; at < octets.size(); at += sizeof(uint32_t)) {
+    uint32_t notification_class = 0;
+    std::memcpy(&notification_class, octets.data() + at, sizeof notification_class);
+    classes.insert(notification_class);
+  }
+  return classes;
+}
+
+Packet make_event_packet(const InconsistencyEvent &event, uint32_t sequence) {
+  const wire::InconsistencyPayload payload{htonl(event.tree), htonl(event.if_index), htonl(event.state),
+                                           htonl(static_cast<uint32_t>(event.mode))};
+  constexpr auto kSize = static_cast<uint32_t>(sizeof(wire::Event) + sizeof payload);
+  const wire::Event head{
+      {wire::kMagic, wire::kVersion, static_cast<uint16_t>(wire::MessageType::kEvent), kSize, sequence},
+      event.notification_class,
+      sizeof payload};
+  Packet packet(kSize);
+  std::memcpy(packet.data(), &head, sizeof head);
+  std::memcpy(packet.data() + sizeof head, &payload, sizeof payload);
+  return packet;
+}
+
+}  // namespace stpswitch

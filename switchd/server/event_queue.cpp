@@ -1,0 +1,36 @@
+#include "server/event_queue.h"
+
+#include <utility>
+
+namespace stpswitch {
+
+EventQueue::Key EventQueue::key_of(const InconsistencyEvent &event) {
+  return {event.notification_class, event.tree, event.if_index};
+}
+
+void EventQueue::push(const InconsistencyEvent &event) {
+  const Key key = key_of(event);
+  if (waiting_.size() >= kRoom) {
+    const auto latest = latest_of_.find(key);
+    if (latest != latest_of_.end()) {
+      waiting_[latest->second - popped_] = event;
+      ++replaced_;
+      return;
+    }
+  }
+  waiting_.push_back(event);
+  latest_of_[key] = popped_ + waiting_.size() - 1;
+}
+
+void EventQueue::pop() {
+  const auto latest = latest_of_.find(key_of(waiting_.front()));
+  if (latest->second == popped_) {
+    latest_of_.erase(latest);
+  }
+  waiting_.pop_front();
+  ++popped_;
+}
+
+uint64_t EventQueue::take_replaced() { return std::exchange(replaced_, 0); }
+
+}  // namespace stpswitch

@@ -1,0 +1,333 @@
+// Subscribers of every kind at the command socket. Server and clients share a thread: see packet_client.h.
+#include <arpa/inet.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cstring>
+#include <map>
+#include <tuple>
+#include <vector>
+
+#include "scenario/loader.h"
+#include "server/command_server.h"
+#include "support/events.h"
+#include "support/octets.h"
+#include "support/packet_client.h"
+#include "support/requests.h"
+#include "support/temporary_folder.h"
+#include "wire/events.h"
+
+using namespace stpswitch;
+namespace wire = stpplatform::wire;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+namespace {
+
+constexpr uint32_t kPort = 0x1A000000;
+
+InconsistencyEvent event(uint32_t notification_class, uint32_t tree, uint32_t state) {
+  return {notification_class, tree, kPort, state, SpanningTreeMode::kMst};
+}
+
+struct Received {
+  uint32_t sequence;
+  uint32_t notification_class;
+  uint32_t tree;
+  uint32_t state;
+  bool operator==(const Received &) const = default;
+};
+
+void PrintTo(const Received &received, std::ostream *out) {
+  *out << "#" << received.sequence << " " << received.notification_class << " tree " << received.tree
+       << " state " << received.state;
+}
+
+Received read_event(const Packet &packet) {
+  wire::Event head{};
+  wire::InconsistencyPayload payload{};
+  EXPECT_EQ(packet.size(), sizeof head + sizeof payload);
+  if (packet.size() != sizeof head + sizeof payload) {
+    return {};
+  }
+  std::memcpy(&head, packet.data(), sizeof head);
+  std::memcpy(&payload, packet.data() + sizeof head, sizeof payload);
+  EXPECT_EQ(head.header.type, static_cast<uint16_t>(wire::MessageType::kEvent));
+  return {head.header.sequence, head.notification_class, ntohl(payload.tree), ntohl(payload.state)};
+}
+
+class EventServers : public testing::Test {
+ protected:
+  PacketClient greeted() {
+    PacketClient client(&loop_, path_);
+    client.receive_hello();
+    return client;
+  }
+
+  PacketClient subscriber(const std::vector<uint32_t> &classes = {kPortClass, kLoopClass, kRootClass}) {
+    PacketClient client = greeted();
+    client.send(make_subscription(classes));
+    let_the_server_work();
+    return client;
+  }
+
+  // Long enough for all that has arrived to be read.
+  void let_the_server_work() {
+    for (int turn = 0; turn < 4; ++turn) {
+      event_base_loop(loop_.base(), EVLOOP_NONBLOCK);
+    }
+  }
+
+  void tell(uint32_t notification_class, uint32_t tree, uint32_t state) {
+    server_.tell({event(notification_class, tree, state)});
+  }
+
+  static Packet request(uint32_t sequence) {
+    return make_request({104, 1, {kGlobalSettingsKey}, "operator", sequence});
+  }
+
+  void expect_service() {
+    PacketClient client = greeted();
+    EXPECT_EQ(reply_head(client.ask(request(4711))).header.sequence, 4711U);
+  }
+
+  TemporaryFolder folder_;
+  std::string path_ = folder_.path("switch.sock");
+  EventLoop loop_;
+  Switch switch_{load_scenario(SCENARIOS "/mst-small.toml")};
+  SnapshotPublisher snapshot_{&switch_};
+  Faults faults_;
+  CommandServer server_{&loop_, {path_, SOCK_SEQPACKET, 0660, std::nullopt}, &switch_, &snapshot_, &faults_};
+};
+
+TEST_F(EventServers, TellASubscriberInOrder) {
+  PacketClient client = subscriber();
+  server_.tell({event(kPortClass, 1, 0x01000000), event(kLoopClass, 2, 1)});
+  tell(kLoopClass, 2, 2);
+  EXPECT_EQ(read_event(client.receive()), (Received{1, kPortClass, 1, 0x01000000}));
+  EXPECT_EQ(read_event(client.receive()), (Received{2, kLoopClass, 2, 1}));
+  EXPECT_EQ(read_event(client.receive()), (Received{3, kLoopClass, 2, 2}));
+  EXPECT_FALSE(client.receive_now().has_value());
+}
+
+TEST_F(EventServers, TellNobodyWhoHasNotSubscribed) {
+  PacketClient client = greeted();
+  tell(kRootClass, 1, 1);
+  EXPECT_EQ(reply_head(client.ask(request(1))).header.sequence, 1U);
+  EXPECT_FALSE(client.receive_now().has_value());
+}
+
+TEST_F(EventServers, TellOnlyOfTheClassesSubscribedTo) {
+  PacketClient client = subscriber({kRootClass, 1});
+  for (const uint32_t notification_class : {kPortClass, kLoopClass, kRootClass}) {
+    tell(notification_class, 9, 1);
+  }
+  EXPECT_EQ(read_event(client.receive()), (Received{1, kRootClass, 9, 1}));
+  EXPECT_FALSE(client.receive_now().has_value());
+}
+
+TEST_F(EventServers, TellEachSubscriberWhatItWants) {
+  PacketClient loops = subscriber({kLoopClass});
+  PacketClient roots = subscriber({kRootClass});
+  server_.tell({event(kLoopClass, 1, 1), event(kRootClass, 2, 1), event(kLoopClass, 3, 1)});
+  EXPECT_EQ(read_event(loops.receive()), (Received{1, kLoopClass, 1, 1}));
+  EXPECT_EQ(read_event(loops.receive()), (Received{2, kLoopClass, 3, 1}));
+  EXPECT_EQ(read_event(roots.receive()), (Received{1, kRootClass, 2, 1}));
+}
+
+TEST_F(EventServers, LetASubscriberChooseAnew) {
+  PacketClient client = subscriber({kLoopClass});
+  tell(kLoopClass, 1, 1);
+  client.send(make_subscription({kRootClass}));
+  let_the_server_work();
+  tell(kLoopClass, 2, 1);
+  tell(kRootClass, 3, 1);
+  EXPECT_EQ(read_event(client.receive()), (Received{1, kLoopClass, 1, 1}));
+  EXPECT_EQ(read_event(client.receive()), (Received{2, kRootClass, 3, 1})) << "the numbers run on";
+  EXPECT_FALSE(client.receive_now().has_value());
+}
+
+TEST_F(EventServers, AnswerRequestsBeforeASubscription) {
+  PacketClient client = greeted();
+  client.send(request(1));
+  client.send(request(2));
+  client.send(make_subscription({kLoopClass}));
+  EXPECT_EQ(reply_head(client.receive()).header.sequence, 1U);
+  EXPECT_EQ(reply_head(client.receive()).header.sequence, 2U);
+  let_the_server_work();
+  tell(kLoopClass, 1, 1);
+  EXPECT_EQ(read_event(client.receive()), (Received{1, kLoopClass, 1, 1}));
+}
+
+TEST_F(EventServers, SendALateReplyBeforeTheyTakeASubscription) {
+  PacketClient client = greeted();
+  faults_.order(FaultKind::kDelay, std::chrono::milliseconds(20), 1);
+  client.send(request(1));
+  client.send(make_subscription({kLoopClass}));
+  EXPECT_EQ(reply_head(client.receive()).header.sequence, 1U);
+  let_the_server_work();
+  tell(kLoopClass, 1, 1);
+  EXPECT_EQ(read_event(client.receive()), (Received{1, kLoopClass, 1, 1}));
+}
+
+TEST_F(EventServers, DisconnectASubscriberThatAsks) {
+  PacketClient client = subscriber();
+  testing::internal::CaptureStderr();
+  EXPECT_TRUE(client.ask(request(1)).empty());
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "stp-switchd: a subscriber sent 120 octets that are no subscription: disconnecting it\n");
+  tell(kLoopClass, 1, 1);
+  expect_service();
+}
+
+TEST_F(EventServers, DisconnectWhoeverSubscribesMalformed) {
+  PacketClient client = greeted();
+  Packet malformed = make_subscription({kLoopClass});
+  put(&malformed, offsetof(wire::Subscribe, class_count), uint32_t{2});
+  testing::internal::CaptureStderr();
+  EXPECT_TRUE(client.ask(malformed).empty());
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "stp-switchd: a client sent a malformed subscription of 24 octets: disconnecting it\n");
+  expect_service();
+}
+
+TEST_F(EventServers, DisconnectWhoeverSubscribesInMoreThanAMessage) {
+  PacketClient client = greeted();
+  Packet huge = make_subscription({kLoopClass});
+  huge.resize(wire::kMaxMessageSize + 1);
+  put(&huge, offsetof(wire::MessageHeader, length), static_cast<uint32_t>(huge.size()));
+  testing::internal::CaptureStderr();
+  EXPECT_TRUE(client.ask(huge).empty());
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "stp-switchd: a client sent a malformed subscription of 131073 octets: disconnecting it\n");
+}
+
+TEST_F(EventServers, SurviveSubscribersThatHangUpAtAnyPoint) {
+  for (int round = 0; round < 100; ++round) {
+    PacketClient at_once = greeted();
+    at_once.send(make_subscription({kLoopClass}));
+    at_once.hang_up();
+    PacketClient with_events = subscriber();
+    tell(kLoopClass, 1, 1);
+    with_events.hang_up();
+    tell(kLoopClass, 1, 2);
+    PacketClient half = subscriber();
+    half.stop_sending();
+    tell(kLoopClass, 1, 1);
+    let_the_server_work();
+    tell(kLoopClass, 1, 2);
+  }
+  expect_service();
+}
+
+TEST_F(EventServers, TellTheOthersWhenOneIsGone) {
+  constexpr size_t kSubscribers = 5;
+  std::vector<PacketClient> clients;
+  clients.reserve(kSubscribers);
+  for (size_t i = 0; i < kSubscribers; ++i) {
+    clients.push_back(subscriber());
+  }
+  // Nobody has noticed yet when the events come.
+  for (const uint32_t gone : {0U, 2U, 4U}) {
+    clients[gone].hang_up();
+  }
+  tell(kLoopClass, 1, 1);
+  tell(kLoopClass, 1, 2);
+  for (const uint32_t left : {1U, 3U}) {
+    EXPECT_EQ(read_event(clients[left].receive()), (Received{1, kLoopClass, 1, 1}));
+    EXPECT_EQ(read_event(clients[left].receive()), (Received{2, kLoopClass, 1, 2}));
+  }
+}
+
+TEST_F(EventServers, CountSubscribersAmongTheConnections) {
+  std::vector<PacketClient> clients;
+  for (size_t i = 0; i < 64; ++i) {
+    clients.push_back(subscriber());
+  }
+  testing::internal::CaptureStderr();
+  PacketClient refused(&loop_, path_);
+  EXPECT_TRUE(refused.receive().empty());
+  EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("refusing further connections: 64 are open"));
+  clients.clear();
+  let_the_server_work();
+  for (size_t i = 0; i < 64; ++i) {
+    clients.push_back(subscriber());
+  }
+  tell(kLoopClass, 1, 1);
+  for (PacketClient &client : clients) {
+    EXPECT_EQ(read_event(client.receive()), (Received{1, kLoopClass, 1, 1}));
+  }
+}
+
+// A storm on few keys, while the subscriber reads nothing.
+TEST_F(EventServers, DoNotWaitForASubscriberThatDoesNotRead) {
+  constexpr uint32_t kEvents = 20000;
+  constexpr uint32_t kTrees = 10;
+  PacketClient slow = subscriber();
+  PacketClient fast = subscriber();
+  testing::internal::CaptureStderr();
+  std::map<uint32_t, uint32_t> told;
+  for (uint32_t i = 1; i <= kEvents; ++i) {
+    told[i % kTrees] = i;
+    tell(kLoopClass, i % kTrees, i);
+    const Received received = read_event(fast.receive());
+    ASSERT_EQ(received, (Received{i, kLoopClass, i % kTrees, i}));
+  }
+  expect_service();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+
+  testing::internal::CaptureStderr();
+  std::map<uint32_t, uint32_t> seen;
+  uint32_t count = 0;
+  while (seen != told) {
+    const Received received = read_event(slow.receive());
+    ASSERT_EQ(received.sequence, ++count);
+    ASSERT_GT(received.state, seen[received.tree]) << "order";
+    seen[received.tree] = received.state;
+  }
+  let_the_server_work();
+  EXPECT_FALSE(slow.receive_now().has_value());
+  EXPECT_LT(count, kEvents);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "stp-switchd: a subscriber has caught up; events replaced by later ones while they waited: " +
+                std::to_string(kEvents - count) + "\n");
+
+  // It is told of everything again.
+  tell(kRootClass, 1, 1);
+  tell(kRootClass, 1, 2);
+  EXPECT_EQ(read_event(slow.receive()), (Received{count + 1, kRootClass, 1, 1}));
+  EXPECT_EQ(read_event(slow.receive()), (Received{count + 2, kRootClass, 1, 2}));
+}
+
+TEST_F(EventServers, ForgetASubscriberThatNeitherReadsNorStays) {
+  constexpr uint32_t kEvents = 5000;
+  PacketClient slow = subscriber();
+  for (uint32_t i = 1; i <= kEvents; ++i) {
+    tell(kLoopClass, 1, i);
+  }
+  testing::internal::CaptureStderr();
+  slow.hang_up();
+  let_the_server_work();
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              MatchesRegex("stp-switchd: a subscriber has left; events replaced by later ones while they "
+                           "waited: [0-9]+\n"));
+  tell(kLoopClass, 1, 1);
+  expect_service();
+}
+
+TEST_F(EventServers, TellOfMoreThanTheSocketTakesAtOnce) {
+  constexpr uint32_t kTrees = 4094;
+  PacketClient client = subscriber();
+  std::vector<InconsistencyEvent> events;
+  for (uint32_t tree = 1; tree <= kTrees; ++tree) {
+    events.push_back(event(kRootClass, tree, 1));
+  }
+  server_.tell(events);
+  for (uint32_t tree = 1; tree <= kTrees; ++tree) {
+    ASSERT_EQ(read_event(client.receive()), (Received{tree, kRootClass, tree, 1}));
+  }
+}
+
+}  // namespace
