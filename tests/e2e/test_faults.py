@@ -53,7 +53,7 @@ def test_no_table_has_a_row_during_a_fault_and_all_are_back_after_it(fault, scen
         assert lab.snmp.get(*asked) == [Binding(oid, 'noSuchInstance') for oid in asked]
         assert lab.snmp.walk(ROOT) == golden.CONSTANTS
         assert lab.snmp.bulk_walk(ROOT) == golden.CONSTANTS
-        for column in (golden.PVST_VLAN_STATE, golden.ROOT_GUARD_SETTING, *golden.MST_INSTANCE_COLUMNS):
+        for column in golden.VALUE_COLUMNS:
             assert lab.snmp.walk(column) == []
         lab.switch.fault('none')
         lab.wait_for(MAX_HOP_COUNT, dict((oid, value) for oid, _, value in expected)[MAX_HOP_COUNT])

@@ -37,6 +37,8 @@ stpxSMSTConfigPreStandardDigest.0   0f1e2d3c4b5a69788796a5b4c3d2e1f1
 
 stpxPVSTVlanTable: no rows
 
+stpxInconsistencyTable: no rows
+
 stpxRootGuardConfigTable (ROOT.1.5.1)
 Port                   Setting
 channel 5 (369098757)  enabled (1)
@@ -44,6 +46,23 @@ channel 9 (369098761)  disabled (2)
 port 1 (436207617)     enabled (1)
 port 3 (436207619)     disabled (2)
 port 300 (436207916)   enabled (1)
+
+stpxRootInconsistencyTable (ROOT.1.5.2)
+Tree      Port              State
+CIST (0)  port 3 (131)      inconsistent (1)
+CIST (0)  port 300 (428)    inconsistent (1)
+CIST (0)  channel 5 (4101)  inconsistent (1)
+CIST (0)  channel 9 (4105)  inconsistent (1)
+1         port 1 (129)      inconsistent (1)
+2         port 1 (129)      inconsistent (1)
+2         channel 5 (4101)  inconsistent (1)
+
+stpxLoopInconsistencyTable (ROOT.1.8.2)
+Tree      Port              State
+CIST (0)  port 1 (129)      inconsistent (1)
+1         port 1 (129)      inconsistent (1)
+2         port 1 (129)      inconsistent (1)
+2         channel 5 (4101)  inconsistent (1)
 
 stpxSMSTInstanceTable (ROOT.1.14.5)
 Index     VlansMappedLow     VlansMappedHigh  Value  BridgeId                   Counter
@@ -70,12 +89,32 @@ Index  State
 2048   true (1)
 4094   false (2)
 
+stpxInconsistencyTable (ROOT.1.3.1)
+Tree  Port          stpxInconsistentState
+1     port 1 (129)  portType (40)
+1     port 2 (130)  portVlanId (80)
+3     port 1 (129)  portVlanId,portType (c0)
+8     port 1 (129)  portVlanId (80)
+
 stpxRootGuardConfigTable (ROOT.1.5.1)
 Port                   Setting
 channel 7 (369098759)  enabled (1)
 port 1 (436207617)     disabled (2)
 port 2 (436207618)     enabled (1)
 port 5 (436207621)     disabled (2)
+
+stpxRootInconsistencyTable (ROOT.1.5.2)
+Tree  Port          State
+1     port 2 (130)  inconsistent (1)
+2     port 1 (129)  inconsistent (1)
+7     port 1 (129)  inconsistent (1)
+33    port 5 (133)  inconsistent (1)
+
+stpxLoopInconsistencyTable (ROOT.1.8.2)
+Tree  Port              State
+1     port 1 (129)      inconsistent (1)
+1     port 2 (130)      inconsistent (1)
+1     channel 7 (4103)  inconsistent (1)
 
 stpxSMSTInstanceTable (ROOT.1.14.5)
 Index     VlansMappedLow  VlansMappedHigh  Value  BridgeId  Counter
@@ -218,6 +257,8 @@ def test_stays_up_for_the_commands_that_it_prints_until_ctrl_c(start_run):
     assert type_in(show_walk) in run.output
     type_in('set mst.region')
     assert '.9.82.1.11.2.0 = STRING: "campus-north"' in type_in(walk)
+    type_in('set port.1.root_inconsistent')
+    assert '.9.82.1.5.2.1.3.0.129 = INTEGER: 1' in type_in(walk)
     type_in('set switch.mode')
     assert '\n10     true (1)\n' in type_in(show_walk)
     type_in('set rapid_pvst.disabled_vlans')

@@ -39,8 +39,8 @@ def test_set_of_each_object_is_refused_and_changes_nothing(shared_lab, who, reas
 
 
 @WRITERS
-def test_set_of_each_per_vlan_tree_is_refused_and_changes_nothing(rapid_pvst_lab, who, reason):
-    rows = golden.column_of(golden.RAPID_PVST, golden.PVST_VLAN_STATE)
+def test_set_of_each_row_in_the_other_mode_is_refused_and_changes_nothing(rapid_pvst_lab, who, reason):
+    rows = golden.rows_of(golden.RAPID_PVST)
     for oid, kind, _ in rows:
         check_set_is_refused(rapid_pvst_lab, oid, kind, who, reason)
     assert rapid_pvst_lab.snmp.get(*(binding.oid for binding in rows)) == rows

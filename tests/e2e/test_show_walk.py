@@ -39,7 +39,17 @@ stpxSMSTInstanceTable (.1.3.9.1.14.5)
 Index     VlansMappedLow  VlansMappedHigh  Value  BridgeId                   Counter
 CIST (0)  1,7-8,23        none             19     24576 / 00:00:5e:00:53:2a  4294967295
 '''
-NO_PVST_VLANS, NO_ROOT_GUARD = '\nstpxPVSTVlanTable: no rows\n', '\nstpxRootGuardConfigTable: no rows\n'
+NO_OTHER_ROWS = '''
+stpxPVSTVlanTable: no rows
+
+stpxInconsistencyTable: no rows
+
+stpxRootGuardConfigTable: no rows
+
+stpxRootInconsistencyTable: no rows
+
+stpxLoopInconsistencyTable: no rows
+'''
 
 
 def show(served, names=NAMES):
@@ -55,7 +65,7 @@ def show_complete(served):
 
 
 def test_tables_without_rows_are_named():
-    assert show_complete(SERVED) == SHOWN_SCALARS + NO_PVST_VLANS + NO_ROOT_GUARD + SHOWN_CIST
+    assert show_complete(SERVED) == SHOWN_SCALARS + NO_OTHER_ROWS + SHOWN_CIST
 
 
 def test_rows_are_in_the_order_of_their_index_and_missing_cells_are_dashes():
@@ -84,6 +94,35 @@ port 3 (436207619)        enabled (1)
 ''' in shown
 
 
+def test_inconsistencies_are_shown_by_tree_and_port_with_their_kinds():
+    shown = show_complete({
+        **SERVED, '.1.8.2.1.3.0.4097': 'INTEGER: 1', '.1.8.2.1.3.0.131': 'INTEGER: 1',
+        '.1.5.2.1.3.10.4095': 'INTEGER: 7',
+        '.1.5.2.1.3.2.8191': 'INTEGER: 1', '.1.5.2.1.3.2.4096': 'INTEGER: 1',
+        '.1.3.1.1.3.1.129': 'Hex-STRING: 80 ', '.1.3.1.1.3.1.128': 'Hex-STRING: C0 ',
+        '.1.3.1.1.3.4094.8192': 'Hex-STRING: 60 ', '.1.3.1.1.3.4094.130': 'Hex-STRING: 00 '})
+    assert '''
+stpxInconsistencyTable (.1.3.9.1.3.1)
+Tree  Port          stpxInconsistentState
+1     128           portVlanId,portType (c0)
+1     port 1 (129)  portVlanId (80)
+4094  port 2 (130)  none (00)
+4094  8192          portType,2 (60)
+''' in shown
+    assert '''
+stpxRootInconsistencyTable (.1.3.9.1.5.2)
+Tree  Port                 State
+2     4096                 inconsistent (1)
+2     channel 4095 (8191)  inconsistent (1)
+10    port 3967 (4095)     7
+
+stpxLoopInconsistencyTable (.1.3.9.1.8.2)
+Tree      Port              State
+CIST (0)  port 3 (131)      inconsistent (1)
+CIST (0)  channel 1 (4097)  inconsistent (1)
+''' in shown
+
+
 def test_a_long_cell_moves_its_own_row_only():
     every_other_vlan = ' '.join(['55'] * 256)
     shown = show_complete({**SERVED, '.1.14.5.1.2.1': f'Hex-STRING: {every_other_vlan} ',
@@ -107,7 +146,7 @@ def test_lines_that_are_no_objects_of_the_module_are_passed_over():
         '.1.3.99.1.6.1.0 = INTEGER: 5\nTimeout: No Response\n'
         f'{ROOT}.2 = No more variables left in this MIB View (It is past the end of the MIB tree)\n')
     assert result.returncode == 0
-    assert result.stdout == SHOWN_SCALARS + NO_PVST_VLANS + NO_ROOT_GUARD + SHOWN_CIST
+    assert result.stdout == SHOWN_SCALARS + NO_OTHER_ROWS + SHOWN_CIST
 
 
 @pytest.mark.parametrize('lost, named', [

@@ -2,10 +2,12 @@
 
 import golden
 import pytest
-from golden import DISABLED, ENABLED, FALSE, TRUE, channel, half_bitmap, port, vlans
+from golden import (
+    DISABLED, ENABLED, FALSE, INCONSISTENT, PVID, PVID_AND_TYPE, TRUE, TYPE, channel, half_bitmap, port,
+    vlans)
 from harness.build import ROOT
 from harness.lab import run_lab
-from harness.oids import below, column_and_index
+from harness.oids import below
 from harness.snmp_tools import Binding
 
 ALL_VLANS = vlans((1, 4094))
@@ -18,12 +20,18 @@ def fixture_rapid_pvst_lab():
         yield lab
 
 
+def index_of(oid):
+    """A number, or a tuple where the index has more than one arc."""
+    _, index = golden.column_and_index(oid)
+    return index if len(index) > 1 else index[0]
+
+
 def column(lab, oid):
     """The rows of a column by their indexes; a GET and a walk agree on them."""
     rows = lab.snmp.walk(oid)
     if rows:
         assert lab.snmp.get(*(row.oid for row in rows)) == rows
-    return {int(column_and_index(row.oid)[1]): row.value for row in rows}
+    return {index_of(row.oid): row.value for row in rows}
 
 
 def value(lab, oid):
@@ -196,3 +204,94 @@ def test_internal_root_path_cost_is_served_whole(lab, cost):
     lab.switch.set('mst.cist.internal_root_path_cost', str(cost))
     [binding] = lab.snmp.walk(golden.MST_COST)
     assert binding == Binding(f'{golden.MST_COST}.0', 'Gauge32', cost)
+
+
+def states(lab):
+    """The rows of the tables of port, root and loop inconsistencies."""
+    return tuple(column(lab, oid) for oid in golden.TREE_AND_PORT_COLUMNS)
+
+
+@pytest.mark.parametrize('kind, oid', [
+    ('root_inconsistent', golden.ROOT_STATE), ('loop_inconsistent', golden.LOOP_STATE)])
+def test_inconsistency_row_comes_and_goes_with_the_inconsistency(rapid_pvst_lab, kind, oid):
+    lab = rapid_pvst_lab
+    for key in ('port.2', 'port.5', 'port_channel.7'):
+        lab.switch.set(f'{key}.{kind}', '')
+    for trees, rows in (
+            ('', []), ('4', [(4, 129)]), ('4,7', [(4, 129), (7, 129)]), ('7', [(7, 129)]), ('', [])):
+        lab.switch.set(f'port.1.{kind}', trees)
+        assert column(lab, oid) == {index: INCONSISTENT for index in rows}
+
+
+def test_port_inconsistency_row_has_a_bit_for_each_kind_and_goes_without_any(rapid_pvst_lab):
+    lab = rapid_pvst_lab
+    others = {(1, 130): PVID, (3, 129): PVID_AND_TYPE, (8, 129): PVID}
+    for kind, trees, served in (
+            ('pvid', '1,3,8', PVID_AND_TYPE), ('type', '3', PVID),
+            ('pvid', '3,8', None), ('type', '1,3', TYPE)):
+        lab.switch.set(f'port.1.{kind}_inconsistent', trees)
+        assert column(lab, golden.PORT_STATE) == ({(1, 129): served} if served else {}) | others
+
+
+def test_links_do_not_matter_for_inconsistency_rows(rapid_pvst_lab):
+    lab = rapid_pvst_lab
+    lab.switch.set('port.1.link', 'down')
+    lab.switch.set('port.5.link', 'up')
+    assert lab.snmp.walk(ROOT) == golden.RAPID_PVST
+
+
+PORT_ROWS_OF_PORT_2 = {(1, 130): PVID}
+ROOT_ROWS_BUT_PORT_1 = {(1, 130): INCONSISTENT, (33, 133): INCONSISTENT}
+
+
+@pytest.mark.parametrize('key, value_without, value_before', [
+    ('port.1.channel', '7', '0'), ('port.1.switchport', 'false', 'true'), ('port.1.vlans', '4', '1-8')])
+def test_inconsistency_rows_of_a_port_go_when_it_leaves_their_trees_and_return_with_it(
+        rapid_pvst_lab, key, value_without, value_before):
+    lab = rapid_pvst_lab
+    lab.switch.set(key, value_without)
+    assert states(lab) == (
+        PORT_ROWS_OF_PORT_2, ROOT_ROWS_BUT_PORT_1, {(1, 130): INCONSISTENT, (1, 4103): INCONSISTENT})
+    lab.switch.set(key, value_before)
+    assert lab.snmp.walk(ROOT) == golden.RAPID_PVST
+
+
+def test_inconsistency_rows_of_a_vlan_go_when_spanning_tree_is_switched_off_on_it(rapid_pvst_lab):
+    lab = rapid_pvst_lab
+    lab.switch.set('rapid_pvst.disabled_vlans', '1')
+    assert states(lab) == (
+        {(3, 129): PVID_AND_TYPE, (5, 129): PVID, (6, 129): TYPE, (8, 129): PVID},
+        {index: INCONSISTENT for index in ((2, 129), (5, 129), (6, 129), (7, 129), (33, 133))},
+        {(20, 130): INCONSISTENT})
+    # The port-channel's row in the last tree is behind the end of a walk.
+    last = Binding(f'{golden.LOOP_STATE}.4094.4103', 'INTEGER', INCONSISTENT)
+    assert lab.snmp.get(last.oid) == [last]
+    lab.switch.set('rapid_pvst.disabled_vlans', '5-6,20,4094,100')
+    assert lab.snmp.walk(ROOT) == golden.RAPID_PVST
+
+
+def test_inconsistency_rows_are_those_of_the_modes_trees(lab):
+    lab.switch.set('switch.mode', 'rapid-pvst')
+    assert states(lab) == (
+        {(1, 129): PVID, (10, 129): PVID_AND_TYPE},
+        {index: INCONSISTENT for index in ((1, 129), (1, 428), (2, 4101))},
+        {index: INCONSISTENT for index in ((1, 129), (1, 428), (2, 4101))})
+    lab.switch.set('switch.mode', 'mst')
+    assert lab.snmp.walk(ROOT) == golden.MST
+
+
+def test_inconsistency_rows_follow_the_vlans_of_an_instance(lab):
+    lab.switch.set('mst.instance.1.vlans', '5')
+    assert column(lab, golden.ROOT_STATE) == {
+        index: INCONSISTENT
+        for index in ((0, 131), (0, 428), (0, 4101), (0, 4105), (2, 129), (2, 4101))}
+    assert column(lab, golden.LOOP_STATE) == {
+        index: INCONSISTENT for index in ((0, 129), (2, 129), (2, 4101))}
+    lab.switch.set('mst.instance.1.vlans', '10-19')
+    assert lab.snmp.walk(ROOT) == golden.MST
+
+
+def test_port_in_no_instances_vlan_is_in_the_cist_all_the_same(lab):
+    lab.switch.set('port.300.vlans', '10')
+    root = column(lab, golden.ROOT_STATE)
+    assert ((0, 428) in root, (1, 428) in root, (2, 428) in root) == (True, True, False)

@@ -1,14 +1,19 @@
 """The tables from every side: each prefix, each row, what lies before, between and behind the rows."""
 
+from contextlib import contextmanager
+
 import golden
 import pytest
 from harness.build import ROOT
 from harness.lab import run_lab
-from harness.oids import below, column_and_index, following
+from harness.oids import below, following
 from harness.snmp_tools import Binding, v1, v2c
 
-# The columns of the MST instances' VLANs see 16 bits of the index.
+# The columns of the MST instances' VLANs see 16 bits of the index; those by tree and port, of the port.
 ROUND = 65536
+# Trees and ports at the ends of their ranges, and beyond.
+EDGE_TREES = [0, 4093, 4094, 4095, 2**31 - 1, 2**31, golden.HIGHEST_INDEX - 1, golden.HIGHEST_INDEX]
+EDGE_PORTS = [0, 1, 127, 128, 4095, 4096, 8191, 8192, ROUND - 2, ROUND - 1]
 
 
 @pytest.fixture(name='mst_snmp', scope='module')
@@ -55,9 +60,28 @@ def check_getnext(snmp, expected, asked):
 
 
 def shifted(row, rounds):
-    """The same row for who sees 16 bits of its index only."""
-    column, index = column_and_index(row)
-    return f'{column}.{int(index) + rounds * ROUND}'
+    """The same row for who sees 16 bits of its last arc only."""
+    column, (*arcs, last) = golden.column_and_index(row)
+    return golden.instance(column, (*arcs, last + rounds * ROUND))
+
+
+def indexes_of(expected):
+    return {golden.column_and_index(row.oid)[1] for row in golden.rows_of(expected)}
+
+
+def beside(index):
+    """The indexes that differ from this one by 1 in one arc."""
+    return [(*index[:position], arc + step, *index[position + 1:])
+            for position, arc in enumerate(index) for step in (-1, 1) if arc + step >= 0]
+
+
+def trees_and_ports_around(expected):
+    """Trees and ports of the rows, their neighbours and the ends of the ranges; each tree with each port."""
+    rows = [golden.column_and_index(row.oid)[1]
+            for column in golden.TREE_AND_PORT_COLUMNS for row in golden.column_of(expected, column)]
+    near = rows + [neighbour for index in rows for neighbour in beside(index)]
+    trees, ports = (sorted({*edges, *arcs}) for edges, arcs in zip((EDGE_TREES, EDGE_PORTS), zip(*near)))
+    return [(tree, port) for tree in trees for port in ports]
 
 
 def test_walk_of_each_node_is_what_lies_below_it(served):
@@ -101,9 +125,16 @@ def test_getnext_from_beside_each_row_is_the_row_after_it(served):
     snmp, expected = served
     asked = []
     for row in golden.rows_of(expected):
-        column, index = column_and_index(row.oid)
-        asked += [f'{column}.{beside}' for beside in (int(index) - 1, int(index) + 1) if beside >= 0]
+        column, index = golden.column_and_index(row.oid)
+        asked += [golden.instance(column, neighbour) for neighbour in beside(index)]
     check_getnext(snmp, expected, asked)
+
+
+@pytest.mark.parametrize('column', golden.TREE_AND_PORT_COLUMNS)
+def test_getnext_from_each_tree_and_port_is_the_row_after_it(served, column):
+    snmp, expected = served
+    check_getnext(snmp, expected, [
+        golden.instance(column, index) for index in trees_and_ports_around(expected)])
 
 
 def test_getnext_ignores_arcs_behind_the_index(served):
@@ -122,9 +153,9 @@ def test_getnext_from_behind_the_last_row_is_the_next_column(served):
 
 def test_getnext_from_an_index_column_is_the_first_row_of_the_following_one(served):
     snmp, expected = served
-    indexes = {column_and_index(row.oid)[1] for row in golden.rows_of(expected)}
     check_getnext(snmp, expected, [
-        f'{column}.{index}' for column in golden.INDEX_COLUMNS for index in sorted(indexes)])
+        golden.instance(column, index)
+        for column in golden.INDEX_COLUMNS for index in sorted(indexes_of(expected))])
 
 
 def test_get_answers_each_row_whatever_was_asked_before(served):
@@ -135,13 +166,29 @@ def test_get_answers_each_row_whatever_was_asked_before(served):
 
 def test_get_of_an_index_column_is_no_such_instance(served):
     snmp, expected = served
-    indexes = {column_and_index(row.oid)[1] for row in golden.rows_of(expected)}
-    asked = [f'{column}.{index}' for column in golden.INDEX_COLUMNS for index in sorted(indexes)]
+    asked = [golden.instance(column, index)
+             for column in golden.INDEX_COLUMNS for index in sorted(indexes_of(expected))]
     asked += golden.INDEX_COLUMNS
     assert snmp.get(*asked) == [Binding(oid, 'noSuchInstance') for oid in asked]
 
 
-def test_get_of_two_index_arcs_is_no_such_instance(served):
+@pytest.mark.parametrize('column', golden.TREE_AND_PORT_COLUMNS)
+def test_get_of_each_tree_and_port_without_a_row_is_no_such_instance(served, column):
+    snmp, expected = served
+    rows = [row.oid for row in golden.column_of(expected, column)]
+    asked = [golden.instance(column, index) for index in trees_and_ports_around(expected)]
+    asked = [oid for oid in asked if oid not in rows]
+    assert snmp.get(*asked) == [Binding(oid, 'noSuchInstance') for oid in asked]
+
+
+def test_get_of_a_tree_without_a_port_is_no_such_instance(served):
+    snmp, _ = served
+    asked = [f'{column}.{tree}' for column in golden.TREE_AND_PORT_COLUMNS
+             for tree in (0, 1, 2, 33, golden.HIGHEST_INDEX)]
+    assert snmp.get(*asked) == [Binding(oid, 'noSuchInstance') for oid in asked]
+
+
+def test_get_of_more_arcs_than_the_index_has_is_no_such_instance(served):
     snmp, expected = served
     more_arcs = ('.0', '.1', '.4294967295', '.1.1')
     asked = [row.oid + more for row in golden.rows_of(expected) for more in more_arcs]
@@ -176,6 +223,23 @@ def test_vlans_that_no_bridge_port_has_have_no_row(rapid_pvst_snmp):
     assert rapid_pvst_snmp.get(*asked) == [Binding(oid, 'noSuchInstance') for oid in asked]
 
 
+@pytest.mark.parametrize('column, index', [
+    (golden.ROOT_STATE, (0, golden.bridge_port(2))), (golden.LOOP_STATE, (0, golden.bridge_port(2))),
+    (golden.ROOT_STATE, (0, golden.bridge_port(4))), (golden.LOOP_STATE, (0, golden.bridge_port(4))),
+    (golden.ROOT_STATE, (1, golden.bridge_port(300))), (golden.ROOT_STATE, (64, golden.bridge_port(300))),
+])
+def test_port_is_inconsistent_in_its_own_trees_only(mst_snmp, column, index):
+    oid = golden.instance(column, index)
+    assert mst_snmp.get(oid) == [Binding(oid, 'noSuchInstance')]
+
+
+@pytest.mark.parametrize('instance', ['', '.0', '.1', '.1.0', '.1.129', '.10.129', '.4294967295'])
+def test_port_inconsistency_table_is_empty_in_mst_mode(mst_snmp, instance):
+    asked = golden.PORT_STATE + instance
+    assert mst_snmp.get(asked) == [Binding(asked, 'noSuchInstance')]
+    check_getnext(mst_snmp, golden.MST, [asked])
+
+
 def test_per_vlan_tree_table_is_empty_in_mst_mode(mst_snmp):
     asked = [f'{golden.PVST_VLAN_STATE}.{vlan}' for vlan in (0, 1, 10, 4094)]
     assert mst_snmp.get(*asked) == [Binding(oid, 'noSuchInstance') for oid in asked]
@@ -193,7 +257,7 @@ def test_mst_columns_but_those_of_vlans_are_empty_in_rapid_pvst_mode(rapid_pvst_
 
 def test_get_of_a_bare_column_is_no_such_instance_where_no_row_has_index_0(served):
     snmp, _ = served
-    asked = [golden.ROOT_GUARD_SETTING, golden.PVST_VLAN_STATE]
+    asked = [golden.ROOT_GUARD_SETTING, golden.PVST_VLAN_STATE, *golden.TREE_AND_PORT_COLUMNS]
     assert snmp.get(*asked) == [Binding(oid, 'noSuchInstance') for oid in asked]
 
 
@@ -231,3 +295,108 @@ def test_getnext_of_mst_instances_vlans_counts_instances_modulo_65536(mst_snmp, 
 def test_a_manager_that_checks_the_order_stops_a_walk_that_goes_backwards(mst_snmp):
     for column in golden.MST_INSTANCE_COLUMNS:
         assert 'OID not increasing' in mst_snmp.walk(f'{column}.{golden.HIGHEST_INDEX}').reason
+
+
+@pytest.mark.parametrize('rounds', [1, 2, 65535])
+def test_tables_by_tree_and_port_count_ports_modulo_65536(served, rounds):
+    """The agent answers with the OID of the row that was found, not with the one that was asked."""
+    snmp, expected = served
+    for column in golden.TREE_AND_PORT_COLUMNS:
+        rows = golden.column_of(expected, column)
+        asked = [shifted(row.oid, rounds) for row in rows]
+        if rows:
+            assert snmp.get(*asked) == rows
+            assert snmp.get_next(*asked[:-1]) == rows[1:]
+            check_getnext(snmp, expected, asked[-1:])
+
+
+# Which rows a walk of a table by tree and port does not reach. It asks for the next bridge port's row, and
+# else goes on in the order of the switch, where a tree's port-channels come first. A GET always answers.
+
+LOOPS_OF_SCENARIO = {
+    'rapid-pvst.toml': ('port.1', 'port.2', 'port_channel.7'),
+    'mst.toml': ('port.1', 'port.300', 'port_channel.5'),
+}
+
+
+@contextmanager
+def run_lab_without_loops(scenario):
+    with run_lab(scenario) as lab:
+        set_loop_inconsistencies(lab, {key: '' for key in LOOPS_OF_SCENARIO[scenario]})
+        assert lab.snmp.walk(golden.LOOP_STATE) == []
+        yield lab
+
+
+@pytest.fixture(name='rapid_pvst_lab')
+def fixture_rapid_pvst_lab():
+    with run_lab_without_loops('rapid-pvst.toml') as lab:
+        yield lab
+
+
+@pytest.fixture(name='mst_lab')
+def fixture_mst_lab():
+    with run_lab_without_loops('mst.toml') as lab:
+        yield lab
+
+
+def set_loop_inconsistencies(lab, trees_of_interface):
+    for key, trees in trees_of_interface.items():
+        lab.switch.set(f'{key}.loop_inconsistent', trees)
+
+
+def loop_rows(*indexes):
+    return [Binding(golden.instance(golden.LOOP_STATE, index), 'INTEGER', 1) for index in indexes]
+
+
+def test_port_channel_before_further_physical_ports_and_a_later_tree_is_passed_over(rapid_pvst_lab):
+    lab = rapid_pvst_lab
+    set_loop_inconsistencies(lab, {'port.1': '1-2', 'port_channel.7': '1'})
+    first, passed_over, last = loop_rows((1, 129), (1, 4103), (2, 129))
+    assert lab.snmp.walk(golden.LOOP_STATE) == [first, last]
+    assert lab.snmp.get_next(first.oid) == [last]
+    assert lab.snmp.get(passed_over.oid) == [passed_over]
+    lab.switch.set('port.1.loop_inconsistent', '1')
+    assert lab.snmp.walk(golden.LOOP_STATE) == [first, passed_over]
+
+
+def test_port_channel_behind_the_last_physical_port_is_not_passed_over(mst_lab):
+    lab = mst_lab
+    lab.switch.set('port.300.vlans', '1,10')
+    set_loop_inconsistencies(lab, {'port.300': '1', 'port_channel.5': '1-2', 'port.1': '2'})
+    rows = loop_rows((1, 428), (1, 4101), (2, 129), (2, 4101))
+    assert lab.snmp.walk(golden.LOOP_STATE) == rows
+
+
+def test_walk_ends_before_trees_in_which_only_port_channels_have_rows(rapid_pvst_lab):
+    lab = rapid_pvst_lab
+    set_loop_inconsistencies(lab, {'port.1': '1', 'port_channel.7': '2048'})
+    first, not_reached = loop_rows((1, 129), (2048, 4103))
+    assert lab.snmp.walk(golden.LOOP_STATE) == [first]
+    assert lab.snmp.get(not_reached.oid) == [not_reached]
+
+
+def test_only_row_of_a_table_is_not_reached_when_it_is_a_port_channels(rapid_pvst_lab):
+    lab = rapid_pvst_lab
+    set_loop_inconsistencies(lab, {'port_channel.7': '1'})
+    [row] = loop_rows((1, 4103))
+    assert lab.snmp.walk(golden.LOOP_STATE) == []
+    assert lab.snmp.get(row.oid) == [row]
+    assert lab.snmp.get_next(f'{golden.LOOP_STATE}.1') == [row]
+
+
+def test_tree_in_which_only_a_port_channel_has_a_row_is_reached_from_before_the_tree(rapid_pvst_lab):
+    lab = rapid_pvst_lab
+    set_loop_inconsistencies(lab, {'port_channel.7': '1', 'port.1': '2'})
+    rows = loop_rows((1, 4103), (2, 129))
+    assert lab.snmp.walk(golden.LOOP_STATE) == rows
+    assert lab.snmp.get_next(f'{golden.LOOP_STATE}.1') == rows[1:]
+
+
+def test_port_channel_of_tree_0_is_reached_from_the_last_physical_port_only(mst_lab):
+    lab = mst_lab
+    set_loop_inconsistencies(lab, {'port.1': '0', 'port_channel.5': '0'})
+    port_1, port_300, port_channel = loop_rows((0, 129), (0, 428), (0, 4101))
+    assert lab.snmp.walk(golden.LOOP_STATE) == [port_1]
+    assert lab.snmp.get(port_channel.oid) == [port_channel]
+    lab.switch.set('port.300.loop_inconsistent', '0')
+    assert lab.snmp.walk(golden.LOOP_STATE) == [port_1, port_300, port_channel]

@@ -1,5 +1,6 @@
 /* A dlmod module that answers with what the platform says about the very request: context, user, session
- * number. It is registered in the default context and in two more.
+ * number. It is registered in the default context and in two more. Loaded behind the module under test, it
+ * also enables the notification classes whose numbers stand in the environment variable AGENT_PROBE_ENABLE.
  */
 #include <net-snmp/net-snmp-config.h>
 /**/
@@ -8,6 +9,7 @@
 #include <net-snmp/agent/net-snmp-agent-includes.h>
 #include <net-snmp/agent/util_funcs/header_generic.h>
 #include <stdint.h>
+#include <stdlib.h>
 #include <string.h>
 
 #include "platform/agent_ext.h"
@@ -52,10 +54,25 @@ static struct variable4 entries[] = {
 
 static const char *const contexts[] = {"", "vlan-10", "mst-5"};
 
+static void enable_notifications(const char *classes) {
+  char *end = NULL;
+  for (; *classes != '\0'; classes = end) {
+    const unsigned long notification_class = strtoul(classes, &end, 10);
+    if (end == classes || set_notification_enable_disable_status((uint32_t)notification_class, 1) != 0) {
+      snmp_log(LOG_ERR, "agent_probe: error: cannot enable the notifications '%s'\n", classes);
+      return;
+    }
+  }
+}
+
 void init_agent_probe(void);
 void deinit_agent_probe(void);
 
 void init_agent_probe(void) {
+  const char *classes = getenv("AGENT_PROBE_ENABLE");
+  if (classes != NULL) {
+    enable_notifications(classes);
+  }
   for (size_t i = 0; i < COUNT(contexts); ++i) {
     if (register_mib_context("agent_probe", (struct variable *)entries, sizeof entries[0], COUNT(entries),
                              root, COUNT(root), DEFAULT_MIB_PRIORITY, 0, 0, NULL, contexts[i], -1,

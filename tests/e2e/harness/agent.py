@@ -42,6 +42,15 @@ dlmod stp_extensions_mib {build.MODULE}
 '''
 PROBE_CONFIGURATION = f'dlmod agent_probe {build.PROBE}\n'
 
+# The file whose word says which traps start enabled. The agent sees one of its own, under a private mount.
+TRAP_WORD_FILE = '/mnt/pss/stp_trap_value'
+PREPARE_TRAP_WORD = f'''
+mount -t tmpfs tmpfs /mnt
+mkdir /mnt/pss
+printf %s "$0" >{TRAP_WORD_FILE}
+exec setpriv --pdeathsig KILL "$@"
+'''
+
 # What no log may hold, unless the test has asked for the trouble.
 TROUBLE = re.compile(r'Sanitizer|runtime error:|undefined symbol|Segmentation|dlopen|[Ee]rror')
 
@@ -53,10 +62,14 @@ def free_port():
 
 
 class Agent:
-    def __init__(self, directory, switch_socket, deadline_ms=PATIENT_DEADLINE_MS, with_probe=True):
+    def __init__(self, directory, switch_socket, deadline_ms=PATIENT_DEADLINE_MS, with_probe=True,
+                 trap_endpoint=None, trap_word=None, enabled_classes=()):
+        """`trap_word` is the text of the trap word file, if there is to be one; the probe enables
+        `enabled_classes` on top of what it says."""
         self.log = directory / 'snmpd.log'
         self._directory = directory
         self._expected_trouble = []
+        self._trap_word = trap_word
         self._process = None
         self._port = None
         self._environment = {
@@ -66,6 +79,7 @@ class Agent:
             'SNMP_PERSISTENT_DIR': str(directory / 'persistent'),
             'STPPLATFORM_SOCKET': str(switch_socket),
             'STPPLATFORM_DEADLINE_MS': str(deadline_ms),
+            'AGENT_PROBE_ENABLE': ' '.join(str(number) for number in enabled_classes),
         }
         if build.PRELOAD:
             reports = f'log_path={directory}/sanitizer:print_stacktrace=1'
@@ -73,6 +87,8 @@ class Agent:
                                      ASAN_OPTIONS=f'{reports}:detect_leaks=0:quarantine_size_mb=4')
         (directory / 'persistent').mkdir()
         configuration = CONFIGURATION + (PROBE_CONFIGURATION if with_probe else '')
+        if trap_endpoint:
+            configuration += f'trap2sink {trap_endpoint} public\n'
         (directory / 'snmpd.conf').write_text(configuration, encoding='ascii')
 
     @property
@@ -98,7 +114,18 @@ class Agent:
     def _run(self, *mode):
         command = ['/usr/sbin/snmpd', *mode, '-Lf', self.log, '-C', '-c', self._directory / 'snmpd.conf',
                    '-I', '-smux', f'udp:127.0.0.1:{self._port}']
-        return Process(command, self._directory / 'snmpd.output', self._environment)
+        return Process([*self._private_mount(), *command], self._directory / 'snmpd.output',
+                       self._environment)
+
+    def _private_mount(self):
+        if self._trap_word is None:
+            return []
+        namespaces = ['--mount'] if os.geteuid() == 0 else ['--mount', '--map-root-user']
+        return ['unshare', *namespaces, 'sh', '-ec', PREPARE_TRAP_WORD, self._trap_word]
+
+    def write_trap_word(self, word):
+        """The agent reads it when it loads the module anew."""
+        Path(f'/proc/{self.pid}/root{TRAP_WORD_FILE}').write_text(word, encoding='ascii')
 
     def _log_holds(self, text):
         return self.count_in_log(text) > 0
@@ -116,6 +143,13 @@ class Agent:
         wait_until(lambda: not self.is_alive() or self.count_in_log('restarted') > seen,
                    'snmpd has reconfigured')
         assert self.is_alive(), f'snmpd died of SIGHUP:\n{self.read_logs()}'
+
+    def pause(self):
+        """Stops the process where it is: its sockets stay, and nobody reads from them."""
+        self._process.signal(signal.SIGSTOP)
+
+    def resume(self):
+        self._process.signal(signal.SIGCONT)
 
     def has_mapped(self, library):
         return str(library) in Path(f'/proc/{self.pid}/maps').read_text(encoding='utf-8')

@@ -16,8 +16,3 @@ def below(bindings, prefix):
 def following(bindings, oid):
     """The first binding behind `oid`; none behind the last."""
     return next((binding for binding in bindings if arcs(binding.oid) > arcs(oid)), None)
-
-
-def column_and_index(oid):
-    column, _, index = oid.rpartition('.')
-    return column, index

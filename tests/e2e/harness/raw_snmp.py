@@ -1,12 +1,12 @@
-"""A v2c client on one socket that stays open: thousands of requests without a process each, and one transport
-address for all of them. Only as much BER (ITU-T X.690) as requests of one variable need."""
+"""SNMPv2c in Python, for thousands of messages without a process each: a client on one socket that stays
+open, and the contents of traps. Only as much BER (ITU-T X.690) as requests of one variable and traps need."""
 
 import itertools
 import socket
 from typing import NamedTuple
 
 INTEGER, OCTETS, NULL, OID, SEQUENCE = 0x02, 0x04, 0x05, 0x06, 0x30
-GET, SET = 0xA0, 0xA3
+GET, SET, TRAP = 0xA0, 0xA3, 0xA7
 EXCEPTIONS = {0x80: 'noSuchObject', 0x81: 'noSuchInstance', 0x82: 'endOfMibView'}
 V2C = 1
 ANSWER_SECONDS = 60
@@ -56,6 +56,33 @@ def decode(data):
         start += length & 0x7F
         length = int.from_bytes(data[2:start], 'big')
     return tag, data[start:start + length], data[start + length:]
+
+
+def elements(data):
+    """The tag and the content of each element."""
+    while data:
+        tag, content, data = decode(data)
+        yield tag, content
+
+
+def decode_oid(content):
+    arcs, arc = [content[0] // 40, content[0] % 40], 0
+    for octet in content[1:]:
+        arc = arc << 7 | octet & 0x7F
+        if not octet & 0x80:
+            arcs.append(arc)
+            arc = 0
+    return ''.join(f'.{arc}' for arc in arcs)
+
+
+def trap_bindings(datagram):
+    """Name, tag and content of each variable binding in a trap."""
+    [(_, message)] = elements(datagram)
+    (_, version), _community, (kind, pdu) = elements(message)
+    assert (version, kind) == (bytes([V2C]), TRAP), f'not an SNMPv2 trap: {datagram.hex()}'
+    _request_id, _error_status, _error_index, (_, bindings) = elements(pdu)
+    return [(decode_oid(name), tag, value)
+            for _, binding in elements(bindings) for (_, name), (tag, value) in [elements(binding)]]
 
 
 class RawClient:

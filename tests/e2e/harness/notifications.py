@@ -1,0 +1,127 @@
+"""The module's three notification classes, and a lab whose agent sends them to a receiver."""
+
+from contextlib import contextmanager
+from typing import NamedTuple
+
+from .build import ROOT
+from .lab import run_lab
+from .polling import wait_until
+from .snmp_tools import Binding
+from .traps import TRAPS, Trap
+
+SPANNING_TREE_TYPE = ROOT + '.1.6.1'
+MST, RAPID_PVST = 4, 5
+APPEARED, VANISHED = 1, 2
+
+# Where scenarios/traps.toml has the port that only markers use: its key, its bridge port number, its VLANs.
+MARKER_PORT = 'port.3'
+MARKER_BRIDGE_PORT = 131
+FIRST_MARKER_TREE = 3001
+SOON_SECONDS = 0.1
+
+
+class NotificationClass(NamedTuple):
+    number: int
+    key: str   # of an interface in a scenario: the trees in which it is inconsistent so
+    trap: str
+    column: str
+    word: str  # that enables this class alone
+
+    def state(self, tree, bridge_port):
+        """The OID of the first binding."""
+        return f'{self.column}.{tree}.{bridge_port}'
+
+
+ROOT_CLASS = NotificationClass(17423, 'root_inconsistent', f'{TRAPS}.2', ROOT + '.1.5.2.1.3', '1')
+LOOP_CLASS = NotificationClass(17422, 'loop_inconsistent', f'{TRAPS}.3', ROOT + '.1.8.2.1.3', '2')
+PORT_CLASS = NotificationClass(17421, 'pvid_inconsistent', f'{TRAPS}.1', ROOT + '.1.3.1.1.3', '4')
+CLASSES = {'root': ROOT_CLASS, 'loop': LOOP_CLASS, 'port': PORT_CLASS}
+ALL_ENABLED = '7'
+
+
+def guard_trap(noti, tree, bridge_port, state, tree_type=RAPID_PVST):
+    """Of the root or the loop class."""
+    return Trap(noti.trap, [Binding(noti.state(tree, bridge_port), 'INTEGER', state),
+                            Binding(SPANNING_TREE_TYPE, 'INTEGER', tree_type)])
+
+
+def port_trap(tree, bridge_port, bits):
+    return Trap(PORT_CLASS.trap, [Binding(PORT_CLASS.state(tree, bridge_port), 'OCTET STRING', bits)])
+
+
+class Markers:
+    """Inconsistencies of a port of their own, each in another tree. The switch tells of one thing after
+    another: when a marker's trap is there, everything that was to be sent before it is there, too."""
+
+    def __init__(self, lab, receiver, noti):
+        self._lab = lab
+        self._receiver = receiver
+        self._noti = noti
+        self._tree = FIRST_MARKER_TREE - 1
+
+    def _set_next(self):
+        self._tree += 1
+        self._lab.switch.set(f'{MARKER_PORT}.{self._noti.key}', str(self._tree))
+
+    def _count(self, first_tree):
+        """The traps of the markers in this tree and the later ones."""
+        oids = {self._noti.state(tree, MARKER_BRIDGE_PORT) for tree in range(first_tree, self._tree + 1)}
+        return sum(trap.bindings[0].oid in oids for trap in self._receiver.received())
+
+    def wait_until_connected(self):
+        """The agent subscribes at a time of its own: until then, nobody hears of a marker."""
+        first = self._tree + 1
+
+        def one_arrives():
+            self._set_next()
+            try:
+                return wait_until(lambda: self._count(first), 'a marker has arrived', SOON_SECONDS)
+            except AssertionError:
+                return False
+
+        wait_until(one_arrives, 'traps arrive')
+        self._wait_for_newest()
+
+    def _wait_for_newest(self):
+        wait_until(lambda: self._count(self._tree), f'marker {self._tree} has arrived')
+
+    def set_and_wait(self):
+        self._set_next()
+        self._wait_for_newest()
+
+
+class TrapLab:
+    """A lab, who receives its traps, and what has been received since the last look."""
+
+    def __init__(self, lab, receiver, noti):
+        self.switch = lab.switch
+        self.agent = lab.agent
+        self.snmp = lab.snmp
+        self.raw_client = lab.raw_client
+        self._receiver = receiver
+        self._markers = Markers(lab, receiver, noti)
+        self._seen = 0
+
+    def wait_until_connected(self):
+        """After this, no trap is on its way. Returns those that came meanwhile."""
+        self._markers.wait_until_connected()
+        return self._take()
+
+    def new_traps(self):
+        """All that the switch has caused since the last look."""
+        self._markers.set_and_wait()
+        return self._take()
+
+    def _take(self):
+        received = self._receiver.received()
+        new, self._seen = received[self._seen:], len(received)
+        return [trap for trap in new if not trap.bindings[0].oid.endswith(f'.{MARKER_BRIDGE_PORT}')]
+
+
+@contextmanager
+def run_trap_lab(receiver, noti=ROOT_CLASS, **agent_options):
+    """`noti` is an enabled class: the markers are of this one."""
+    with run_lab('traps.toml', trap_endpoint=receiver.endpoint, **agent_options) as lab:
+        trap_lab = TrapLab(lab, receiver, noti)
+        assert trap_lab.wait_until_connected() == []
+        yield trap_lab
