@@ -20,7 +20,7 @@ class IdSet {
   void insert(const IdSet &ids);
   void erase(const IdSet &ids);
 
-  // Leaves what is in one of the sets, or in exactly one of them.
+  // Leave what is in both sets, or in exactly one of them.
   void intersect(const IdSet &ids);
   void toggle(const IdSet &ids);
 
