@@ -8,6 +8,6 @@ extern "C" int __wrap_gettimeofday(timeval *time, void *zone);
 extern "C" int __wrap_gettimeofday(timeval *time, void * /*zone*/) {
   constexpr suseconds_t kMicroseconds = 7;
   fake::trace("gettimeofday");
-  *time = {fake::platform().seconds++, kMicroseconds};
+  *time = {static_cast<time_t>(fake::platform().seconds++), kMicroseconds};
   return 0;
 }
