@@ -16,19 +16,24 @@ using stpsnmp::diagnostics::kTrace;
 
 namespace {
 
-constexpr size_t kTrapLength = STP_EXTENSIONS_MIB_ROOT_LENGTH + 3;
-constexpr size_t kScalarLength = STP_EXTENSIONS_MIB_ROOT_LENGTH + 3;
-constexpr size_t kColumnLength = STP_EXTENSIONS_MIB_ROOT_LENGTH + 5;
-constexpr size_t kInstanceLength = kColumnLength + 2;
+// Arcs below the module's root, and those of an index: tree and port.
+constexpr size_t kTrapArcs = 3;
+constexpr size_t kScalarArcs = 3;
+constexpr size_t kColumnArcs = 5;
+constexpr size_t kIndexArcs = 2;
 
-constexpr oid kSpanningTreeTypeSuffix[] = {1, 6, 1};
+constexpr size_t kTrapLength = STP_EXTENSIONS_MIB_ROOT_LENGTH + kTrapArcs;
+constexpr size_t kScalarLength = STP_EXTENSIONS_MIB_ROOT_LENGTH + kScalarArcs;
+constexpr size_t kInstanceLength = STP_EXTENSIONS_MIB_ROOT_LENGTH + kColumnArcs + kIndexArcs;
+
+constexpr oid kSpanningTreeTypeSuffix[kScalarArcs] = {1, 6, 1};
 
 // What is particular to a class. Its lines in the log carry fixed numbers instead of source lines.
 struct NotificationClass {
   const char *handler;
   int conversion_failed_line;
-  oid trap[3];    // below the module's root
-  oid column[5];  // of the first binding
+  oid trap[kTrapArcs];
+  oid column[kColumnArcs];  // of the first binding
 };
 
 constexpr NotificationClass kRootClass = {

@@ -7,6 +7,7 @@
 #include "platform/stp.h"
 #include "result.h"
 #include "search/held_reply.h"
+#include "search/key_form.h"
 #include "search/next_row.h"
 #include "search/port_ids.h"
 
@@ -15,8 +16,6 @@ using stpsnmp::kFailed;
 using stpsnmp::diagnostics::kTrace;
 
 namespace {
-
-constexpr uint8_t kDual = 1;
 
 // No interface has so low an index: what follows it in a tree is the tree's first entry.
 constexpr uint32_t kBelowInterfaces = 129;

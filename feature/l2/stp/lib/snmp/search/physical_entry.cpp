@@ -5,6 +5,7 @@
 #include "platform/stp.h"
 #include "result.h"
 #include "search/held_reply.h"
+#include "search/key_form.h"
 #include "search/port_ids.h"
 
 using namespace stpsnmp::search;
@@ -12,8 +13,6 @@ using stpsnmp::kFailed;
 using stpsnmp::diagnostics::kTrace;
 
 namespace {
-
-constexpr uint8_t kDual = 1;
 
 // Where a walk stands: the caller's four variables, to be put back as they were.
 class Position {

@@ -4,6 +4,7 @@
 #include "query/request.h"
 #include "query/tree_range.h"
 #include "result.h"
+#include "search/key_form.h"
 
 using namespace stpsnmp;
 using stpsnmp::diagnostics::kRejection;
@@ -15,8 +16,6 @@ using stpsnmp::query::Request;
 using stpsnmp::query::Token;
 
 namespace {
-
-constexpr uint8_t kDual = 1;
 
 bool is_known(Action action) { return action == Action::kGet || action == Action::kGetNext; }
 
@@ -39,7 +38,7 @@ int get_stp_entry_from_if_index(uint32_t action, uint8_t dual, uint32_t index_to
                                 uint32_t tree_token, uint32_t *tree_id, void **reply, uint32_t command) {
   const auto asked_action = static_cast<Action>(action);
   const auto asked_command = static_cast<Command>(command);
-  const bool is_dual = dual == kDual;
+  const bool is_dual = dual == search::kDual;
   if (!is_known(asked_action)) {
     STP_LOG(kTrace, "\n%s(%d): invalid action requested\n", __func__, __LINE__);
     return kFailed;

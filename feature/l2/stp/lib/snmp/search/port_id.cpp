@@ -11,7 +11,6 @@ using namespace stpsnmp::search;
 using stpsnmp::kFailed;
 using stpsnmp::diagnostics::kRejection;
 using stpsnmp::diagnostics::kTrace;
-using stpsnmp::diagnostics::Level;
 
 namespace {
 

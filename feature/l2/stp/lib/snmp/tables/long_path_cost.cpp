@@ -9,6 +9,7 @@
 #include "platform/stp.h"
 #include "query/reply.h"
 #include "search/held_reply.h"
+#include "search/key_form.h"
 #include "search/port_ids.h"
 #include "tables/table.h"
 
@@ -23,7 +24,6 @@ using stpsnmp::tables::RowRequest;
 namespace {
 
 constexpr size_t kIndexArcs = 1;
-constexpr uint8_t kSingle = 0;
 constexpr uint32_t kFirstChannel = 1;
 
 int failed(CallSite caller = CallSite::here()) {
@@ -32,7 +32,7 @@ int failed(CallSite caller = CallSite::here()) {
 }
 
 int ask(Action action, uint32_t *if_index, void **reply) {
-  return get_stp_entry_from_if_index(static_cast<uint32_t>(action), kSingle,
+  return get_stp_entry_from_if_index(static_cast<uint32_t>(action), search::kSingle,
                                      static_cast<uint32_t>(Token::kInterfaceKey), if_index, 0, nullptr, reply,
                                      static_cast<uint32_t>(Command::kRapidPvstPort));
 }
