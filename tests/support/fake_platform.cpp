@@ -3,14 +3,18 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <set>
 
+#include "platform/bitmap_print.h"
 #include "platform/bridge_mib.h"
 #include "platform/cmd.h"
 #include "platform/evhist.h"
 #include "platform/im.h"
+#include "platform/pcm.h"
 #include "platform/stp.h"
+#include "platform/vlan_mgr.h"
 #include "platform/xport.h"
 
 namespace fake {
@@ -35,6 +39,50 @@ const Interface *find_interface(const std::function<bool(const Interface &)> &wa
 
 const Interface *find_if_index(uint32_t if_index) {
   return find_interface([if_index](const Interface &interface) { return interface.if_index == if_index; });
+}
+
+constexpr uint32_t kVlans = 8 * STP_VLAN_BITMAP_SIZE;
+
+bool holds(const uint8_t *bitmap, uint32_t bit) { return (bitmap[bit / 8] & 0x80U >> bit % 8) != 0; }
+
+void add_bit(uint8_t *bitmap, uint32_t bit) {
+  bitmap[bit / 8] = static_cast<uint8_t>(bitmap[bit / 8] | 0x80U >> bit % 8);
+}
+
+// The VLANs as text: "1-4094", "10,12", "none".
+std::string shown(const stp_vlan_bmp &vlans) {
+  std::string text = vlans.size == STP_VLAN_BITMAP_SIZE ? "" : "SIZE " + std::to_string(vlans.size) + " ";
+  std::string separator;
+  for (uint32_t first = 0; first < kVlans; ++first) {
+    if (!holds(vlans.bits, first)) {
+      continue;
+    }
+    uint32_t last = first;
+    while (last + 1 < kVlans && holds(vlans.bits, last + 1)) {
+      ++last;
+    }
+    text += separator + std::to_string(first) + (last > first ? "-" + std::to_string(last) : "");
+    separator = ",";
+    first = last;
+  }
+  return separator.empty() ? text + "none" : text;
+}
+
+BasePorts next_base_ports(const stp_vlan_bmp &vlans) {
+  Platform &script = platform();
+  if (!script.next_base_ports.empty()) {
+    BasePorts scripted = std::move(script.next_base_ports.front());
+    script.next_base_ports.pop_front();
+    return scripted;
+  }
+  BasePorts members;
+  for (const Interface &interface : script.interfaces) {
+    if (std::any_of(interface.vlans.begin(), interface.vlans.end(),
+                    [&vlans](uint32_t vlan) { return holds(vlans.bits, vlan); })) {
+      members.ports.push_back(interface.port);
+    }
+  }
+  return members;
 }
 
 Send next_send() {
@@ -131,15 +179,15 @@ void trace(const std::string &line) {
   }
 }
 
-// Replaces the digits between the first "(" or "[" that follows a name and its end by LINE.
+// Replaces the source line behind a name by LINE: the digits in "name(123)", "name[123]" and "name:123 ".
 std::string without_source_line(const std::string &line) {
-  const size_t open = line.find_first_of("([", line.find('"'));
+  const size_t open = line.find_first_of("([:", line.find('"'));
   const size_t close = line.find_first_not_of("0123456789", open + 1);
-  if (open == std::string::npos || close == open + 1 || close == std::string::npos ||
-      (line[close] != ')' && line[close] != ']')) {
+  if (open == std::string::npos || close == open + 1 || close == std::string::npos) {
     return line;
   }
-  return line.substr(0, open + 1) + "LINE" + line.substr(close);
+  const char end = line[open] == '(' ? ')' : line[open] == '[' ? ']' : ' ';
+  return line[close] == end ? line.substr(0, open + 1) + "LINE" + line.substr(close) : line;
 }
 
 std::vector<std::string> taken_trace() {
@@ -288,7 +336,7 @@ int set_notification_enable_disable_status(uint32_t notification_class, int enab
   return 0;
 }
 
-// STP library and bridge MIB helper.
+// STP library, VLAN manager and bridge MIB helper.
 
 int stp_get_mst_vlan_bmp(void *reply, uint32_t action, uint16_t *instance, stp_vlan_bmp *vlans) {
   const bool is_empty =
@@ -300,9 +348,39 @@ int stp_get_mst_vlan_bmp(void *reply, uint32_t action, uint16_t *instance, stp_v
   *instance = found.instance.value_or(*instance);
   vlans->size = found.size.value_or(vlans->size);
   for (const uint32_t vlan : found.vlans) {
-    vlans->bits[vlan / 8] = static_cast<uint8_t>(vlans->bits[vlan / 8] | 0x80U >> vlan % 8);
+    fake::add_bit(vlans->bits, vlan);
   }
   return found.result;
+}
+
+int stp_dot1d_bridgemib_get_mst_ctx(uint16_t instance, stp_vlan_bmp *vlans) {
+  trace("stp_dot1d_bridgemib_get_mst_ctx(" + std::to_string(instance) + ")");
+  const auto found = platform().mst_contexts.find(instance);
+  if (found == platform().mst_contexts.end()) {
+    return 1;
+  }
+  *vlans = {STP_VLAN_BITMAP_SIZE, {}};
+  for (const uint32_t vlan : found->second) {
+    fake::add_bit(vlans->bits, vlan);
+  }
+  return 0;
+}
+
+vlan_mgr_baseport_bmp *vlan_mgr_get_baseport_membership_range(const stp_vlan_bmp *vlans) {
+  trace("vlan_mgr_get_baseport_membership_range(" + (vlans == nullptr ? "NULL" : fake::shown(*vlans)) + ")");
+  if (vlans == nullptr) {
+    return nullptr;
+  }
+  const fake::BasePorts members = fake::next_base_ports(*vlans);
+  if (members.is_null) {
+    return nullptr;
+  }
+  auto *record = static_cast<vlan_mgr_baseport_bmp *>(std::malloc(sizeof(vlan_mgr_baseport_bmp)));
+  *record = {members.size, {}};
+  for (const uint32_t port : members.ports) {
+    fake::add_bit(record->bits, port);
+  }
+  return record;
 }
 
 int stp_ifindex2dot1dportnum(uint32_t if_index, uint16_t *port) {
@@ -361,7 +439,23 @@ int im_get_next_ifindex(uint32_t if_index, uint32_t *next) {
 int check_if_valid_base_port_ifindex(uint32_t if_index, uint8_t selector) {
   trace("check_if_valid_base_port_ifindex(" + fake::hex(if_index) + ", " + std::to_string(selector) + ")");
   const fake::Interface *found = fake::find_if_index(if_index);
-  return found != nullptr && found->is_base_port ? 1 : 0;
+  const bool is_accepted =
+      selector == BASE_PORT_ALL || (found != nullptr && found->oper_status != IF_OPER_DOWN);
+  return found != nullptr && found->is_base_port && is_accepted ? 1 : 0;
+}
+
+int im_get_ifindex_oper_status_list(im_oper_status_entry *entries, uint32_t count) {
+  im_oper_status_entry expected{};
+  expected.if_index = entries->if_index;
+  const bool is_clear = std::memcmp(entries, &expected, sizeof expected) == 0;
+  trace("im_get_ifindex_oper_status_list(" + fake::hex(entries->if_index) + ", " + std::to_string(count) +
+        (is_clear ? ")" : ", USED)"));
+  const fake::Interface *found = fake::find_if_index(entries->if_index);
+  if (found == nullptr || !found->has_oper_status) {
+    return 1;
+  }
+  entries->oper_status = found->oper_status;
+  return 0;
 }
 
 int if_index_get_type(uint32_t if_index, uint8_t *type) {
@@ -380,7 +474,24 @@ int if_index_eth_port_channel_init(uint32_t *if_index, uint32_t channel) {
   return 0;
 }
 
-// Message transport.
+// Port-channel manager. What the module does not look at holds junk.
+
+int pcm_get_pc_for_port(uint32_t if_index, pcm_port_channel *record) {
+  constexpr int kUnknownPort = 9;
+  constexpr int kJunk = 0xA5;
+  trace("pcm_get_pc_for_port(" + fake::hex(if_index) + ")");
+  const fake::Interface *found = fake::find_if_index(if_index);
+  if (found == nullptr || !found->is_known_to_channels) {
+    return kUnknownPort;
+  }
+  std::memset(record, kJunk, sizeof *record);
+  record->pc_if_index = found->channel_if_index;
+  return 0;
+}
+
+// Message transport and bitmap printing.
+
+int printf_curr_idx = 0;
 
 void *xport_payload_get(void *message) {
   trace(std::string("xport_payload_get(") + (message == nullptr ? "NULL" : "message") + ")");
@@ -407,6 +518,9 @@ int evhist_hist_event_subtype_check(uint32_t event_class, uint32_t level) {
 }
 
 int evhist_hist_event(uint32_t event_class, uint32_t length, const void *record) {
+  if (platform().before_log) {
+    platform().before_log();
+  }
   const auto *event = static_cast<const evhist_record *>(record);
   const std::string text(event->text, strnlen(event->text, sizeof event->text));
   trace("log(" + fake::hex(event_class) + ", " + std::to_string(event->level) + ") " + fake::quoted(text));

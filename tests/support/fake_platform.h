@@ -50,8 +50,20 @@ struct Interface {
   uint16_t port;                     // bridge port number; 0: cannot be converted
   uint8_t type = 26;                 // 0: unknown
   bool is_usable = true;             // as stp_valid_if_index says
-  bool is_base_port = true;          // as check_if_valid_base_port_ifindex says, whatever the selector
+  bool is_base_port = true;          // as check_if_valid_base_port_ifindex says
   bool has_if_index_of_port = true;  // its bridge port number can be converted back
+  uint8_t oper_status = 1;      // 2: down, and not accepted by check_if_valid_base_port_ifindex's selector 1
+  bool has_oper_status = true;  // the interface manager can tell it
+  uint32_t channel_if_index = 0;     // of the port-channel that it is a member of
+  bool is_known_to_channels = true;  // the port-channel manager can tell
+  std::vector<uint32_t> vlans = {};  // those that it is a member of
+};
+
+// A set of bridge ports as the VLAN manager hands it out.
+struct BasePorts {
+  std::vector<uint32_t> ports = {};
+  uint32_t size = 8192;  // as the record says
+  bool is_null = false;  // there is no record
 };
 
 // What the STP library finds in a reply; what is left out keeps what the caller put there.
@@ -101,7 +113,16 @@ struct Platform {
   // ones go by the interfaces.
   std::deque<std::optional<uint32_t>> next_if_indexes;
 
-  // What gettimeofday answers, one second later each time.
+  // What becomes of the next questions for the members of VLANs; later ones go by the interfaces' VLANs.
+  std::deque<BasePorts> next_base_ports;
+
+  // The VLANs of the MST instances that exist.
+  std::map<uint16_t, std::vector<uint32_t>> mst_contexts;
+
+  // What the next calls of time answer, and what later ones do; and what gettimeofday answers, one second
+  // later each time.
+  std::deque<int64_t> next_clocks;
+  int64_t clock = 1000;
   uint32_t seconds = 1000;
 
   // The payload of every message, and whether a notification can be built of it.
@@ -111,6 +132,7 @@ struct Platform {
   // What happened; where it does not matter, it need not be written down.
   bool writes_trace = true;
   std::vector<std::string> trace;
+  std::function<void()> before_log;  // called when a text reaches the event history
   std::map<uint32_t, notification_handler> subscriptions;
   int unregister_result = 0;
 };
@@ -125,7 +147,8 @@ size_t live_replies();
 
 void trace(const std::string &line);
 
-// The trace of the latest calls, with the source line in "function(123)" replaced by "function(LINE)".
+// The trace of the latest calls, with the source line in "function(123)" and "function:123 " replaced by
+// LINE.
 std::vector<std::string> taken_trace();
 
 // One line of text with its control characters spelled out.
