@@ -24,11 +24,13 @@ bool has_keys(const CommandRequest &request, std::initializer_list<Key> expected
 // Add their attributes to the reply, unless they return another code than CMD_OK.
 cmd_result answer_global_settings(const Switch &the_switch, const CommandRequest &request,
                                   ReplyBuilder *reply);
+cmd_result answer_loop_guard(const Switch &the_switch, const CommandRequest &request, ReplyBuilder *reply);
 cmd_result answer_loop_inconsistencies(const Switch &the_switch, const CommandRequest &request,
                                        ReplyBuilder *reply);
 cmd_result answer_mst_instances(const Switch &the_switch, const CommandRequest &request, ReplyBuilder *reply);
 cmd_result answer_mst_ports(const Switch &the_switch, const CommandRequest &request, ReplyBuilder *reply);
 cmd_result answer_mst_region(const Switch &the_switch, const CommandRequest &request, ReplyBuilder *reply);
+cmd_result answer_port_settings(const Switch &the_switch, const CommandRequest &request, ReplyBuilder *reply);
 cmd_result answer_pvid_and_type_inconsistencies(const Switch &the_switch, const CommandRequest &request,
                                                 ReplyBuilder *reply);
 cmd_result answer_rapid_pvst_ports(const Switch &the_switch, const CommandRequest &request,

@@ -26,6 +26,8 @@ constexpr auto kCommands =
                                  {Command::kVlanTrees, answer_vlan_trees},
                                  {Command::kPvidAndTypeInconsistencies, answer_pvid_and_type_inconsistencies},
                                  {Command::kRootGuard, answer_root_guard},
+                                 {Command::kLoopGuard, answer_loop_guard},
+                                 {Command::kPortSettings, answer_port_settings},
                                  {Command::kRootInconsistencies, answer_root_inconsistencies},
                                  {Command::kLoopInconsistencies, answer_loop_inconsistencies},
                                  {Command::kMstInstances, answer_mst_instances}});

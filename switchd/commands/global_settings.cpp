@@ -17,7 +17,7 @@ cmd_result answer_global_settings(const Switch &the_switch, const CommandRequest
   reply->add_number(Token::kPathCostMethod, static_cast<uint32_t>(settings.path_cost_method));
   reply->add_number(Token::kPathCostOperMethod,
                     static_cast<uint32_t>(operational_path_cost_method(settings)));
-  reply->add_number(Token::kLoopGuardDefault, settings.loop_guard_default ? 1 : 0);
+  reply->add_flag(Token::kLoopGuardDefault, settings.loop_guard_default);
   reply->add_number(Token::kHops, the_switch.state().mst.max_hops);
   return CMD_OK;
 }

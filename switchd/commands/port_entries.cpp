@@ -1,71 +1,102 @@
 // Command 105: the ports of the spanning trees of single VLANs and, asked by interface alone, the bridge
-// ports whatever the mode is. Command 111: the ports of the CIST and the MST instances.
+// ports whatever the mode is. Command 111: the ports of the CIST and the MST instances and, asked by
+// interface alone, the bridge ports in MST mode.
 #include "commands/command.h"
 #include "commands/rows.h"
 
 namespace stpswitch {
 namespace {
 
-// Every port with a link is taken to be the one by which its segment reaches the root.
-PortRole role_of(const BridgePort &port) {
-  return port.link_up ? PortRole::kDesignated : PortRole::kDisabled;
-}
+// What an entry has of its port, in groups.
 
-cmd_result answer_bridge_ports(const Switch &the_switch, const CommandRequest &request, ReplyBuilder *reply) {
-  const BridgePorts &ports = the_switch.bridge_ports();
-  const auto row = find_row(ports, request.action, asked_interface(request, Key::kInterface));
-  if (row == ports.end()) {
-    return CMD_NO_ENTRY;
-  }
-  const auto &[if_index, port] = *row;
-  reply->add_number(Token::kInterface, if_index);
+void add_path_cost(const BridgePort &port, ReplyBuilder *reply) {
   reply->add_number(Token::kPathCost, port.interface->path_cost);
-  return CMD_OK;
 }
 
-struct TreePortKeys {
+// Without a link there is no type of it.
+void add_link(const BridgePort &port, ReplyBuilder *reply) {
+  if (port.link_up) {
+    reply->add_flag(Token::kPointToPoint, port.point_to_point);
+  }
+}
+
+void add_rapid_pvst_flags(const BridgePort &port, ReplyBuilder *reply) {
+  reply->add_flag(Token::kEdge, port.interface->edge);
+  reply->add_flag(Token::kPeer, port.interface->peer);
+}
+
+void add_mst_flags(const BridgePort &port, ReplyBuilder *reply) {
+  reply->add_flag(Token::kEdge, port.interface->edge);
+  reply->add_flag(Token::kBoundary, port.interface->boundary);
+  reply->add_flag(Token::kPeer, port.interface->peer);
+  reply->add_flag(Token::kDispute, port.interface->dispute);
+  reply->add_flag(Token::kPreStandardNeighbor, port.interface->pre_standard_neighbor);
+}
+
+// What the two commands differ in when they are asked for a port of a tree.
+struct TreePortCommand {
+  SpanningTreeMode mode;
   Key tree;
   Key interface;
+  void (*add_flags)(const BridgePort &, ReplyBuilder *);
 };
 
-cmd_result answer_tree_ports(const Switch &the_switch, SpanningTreeMode mode, const TreePortKeys &keys,
+constexpr TreePortCommand kRapidPvst = {SpanningTreeMode::kRapidPvst, Key::kVlanTree, Key::kInterface,
+                                        add_rapid_pvst_flags};
+constexpr TreePortCommand kMst = {SpanningTreeMode::kMst, Key::kMstInstance, Key::kMstInterface,
+                                  add_mst_flags};
+
+cmd_result answer_tree_ports(const Switch &the_switch, const TreePortCommand &command,
                              const CommandRequest &request, ReplyBuilder *reply) {
-  const auto asked = asked_tree_port(request, keys.tree, keys.interface);
+  if (!has_keys(request, {command.tree, command.interface})) {
+    return CMD_UNKNOWN_KEY;
+  }
+  const auto asked = asked_tree_port(request, command.tree, command.interface);
   if (!asked) {
     return CMD_BAD_REQUEST;
   }
   const auto row = find_tree_port(the_switch, the_switch.tree_ports(), request.action, *asked);
-  if (the_switch.state().settings.mode != mode || !row) {
+  if (the_switch.state().settings.mode != command.mode || !row) {
     return CMD_NO_ENTRY;
   }
   const BridgePort &port = the_switch.bridge_ports().at(row->if_index);
   reply->add_number(Token::kPortTree, row->tree);
   reply->add_number(Token::kInterface, row->if_index);
-  reply->add_number(Token::kPathCost, port.interface->path_cost);
-  reply->add_number(Token::kPortRole, static_cast<uint32_t>(role_of(port)));
+  add_path_cost(port, reply);
+  reply->add_number(Token::kPortRole, static_cast<uint32_t>(role_in(row->tree, port)));
+  command.add_flags(port, reply);
   return CMD_OK;
+}
+
+void add_rapid_pvst_port(const BridgePort &port, ReplyBuilder *reply) {
+  add_path_cost(port, reply);
+  add_link(port, reply);
+  add_rapid_pvst_flags(port, reply);
+}
+
+void add_mst_port(const BridgePort &port, ReplyBuilder *reply) {
+  add_path_cost(port, reply);
+  add_mst_flags(port, reply);
 }
 
 }  // namespace
 
 cmd_result answer_rapid_pvst_ports(const Switch &the_switch, const CommandRequest &request,
                                    ReplyBuilder *reply) {
-  if (has_keys(request, {Key::kInterface})) {
-    return answer_bridge_ports(the_switch, request, reply);
+  if (has_keys(request, {kRapidPvst.interface})) {
+    return answer_bridge_port(the_switch, request, kRapidPvst.interface, add_rapid_pvst_port, reply);
   }
-  constexpr TreePortKeys kKeys{Key::kVlanTree, Key::kInterface};
-  if (!has_keys(request, {kKeys.tree, kKeys.interface})) {
-    return CMD_UNKNOWN_KEY;
-  }
-  return answer_tree_ports(the_switch, SpanningTreeMode::kRapidPvst, kKeys, request, reply);
+  return answer_tree_ports(the_switch, kRapidPvst, request, reply);
 }
 
 cmd_result answer_mst_ports(const Switch &the_switch, const CommandRequest &request, ReplyBuilder *reply) {
-  constexpr TreePortKeys kKeys{Key::kMstInstance, Key::kMstInterface};
-  if (!has_keys(request, {kKeys.tree, kKeys.interface})) {
-    return CMD_UNKNOWN_KEY;
+  if (!has_keys(request, {kMst.interface})) {
+    return answer_tree_ports(the_switch, kMst, request, reply);
   }
-  return answer_tree_ports(the_switch, SpanningTreeMode::kMst, kKeys, request, reply);
+  if (the_switch.state().settings.mode != SpanningTreeMode::kMst) {
+    return CMD_NO_ENTRY;
+  }
+  return answer_bridge_port(the_switch, request, kMst.interface, add_mst_port, reply);
 }
 
 }  // namespace stpswitch

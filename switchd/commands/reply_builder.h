@@ -16,6 +16,7 @@ class ReplyBuilder {
   ReplyBuilder();
 
   void add_number(Token token, uint32_t value);
+  void add_flag(Token token, bool flag) { add_number(token, flag ? 1 : 0); }
   void add_octets(Token token, std::span<const uint8_t> octets);
   void add_octets(Token token, std::string_view octets);
 

@@ -43,6 +43,18 @@ std::optional<TreePort> asked_tree_port(const CommandRequest &request, Key tree_
   return TreePort{*tree, asked_interface(request, interface_key)};
 }
 
+cmd_result answer_bridge_port(const Switch &the_switch, const CommandRequest &request, Key key,
+                              void (*add_values)(const BridgePort &, ReplyBuilder *), ReplyBuilder *reply) {
+  const auto row = find_row(the_switch.bridge_ports(), request.action, asked_interface(request, key));
+  if (row == the_switch.bridge_ports().end()) {
+    return CMD_NO_ENTRY;
+  }
+  const auto &[if_index, port] = *row;
+  reply->add_number(Token::kInterface, if_index);
+  add_values(port, reply);
+  return CMD_OK;
+}
+
 std::optional<TreePort> find_tree_port(const Switch &the_switch, const TreePorts &rows, cmd_action action,
                                        const TreePort &asked) {
   if (action == CMD_ACTION_GET) {

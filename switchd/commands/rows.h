@@ -1,4 +1,5 @@
-// What commands share that answer row by row: the values of the keys that name a row, and the row found.
+// What commands share that answer row by row: the values of the keys that name a row, and the row found or,
+// for bridge ports, its answer.
 #pragma once
 
 #include <cstdint>
@@ -26,7 +27,12 @@ typename Rows::const_iterator find_row(const Rows &rows, cmd_action action,
   return action == CMD_ACTION_GET ? rows.find(asked) : rows.upper_bound(asked);
 }
 
-// The same among ports of trees.
+// Answers from the bridge port that a request with the key asks for: its interface index, then what
+// `add_values` adds.
+cmd_result answer_bridge_port(const Switch &the_switch, const CommandRequest &request, Key key,
+                              void (*add_values)(const BridgePort &, ReplyBuilder *), ReplyBuilder *reply);
+
+// The same as find_row among ports of trees.
 std::optional<TreePort> find_tree_port(const Switch &the_switch, const TreePorts &rows, cmd_action action,
                                        const TreePort &asked);
 

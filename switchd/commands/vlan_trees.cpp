@@ -23,7 +23,7 @@ cmd_result answer_vlan_trees(const Switch &the_switch, const CommandRequest &req
     return CMD_NO_ENTRY;
   }
   reply->add_number(Token::kTree, *vlan);
-  reply->add_number(Token::kVlanTreeState, state.rapid_pvst.disabled_vlans.contains(*vlan) ? 0 : 1);
+  reply->add_flag(Token::kVlanTreeState, !state.rapid_pvst.disabled_vlans.contains(*vlan));
   return CMD_OK;
 }
 

@@ -3,6 +3,7 @@
 #include <openssl/evp.h>
 #include <openssl/params.h>
 
+#include <algorithm>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -54,6 +55,11 @@ TreeSet rapid_pvst_trees_of(const SwitchState &state, const VlanSet &vlans) {
   return trees;
 }
 
+// IEEE 802.1D clause 6.4.3. The members of a port-channel are full duplex (IEEE 802.1AX).
+bool is_point_to_point(LinkType configured, bool half_duplex) {
+  return configured == LinkType::kAuto ? !half_duplex : configured == LinkType::kPointToPoint;
+}
+
 struct FreeMac {
   void operator()(EVP_MAC *mac) const { EVP_MAC_free(mac); }
   void operator()(EVP_MAC_CTX *context) const { EVP_MAC_CTX_free(context); }
@@ -78,18 +84,32 @@ std::set<uint32_t> port_channels_up(const SwitchState &state) {
 bool is_bridge_port(const Port &port) { return port.switchport && port.channel == 0; }
 
 BridgePorts bridge_ports(const SwitchState &state) {
+  constexpr bool kChannelsAreHalfDuplex = false;
   const std::set<uint32_t> channels_up = port_channels_up(state);
   BridgePorts bridge_ports;
   for (const auto &[number, channel] : state.port_channels) {
     bridge_ports.emplace(wire::if_index_of(IF_TYPE_PORT_CHANNEL, number),
-                         BridgePort{&channel, channels_up.contains(number)});
+                         BridgePort{&channel, channels_up.contains(number),
+                                    is_point_to_point(channel.link_type, kChannelsAreHalfDuplex)});
   }
   for (const auto &[number, port] : state.ports) {
     if (is_bridge_port(port)) {
-      bridge_ports.emplace(wire::if_index_of(IF_TYPE_PHYSICAL, number), BridgePort{&port, port.link_up});
+      bridge_ports.emplace(
+          wire::if_index_of(IF_TYPE_PHYSICAL, number),
+          BridgePort{&port, port.link_up, is_point_to_point(port.link_type, port.half_duplex)});
     }
   }
   return bridge_ports;
+}
+
+PortRole role_in(uint32_t tree, const BridgePort &port) {
+  if (!port.link_up) {
+    return PortRole::kDisabled;
+  }
+  const auto &roles = port.interface->roles;
+  const auto stated = std::find_if(roles.begin(), roles.end(),
+                                   [tree](const auto &entry) { return entry.second.contains(tree); });
+  return stated != roles.end() ? stated->first : PortRole::kDesignated;
 }
 
 std::set<uint32_t> vlans_in_use(const BridgePorts &ports) {

@@ -22,6 +22,7 @@ bool is_bridge_port(const Port &port);
 struct BridgePort {
   const Interface *interface;  // stays where it is in the state
   bool link_up;
+  bool point_to_point;  // what the link, if there is one, is taken to be
 
   bool operator==(const BridgePort &) const = default;
 };
@@ -29,6 +30,9 @@ struct BridgePort {
 // The bridge ports by interface index: port-channels, then ports.
 using BridgePorts = std::map<uint32_t, BridgePort>;
 BridgePorts bridge_ports(const SwitchState &state);
+
+// The role that the port has in the tree: designated where nothing else is stated.
+PortRole role_in(uint32_t tree, const BridgePort &port);
 
 // The VLANs that some bridge port is a member of.
 std::set<uint32_t> vlans_in_use(const BridgePorts &ports);

@@ -18,6 +18,9 @@ namespace stpswitch {
 // The numbers are those that the spanning-tree process answers with.
 enum class SpanningTreeMode : uint32_t { kMst = 4, kRapidPvst = 5 };
 enum class PathCostMethod : uint32_t { kShort = 1, kLong = 2 };
+enum class Guard : uint32_t { kEnabled = 1, kDisabled = 2, kDefault = 3 };  // default: as the switch says
+enum class LinkType : uint32_t { kPointToPoint = 1, kShared = 2, kAuto = 3 };
+enum class PortRole : uint32_t { kDisabled = 1, kRoot = 2, kDesignated = 3, kAlternate = 4, kBackup = 5 };
 
 struct Settings {
   std::string name;
@@ -71,13 +74,26 @@ inline constexpr uint32_t kRecommendedPathCost = 20000;
 struct Interface {
   std::string name;
   VlanSet vlans;
-  bool root_guard = false;
   uint32_t path_cost = kRecommendedPathCost;
-  std::map<Inconsistency, TreeSet> inconsistencies;  // whether or not such trees run here
+  bool root_guard = false;
+  Guard loop_guard = Guard::kDefault;
+  LinkType link_type = LinkType::kAuto;
+  bool pre_standard_mst = false;  // always sends what equipment from before the standard understands
+
+  // What spanning tree has found the interface to be.
+  bool edge = false;
+  bool boundary = false;               // of the MST region
+  bool peer = false;                   // the neighbour takes part in spanning tree
+  bool dispute = false;                // the neighbour does not hear what is sent to it
+  bool pre_standard_neighbor = false;  // equipment from before the standard was heard
+  // Both whether or not such trees run here.
+  std::map<PortRole, TreeSet> roles;  // root, alternate and backup
+  std::map<Inconsistency, TreeSet> inconsistencies;
 };
 
 struct Port : Interface {
   bool link_up = true;
+  bool half_duplex = false;
   uint32_t channel = 0;    // the port-channel it is a member of, 0 for none
   bool switchport = true;  // takes part in bridging
 };

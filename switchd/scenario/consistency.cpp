@@ -1,5 +1,6 @@
 #include "scenario/consistency.h"
 
+#include <array>
 #include <map>
 #include <string>
 
@@ -44,6 +45,43 @@ void check_membership(const SwitchState &state) {
   }
 }
 
+// The keys that state roles, in their order.
+struct RoleKey {
+  PortRole role;
+  const char *name;
+};
+constexpr auto kRoleKeys = std::to_array<RoleKey>({{PortRole::kRoot, ".root_port_of"},
+                                                   {PortRole::kAlternate, ".alternate_port_of"},
+                                                   {PortRole::kBackup, ".backup_port_of"}});
+
+TreeSet trees_with_role(const Interface &interface, PortRole role) {
+  const auto trees = interface.roles.find(role);
+  return trees != interface.roles.end() ? trees->second : TreeSet();
+}
+
+// A port has one role in a tree.
+void check_roles(const std::string &path, const Interface &interface) {
+  for (const RoleKey &key : kRoleKeys) {
+    for (const RoleKey *before = kRoleKeys.data(); before != &key; ++before) {
+      TreeSet both = trees_with_role(interface, key.role);
+      both.intersect(trees_with_role(interface, before->role));
+      if (const auto tree = both.first_from(0)) {
+        throw ConfigError(path + key.name,
+                          "tree " + std::to_string(*tree) + " stands in " + path + before->name + " already");
+      }
+    }
+  }
+}
+
+template <class Entries>
+void check_roles(const char *section, const Entries &entries) {
+  for (const auto &[number, entry] : entries) {
+    if (!entry.roles.empty()) {
+      check_roles(entry_key(section, number), entry);
+    }
+  }
+}
+
 // Adds the names of one section's entries to those of the sections before.
 template <class Entries>
 void check_names(const char *section, const Entries &entries, std::map<std::string, std::string> *taken) {
@@ -61,6 +99,8 @@ void check_names(const char *section, const Entries &entries, std::map<std::stri
 void check_consistency(const SwitchState &state) {
   check_vlan_mapping(state);
   check_membership(state);
+  check_roles("port", state.ports);
+  check_roles("port_channel", state.port_channels);
   std::map<std::string, std::string> names;
   check_names("port", state.ports, &names);
   check_names("port_channel", state.port_channels, &names);

@@ -1,5 +1,6 @@
 // The schema: every section of a scenario and every key in it, with its type, check and print. Scenario
-// files, `show` and `set` are all driven by it, so that a new key is one more row in schema.cpp.
+// files, `show` and `set` are all driven by it, so that a new key is one more row in schema.cpp or
+// interface_schema.cpp.
 #pragma once
 
 #include <cstdint>

@@ -18,6 +18,7 @@ namespace wire = stpplatform::wire;
 namespace {
 
 constexpr uint32_t kPc1 = 0x16000001;
+constexpr uint32_t kPc2 = 0x16000002;
 constexpr uint32_t kPort1 = 0x1A000001;
 constexpr uint32_t kPort2 = 0x1A000002;
 constexpr uint32_t kPort3 = 0x1A000003;
@@ -57,7 +58,7 @@ std::vector<uint32_t> members_of(const stp_vlan_bmp &vlans) {
   return bits_of(ports->bits, sizeof ports->bits);
 }
 
-// Port-channel 1 with port 2 in it, port 1 up, port 3 down, port 4 routed.
+// Port-channel 1 with port 2 in it, port-channel 2 without link, port 1 up, port 3 down, port 4 routed.
 class ManagersTest : public PlatformTest {
  protected:
   ManagersTest() {
@@ -74,8 +75,10 @@ class ManagersTest : public PlatformTest {
     SnapshotMstInstance five{5, 0, {}};
     add_vlan(five.vlans, 10);
     add_vlan(five.vlans, 4094);
-    switch_.snapshot().publish({port_channel(1, {10, 20}), physical_port(1, {1}), member, down, routed},
-                               {cist, five});
+    SnapshotInterface down_channel = port_channel(2);
+    down_channel.oper_status = IF_OPER_DOWN;
+    switch_.snapshot().publish(
+        {port_channel(1, {10, 20}), down_channel, physical_port(1, {1}), member, down, routed}, {cist, five});
   }
 };
 
@@ -85,7 +88,7 @@ TEST_F(ManagersTest, interfaces_are_enumerated_in_ascending_order) {
   while (im_get_next_ifindex(next, &next) == CMD_OK && next != 0) {
     found.push_back(next);
   }
-  EXPECT_EQ(found, (std::vector<uint32_t>{kPc1, kPort1, kPort2, kPort3, kRoutedPort}));
+  EXPECT_EQ(found, (std::vector<uint32_t>{kPc1, kPc2, kPort1, kPort2, kPort3, kRoutedPort}));
   EXPECT_EQ(im_get_next_ifindex(kPc1 - 1, &next), CMD_OK);
   EXPECT_EQ(next, kPc1);
   EXPECT_EQ(im_get_next_ifindex(UINT32_MAX, &next), CMD_OK);
@@ -142,10 +145,10 @@ TEST_F(ManagersTest, bridge_ports_are_told_from_the_rest) {
     bool of_active;
     bool takes_part;
   };
-  for (const Case &c :
-       {Case{kPc1, true, true, true}, Case{kPort1, true, true, true}, Case{kPort2, false, false, true},
-        Case{kPort3, true, false, true}, Case{kRoutedPort, false, false, false},
-        Case{kUnknownPort, false, false, false}, Case{0, false, false, false}}) {
+  for (const Case &c : {Case{kPc1, true, true, true}, Case{kPc2, true, false, true},
+                        Case{kPort1, true, true, true}, Case{kPort2, false, false, true},
+                        Case{kPort3, true, false, true}, Case{kRoutedPort, false, false, false},
+                        Case{kUnknownPort, false, false, false}, Case{0, false, false, false}}) {
     EXPECT_EQ(check_if_valid_base_port_ifindex(c.if_index, BASE_PORT_ALL) != 0, c.of_all)
         << std::hex << c.if_index;
     EXPECT_EQ(check_if_valid_base_port_ifindex(c.if_index, BASE_PORT_ACTIVE) != 0, c.of_active)
@@ -209,8 +212,20 @@ TEST_F(ManagersTest, bridge_ports_of_vlans) {
   EXPECT_EQ(members_of(vlan_set({2})), (std::vector<uint32_t>{}));
   EXPECT_EQ(members_of(vlan_set({1})), (std::vector<uint32_t>{129}));
   EXPECT_EQ(members_of(vlan_set({10})), (std::vector<uint32_t>{131, 4097}));
+  EXPECT_EQ(members_of(vlan_set({4094})), (std::vector<uint32_t>{131}));
   EXPECT_EQ(members_of(vlan_set({1, 20, 4094})), (std::vector<uint32_t>{129, 131, 4097}));
   EXPECT_EQ(vlan_mgr_get_baseport_membership_range(nullptr), nullptr);
+}
+
+TEST_F(ManagersTest, bridge_ports_of_all_vlans_are_those_that_have_any) {
+  stp_vlan_bmp all = vlan_set({});
+  for (uint16_t vlan = 1; vlan <= 4094; ++vlan) {
+    add_vlan(all.bits, vlan);
+  }
+  EXPECT_EQ(members_of(all), (std::vector<uint32_t>{129, 131, 4097}));
+  switch_.snapshot().publish(
+      {port_channel(1), port_channel(2, {1}), physical_port(1), physical_port(2, {4094})});
+  EXPECT_EQ(members_of(all), (std::vector<uint32_t>{130, 4098}));
 }
 
 TEST_F(ManagersTest, only_the_octets_in_use_of_a_vlan_set_count) {

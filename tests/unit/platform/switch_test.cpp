@@ -1,16 +1,11 @@
 // The longest reply that there is, from the switch to the library: the VLAN map of 64 MST instances.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
-#include <thread>
 
-#include "connection.h"
 #include "platform/cmd.h"
 #include "platform/stp.h"
-#include "settings.h"
-#include "support/program.h"
-#include "support/temporary_folder.h"
+#include "running_switch.h"
 #include "wire/message.h"
 
 namespace wire = stpplatform::wire;
@@ -46,24 +41,10 @@ size_t count(const stp_vlan_bmp &vlans) {
   return number;
 }
 
-class SwitchTest : public testing::Test {
+class SwitchTest : public RunningSwitchTest {
  protected:
-  SwitchTest() {
-    while (!switch_.has_ended() && switch_.errors().find(": ready: ") == std::string::npos) {
-      std::this_thread::yield();
-    }
-    setenv("STPPLATFORM_SOCKET", socket_.c_str(), 1);
-    setenv("STPPLATFORM_DEADLINE_MS", "30000", 1);
-    stpplatform::read_settings();
-  }
-
-  ~SwitchTest() override {
-    cmd_snmp_free_rx_hndl(reply_);
-    stpplatform::connection().reset();
-    unsetenv("STPPLATFORM_SOCKET");
-    unsetenv("STPPLATFORM_DEADLINE_MS");
-    stpplatform::read_settings();
-  }
+  SwitchTest() : RunningSwitchTest(scenario()) {}
+  ~SwitchTest() override { cmd_snmp_free_rx_hndl(reply_); }
 
   void ask(bool with_digests_key) {
     alignas(max_align_t) uint8_t buffer[512];
@@ -79,11 +60,6 @@ class SwitchTest : public testing::Test {
         << switch_.errors();
   }
 
-  TemporaryFolder folder_;
-  std::string socket_ = folder_.path("switch.sock");
-  Program switch_{STP_SWITCHD,
-                  {"--scenario", folder_.write("scenario.toml", scenario()), "--socket", socket_, "--control",
-                   folder_.path("control.sock")}};
   void *reply_ = nullptr;
 };
 

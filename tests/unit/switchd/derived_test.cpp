@@ -73,9 +73,9 @@ SwitchState state_with_interfaces() {
 TEST(BridgePorts, ArePortChannelsThenPortsOfTheirOwn) {
   const SwitchState state = state_with_interfaces();
   EXPECT_THAT(bridge_ports(state),
-              ElementsAre(Pair(0x16000005, BridgePort{&state.port_channels.at(5), true}),
-                          Pair(0x16000006, BridgePort{&state.port_channels.at(6), false}),
-                          Pair(0x1A000001, BridgePort{&state.ports.at(1), true})));
+              ElementsAre(Pair(0x16000005, BridgePort{&state.port_channels.at(5), true, true}),
+                          Pair(0x16000006, BridgePort{&state.port_channels.at(6), false, true}),
+                          Pair(0x1A000001, BridgePort{&state.ports.at(1), true, true})));
 }
 
 TEST(BridgePorts, HaveTheLinkOfThePortOrOfAnyMember) {
@@ -87,6 +87,50 @@ TEST(BridgePorts, HaveTheLinkOfThePortOrOfAnyMember) {
   EXPECT_FALSE(down.at(0x16000005).link_up);
   state.ports[4].channel = 5;
   EXPECT_TRUE(bridge_ports(state).at(0x16000005).link_up);
+}
+
+TEST(BridgePorts, ArePointToPointWhenFullDuplexUnlessTheLinkTypeIsForced) {
+  SwitchState state = state_with_interfaces();
+  const auto is_point_to_point = [&state](LinkType type, bool half_duplex) {
+    state.ports[1].link_type = type;
+    state.ports[1].half_duplex = half_duplex;
+    return bridge_ports(state).at(0x1A000001).point_to_point;
+  };
+  EXPECT_TRUE(is_point_to_point(LinkType::kAuto, false));
+  EXPECT_FALSE(is_point_to_point(LinkType::kAuto, true));
+  EXPECT_TRUE(is_point_to_point(LinkType::kPointToPoint, true));
+  EXPECT_FALSE(is_point_to_point(LinkType::kShared, false));
+}
+
+TEST(BridgePorts, ArePointToPointWhenPortChannelsWhateverTheirMembersAre) {
+  SwitchState state = state_with_interfaces();
+  state.ports[2].half_duplex = true;
+  state.ports[2].link_type = LinkType::kShared;
+  EXPECT_TRUE(bridge_ports(state).at(0x16000005).point_to_point);
+  state.port_channels[5].link_type = LinkType::kShared;
+  EXPECT_FALSE(bridge_ports(state).at(0x16000005).point_to_point);
+  state.port_channels[5].link_type = LinkType::kPointToPoint;
+  EXPECT_TRUE(bridge_ports(state).at(0x16000005).point_to_point);
+}
+
+TEST(PortRole, IsTheStatedOneAndElseDesignated) {
+  Interface interface;
+  interface.roles = {{PortRole::kRoot, parse_trees("0")},
+                     {PortRole::kAlternate, parse_trees("4094")},
+                     {PortRole::kBackup, parse_trees("7-9")}};
+  const BridgePort port = {&interface, true, true};
+  EXPECT_EQ(role_in(0, port), PortRole::kRoot);
+  EXPECT_EQ(role_in(4094, port), PortRole::kAlternate);
+  EXPECT_EQ(role_in(8, port), PortRole::kBackup);
+  EXPECT_EQ(role_in(1, port), PortRole::kDesignated);
+}
+
+TEST(PortRole, IsDisabledWithoutLink) {
+  Interface interface;
+  interface.roles = {{PortRole::kRoot, parse_trees("0")}};
+  const BridgePort port = {&interface, false, true};
+  EXPECT_EQ(role_in(0, port), PortRole::kDisabled);
+  EXPECT_EQ(role_in(1, port), PortRole::kDisabled);
 }
 
 TEST(VlansInUse, AreThoseOfBridgePorts) {

@@ -77,21 +77,37 @@ TEST_F(Keys, ShowsOneEntryAndNotItsNeighbours) {
               ElementsAre("mst.instance.1.vlans = 10-19,30", "mst.instance.1.remaining_hops = 19"));
   EXPECT_THAT(
       shown("port.7"),
-      ElementsAre("port.7.name = Ethernet1/7", "port.7.link = down", "port.7.vlans = 1", "port.7.channel = 2",
-                  "port.7.switchport = true", "port.7.root_guard = false", "port.7.path_cost = 20000",
+      ElementsAre("port.7.name = Ethernet1/7", "port.7.link = down", "port.7.half_duplex = false",
+                  "port.7.channel = 2", "port.7.switchport = true", "port.7.vlans = 1",
+                  "port.7.path_cost = 20000", "port.7.root_guard = false", "port.7.loop_guard = default",
+                  "port.7.link_type = auto", "port.7.pre_standard_mst = false", "port.7.edge = false",
+                  "port.7.boundary = false", "port.7.peer = false", "port.7.dispute = false",
+                  "port.7.pre_standard_neighbor = false",
+                  "port.7.root_port_of = ", "port.7.alternate_port_of = ", "port.7.backup_port_of = ",
                   "port.7.root_inconsistent = ", "port.7.loop_inconsistent = ", "port.7.pvid_inconsistent = ",
                   "port.7.type_inconsistent = "));
-  EXPECT_THAT(shown("port.2"),
-              ElementsAre("port.2.name = Ethernet1/2", "port.2.link = up", "port.2.vlans = 1,11",
-                          "port.2.channel = 0", "port.2.switchport = true", "port.2.root_guard = true",
-                          "port.2.path_cost = 20000", "port.2.root_inconsistent = 0-1",
-                          "port.2.loop_inconsistent = ", "port.2.pvid_inconsistent = 1,11",
-                          "port.2.type_inconsistent = 11"));
+  EXPECT_THAT(
+      shown("port.2"),
+      ElementsAre("port.2.name = Ethernet1/2", "port.2.link = up", "port.2.half_duplex = false",
+                  "port.2.channel = 0", "port.2.switchport = true", "port.2.vlans = 1,11",
+                  "port.2.path_cost = 20000", "port.2.root_guard = true", "port.2.loop_guard = default",
+                  "port.2.link_type = auto", "port.2.pre_standard_mst = false", "port.2.edge = false",
+                  "port.2.boundary = true", "port.2.peer = true", "port.2.dispute = false",
+                  "port.2.pre_standard_neighbor = false", "port.2.root_port_of = ",
+                  "port.2.alternate_port_of = ", "port.2.backup_port_of = ", "port.2.root_inconsistent = 0-1",
+                  "port.2.loop_inconsistent = ", "port.2.pvid_inconsistent = 1,11",
+                  "port.2.type_inconsistent = 11"));
   EXPECT_THAT(shown("port_channel.2"),
               ElementsAre("port_channel.2.name = port-channel2", "port_channel.2.vlans = 1,10-30,100-199",
-                          "port_channel.2.root_guard = true", "port_channel.2.path_cost = 20000",
-                          "port_channel.2.root_inconsistent = 2", "port_channel.2.loop_inconsistent = ",
-                          "port_channel.2.pvid_inconsistent = ", "port_channel.2.type_inconsistent = 20"));
+                          "port_channel.2.path_cost = 20000", "port_channel.2.root_guard = true",
+                          "port_channel.2.loop_guard = default", "port_channel.2.link_type = auto",
+                          "port_channel.2.pre_standard_mst = false", "port_channel.2.edge = false",
+                          "port_channel.2.boundary = false", "port_channel.2.peer = true",
+                          "port_channel.2.dispute = false", "port_channel.2.pre_standard_neighbor = false",
+                          "port_channel.2.root_port_of = ", "port_channel.2.alternate_port_of = ",
+                          "port_channel.2.backup_port_of = ", "port_channel.2.root_inconsistent = 2",
+                          "port_channel.2.loop_inconsistent = ", "port_channel.2.pvid_inconsistent = ",
+                          "port_channel.2.type_inconsistent = 20"));
 }
 
 TEST_F(Keys, ShowsOneKey) { EXPECT_THAT(shown("port.7.link"), ElementsAre("port.7.link = down")); }
@@ -160,6 +176,28 @@ TEST_F(Keys, SetsEachKind) {
   EXPECT_EQ(set("port_channel.2.loop_inconsistent", "1"), "1");
   EXPECT_EQ(set("port_channel.2.pvid_inconsistent", "2"), "2");
   EXPECT_EQ(set("port_channel.2.type_inconsistent", "3"), "3");
+  for (const char *const choice : {"enabled", "disabled", "default"}) {
+    EXPECT_EQ(set("port.3.loop_guard", choice), choice);
+    EXPECT_EQ(set("port_channel.2.loop_guard", choice), choice);
+  }
+  for (const char *const choice : {"point-to-point", "shared", "auto"}) {
+    EXPECT_EQ(set("port.3.link_type", choice), choice);
+    EXPECT_EQ(set("port_channel.2.link_type", choice), choice);
+  }
+  for (const std::string key :
+       {"pre_standard_mst", "edge", "boundary", "peer", "dispute", "pre_standard_neighbor"}) {
+    for (const char *const flag : {"true", "false"}) {
+      EXPECT_EQ(set("port.3." + key, flag), flag);
+      EXPECT_EQ(set("port_channel.2." + key, flag), flag);
+    }
+  }
+  EXPECT_EQ(set("port.3.half_duplex", "true"), "true");
+  for (const std::string key : {"root_port_of", "alternate_port_of", "backup_port_of"}) {
+    EXPECT_EQ(set("port.3." + key, "12,10,0,11"), "0,10-12");
+    EXPECT_EQ(set("port.3." + key, ""), "");
+    EXPECT_EQ(set("port_channel.2." + key, "0-4094"), "0-4094");
+    EXPECT_EQ(set("port_channel.2." + key, ""), "");
+  }
   EXPECT_EQ(set("access.refused_users", "guest,ops"), "guest,ops");
   EXPECT_EQ(set("access.refused_users", ""), "");
 }
@@ -221,6 +259,22 @@ TEST_F(Keys, RefuseWhatTheFieldRefuses) {
             "port_channel.2.loop_inconsistent: the range 3-2 runs backwards");
   EXPECT_EQ(refusal_of("port_channel.2.type_inconsistent", "-1"),
             "port_channel.2.type_inconsistent: '-1' is not a list of trees such as 0,10-12");
+  EXPECT_EQ(refusal_of("port.3.loop_guard", "on"),
+            "port.3.loop_guard: 'on' is not default, enabled or disabled");
+  EXPECT_EQ(refusal_of("port_channel.2.loop_guard", ""),
+            "port_channel.2.loop_guard: '' is not default, enabled or disabled");
+  EXPECT_EQ(refusal_of("port.3.link_type", "p2p"),
+            "port.3.link_type: 'p2p' is not auto, point-to-point or shared");
+  for (const std::string key :
+       {"pre_standard_mst", "edge", "boundary", "peer", "dispute", "pre_standard_neighbor"}) {
+    EXPECT_EQ(refusal_of("port.3." + key, "1"), "port.3." + key + ": '1' is neither true nor false");
+  }
+  EXPECT_EQ(refusal_of("port.3.half_duplex", "half"), "port.3.half_duplex: 'half' is neither true nor false");
+  EXPECT_EQ(refusal_of("port.3.root_port_of", "4095"), "port.3.root_port_of: tree 4095 is not in 0..4094");
+  EXPECT_EQ(refusal_of("port_channel.2.alternate_port_of", "x"),
+            "port_channel.2.alternate_port_of: 'x' is not a list of trees such as 0,10-12");
+  EXPECT_EQ(refusal_of("port.3.backup_port_of", "2-1"),
+            "port.3.backup_port_of: the range 2-1 runs backwards");
   EXPECT_EQ(refusal_of("access.refused_users", "a,,b"), "access.refused_users: a user's name is empty");
 }
 
@@ -236,11 +290,45 @@ TEST_F(Keys, RefuseWhatContradictsOtherKeys) {
             "port.3.name: 'Ethernet1/1' is the name of port.1 already");
 }
 
+TEST_F(Keys, RefuseASecondRoleInATree) {
+  set("port.3.root_port_of", "0,7");
+  EXPECT_EQ(refusal_of("port.3.alternate_port_of", "1-7"),
+            "port.3.alternate_port_of: tree 7 stands in port.3.root_port_of already");
+  EXPECT_EQ(refusal_of("port.3.backup_port_of", "0"),
+            "port.3.backup_port_of: tree 0 stands in port.3.root_port_of already");
+  set("port.3.alternate_port_of", "1-6");
+  EXPECT_EQ(refusal_of("port.3.backup_port_of", "6"),
+            "port.3.backup_port_of: tree 6 stands in port.3.alternate_port_of already");
+  EXPECT_EQ(refusal_of("port.3.root_port_of", "6"),
+            "port.3.alternate_port_of: tree 6 stands in port.3.root_port_of already");
+  EXPECT_EQ(set("port.3.backup_port_of", "8"), "8");
+  EXPECT_EQ(set("port.10.root_port_of", "7"), "7");
+  set("port_channel.2.backup_port_of", "4094");
+  EXPECT_EQ(refusal_of("port_channel.2.root_port_of", "4094"),
+            "port_channel.2.backup_port_of: tree 4094 stands in port_channel.2.root_port_of already");
+}
+
 TEST_F(Keys, RefuseToSetWhatIsNotThere) {
-  for (const char *const key : {"", "switch", "mode", "switch.colour", "port", "port.3", "port.3.number",
-                                "port.99.link", "port.03.link", "port.link", "mst.instance.5.vlans",
-                                "mst.cist", "mst.cist.vlans", "mst.instance.0.remaining_hops",
-                                "mst.remaining_hops", "rapid_pvst", "switch.mode.x", ".", "switch..mode"}) {
+  for (const char *const key : {"",
+                                "switch",
+                                "mode",
+                                "switch.colour",
+                                "port",
+                                "port.3",
+                                "port.3.number",
+                                "port.99.link",
+                                "port_channel.2.half_duplex",
+                                "port.03.link",
+                                "port.link",
+                                "mst.instance.5.vlans",
+                                "mst.cist",
+                                "mst.cist.vlans",
+                                "mst.instance.0.remaining_hops",
+                                "mst.remaining_hops",
+                                "rapid_pvst",
+                                "switch.mode.x",
+                                ".",
+                                "switch..mode"}) {
     EXPECT_EQ(refusal_of(key, "1"), std::string(key) + ": the switch has no such key that can be set");
   }
 }

@@ -1,4 +1,5 @@
-// Commands 105 and 111: the ports of trees; and 105 asked by interface alone: the bridge ports.
+// Commands 105 and 111, asked by tree and interface: the ports of trees. Asked by interface alone:
+// bridge_port_entries_test.cpp.
 #include <gmock/gmock.h>
 
 #include "support/command_test.h"
@@ -28,10 +29,12 @@ disabled_vlans = "30"
 number = 1
 vlans = "1,10"
 path_cost = 200000000
+edge = true
 [[port]]
 number = 4
 vlans = "10,30"
 link = "down"
+boundary = true
 [[port]]
 number = 7
 channel = 2
@@ -47,6 +50,8 @@ vlans = "4094"
 number = 2
 vlans = "10,4094"
 path_cost = 1
+peer = true
+pre_standard_neighbor = true
 [[port_channel]]
 number = 4095
 vlans = "30"
@@ -78,32 +83,40 @@ class RapidPvstPortsCommand : public PortEntries {
 };
 
 constexpr char kPort1InVlan1[] =
-    "57505453 0100 0300 48000000 07000000 00000000 04000000"
+    "57505453 0100 0300 60000000 07000000 00000000 06000000"
     "06a00214 04000000 01000000"
     "01a0020c 04000000 0100001a"
     "08a00214 04000000 00c2eb0b"
-    "03a00202 04000000 03000000";
+    "03a00202 04000000 03000000"
+    "1da00202 04000000 01000000"
+    "27a00202 04000000 00000000";
 
 constexpr char kChannel2InVlan10[] =
-    "57505453 0100 0300 48000000 07000000 00000000 04000000"
+    "57505453 0100 0300 60000000 07000000 00000000 06000000"
     "06a00214 04000000 0a000000"
     "01a0020c 04000000 02000016"
     "08a00214 04000000 01000000"
-    "03a00202 04000000 03000000";
+    "03a00202 04000000 03000000"
+    "1da00202 04000000 00000000"
+    "27a00202 04000000 01000000";
 
 constexpr char kPort4WithoutLinkInVlan10[] =
-    "57505453 0100 0300 48000000 07000000 00000000 04000000"
+    "57505453 0100 0300 60000000 07000000 00000000 06000000"
     "06a00214 04000000 0a000000"
     "01a0020c 04000000 0400001a"
     "08a00214 04000000 204e0000"
-    "03a00202 04000000 01000000";
+    "03a00202 04000000 01000000"
+    "1da00202 04000000 00000000"
+    "27a00202 04000000 00000000";
 
 constexpr char kChannel2InVlan4094[] =
-    "57505453 0100 0300 48000000 07000000 00000000 04000000"
+    "57505453 0100 0300 60000000 07000000 00000000 06000000"
     "06a00214 04000000 fe0f0000"
     "01a0020c 04000000 02000016"
     "08a00214 04000000 01000000"
-    "03a00202 04000000 03000000";
+    "03a00202 04000000 03000000"
+    "1da00202 04000000 00000000"
+    "27a00202 04000000 01000000";
 
 TEST_F(RapidPvstPortsCommand, AnswersForExactlyThePortOfTheTree) {
   EXPECT_EQ(reply_to(request(kGet, 1, kPort + 1)), hex(octets(kPort1InVlan1)));
@@ -186,18 +199,38 @@ TEST_F(RapidPvstPortsCommand, FollowsPathCostAndLink) {
   set("port.1.path_cost", "1");
   set("port.1.link", "down");
   EXPECT_EQ(reply_to(request(kGet, 1, kPort + 1)),
-            hex(octets("57505453 0100 0300 48000000 07000000 00000000 04000000"
+            hex(octets("57505453 0100 0300 60000000 07000000 00000000 06000000"
                        "06a00214 04000000 01000000"
                        "01a0020c 04000000 0100001a"
                        "08a00214 04000000 01000000"
-                       "03a00202 04000000 01000000")));
+                       "03a00202 04000000 01000000"
+                       "1da00202 04000000 01000000"
+                       "27a00202 04000000 00000000")));
+}
+
+TEST_F(RapidPvstPortsCommand, FollowsTheFlags) {
+  set("port.1.edge", "false");
+  set("port.1.peer", "true");
+  EXPECT_EQ(reply_to(request(kGet, 1, kPort + 1)),
+            hex(octets("57505453 0100 0300 60000000 07000000 00000000 06000000"
+                       "06a00214 04000000 01000000"
+                       "01a0020c 04000000 0100001a"
+                       "08a00214 04000000 00c2eb0b"
+                       "03a00202 04000000 03000000"
+                       "1da00202 04000000 00000000"
+                       "27a00202 04000000 01000000")));
 }
 
 TEST_F(RapidPvstPortsCommand, TakesAPortChannelWithoutAnyLinkForDisabled) {
   set("port.7.link", "down");
-  std::string disabled(kChannel2InVlan10);
-  disabled.replace(disabled.size() - 8, 8, "01000000");
-  EXPECT_EQ(reply_to(request(kGet, 10, kChannel + 2)), hex(octets(disabled)));
+  EXPECT_EQ(reply_to(request(kGet, 10, kChannel + 2)),
+            hex(octets("57505453 0100 0300 60000000 07000000 00000000 06000000"
+                       "06a00214 04000000 0a000000"
+                       "01a0020c 04000000 02000016"
+                       "08a00214 04000000 01000000"
+                       "03a00202 04000000 01000000"
+                       "1da00202 04000000 00000000"
+                       "27a00202 04000000 01000000")));
   set("port.4.channel", "2");
   set("port.4.link", "up");
   EXPECT_EQ(reply_to(request(kGet, 10, kChannel + 2)), hex(octets(kChannel2InVlan10)));
@@ -255,58 +288,6 @@ TEST_F(RapidPvstPortsCommand, TakesAListOfExactlyOneVlan) {
   }
 }
 
-// Command 105 without a tree.
-
-class BridgePortsCommand : public PortEntries {
- protected:
-  static RequestText request(uint32_t action, uint32_t if_index) {
-    return {105, action, {{kInterfaceKey, {if_index}}}};
-  }
-  static RequestText request_after(uint32_t if_index) { return request(kGetNext, if_index); }
-
-  std::vector<uint32_t> rows(uint32_t from = 0) const { return walk(request_after, from, 0x0C02'A001); }
-};
-
-constexpr char kPathCostOfPort1[] =
-    "57505453 0100 0300 30000000 07000000 00000000 02000000"
-    "01a0020c 04000000 0100001a"
-    "08a00214 04000000 00c2eb0b";
-
-constexpr char kPathCostOfChannel2[] =
-    "57505453 0100 0300 30000000 07000000 00000000 02000000"
-    "01a0020c 04000000 02000016"
-    "08a00214 04000000 01000000";
-
-TEST_F(BridgePortsCommand, AnswersForExactlyTheInterface) {
-  EXPECT_EQ(reply_to(request(kGet, kPort + 1)), hex(octets(kPathCostOfPort1)));
-  EXPECT_EQ(reply_to(request(kGet, kChannel + 2)), hex(octets(kPathCostOfChannel2)));
-}
-
-TEST_F(BridgePortsCommand, AnswersForTheNextInterface) {
-  EXPECT_EQ(reply_to(request(kGetNext, 0)), hex(octets(kPathCostOfChannel2)));
-  EXPECT_EQ(reply_to(request(kGetNext, kAnyOtherInterface)), hex(octets(kPathCostOfChannel2)));
-  EXPECT_EQ(reply_to(request(kGetNext, kChannel + 4095)), hex(octets(kPathCostOfPort1)));
-  EXPECT_EQ(reply_to(request(kGetNext, kPort)), hex(octets(kPathCostOfPort1)));
-}
-
-TEST_F(BridgePortsCommand, HasEachBridgePortOnceInAnyMode) {
-  for (const char *const mode : {"mst", "rapid-pvst"}) {
-    set("switch.mode", mode);
-    EXPECT_THAT(rows(), ElementsAre(kChannel + 2, kChannel + 4095, kPort + 1, kPort + 4, kPort + 3967));
-  }
-  set("port.1.vlans", "");
-  EXPECT_THAT(rows(kChannel + 4095), ElementsAre(kPort + 1, kPort + 4, kPort + 3967));
-}
-
-TEST_F(BridgePortsCommand, HasNothingElse) {
-  for (const uint32_t if_index : {kPort + 3967, kPort + 3968, kHighest}) {
-    EXPECT_EQ(refusal_of(request(kGetNext, if_index)), CMD_NO_ENTRY) << if_index;
-  }
-  for (const uint32_t if_index : {0U, kAnyOtherInterface, kPort + 7, kPort + 9, kChannel + 1, kHighest}) {
-    EXPECT_EQ(refusal_of(request(kGet, if_index)), CMD_NO_ENTRY) << if_index;
-  }
-}
-
 // Command 111.
 
 class MstPortsCommand : public PortEntries {
@@ -326,25 +307,40 @@ class MstPortsCommand : public PortEntries {
 };
 
 constexpr char kChannel2InTheCist[] =
-    "57505453 0100 0300 48000000 07000000 00000000 04000000"
+    "57505453 0100 0300 84000000 07000000 00000000 09000000"
     "06a00214 04000000 00000000"
     "01a0020c 04000000 02000016"
     "08a00214 04000000 01000000"
-    "03a00202 04000000 03000000";
+    "03a00202 04000000 03000000"
+    "1da00202 04000000 00000000"
+    "28a00202 04000000 00000000"
+    "27a00202 04000000 01000000"
+    "2da00202 04000000 00000000"
+    "2ea00202 04000000 01000000";
 
 constexpr char kPort4InInstance5[] =
-    "57505453 0100 0300 48000000 07000000 00000000 04000000"
+    "57505453 0100 0300 84000000 07000000 00000000 09000000"
     "06a00214 04000000 05000000"
     "01a0020c 04000000 0400001a"
     "08a00214 04000000 204e0000"
-    "03a00202 04000000 01000000";
+    "03a00202 04000000 01000000"
+    "1da00202 04000000 00000000"
+    "28a00202 04000000 01000000"
+    "27a00202 04000000 00000000"
+    "2da00202 04000000 00000000"
+    "2ea00202 04000000 00000000";
 
 constexpr char kChannel2InInstance8[] =
-    "57505453 0100 0300 48000000 07000000 00000000 04000000"
+    "57505453 0100 0300 84000000 07000000 00000000 09000000"
     "06a00214 04000000 08000000"
     "01a0020c 04000000 02000016"
     "08a00214 04000000 01000000"
-    "03a00202 04000000 03000000";
+    "03a00202 04000000 03000000"
+    "1da00202 04000000 00000000"
+    "28a00202 04000000 00000000"
+    "27a00202 04000000 01000000"
+    "2da00202 04000000 00000000"
+    "2ea00202 04000000 01000000";
 
 TEST_F(MstPortsCommand, AnswersForExactlyThePortOfTheInstance) {
   EXPECT_EQ(reply_to(request(kGet, 0, kChannel + 2)), hex(octets(kChannel2InTheCist)));
@@ -405,6 +401,25 @@ TEST_F(MstPortsCommand, FollowsVlansAndInstances) {
   EXPECT_THAT(rows({0, kChannel + 2}), testing::Contains(Pair(0, kChannel + 4095)));
 }
 
+TEST_F(MstPortsCommand, FollowsTheFlags) {
+  for (const char *const key :
+       {"port.4.edge", "port.4.peer", "port.4.dispute", "port.4.pre_standard_neighbor"}) {
+    set(key, "true");
+  }
+  set("port.4.boundary", "false");
+  EXPECT_EQ(reply_to(request(kGet, 5, kPort + 4)),
+            hex(octets("57505453 0100 0300 84000000 07000000 00000000 09000000"
+                       "06a00214 04000000 05000000"
+                       "01a0020c 04000000 0400001a"
+                       "08a00214 04000000 204e0000"
+                       "03a00202 04000000 01000000"
+                       "1da00202 04000000 01000000"
+                       "28a00202 04000000 00000000"
+                       "27a00202 04000000 01000000"
+                       "2da00202 04000000 01000000"
+                       "2ea00202 04000000 01000000")));
+}
+
 TEST_F(MstPortsCommand, HasNoRowsOutsideMstMode) {
   set("switch.mode", "rapid-pvst");
   for (const uint32_t action : {kGet, kGetNext}) {
@@ -423,7 +438,7 @@ TEST_F(MstPortsCommand, TakesItsKeysOnly) {
   for (const uint32_t action : {kGet, kGetNext}) {
     EXPECT_EQ(refusal_of({111, action, {}}), CMD_UNKNOWN_KEY);
     EXPECT_EQ(refusal_of({111, action, {instance}}), CMD_UNKNOWN_KEY);
-    EXPECT_EQ(refusal_of({111, action, {interface}}), CMD_UNKNOWN_KEY);
+    EXPECT_EQ(refusal_of({111, action, {interface, interface}}), CMD_UNKNOWN_KEY);
     EXPECT_EQ(refusal_of({111, action, {instance, {kInterfaceKey, {kPort + 1}}}}), CMD_UNKNOWN_KEY);
     EXPECT_EQ(refusal_of({111, action, {one_tree(kVlanTreeKey, 5), interface}}), CMD_UNKNOWN_KEY);
     EXPECT_EQ(refusal_of({111, action, {instance, interface, interface}}), CMD_UNKNOWN_KEY);

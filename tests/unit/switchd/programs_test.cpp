@@ -180,10 +180,29 @@ TEST_F(Programs, CtlShows) {
   const auto program = start_switch();
   EXPECT_EQ(ctl({"show", "access"}).output, "access.refused_users = guest\n");
   EXPECT_EQ(ctl({"show", "port.7"}).output,
-            "port.7.name = Ethernet1/7\nport.7.link = down\nport.7.vlans = 1\nport.7.channel = 2\n"
-            "port.7.switchport = true\nport.7.root_guard = false\n"
-            "port.7.path_cost = 20000\nport.7.root_inconsistent = \nport.7.loop_inconsistent = \n"
-            "port.7.pvid_inconsistent = \nport.7.type_inconsistent = \n");
+            "port.7.name = Ethernet1/7\n"
+            "port.7.link = down\n"
+            "port.7.half_duplex = false\n"
+            "port.7.channel = 2\n"
+            "port.7.switchport = true\n"
+            "port.7.vlans = 1\n"
+            "port.7.path_cost = 20000\n"
+            "port.7.root_guard = false\n"
+            "port.7.loop_guard = default\n"
+            "port.7.link_type = auto\n"
+            "port.7.pre_standard_mst = false\n"
+            "port.7.edge = false\n"
+            "port.7.boundary = false\n"
+            "port.7.peer = false\n"
+            "port.7.dispute = false\n"
+            "port.7.pre_standard_neighbor = false\n"
+            "port.7.root_port_of = \n"
+            "port.7.alternate_port_of = \n"
+            "port.7.backup_port_of = \n"
+            "port.7.root_inconsistent = \n"
+            "port.7.loop_inconsistent = \n"
+            "port.7.pvid_inconsistent = \n"
+            "port.7.type_inconsistent = \n");
   EXPECT_EQ(ctl({"show", "switch", "--json"}).output,
             "{\n  \"switch.name\": \"campus-access-1\",\n  \"switch.mode\": \"mst\",\n"
             "  \"switch.path_cost_method\": \"short\",\n  \"switch.loop_guard_default\": true\n}\n");
@@ -275,6 +294,20 @@ TEST_F(Generator, MakesWhatItWasAskedFor) {
                                      [](const auto &entry) { return entry.second.root_guard; });
   EXPECT_GT(guarded, 25);
   EXPECT_LT(guarded, 250);
+  const auto edges = std::count_if(state.ports.begin(), state.ports.end(),
+                                   [](const auto &entry) { return entry.second.edge; });
+  EXPECT_GT(edges, 200);
+  EXPECT_LT(edges, 400);
+}
+
+TEST_F(Generator, LeadsToTheRootOfEveryTreeByTheFirstPortChannels) {
+  for (const auto &[mode, trees] : {std::pair("mst", "0-4"), std::pair("rapid-pvst", "1-100")}) {
+    const auto state = stpswitch::parse_scenario(generate({"--mode", mode}).output, "generated.toml");
+    EXPECT_EQ(stpswitch::print_trees(state.port_channels.at(1).roles.at(stpswitch::PortRole::kRoot)), trees);
+    EXPECT_EQ(stpswitch::print_trees(state.port_channels.at(2).roles.at(stpswitch::PortRole::kAlternate)),
+              trees);
+    EXPECT_TRUE(state.port_channels.at(3).roles.empty());
+  }
 }
 
 TEST_F(Generator, RepeatsItselfForASeed) {

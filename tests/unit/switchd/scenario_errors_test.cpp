@@ -187,9 +187,30 @@ TEST(ScenarioErrors, OfPathCosts) {
             "x.toml:4: port.7.path_cost: expected an integer");
 }
 
-TEST(ScenarioErrors, OfInconsistencies) {
-  for (const std::string key :
-       {"root_inconsistent", "loop_inconsistent", "pvid_inconsistent", "type_inconsistent"}) {
+TEST(ScenarioErrors, OfGuardsAndLinks) {
+  EXPECT_EQ(error_after_mode("[[port]]\nnumber = 7\nloop_guard = 'on'\n"),
+            "x.toml:4: port.7.loop_guard: 'on' is not default, enabled or disabled");
+  EXPECT_EQ(error_after_mode("[[port]]\nnumber = 7\nloop_guard = true\n"),
+            "x.toml:4: port.7.loop_guard: expected a string");
+  EXPECT_EQ(error_after_mode("[[port_channel]]\nnumber = 7\nlink_type = 'Auto'\n"),
+            "x.toml:4: port_channel.7.link_type: 'Auto' is not auto, point-to-point or shared");
+  EXPECT_EQ(error_after_mode("[[port_channel]]\nnumber = 7\nhalf_duplex = true\n"),
+            "x.toml:4: port_channel.7.half_duplex: unknown key");
+  EXPECT_EQ(error_after_mode("[[port]]\nnumber = 7\nedge = 1\n"),
+            "x.toml:4: port.7.edge: expected true or false");
+}
+
+TEST(ScenarioErrors, OfRoles) {
+  EXPECT_EQ(error_after_mode("[[port]]\nnumber = 7\nbackup_port_of = '2'\nroot_port_of = '1-2'\n"),
+            "x.toml:4: port.7.backup_port_of: tree 2 stands in port.7.root_port_of already");
+  EXPECT_EQ(
+      error_after_mode("[[port_channel]]\nnumber = 7\nalternate_port_of = '0'\nbackup_port_of = '0'\n"),
+      "x.toml:5: port_channel.7.backup_port_of: tree 0 stands in port_channel.7.alternate_port_of already");
+}
+
+TEST(ScenarioErrors, OfTreeLists) {
+  for (const std::string key : {"root_port_of", "alternate_port_of", "backup_port_of", "root_inconsistent",
+                                "loop_inconsistent", "pvid_inconsistent", "type_inconsistent"}) {
     EXPECT_EQ(error_after_mode("[[port]]\nnumber = 7\n" + key + " = '1,4095'\n"),
               "x.toml:4: port.7." + key + ": tree 4095 is not in 0..4094");
     EXPECT_EQ(error_after_mode("[[port_channel]]\nnumber = 7\n" + key + " = '1,'\n"),

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
 #include <set>
 #include <utility>
 
@@ -48,6 +49,18 @@ channel = 4095
 switchport = true
 root_guard = true
 path_cost = 200000000
+loop_guard = "enabled"
+link_type = "point-to-point"
+half_duplex = true
+pre_standard_mst = true
+edge = true
+boundary = true
+peer = true
+dispute = true
+pre_standard_neighbor = true
+root_port_of = "0,10-12"
+alternate_port_of = "1"
+backup_port_of = "13-4094"
 root_inconsistent = "0,10-12"
 loop_inconsistent = "1"
 pvid_inconsistent = "4094"
@@ -58,6 +71,17 @@ name = "Bundle"
 vlans = "1-100"
 root_guard = true
 path_cost = 1
+loop_guard = "disabled"
+link_type = "shared"
+pre_standard_mst = true
+edge = true
+boundary = true
+peer = true
+dispute = true
+pre_standard_neighbor = true
+root_port_of = "6"
+alternate_port_of = "7"
+backup_port_of = "8"
 root_inconsistent = "2"
 loop_inconsistent = "3"
 pvid_inconsistent = "4"
@@ -75,6 +99,22 @@ std::string inconsistent_trees(const Interface &interface) {
     text += name + print_trees(interface.inconsistencies.at(kind)) + "; ";
   }
   return text;
+}
+
+std::string roles(const Interface &interface) {
+  std::string text;
+  for (const auto &[name, role] : {std::pair("root ", PortRole::kRoot),
+                                   {"alternate ", PortRole::kAlternate},
+                                   {"backup ", PortRole::kBackup}}) {
+    text += name + print_trees(interface.roles.at(role)) + "; ";
+  }
+  return text;
+}
+
+std::vector<bool> flags(const Interface &interface) {
+  return {interface.pre_standard_mst, interface.edge,
+          interface.boundary,         interface.peer,
+          interface.dispute,          interface.pre_standard_neighbor};
 }
 
 TEST(Scenario, StatesEveryKey) {
@@ -104,12 +144,21 @@ TEST(Scenario, StatesEveryKey) {
   EXPECT_TRUE(port.switchport);
   EXPECT_TRUE(port.root_guard);
   EXPECT_EQ(port.path_cost, 200000000U);
+  EXPECT_EQ(port.loop_guard, Guard::kEnabled);
+  EXPECT_EQ(port.link_type, LinkType::kPointToPoint);
+  EXPECT_TRUE(port.half_duplex);
+  EXPECT_EQ(flags(port), std::vector<bool>(6, true));
+  EXPECT_EQ(roles(port), "root 0,10-12; alternate 1; backup 13-4094; ");
   EXPECT_EQ(inconsistent_trees(port), "root 0,10-12; loop 1; pvid 4094; type 0-4094; ");
   ASSERT_EQ(state.port_channels.size(), 1U);
   EXPECT_EQ(state.port_channels.at(4095).name, "Bundle");
   EXPECT_EQ(print_vlans(state.port_channels.at(4095).vlans), "1-100");
   EXPECT_TRUE(state.port_channels.at(4095).root_guard);
   EXPECT_EQ(state.port_channels.at(4095).path_cost, 1U);
+  EXPECT_EQ(state.port_channels.at(4095).loop_guard, Guard::kDisabled);
+  EXPECT_EQ(state.port_channels.at(4095).link_type, LinkType::kShared);
+  EXPECT_EQ(flags(state.port_channels.at(4095)), std::vector<bool>(6, true));
+  EXPECT_EQ(roles(state.port_channels.at(4095)), "root 6; alternate 7; backup 8; ");
   EXPECT_EQ(inconsistent_trees(state.port_channels.at(4095)), "root 2; loop 3; pvid 4; type 5; ");
   EXPECT_EQ(state.access.refused_users, (std::vector<std::string>{"guest", "ops"}));
 }
@@ -149,6 +198,13 @@ number = 2
   EXPECT_TRUE(port.switchport);
   EXPECT_FALSE(port.root_guard);
   EXPECT_EQ(port.path_cost, 20000U);
+  EXPECT_FALSE(port.half_duplex);
+  for (const Interface &interface : std::initializer_list<Interface>{port, state.port_channels.at(2)}) {
+    EXPECT_EQ(interface.loop_guard, Guard::kDefault);
+    EXPECT_EQ(interface.link_type, LinkType::kAuto);
+    EXPECT_EQ(flags(interface), std::vector<bool>(6, false));
+    EXPECT_TRUE(interface.roles.empty());
+  }
   EXPECT_TRUE(port.inconsistencies.empty());
   EXPECT_FALSE(state.port_channels.at(2).root_guard);
   EXPECT_EQ(state.port_channels.at(2).path_cost, 20000U);
@@ -226,6 +282,82 @@ TEST(ShippedScenarios, HaveInconsistenciesForTheOtherMode) {
   the_switch.replace(with_value(the_switch.state(), "switch.mode", "rapid-pvst"));
   EXPECT_THAT(rows_of(the_switch.inconsistencies().pvid_and_type),
               ElementsAre(Pair(1, kPort + 2), Pair(11, kPort + 2), Pair(20, kChannel + 2)));
+}
+
+// Role by port, of those that are not designated.
+std::map<std::pair<uint32_t, uint32_t>, PortRole> roles_of(const Switch &the_switch) {
+  std::map<std::pair<uint32_t, uint32_t>, PortRole> roles;
+  for (const auto &[if_index, trees] : the_switch.tree_ports().by_port()) {
+    for (auto tree = trees.first_from(0); tree; tree = trees.first_from(*tree + 1)) {
+      const PortRole role = role_in(*tree, the_switch.bridge_ports().at(if_index));
+      if (role != PortRole::kDesignated) {
+        roles.emplace(std::pair(*tree, if_index), role);
+      }
+    }
+  }
+  return roles;
+}
+
+TEST(ShippedScenarios, HaveEveryRole) {
+  const Switch mst(load_scenario(SCENARIOS "/mst-small.toml"));
+  EXPECT_THAT(
+      roles_of(mst),
+      ElementsAre(Pair(Pair(0, kChannel + 1), PortRole::kAlternate),
+                  Pair(Pair(0, kPort + 4), PortRole::kDisabled), Pair(Pair(0, kPort + 11), PortRole::kRoot),
+                  Pair(Pair(0, kPort + 13), PortRole::kBackup), Pair(Pair(1, kPort + 11), PortRole::kRoot),
+                  Pair(Pair(2, kChannel + 1), PortRole::kRoot), Pair(Pair(2, kPort + 4), PortRole::kDisabled),
+                  Pair(Pair(2, kPort + 13), PortRole::kBackup)));
+  const Switch rapid_pvst(load_scenario(SCENARIOS "/rapid-pvst-small.toml"));
+  EXPECT_THAT(
+      roles_of(rapid_pvst),
+      ElementsAre(
+          Pair(Pair(1, kPort + 3), PortRole::kDisabled), Pair(Pair(1, kPort + 7), PortRole::kRoot),
+          Pair(Pair(1, kPort + 9), PortRole::kAlternate), Pair(Pair(1, kPort + 11), PortRole::kBackup),
+          Pair(Pair(20, kChannel + 1), PortRole::kRoot), Pair(Pair(20, kPort + 3), PortRole::kDisabled),
+          Pair(Pair(20, kPort + 9), PortRole::kAlternate), Pair(Pair(20, kPort + 11), PortRole::kBackup)));
+}
+
+// The bridge ports with a link for which something holds.
+template <class Condition>
+std::vector<uint32_t> ports_with(const Switch &the_switch, Condition condition) {
+  std::vector<uint32_t> ports;
+  for (const auto &[if_index, port] : the_switch.bridge_ports()) {
+    if (port.link_up && condition(port)) {
+      ports.push_back(if_index);
+    }
+  }
+  return ports;
+}
+
+std::vector<uint32_t> ports_with(const Switch &the_switch, bool Interface::*flag) {
+  return ports_with(the_switch, [flag](const BridgePort &port) { return port.interface->*flag; });
+}
+
+TEST(ShippedScenarios, HaveEveryFlagLinkTypeAndLoopGuard) {
+  const Switch mst(load_scenario(SCENARIOS "/mst-small.toml"));
+  EXPECT_THAT(ports_with(mst, &Interface::edge), ElementsAre(kPort + 1));
+  EXPECT_THAT(ports_with(mst, &Interface::boundary), ElementsAre(kPort + 2));
+  EXPECT_THAT(ports_with(mst, &Interface::peer),
+              ElementsAre(kChannel + 1, kChannel + 2, kPort + 2, kPort + 11, kPort + 14, kPort + 15));
+  EXPECT_THAT(ports_with(mst, &Interface::dispute), ElementsAre(kPort + 15));
+  EXPECT_THAT(ports_with(mst, &Interface::pre_standard_mst), ElementsAre(kPort + 14));
+  EXPECT_THAT(ports_with(mst, &Interface::pre_standard_neighbor), ElementsAre(kPort + 14));
+  for (const char *const scenario : {SCENARIOS "/mst-small.toml", SCENARIOS "/rapid-pvst-small.toml"}) {
+    const Switch the_switch(load_scenario(scenario));
+    const auto is_empty = [&the_switch](auto condition) { return ports_with(the_switch, condition).empty(); };
+    EXPECT_FALSE(is_empty(&Interface::edge)) << scenario;
+    EXPECT_FALSE(is_empty(&Interface::peer)) << scenario;
+    EXPECT_FALSE(is_empty([](const BridgePort &port) { return port.point_to_point; })) << scenario;
+    EXPECT_FALSE(is_empty([](const BridgePort &port) { return !port.point_to_point; })) << scenario;
+    for (const LinkType type : {LinkType::kAuto, LinkType::kShared}) {
+      EXPECT_FALSE(is_empty([type](const BridgePort &port) { return port.interface->link_type == type; }))
+          << scenario;
+    }
+    for (const Guard guard : {Guard::kDefault, Guard::kEnabled, Guard::kDisabled}) {
+      EXPECT_FALSE(is_empty([guard](const BridgePort &port) { return port.interface->loop_guard == guard; }))
+          << scenario;
+    }
+  }
 }
 
 }  // namespace

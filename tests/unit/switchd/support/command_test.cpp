@@ -1,7 +1,6 @@
 #include "support/command_test.h"
 
 #include <cstring>
-#include <optional>
 
 #include "commands/dispatch.h"
 #include "scenario/keys.h"
@@ -53,6 +52,11 @@ std::string CommandTest::reply_to_packet(const stpswitch::Packet &packet) const 
   return reply ? hex(*reply) : "none";
 }
 
+std::optional<uint32_t> CommandTest::number_in_reply_to(const RequestText &text, uint32_t token) const {
+  const stpswitch::Packet request = make_request(text);
+  return number_in(answer_packet(switch_, request, request.size()).value(), token);
+}
+
 uint32_t CommandTest::refusal_of_packet(const stpswitch::Packet &packet) const {
   const auto reply = answer_packet(switch_, packet, packet.size());
   EXPECT_TRUE(reply.has_value());
@@ -64,7 +68,8 @@ uint32_t CommandTest::refusal_of_packet(const stpswitch::Packet &packet) const {
   return head.status;
 }
 
-std::vector<uint32_t> CommandTest::walk(RequestAfter request_after, uint32_t from, uint32_t token) const {
+std::vector<uint32_t> CommandTest::walk(const RequestAfter &request_after, uint32_t from,
+                                        uint32_t token) const {
   return rows_after(switch_, from, request_after,
                     [token](const stpswitch::Packet &reply) { return number_in(reply, token); });
 }

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -25,13 +27,16 @@ class CommandTest : public testing::Test {
   std::string reply_to(const RequestText &text) const { return reply_to_packet(make_request(text)); }
   std::string reply_to_packet(const stpswitch::Packet &packet) const;
 
+  // A numeric attribute of the reply; nothing when it has none.
+  std::optional<uint32_t> number_in_reply_to(const RequestText &text, uint32_t token) const;
+
   // The status of the reply, which must answer request 7 and, being a refusal, hold nothing else.
   uint32_t refusal_of(const RequestText &text) const { return refusal_of_packet(make_request(text)); }
   uint32_t refusal_of_packet(const stpswitch::Packet &packet) const;
 
   // Asks for row after row, and returns what the rows have in a numeric attribute.
-  using RequestAfter = RequestText (*)(uint32_t row);
-  std::vector<uint32_t> walk(RequestAfter request_after, uint32_t from, uint32_t token) const;
+  using RequestAfter = std::function<RequestText(uint32_t row)>;
+  std::vector<uint32_t> walk(const RequestAfter &request_after, uint32_t from, uint32_t token) const;
 
   // The same for rows by tree and interface index.
   using TreePortRow = std::pair<uint32_t, uint32_t>;

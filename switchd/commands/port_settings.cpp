@@ -1,0 +1,48 @@
+// Commands 117, 118 and 119: what is configured on each bridge port: root guard, loop guard, and how it deals
+// with its link and its neighbour.
+#include "commands/command.h"
+#include "commands/rows.h"
+
+namespace stpswitch {
+namespace {
+
+using AddSettings = void (*)(const BridgePort &, ReplyBuilder *);
+
+cmd_result answer_settings(const Switch &the_switch, const CommandRequest &request, AddSettings add_settings,
+                           ReplyBuilder *reply) {
+  if (!has_keys(request, {Key::kInterface})) {
+    return CMD_UNKNOWN_KEY;
+  }
+  return answer_bridge_port(the_switch, request, Key::kInterface, add_settings, reply);
+}
+
+void add_guard(Guard guard, ReplyBuilder *reply) {
+  reply->add_number(Token::kGuard, static_cast<uint32_t>(guard));
+}
+
+}  // namespace
+
+cmd_result answer_root_guard(const Switch &the_switch, const CommandRequest &request, ReplyBuilder *reply) {
+  constexpr AddSettings kAddRootGuard = [](const BridgePort &port, ReplyBuilder *to) {
+    add_guard(port.interface->root_guard ? Guard::kEnabled : Guard::kDisabled, to);
+  };
+  return answer_settings(the_switch, request, kAddRootGuard, reply);
+}
+
+cmd_result answer_loop_guard(const Switch &the_switch, const CommandRequest &request, ReplyBuilder *reply) {
+  constexpr AddSettings kAddLoopGuard = [](const BridgePort &port, ReplyBuilder *to) {
+    add_guard(port.interface->loop_guard, to);
+  };
+  return answer_settings(the_switch, request, kAddLoopGuard, reply);
+}
+
+cmd_result answer_port_settings(const Switch &the_switch, const CommandRequest &request,
+                                ReplyBuilder *reply) {
+  constexpr AddSettings kAddPortSettings = [](const BridgePort &port, ReplyBuilder *to) {
+    to->add_number(Token::kLinkType, static_cast<uint32_t>(port.interface->link_type));
+    to->add_flag(Token::kPreStandardMst, port.interface->pre_standard_mst);
+  };
+  return answer_settings(the_switch, request, kAddPortSettings, reply);
+}
+
+}  // namespace stpswitch

@@ -1,0 +1,34 @@
+#include "scenario/fields.h"
+
+namespace stpswitch {
+namespace {
+
+// Texts reach logs and terminals, where a control character would break the line that shows them.
+bool is_control(char octet) {
+  constexpr char kDelete = 0x7F;
+  return (octet >= 0 && octet < ' ') || octet == kDelete;
+}
+
+}  // namespace
+
+uint32_t number_in(const Value &value, int64_t min, int64_t max) {
+  const int64_t number = std::get<int64_t>(value);
+  if (number < min || number > max) {
+    throw Refusal(std::to_string(number) + " is not in " + std::to_string(min) + ".." + std::to_string(max));
+  }
+  return static_cast<uint32_t>(number);
+}
+
+const std::string &text_of(const Value &value, size_t max_length) {
+  const auto &text = std::get<std::string>(value);
+  if (text.size() > max_length) {
+    throw Refusal("a text of " + std::to_string(text.size()) + " octets is longer than " +
+                  std::to_string(max_length));
+  }
+  if (std::any_of(text.begin(), text.end(), is_control)) {
+    throw Refusal("the text holds a control character");
+  }
+  return text;
+}
+
+}  // namespace stpswitch
