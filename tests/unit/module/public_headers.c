@@ -10,6 +10,7 @@
 #include "lookup_handlers.h"
 #include "notifications.h"
 #include "object_table.h"
+#include "port_state.h"
 
 int public_headers_compile_as_c(void);
 int public_headers_compile_as_c(void) { return STP_EXTENSIONS_MIB_OBJECTS; }

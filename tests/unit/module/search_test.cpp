@@ -1,7 +1,11 @@
 #include "search_test.h"
 
+#include <cstdlib>
+#include <utility>
+
 #include "ledger.h"
 #include "platform/cmd.h"
+#include "search/base_port_cache.h"
 
 namespace {
 
@@ -55,6 +59,16 @@ Trace queried_and_found(uint32_t command, uint32_t action, uint32_t tree, uint32
 Trace queried_in_vain(uint32_t command, uint32_t action, uint32_t tree, uint32_t if_index) {
   return queried(command, action, tree, if_index) +
          Trace{in_lookup(" cmd_req_snmp_send_recv() failed for GET"), "free(16000)"};
+}
+
+// A cache that is filled long after it was filled before, and stamped with the time 0, is empty.
+void empty_base_port_cache() {
+  constexpr int64_t kMuchLater = 1'000'000'000;
+  fake::Platform script = std::exchange(fake::platform(), {});
+  fake::platform().next_clocks = {kMuchLater, 0};
+  const stp_vlan_bmp no_vlans{STP_VLAN_BITMAP_SIZE, {}};
+  std::free(stpsnmp::search::stp_get_cached_baseport_bitmap_all_vlans(&no_vlans));
+  fake::platform() = std::move(script);
 }
 
 void SearchTest::SetUp() {

@@ -35,6 +35,9 @@ Trace queried_and_found(uint32_t command, uint32_t action, uint32_t tree, uint32
                         uint32_t found_tree, uint32_t found_if_index);
 Trace queried_in_vain(uint32_t command, uint32_t action, uint32_t tree, uint32_t if_index);
 
+// Makes the module's cache of base ports, which all tests of a program share, one that was never filled.
+void empty_base_port_cache();
+
 class SearchTest : public ::testing::Test {
  protected:
   void SetUp() override;

@@ -14,14 +14,7 @@ using stpsnmp::diagnostics::kTrace;
 
 namespace {
 
-constexpr uint16_t kNoPort = 0;
 constexpr uint16_t kAbovePorts = 65535;
-
-// Turns a port id into its interface index, where that is a usable interface.
-bool find_interface(uint16_t port_id, uint32_t *if_index) {
-  return port_id != kNoPort && stp_dot1dportnum2ifindex(port_id, if_index) == 0 &&
-         stp_valid_if_index(*if_index) != 0;
-}
 
 // Moves a port id to the next of its range. Returns the type of that range, or 0 behind its end; it never
 // steps from the physical ports to the port-channels.

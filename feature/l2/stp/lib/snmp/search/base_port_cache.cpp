@@ -1,0 +1,54 @@
+#include "search/base_port_cache.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+#include "diagnostics.h"
+
+namespace stpsnmp::search {
+namespace {
+
+using diagnostics::kRejection;
+
+constexpr time_t kMaxAge = 10;  // seconds
+
+// Of the whole module, and never emptied.
+struct {
+  time_t filled;  // 0: never
+  uint32_t size;  // octets
+  uint8_t bits[BASEPORT_BITMAP_SIZE];
+} cache;
+
+bool is_stale(time_t now) { return cache.filled == 0 || cache.size == 0 || now > cache.filled + kMaxAge; }
+
+}  // namespace
+
+vlan_mgr_baseport_bmp *stp_get_cached_baseport_bitmap_all_vlans(const stp_vlan_bmp *vlan_bmp) {
+  const time_t now = time(nullptr);
+  if (vlan_bmp == nullptr) {
+    STP_LOG(kRejection, "%s(%d): Null Pointer\n", __func__, __LINE__);
+    return nullptr;
+  }
+  if (is_stale(now)) {
+    vlan_mgr_baseport_bmp *const fresh = vlan_mgr_get_baseport_membership_range(vlan_bmp);
+    if (fresh == nullptr) {
+      STP_LOG(kRejection, "%s:%d vlan_mgr_get_baseport_membership_range returns NULL \n", __func__, __LINE__);
+      return nullptr;
+    }
+    cache.size = BASEPORT_BITMAP_SIZE;
+    std::memcpy(cache.bits, fresh->bits, sizeof cache.bits);
+    cache.filled = time(nullptr);
+    return fresh;
+  }
+  auto *const copy = static_cast<vlan_mgr_baseport_bmp *>(std::malloc(sizeof(vlan_mgr_baseport_bmp)));
+  if (copy == nullptr) {
+    STP_LOG(kRejection, "%s(%d): Failed to malloc baseport_bmp\n", __func__, __LINE__);
+    return nullptr;
+  }
+  copy->size = BASEPORT_BITMAP_SIZE;
+  std::memcpy(copy->bits, cache.bits, sizeof copy->bits);
+  return copy;
+}
+
+}  // namespace stpsnmp::search
