@@ -1,9 +1,9 @@
 // The searches by tree and port: the exact one, and every turn that the next one can take.
-#include <cstring>
 #include <deque>
 
 #include "index_search.h"
 #include "ledger.h"
+#include "scripted_process.h"
 #include "search/next_row.h"
 #include "search_test.h"
 
@@ -39,25 +39,12 @@ std::string in_physical_step(const std::string &text) {
 
 constexpr char kReleased[] = "cmd_snmp_free_rx_hndl";
 
-std::string shown(uint32_t number) { return std::to_string(static_cast<int32_t>(number)); }
+using ::get_next_of;
+using ::get_of;
 
-std::string query_of(const char *action, uint32_t tree, uint32_t if_index, uint32_t command) {
-  return std::string("asked ") + action + " " + std::to_string(command) + " (" + std::to_string(tree) + ", " +
-         std::to_string(if_index) + ")";
-}
-
-std::string get_of(uint32_t tree, uint32_t if_index, uint32_t command = kLoopCommand) {
-  return query_of("GET", tree, if_index, command);
-}
-
-std::string get_next_of(uint32_t tree, uint32_t if_index, uint32_t command = kLoopCommand) {
-  return query_of("GET_NEXT", tree, if_index, command);
-}
-
-uint32_t word(const fake::Bytes &octets, size_t position) {
-  uint32_t value = 0;
-  std::memcpy(&value, octets.data() + position * sizeof value, sizeof value);
-  return value;
+std::string get_of(uint32_t tree, uint32_t if_index) { return get_of(tree, if_index, kLoopCommand); }
+std::string get_next_of(uint32_t tree, uint32_t if_index) {
+  return get_next_of(tree, if_index, kLoopCommand);
 }
 
 class DualIndex : public SearchTest {
@@ -66,16 +53,16 @@ class DualIndex : public SearchTest {
     SearchTest::SetUp();
     fake::platform().interfaces = {
         {kChannel, 4097, 22}, {kSecondChannel, 4098, 22}, {kFirst, 129}, {kSecond, 130}};
-    fake::platform().answer = [this](const fake::Request &request) { return next_answer(request); };
+    fake::platform().answer = [this](const fake::Request &request) { return process_.answer(request); };
   }
 
   void TearDown() override {
-    EXPECT_TRUE(answers_.empty()) << "answers that nobody asked for";
+    EXPECT_TRUE(process_.is_done()) << "answers that nobody asked for";
     SearchTest::TearDown();
   }
 
   // What the spanning-tree process answers, query by query.
-  void script(std::deque<fake::Send> answers) { answers_ = std::move(answers); }
+  void script(std::deque<fake::Send> answers) { process_.script(std::move(answers)); }
 
   // The queries, the replies released, and what the searches say of themselves.
   static Trace story() {
@@ -110,21 +97,7 @@ class DualIndex : public SearchTest {
   void *reply_ = nullptr;
 
  private:
-  fake::Send next_answer(const fake::Request &request) {
-    constexpr size_t kFirstOfRange = 2;
-    fake::trace(query_of(request.action == kGet ? "GET" : "GET_NEXT",
-                         word(request.keys.at(kTreeKey), kFirstOfRange),
-                         word(request.keys.at(kInterfaceKey), 0), request.command));
-    if (answers_.empty()) {
-      ADD_FAILURE() << "one query too many";
-      return no_entry();
-    }
-    fake::Send answer = answers_.front();
-    answers_.pop_front();
-    return answer;
-  }
-
-  std::deque<fake::Send> answers_;
+  ScriptedProcess process_{kInterfaceKey, kTreeKey};
 };
 
 // The exact search.

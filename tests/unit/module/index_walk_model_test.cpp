@@ -1,19 +1,15 @@
 // Walks of the inconsistency tables over thousands of small random switches, held against a model that knows
 // nothing of queries: sets of rows, and which of them comes next.
-#include <algorithm>
 #include <array>
 #include <cstring>
-#include <iterator>
 #include <map>
 #include <optional>
-#include <random>
 #include <set>
-#include <tuple>
 
 #include "fake_platform.h"
 #include "lookup_handlers.h"
 #include "search_test.h"
-#include "table_test.h"
+#include "walk_test.h"
 
 namespace {
 
@@ -42,16 +38,6 @@ struct Table {
 
 void PrintTo(const Table &table, std::ostream *out) { *out << table.name; }
 
-struct Row {
-  uint32_t tree;
-  uint16_t port;
-
-  bool operator==(const Row &) const = default;
-  bool operator<(const Row &other) const { return std::tie(tree, port) < std::tie(other.tree, other.port); }
-};
-
-std::ostream &operator<<(std::ostream &out, const Row &row) { return out << row.tree << '.' << row.port; }
-
 bool is_channel(uint16_t port) { return port >= kLowestChannel; }
 
 struct Switch {
@@ -61,16 +47,9 @@ struct Switch {
 };
 
 // A switch in small: what the tests vary is drawn with the seed.
-class Generator {
+class Generator : public Dice {
  public:
-  explicit Generator(unsigned seed) : random_(seed) {}
-
-  uint32_t below(uint32_t bound) { return static_cast<uint32_t>(random_() % bound); }
-
-  template <class Values>
-  auto one_of(const Values &values) {
-    return values[below(static_cast<uint32_t>(std::size(values)))];
-  }
+  using Dice::Dice;
 
   // Interface indexes ascend with the ports of a kind, or not.
   Switch draw(bool has_ordered_indexes) {
@@ -79,7 +58,7 @@ class Generator {
                    has_ordered_indexes, &result);
     add_interfaces(std::array<uint16_t, 6>{4097, 4098, 4099, 4102, 8190, 8191}, 22, kChannelIndexes,
                    has_ordered_indexes, &result);
-    std::shuffle(result.interfaces.begin(), result.interfaces.end(), random_);
+    shuffle(&result.interfaces);
     const bool has_rows_of_other_ports = below(4) == 0;
     std::vector<uint32_t> trees = {0, 1, 2, 3, 7, 4094};
     trees.resize(1 + below(static_cast<uint32_t>(trees.size())));
@@ -104,7 +83,7 @@ class Generator {
       order.push_back(indexes + 1 + i);
     }
     if (!is_ordered) {
-      std::shuffle(order.begin(), order.end(), random_);
+      shuffle(&order);
     }
     for (size_t i = 0; i < std::size(ports); ++i) {
       if (below(8) < density) {
@@ -113,8 +92,6 @@ class Generator {
       }
     }
   }
-
-  std::mt19937 random_;
 };
 
 // Which row follows a position. The spanning-tree process lists a tree's port-channels before its physical
@@ -237,17 +214,14 @@ class Model {
   std::set<uint16_t> channels_;
 };
 
-class IndexWalk : public TableTest, public ::testing::WithParamInterface<Table> {
+class IndexWalk : public WalkTest, public ::testing::WithParamInterface<Table> {
  protected:
-  IndexWalk() : TableTest(GetParam().handler) {}
+  IndexWalk() : WalkTest(GetParam().handler, GetParam().column) {}
 
   static unsigned first_seed() { return GetParam().column * kSwitches; }
 
   void install(const Switch &installed) {
-    fake::platform() = {};
-    fake::platform().writes_trace = false;
-    fake::platform().history_answers = {{100, 1}, {101, 1}};
-    fake::platform().interfaces = installed.interfaces;
+    install_interfaces(installed.interfaces);
     entries_.clear();
     for (const fake::Interface &interface : installed.interfaces) {
       for (const auto &[row, state] : installed.rows) {
@@ -260,19 +234,6 @@ class IndexWalk : public TableTest, public ::testing::WithParamInterface<Table> 
     fake::platform().answer = [this](const fake::Request &request) { return answer(request); };
   }
 
-  // The row that a request is answered with, and its value.
-  struct Served {
-    Row row;
-    std::string value;
-  };
-
-  std::optional<Served> next(const std::vector<oid> &index) {
-    const auto value = get_next(GetParam().column, index);
-    return value ? std::optional(Served{answered_row(), *value}) : std::nullopt;
-  }
-
-  std::optional<std::string> exact(const Row &row) { return get(GetParam().column, {row.tree, row.port}); }
-
   // A state as the table shows it.
   static std::string shown(uint32_t state) {
     if (!GetParam().exists_in_mst) {
@@ -284,19 +245,11 @@ class IndexWalk : public TableTest, public ::testing::WithParamInterface<Table> 
 
   static bool serves(const Switch &asked) { return asked.type == kRapidPvst || GetParam().exists_in_mst; }
 
-  // The rows of a walk from the bare column, which must ascend, exist and have their values.
-  std::set<Row> walked(const Switch &walked_switch) {
-    std::set<Row> rows;
-    std::vector<oid> index;
-    while (const auto served = next(index)) {
-      const auto existing = walked_switch.rows.find(served->row);
-      if (existing == walked_switch.rows.end() || (!rows.empty() && !(*rows.rbegin() < served->row))) {
-        ADD_FAILURE() << "the walk comes to " << served->row;
-        break;
-      }
-      EXPECT_EQ(served->value, shown(existing->second)) << served->row;
-      rows.insert(served->row);
-      index = {served->row.tree, served->row.port};
+  // The rows of a walk and their values, as far as the table shows them.
+  static std::map<Row, std::string> shown_rows(const Switch &asked) {
+    std::map<Row, std::string> rows;
+    for (const auto &[row, state] : asked.rows) {
+      rows[row] = shown(state);
     }
     return rows;
   }
@@ -336,14 +289,6 @@ class IndexWalk : public TableTest, public ::testing::WithParamInterface<Table> 
     return send;
   }
 
-  Row answered_row() const {
-    const std::string name = answered();
-    const size_t port = name.rfind('.');
-    const size_t tree = name.rfind('.', port - 1);
-    return {static_cast<uint32_t>(std::stoul(name.substr(tree + 1))),
-            static_cast<uint16_t>(std::stoul(name.substr(port + 1)))};
-  }
-
   uint32_t type_ = 0;
   std::map<std::pair<uint32_t, uint32_t>, uint32_t> entries_;
 };
@@ -369,7 +314,7 @@ TEST_P(IndexWalk, ServesWhatTheModelSays) {
         }
       }
     }
-    EXPECT_EQ(walked(drawn), expected);
+    EXPECT_EQ(walked(shown_rows(drawn)), expected);
     served += expected.size();
     expect_gets(drawn, model);
   }
@@ -413,7 +358,7 @@ TEST_P(IndexWalk, AscendsAndEndsWhateverTheInterfaceIndexes) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     const Switch drawn = Generator(seed).draw(false);
     install(drawn);
-    const std::set<Row> rows = walked(drawn);
+    const std::set<Row> rows = walked(shown_rows(drawn));
     if (!serves(drawn)) {
       EXPECT_TRUE(rows.empty());
     }

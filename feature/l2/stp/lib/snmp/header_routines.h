@@ -13,6 +13,8 @@
 
 STPSNMP_EXPORT int header_stpxInconsistencyTable(const oid *vp_name, size_t vp_namelen, oid *name,
                                                  size_t *length, int exact, InconsistencyRow *row);
+STPSNMP_EXPORT int header_stpxLoopGuardConfigTable(const oid *vp_name, size_t vp_namelen, oid *name,
+                                                   size_t *length, int exact, LoopGuardConfigRow *row);
 STPSNMP_EXPORT int header_stpxLoopInconsistencyTable(const oid *vp_name, size_t vp_namelen, oid *name,
                                                      size_t *length, int exact, InconsistencyRow *row);
 STPSNMP_EXPORT int header_stpxPVSTVlanTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length,
@@ -22,6 +24,11 @@ STPSNMP_EXPORT int header_stpxRootGuardConfigTable(const oid *vp_name, size_t vp
 STPSNMP_EXPORT int header_stpxRootInconsistencyTable(const oid *vp_name, size_t vp_namelen, oid *name,
                                                      size_t *length, int exact, InconsistencyRow *row);
 
+STPSNMP_EXPORT int header_stpxRPVSTPortTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length,
+                                             int exact, RpvstPortRow *row);
+STPSNMP_EXPORT int header_stpxRSTPPortRoleTable(const oid *vp_name, size_t vp_namelen, oid *name,
+                                                size_t *length, int exact, RstpPortRoleRow *row);
+
 /* Works, although the table itself does not answer. A port without a path cost is served with 0. */
 STPSNMP_EXPORT int header_stpxLongStpPortPathCostTable(const oid *vp_name, size_t vp_namelen, oid *name,
                                                        size_t *length, int exact, PathCostRow *row);
@@ -30,6 +37,13 @@ STPSNMP_EXPORT int header_stpxLongStpPortPathCostTable(const oid *vp_name, size_
  * The request's OID may be rewritten without success. */
 STPSNMP_EXPORT int header_stpxSMSTInstanceTable(const oid *vp_name, size_t vp_namelen, oid *name,
                                                 size_t *length, int exact, SmstInstanceRow *row, int magic);
+
+/* `magic` likewise, except that columns which one query serves are filled together. Without a value column of
+ * that magic, the answer is a cleared row with the index that the request names. */
+STPSNMP_EXPORT int header_stpxRSTPPortTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length,
+                                            int exact, RstpPortRow *row, int magic);
+STPSNMP_EXPORT int header_stpxSMSTPortTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length,
+                                            int exact, SmstPortRow *row, int magic);
 
 /* Splits a VLAN bitmap into a row's two columns. A bitmap of another size than STP_VLAN_BITMAP_SIZE is logged
  * and leaves the row as it was. */

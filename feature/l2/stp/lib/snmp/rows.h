@@ -45,9 +45,31 @@ typedef struct SmstInstanceRow {
 typedef struct SmstPortRow {
   uint32_t index;         /* bridge port number */
   uint8_t port_flags;     /* BITS: operational edge 0, boundary 1, peer 3, dispute 4 */
-  int32_t admin_mst_mode; /* 1 or 2 */
-  int32_t prestd_status;  /* 1, 2 or 3 */
+  int32_t admin_mst_mode; /* 1 pre-standard, 2 as the neighbour speaks */
+  int32_t prestd_status;  /* of the neighbour: 1 unknown, 2 pre-standard, 3 not so */
 } SmstPortRow;
+
+/* A port in Rapid STP. */
+typedef struct RstpPortRow {
+  uint32_t index;         /* bridge port number */
+  int32_t setting;        /* as the spanning-tree process gives it */
+  int32_t oper_link_type; /* 1 point-to-point, 2 shared, 3 neither is known (IEEE 802.1D clause 6.4.3) */
+  uint32_t reserved;      /* 0 */
+} RstpPortRow;
+
+/* Loop guard of a port. */
+typedef struct LoopGuardConfigRow {
+  uint32_t index;    /* bridge port number */
+  uint32_t reserved; /* 0 */
+  int32_t value;     /* as the spanning-tree process gives it */
+} LoopGuardConfigRow;
+
+/* The role of a port in a tree. */
+typedef struct RstpPortRoleRow {
+  uint32_t tree_id;  /* VLAN or MST instance identifier */
+  uint32_t port_id;  /* bridge port number */
+  int32_t port_role; /* as the spanning-tree process gives it */
+} RstpPortRoleRow;
 
 /* A port of a Rapid-PVST tree. */
 typedef struct RpvstPortRow {

@@ -1,17 +1,20 @@
 // Rows by tree and port. SNMP orders them by tree and then by port id, physical ports before port-channels;
 // the spanning-tree process orders them by tree and then by interface index, port-channels before physical
 // ports.
+#include "call_site.h"
 #include "diagnostics.h"
 #include "index_search.h"
 #include "platform/cmd.h"
 #include "platform/stp.h"
 #include "result.h"
+#include "search/found_row.h"
 #include "search/held_reply.h"
 #include "search/key_form.h"
 #include "search/next_row.h"
 #include "search/port_ids.h"
 
 using namespace stpsnmp::search;
+using stpsnmp::CallSite;
 using stpsnmp::kFailed;
 using stpsnmp::diagnostics::kTrace;
 
@@ -50,21 +53,10 @@ struct Entries {
 
 int32_t shown(uint32_t number) { return static_cast<int32_t>(number); }
 
-// The end of both searches: the entry that was found becomes the caller's row.
-int finish(const Entries &entries, uint32_t tree, uint32_t if_index, uint32_t *tree_id, uint16_t *port_id,
-           const char *function) {
-  if (stp_ifindex2dot1dportnum(if_index, port_id) != 0) {
-    entries.release();
-    STP_LOG(kTrace, "\n%s(%d): returning FAILURE\n", function, __LINE__);
-    return kFailed;
-  }
-  if (entries.reply == nullptr) {
-    STP_LOG(kTrace, "\n%s(%d) resp_h is NULL\n", function, __LINE__);
-  }
-  *tree_id = tree;
-  STP_LOG(kTrace, "\n%s(%d): returning tree_index: %d, port_index: %d\n", function, __LINE__, shown(tree),
-          int{*port_id});
-  return 0;
+// The end of both searches.
+int finish_row(const Entries &entries, uint32_t tree, uint32_t if_index, uint32_t *tree_id, uint16_t *port_id,
+               CallSite caller = CallSite::here()) {
+  return finish(tree, if_index, tree_id, port_id, entries.reply, kTrace, caller);
 }
 
 // Finds the first entry of a port-channel in the tree, from the caller's port on, and moves the caller's port
@@ -135,7 +127,7 @@ int get_exact_stp_dual_indices_entry(uint32_t index_token, uint16_t *port_id, ui
   STP_LOG(kTrace, "\n%s(%d): ret_if_index: %d, ret_if_type: %d\n", __func__, __LINE__, shown(if_index),
           int{type});
   STP_LOG(kTrace, "\n%s(%d): ret_tree_index: %d\n", __func__, __LINE__, shown(tree));
-  return finish(entries, tree, if_index, tree_id, port_id, __func__);
+  return finish_row(entries, tree, if_index, tree_id, port_id);
 }
 
 int get_next_stp_dual_indices_entry_from_im(uint32_t index_token, uint16_t *port_id, uint32_t tree_token,
@@ -163,7 +155,7 @@ int get_next_stp_dual_indices_entry_from_im(uint32_t index_token, uint16_t *port
     STP_LOG(kTrace, "\n%s(%d) if_index type: %d\n", __func__, __LINE__, int{candidate_type});
     if (entries.get(&tree, &if_index)) {
       STP_LOG(kTrace, "\n%s(%d) Get Successful\n", __func__, __LINE__);
-      return finish(entries, tree, if_index, tree_id, port_id, __func__);
+      return finish_row(entries, tree, if_index, tree_id, port_id);
     }
     STP_LOG(kTrace, "\n%s(%d): NEXT on ifIndex(%d) in tree (%d), in_if_type (%d)\n", __func__, __LINE__,
             shown(if_index), shown(tree), int{candidate_type});
@@ -189,7 +181,7 @@ int get_next_stp_dual_indices_entry_from_im(uint32_t index_token, uint16_t *port
         STP_LOG(kTrace, "\n%s(%d): Lookup if_index failed. \n", __func__, __LINE__);
         return kFailed;
       }
-      return finish(entries, tree, if_index, tree_id, port_id, __func__);
+      return finish_row(entries, tree, if_index, tree_id, port_id);
     }
     if (saved_tree > tree) {
       STP_LOG(kTrace, "\n%s(%d): saved_tree_index: %d, ret_tree_index: %d\n", __func__, __LINE__,
@@ -204,7 +196,7 @@ int get_next_stp_dual_indices_entry_from_im(uint32_t index_token, uint16_t *port
             shown(tree));
     switch (decide(candidate_type, in_tree, tree, type)) {
       case NextRow::kFinish:
-        return finish(entries, tree, if_index, tree_id, port_id, __func__);
+        return finish_row(entries, tree, if_index, tree_id, port_id);
       case NextRow::kFail:
         entries.release();
         return kFailed;
@@ -216,7 +208,7 @@ int get_next_stp_dual_indices_entry_from_im(uint32_t index_token, uint16_t *port
           entries.release();
           return kFailed;
         }
-        return finish(entries, tree, if_index, tree_id, port_id, __func__);
+        return finish_row(entries, tree, if_index, tree_id, port_id);
       case NextRow::kNextTree:
         STP_LOG(kTrace, "\n%s(%d): Incrementing in_tree_index, port_index to search again\n", __func__,
                 __LINE__);

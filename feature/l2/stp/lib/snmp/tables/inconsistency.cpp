@@ -1,7 +1,5 @@
 // Root, loop, and port VLAN identifier and port type inconsistencies: one row for each tree and port that the
 // spanning-tree process reports. The third table is one of per-VLAN trees only.
-#include <sys/time.h>
-
 #include <cstring>
 
 #include "diagnostics.h"
@@ -12,7 +10,7 @@
 #include "platform/im.h"
 #include "query/reply.h"
 #include "tables/spanning_tree_type.h"
-#include "tables/table.h"
+#include "tables/tree_port.h"
 #include "values.h"
 
 using namespace stpsnmp;
@@ -23,10 +21,10 @@ using stpsnmp::query::Command;
 using stpsnmp::query::Reply;
 using stpsnmp::query::Token;
 using stpsnmp::tables::RowRequest;
+using stpsnmp::tables::TreePort;
 
 namespace {
 
-constexpr size_t kIndexArcs = 2;
 constexpr auto kInterfaceKey = static_cast<uint32_t>(Token::kInterfaceKey);
 constexpr auto kTreeKey = static_cast<uint32_t>(Token::kVlanTreeKey);
 
@@ -65,17 +63,7 @@ constexpr InconsistencyTable kPortTable = {"header_stpxInconsistencyTable",
                                            false,
                                            Served::kBits};
 
-// A position in SNMP order.
-struct RowIndex {
-  uint32_t tree_id;
-  uint16_t port_id;
-
-  bool operator>(const RowIndex &other) const {
-    return tree_id > other.tree_id || (tree_id == other.tree_id && port_id > other.port_id);
-  }
-};
-
-int find_exact(const InconsistencyTable &table, RowIndex *index, void **reply) {
+int find_exact(const InconsistencyTable &table, TreePort *index, void **reply) {
   const int result = get_exact_stp_dual_indices_entry(
       kInterfaceKey, &index->port_id, kTreeKey, &index->tree_id, reply, static_cast<uint32_t>(table.command));
   if (result != 0) {
@@ -85,21 +73,13 @@ int find_exact(const InconsistencyTable &table, RowIndex *index, void **reply) {
   return result;
 }
 
-int find_next(const InconsistencyTable &table, RowIndex *index, void **reply) {
-  timeval begin;
-  gettimeofday(&begin, nullptr);
-  const int result =
-      get_next_stp_dual_indices_entry_from_im(kInterfaceKey, &index->port_id, kTreeKey, &index->tree_id,
-                                              reply, static_cast<uint32_t>(table.command), BASE_PORT_ALL);
-  timeval end;
-  gettimeofday(&end, nullptr);
-  STP_LOG(
-      kTrace,
-      "%s(%d): get_next_stp_dual_indices_entry_from_im() begin: (sec=%u, usec=%u), end: (sec=%u, usec=%u)",
-      table.header, __LINE__, static_cast<uint32_t>(begin.tv_sec), static_cast<uint32_t>(begin.tv_usec),
-      static_cast<uint32_t>(end.tv_sec), static_cast<uint32_t>(end.tv_usec));
-  STP_LOG(kTrace, "%s(%d) get_next_stp_dual_indices_entry_from_im() returns: %d", table.header, __LINE__,
-          result);
+int find_next(const InconsistencyTable &table, TreePort *index, void **reply) {
+  const auto search = [&] {
+    return get_next_stp_dual_indices_entry_from_im(kInterfaceKey, &index->port_id, kTreeKey, &index->tree_id,
+                                                   reply, static_cast<uint32_t>(table.command),
+                                                   BASE_PORT_ALL);
+  };
+  const int result = tables::run_next_search(search, {table.header, __LINE__});
   if (result != 0) {
     STP_LOG(kTrace, "%s(%d) get_next_stp_dual_indices_entry_from_im() failed, %s: %s\n", table.header,
             __LINE__, table.command_label, table.command_name);
@@ -126,23 +106,11 @@ bool exists_in_mode(const InconsistencyTable &table, Action action) {
   return true;
 }
 
-bool advances(const InconsistencyTable &table, const RowIndex &found, const RowIndex &asked) {
-  if (found > asked) {
-    return true;
-  }
-  STP_LOG(kTrace, "%s(%d) Looping detected. tree_id=%d, in_tree_id=%d, port_id=%d, in_port_id=%d\n",
-          table.header, __LINE__, static_cast<int32_t>(found.tree_id), static_cast<int32_t>(asked.tree_id),
-          int{found.port_id}, int{asked.port_id});
-  return false;
-}
-
-// Where the reply does not name its tree, the row's is the one that was asked for.
 int parse_reply(const InconsistencyTable &table, const Reply &reply, InconsistencyRow *row) {
   if (!reply) {
     return kFailed;
   }
-  reply.read_number(Token::kAnsweredPortTree, &row->tree_id);
-  reply.read_number(Token::kAnsweredInterface, &row->port_id);
+  tables::read_index(reply, row);
   uint32_t state = 0;
   const int result = reply.read_number(Token::kPortValue, &state);
   if (result != 0) {
@@ -169,25 +137,20 @@ int check_bits(const InconsistencyTable &table, const InconsistencyRow &row) {
 }
 
 int answer(const InconsistencyTable &table, const RowRequest &request, InconsistencyRow *row) {
-  if (request.has_too_many_arcs(kIndexArcs)) {
+  if (request.has_too_many_arcs(tables::kTreePortArcs)) {
     return kFailed;
   }
-  const RowIndex asked{request.index_arc(0), static_cast<uint16_t>(request.index_arc(1))};
-  row->tree_id = asked.tree_id;
-  row->port_id = asked.port_id;
-  STP_LOG(kTrace, "%s(%d) port_id: %d, tree_id:%d\n", table.header, __LINE__, int{asked.port_id},
-          static_cast<int32_t>(asked.tree_id));
+  const TreePort asked = tables::asked_tree_port(request, row);
+  tables::trace_tree_port(asked, {table.header, __LINE__});
   if (!exists_in_mode(table, request.action())) {
     return kFailed;
   }
-  const bool is_get = request.action() == Action::kGet;
-  RowIndex found = asked;
-  void *handle = nullptr;
-  if ((is_get ? find_exact : find_next)(table, &found, &handle) != 0) {
-    return kFailed;
-  }
-  Reply reply(handle);
-  if (!is_get && !advances(table, found, asked)) {
+  TreePort found;
+  Reply reply;
+  const auto search = [&](TreePort *index, void **handle) {
+    return (request.action() == Action::kGet ? find_exact : find_next)(table, index, handle);
+  };
+  if (tables::find_tree_port(request, asked, search, &found, &reply, {table.header, __LINE__}) != 0) {
     return kFailed;
   }
   int result = parse_reply(table, reply, row);

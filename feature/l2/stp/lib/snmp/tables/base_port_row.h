@@ -1,0 +1,62 @@
+// Tables that are numbered by the bridge port alone. The port that a request means is found in the VLANs'
+// membership, and the spanning-tree process is asked for its entry.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "call_site.h"
+#include "diagnostics.h"
+#include "query/protocol.h"
+#include "query/reply.h"
+#include "tables/table.h"
+
+namespace stpsnmp::tables {
+
+inline constexpr size_t kBasePortArcs = 1;
+
+// Finds the port and fetches its entry. With `is_down`, a port that is down is not asked for: `*is_down`
+// becomes true, and the reply stays empty. Returns 0 with `*port_id` the row's port, or -1.
+int find_base_port(const RowRequest &request, query::Command command, query::Token key, query::Reply *reply,
+                   uint16_t *port_id, bool *is_down = nullptr);
+
+// Answers with the row of this port.
+template <class Row>
+int answer_base_port(const RowRequest &request, uint16_t port_id, Row *row) {
+  row->index = port_id;
+  request.answer({row->index});
+  return 0;
+}
+
+// A column that shows a setting, which a port has whether it is up or down.
+template <class Row>
+struct PortSetting {
+  const char *object;  // as a failure names it
+  query::Command command;
+  int (*parse)(const query::Reply &reply, Row *row);  // 0, or what was wrong with the reply
+};
+
+// Fetches the setting of the port and answers. Returns 0, or another code with the failure logged for
+// `caller`.
+template <class Row>
+int answer_setting(const RowRequest &request, const PortSetting<Row> &setting, Row *row,
+                   CallSite caller = CallSite::here()) {
+  query::Reply reply;
+  uint16_t port_id = 0;
+  if (find_base_port(request, setting.command, query::Token::kInterfaceKey, &reply, &port_id) != 0) {
+    return kFailed;
+  }
+  if (!reply) {
+    STP_LOG(diagnostics::kTrace, "\n%s(%d): resp_h is NULL\n", caller.function, caller.line);
+    return kFailed;
+  }
+  const int result = setting.parse(reply, row);
+  reply.release();
+  if (result != 0) {
+    STP_LOG(diagnostics::kTrace, "parse_reply_%s failed\n", setting.object);
+    return result;
+  }
+  return answer_base_port(request, port_id, row);
+}
+
+}  // namespace stpsnmp::tables

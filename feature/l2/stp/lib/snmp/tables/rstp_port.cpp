@@ -1,0 +1,108 @@
+// RSTP port table: one row for each bridge port.
+#include "diagnostics.h"
+#include "header_routines.h"
+#include "lookup_handlers.h"
+#include "magic.h"
+#include "tables/base_port_row.h"
+
+using namespace stpsnmp;
+using stpsnmp::diagnostics::kRejection;
+using stpsnmp::diagnostics::kTrace;
+using stpsnmp::query::Command;
+using stpsnmp::query::Reply;
+using stpsnmp::query::Token;
+using stpsnmp::tables::RowRequest;
+
+namespace {
+
+constexpr int32_t kPointToPoint = 1;
+constexpr int32_t kShared = 2;
+constexpr int32_t kNoLinkType = 3;
+
+int parse_setting(const Reply &reply, RstpPortRow *row) {
+  reply.read_number(Token::kAnsweredInterface, &row->index);
+  uint32_t setting = 0;
+  const int result = reply.read_number(Token::kRstpPortSetting, &setting);
+  if (result == 0) {
+    row->setting = static_cast<int32_t>(setting);
+  }
+  return result;
+}
+
+constexpr tables::PortSetting<RstpPortRow> kSetting = {"stpxRSTPPortTable", Command::kPortSettings,
+                                                       parse_setting};
+
+// Its lines in the log carry its name.
+int parse_reply_stpxRSTPPortOperLinkType(bool is_down, const Reply &reply, RstpPortRow *row) {
+  row->oper_link_type = kNoLinkType;
+  if (is_down) {
+    return 0;
+  }
+  if (!reply) {
+    STP_LOG(kRejection, "%s(%d): rx handle is NULL\n", __func__, __LINE__);
+    return kFailed;
+  }
+  uint32_t is_point_to_point = 0;
+  if (reply.read_number(Token::kPortOperPointToPoint, &is_point_to_point) == 0) {
+    STP_LOG(kTrace, "%s(%d): cmd_rsp_attr_get success, val = %d\n", __func__, __LINE__,
+            static_cast<int32_t>(is_point_to_point));
+    row->oper_link_type = is_point_to_point != 0 ? kPointToPoint : kShared;
+  }
+  return 0;
+}
+
+int answer_oper_link_type(const RowRequest &request, RstpPortRow *row, CallSite caller = CallSite::here()) {
+  Reply reply;
+  uint16_t port_id = 0;
+  bool is_down = false;
+  if (tables::find_base_port(request, Command::kRapidPvstPort, Token::kInterfaceKey, &reply, &port_id,
+                             &is_down) != 0) {
+    STP_LOG(kRejection, "%s(%d): get_stp_entry_with_port_id_from_vlan_mgr failed\n", caller.function,
+            caller.line);
+    return kFailed;
+  }
+  const int result = parse_reply_stpxRSTPPortOperLinkType(is_down, reply, row);
+  reply.release();
+  if (result != 0) {
+    STP_LOG(kRejection, "parse_reply_stpxRSTPPortOperLinkType failed\n");
+    return result;
+  }
+  return tables::answer_base_port(request, port_id, row);
+}
+
+}  // namespace
+
+int header_stpxRSTPPortTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length, int exact,
+                             RstpPortRow *row, int magic) {
+  const RowRequest request(vp_name, vp_namelen, name, length, exact, row);
+  if (request.has_too_many_arcs(tables::kBasePortArcs)) {
+    return kFailed;
+  }
+  switch (magic) {
+    case kRstpPortSetting:
+      return tables::answer_setting(request, kSetting, row);
+    case kRstpPortOperLinkType:
+      return answer_oper_link_type(request, row);
+    default:
+      STP_LOG(kRejection, "%s(%d): Wrong object, magic %d\n", __func__, __LINE__, magic);
+      row->index = request.index_arc(0);
+      request.answer({row->index});
+      return 0;
+  }
+}
+
+u_char *get_stpxRSTPPortTable(struct variable *vp, oid *name, size_t *length, int exact, size_t *var_len,
+                              WriteMethod ** /*write_method*/) {
+  static RstpPortRow row;
+  if (header_stpxRSTPPortTable(vp->name, vp->namelen, name, length, exact, &row, vp->magic) != 0) {
+    return nullptr;
+  }
+  switch (vp->magic) {
+    case kRstpPortSetting:
+      return tables::column_value(&row.setting, var_len);
+    case kRstpPortOperLinkType:
+      return tables::column_value(&row.oper_link_type, var_len);
+    default:
+      return tables::index_column();
+  }
+}

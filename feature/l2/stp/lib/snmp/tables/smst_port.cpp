@@ -1,0 +1,137 @@
+// SMST port table: one row for each bridge port, in MST mode only.
+#include "diagnostics.h"
+#include "header_routines.h"
+#include "lookup_handlers.h"
+#include "magic.h"
+#include "tables/base_port_row.h"
+#include "tables/spanning_tree_type.h"
+#include "values.h"
+
+using namespace stpsnmp;
+using stpsnmp::diagnostics::kTrace;
+using stpsnmp::query::Command;
+using stpsnmp::query::Reply;
+using stpsnmp::query::Token;
+using stpsnmp::tables::RowRequest;
+
+namespace {
+
+// How the port speaks MST.
+constexpr int32_t kPreStandardMode = 1;
+constexpr int32_t kStandardMode = 2;
+
+// Where nothing is known of the neighbour; the other values are stp_mst_prestd_status's.
+constexpr int32_t kNoPreStandardStatus = 1;
+
+struct Flag {
+  Token token;
+  void (*set)(SmstPortRow *row, const void *value);
+};
+
+constexpr Flag kFlags[] = {{Token::kPortOperEdge, stp_mst_oper_edge_to_bit},
+                           {Token::kPortBoundary, stp_mst_boundary_to_bit},
+                           {Token::kPortPeer, stp_mst_peer_to_bit},
+                           {Token::kPortDispute, stp_mst_dispute_to_bit}};
+
+// All of them, or none.
+void read_flags(const Reply &reply, SmstPortRow *row) {
+  bool is_complete = true;
+  for (const Flag &flag : kFlags) {
+    const void *value = nullptr;
+    if (reply.find(flag.token, &value) == 0) {
+      flag.set(row, value);
+    } else {
+      is_complete = false;
+    }
+  }
+  if (!is_complete) {
+    row->port_flags = 0;
+  }
+}
+
+void parse_state(const Reply &reply, SmstPortRow *row) {
+  reply.read_number(Token::kAnsweredInterface, &row->index);
+  read_flags(reply, row);
+  const void *flag = nullptr;
+  if (reply.find(Token::kPortPreStandard, &flag) == 0) {
+    stp_mst_prestd_status(&row->prestd_status, flag);
+  } else {
+    row->prestd_status = kNoPreStandardStatus;
+  }
+}
+
+int answer_state(const RowRequest &request, SmstPortRow *row) {
+  Reply reply;
+  uint16_t port_id = 0;
+  bool is_down = false;
+  if (tables::find_base_port(request, Command::kMstPort, Token::kMstInterfaceKey, &reply, &port_id,
+                             &is_down) != 0) {
+    return kFailed;
+  }
+  if (is_down) {
+    row->prestd_status = kNoPreStandardStatus;
+  } else if (!reply) {
+    STP_LOG(kTrace, "parse_reply_stpxSMSTPortTable failed\n");
+    return kFailed;
+  } else {
+    parse_state(reply, row);
+    reply.release();
+  }
+  return tables::answer_base_port(request, port_id, row);
+}
+
+int parse_admin_mode(const Reply &reply, SmstPortRow *row) {
+  uint32_t is_pre_standard = 0;
+  const int result = reply.read_number(Token::kMstAdminPreStandard, &is_pre_standard);
+  if (result == 0) {
+    row->admin_mst_mode = is_pre_standard != 0 ? kPreStandardMode : kStandardMode;
+  }
+  return result;
+}
+
+constexpr tables::PortSetting<SmstPortRow> kAdminMode = {"stpxSMSTPortAdminMSTMode", Command::kPortSettings,
+                                                         parse_admin_mode};
+
+}  // namespace
+
+int header_stpxSMSTPortTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length, int exact,
+                             SmstPortRow *row, int magic) {
+  const RowRequest request(vp_name, vp_namelen, name, length, exact, row);
+  if (request.has_too_many_arcs(tables::kBasePortArcs) || !tables::fetch_spanning_tree_type()) {
+    return kFailed;
+  }
+  if (tables::spanning_tree_type() != tables::kTypeMst) {
+    STP_LOG(kTrace, "%s(%d) Spanning Tree type is not MST, return\n", __func__, __LINE__);
+    return kFailed;
+  }
+  switch (magic) {
+    case kSmstPortAdminMode:
+      return tables::answer_setting(request, kAdminMode, row);
+    case kSmstPortFlags:
+    case kSmstPortPreStandardStatus:
+      return answer_state(request, row);
+    default:
+      STP_LOG(kTrace, "%s(%d): wrong object, magic=%d\n", __func__, __LINE__, magic);
+      row->index = request.index_arc(0);
+      request.answer({row->index});
+      return 0;
+  }
+}
+
+u_char *get_stpxSMSTPortTable(struct variable *vp, oid *name, size_t *length, int exact, size_t *var_len,
+                              WriteMethod ** /*write_method*/) {
+  static SmstPortRow row;
+  if (header_stpxSMSTPortTable(vp->name, vp->namelen, name, length, exact, &row, vp->magic) != 0) {
+    return nullptr;
+  }
+  switch (vp->magic) {
+    case kSmstPortFlags:
+      return tables::column_value(&row.port_flags, var_len);
+    case kSmstPortAdminMode:
+      return tables::column_value(&row.admin_mst_mode, var_len);
+    case kSmstPortPreStandardStatus:
+      return tables::column_value(&row.prestd_status, var_len);
+    default:
+      return tables::index_column();
+  }
+}

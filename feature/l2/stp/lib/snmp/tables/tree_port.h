@@ -1,0 +1,106 @@
+// Tables that are numbered by tree and bridge port.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include <sys/time.h>
+
+#include "call_site.h"
+#include "diagnostics.h"
+#include "query/protocol.h"
+#include "query/reply.h"
+#include "tables/table.h"
+
+namespace stpsnmp::tables {
+
+inline constexpr size_t kTreePortArcs = 2;
+
+// A row's position in SNMP order.
+struct TreePort {
+  uint32_t tree_id;
+  uint16_t port_id;
+
+  bool operator>(const TreePort &other) const {
+    return tree_id > other.tree_id || (tree_id == other.tree_id && port_id > other.port_id);
+  }
+};
+
+// The position that a request names; the row begins with it.
+template <class Row>
+TreePort asked_tree_port(const RowRequest &request, Row *row) {
+  const TreePort asked{request.index_arc(0), static_cast<uint16_t>(request.index_arc(1))};
+  row->tree_id = asked.tree_id;
+  row->port_id = asked.port_id;
+  return asked;
+}
+
+void trace_tree_port(const TreePort &asked, CallSite caller = CallSite::here());
+
+// Tells whether a walk gets on from `asked` to `found`; that it does not is logged for `caller`.
+bool advances(const TreePort &found, const TreePort &asked, CallSite caller = CallSite::here());
+
+// Logs for `caller` when a next search began and ended, and what it returned.
+void trace_next_search(const timeval &begin, const timeval &end, int result, CallSite caller);
+
+// Runs a next search and traces it for `caller`. Returns what it returns.
+template <class Search>
+int run_next_search(const Search &search, CallSite caller = CallSite::here()) {
+  timeval begin;
+  gettimeofday(&begin, nullptr);
+  const int result = search();
+  timeval end;
+  gettimeofday(&end, nullptr);
+  trace_next_search(begin, end, result, caller);
+  return result;
+}
+
+// Reads the row's index, as far as the reply names it.
+template <class Row>
+void read_index(const query::Reply &reply, Row *row) {
+  reply.read_number(query::Token::kAnsweredPortTree, &row->tree_id);
+  reply.read_number(query::Token::kAnsweredInterface, &row->port_id);
+}
+
+// Runs `search` (TreePort *, void **reply) from the position that was asked for. Returns 0 with the row's
+// position and its reply; a walk that does not get on is logged for `caller`.
+template <class Search>
+int find_tree_port(const RowRequest &request, const TreePort &asked, const Search &search, TreePort *found,
+                   query::Reply *reply, CallSite caller = CallSite::here()) {
+  *found = asked;
+  void *handle = nullptr;
+  if (search(found, &handle) != 0) {
+    return kFailed;
+  }
+  *reply->out() = handle;
+  const bool is_get = request.action() == query::Action::kGet;
+  return is_get || advances(*found, asked, caller) ? 0 : kFailed;
+}
+
+// What a port of a tree has in these tables.
+template <class Row>
+struct TreePortValue {
+  const char *table;                                  // as a failure names it
+  int (*parse)(const query::Reply &reply, Row *row);  // 0, or what was wrong with the reply
+};
+
+// Answers with the row that a search has found, and releases its reply.
+template <class Row>
+int answer_tree_port(const RowRequest &request, const TreePortValue<Row> &value, uint16_t port_id,
+                     query::Reply *reply, Row *row) {
+  int result = kFailed;
+  if (*reply) {
+    read_index(*reply, row);
+    result = value.parse(*reply, row);
+  }
+  reply->release();
+  if (result != 0) {
+    STP_LOG(diagnostics::kTrace, "parse_reply_%s failed\n", value.table);
+    return result;
+  }
+  row->port_id = port_id;
+  request.answer({row->tree_id, row->port_id});
+  return 0;
+}
+
+}  // namespace stpsnmp::tables
