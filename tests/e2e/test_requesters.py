@@ -90,8 +90,14 @@ def test_a_request_between_two_others_does_not_take_their_identity(lab, who, con
 
 @pytest.mark.parametrize('who', [v3('guest'), v2c('guest-community')], ids=['v3', 'v2c'])
 def test_a_refused_user_is_answered_no_such_instance(lab, who):
-    asked = [binding.oid for binding in golden.fetched_of(golden.MST)]
+    asked = [binding.oid for binding in golden.asked_of(golden.MST)]
     assert lab.snmp.get(*asked, who=who) == [Binding(oid, 'noSuchInstance') for oid in asked]
+
+
+def test_a_refused_user_is_told_that_a_port_without_link_has_no_type_of_link(lab):
+    """Nobody is asked for it who could refuse."""
+    wanted = [Binding(f'{golden.RSTP_LINK_TYPE}.{port}', 'INTEGER', golden.OTHER) for port in (131, 4105)]
+    assert lab.snmp.get(*(binding.oid for binding in wanted), who=v3('guest')) == wanted
 
 
 def test_a_refused_user_walks_only_what_needs_no_switch(lab):

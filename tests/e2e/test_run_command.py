@@ -57,12 +57,40 @@ CIST (0)  channel 9 (4105)  inconsistent (1)
 2         port 1 (129)      inconsistent (1)
 2         channel 5 (4101)  inconsistent (1)
 
+stpxLoopGuardConfigTable (ROOT.1.8.1)
+Port              Setting
+port 1 (129)      enabled (1)
+port 3 (131)      disabled (2)
+port 300 (428)    default (3)
+channel 5 (4101)  disabled (2)
+channel 9 (4105)  enabled (1)
+
 stpxLoopInconsistencyTable (ROOT.1.8.2)
 Tree      Port              State
 CIST (0)  port 1 (129)      inconsistent (1)
 1         port 1 (129)      inconsistent (1)
 2         port 1 (129)      inconsistent (1)
 2         channel 5 (4101)  inconsistent (1)
+
+stpxRSTPPortTable (ROOT.1.12.1)
+Index             Setting           OperLinkType
+port 1 (129)      auto (3)          shared (2)
+port 3 (131)      shared (2)        other (3)
+port 300 (428)    pointToPoint (1)  pointToPoint (1)
+channel 5 (4101)  auto (3)          pointToPoint (1)
+channel 9 (4105)  pointToPoint (1)  other (3)
+
+stpxRSTPPortRoleTable (ROOT.1.12.2)
+Tree      Port              Role
+CIST (0)  port 1 (129)      root (2)
+CIST (0)  port 300 (428)    designated (3)
+CIST (0)  channel 5 (4101)  alternate (4)
+1         port 1 (129)      alternate (4)
+1         channel 5 (4101)  root (2)
+2         port 1 (129)      backup (5)
+2         channel 5 (4101)  designated (3)
+
+stpxRPVSTPortTable: no rows
 
 stpxSMSTInstanceTable (ROOT.1.14.5)
 Index     VlansMappedLow     VlansMappedHigh  Value  BridgeId                   Counter
@@ -71,6 +99,14 @@ CIST (0)  1-9,21-29,33-2046  2056-4093        17     24583 / 02:a0:00:ff:7b:00  
 2         20,30-32,2047      2048             40     -                          -
 64        none               2049-2055,4094   1      -                          -
 4094      none               none             39     -                          -
+
+stpxSMSTPortTable (ROOT.1.14.7)
+Index             Flags                                AdminMSTMode     PreStandardStatus
+port 1 (129)      operEdge,dispute (88)                auto (2)         preStandard (2)
+port 3 (131)      none (00)                            preStandard (1)  unknown (1)
+port 300 (428)    boundary,peer (50)                   preStandard (1)  standard (3)
+channel 5 (4101)  operEdge,boundary,peer,dispute (d8)  auto (2)         preStandard (2)
+channel 9 (4105)  none (00)                            auto (2)         unknown (1)
 '''
 
 SHOWN_RAPID_PVST_TABLES = '''\
@@ -110,15 +146,57 @@ Tree  Port          State
 7     port 1 (129)  inconsistent (1)
 33    port 5 (133)  inconsistent (1)
 
+stpxLoopGuardConfigTable (ROOT.1.8.1)
+Port              Setting
+port 1 (129)      default (3)
+port 2 (130)      enabled (1)
+port 5 (133)      disabled (2)
+channel 7 (4103)  disabled (2)
+
 stpxLoopInconsistencyTable (ROOT.1.8.2)
 Tree  Port              State
 1     port 1 (129)      inconsistent (1)
 1     port 2 (130)      inconsistent (1)
 1     channel 7 (4103)  inconsistent (1)
 
+stpxRSTPPortTable (ROOT.1.12.1)
+Index             Setting           OperLinkType
+port 1 (129)      shared (2)        shared (2)
+port 2 (130)      auto (3)          pointToPoint (1)
+port 5 (133)      pointToPoint (1)  other (3)
+channel 7 (4103)  shared (2)        shared (2)
+
+stpxRSTPPortRoleTable (ROOT.1.12.2)
+Tree  Port              Role
+1     port 1 (129)      alternate (4)
+1     port 2 (130)      root (2)
+1     channel 7 (4103)  designated (3)
+2     port 1 (129)      root (2)
+3     port 1 (129)      backup (5)
+4     port 1 (129)      designated (3)
+7     port 1 (129)      root (2)
+8     port 1 (129)      alternate (4)
+33    port 2 (130)      designated (3)
+2048  channel 7 (4103)  backup (5)
+
+stpxRPVSTPortTable (ROOT.1.13.1)
+Tree  Port              Flags
+1     port 1 (129)      none (00)
+1     port 2 (130)      operEdge,peer (90)
+1     channel 7 (4103)  peer (10)
+2     port 1 (129)      none (00)
+3     port 1 (129)      none (00)
+4     port 1 (129)      none (00)
+7     port 1 (129)      none (00)
+8     port 1 (129)      none (00)
+33    port 2 (130)      operEdge,peer (90)
+2048  channel 7 (4103)  peer (10)
+
 stpxSMSTInstanceTable (ROOT.1.14.5)
 Index     VlansMappedLow  VlansMappedHigh  Value  BridgeId  Counter
 CIST (0)  1-2047          2048-4094        -      -         -
+
+stpxSMSTPortTable: no rows
 '''
 
 
@@ -215,6 +293,10 @@ def shown_walk(output):
     return walk.partition('\nWalk it yourself')[0].replace(root, 'ROOT')
 
 
+def tables_without_rows(output):
+    return re.findall('^(.*): no rows$', output, re.MULTILINE)
+
+
 def test_once_shows_every_object_of_the_scenario_and_leaves_nothing_behind(start_run):
     run = start_run('--once', '--scenario', SCENARIOS / 'mst.toml', '--port', str(free_port()))
     assert run.wait() == 0, run.errors
@@ -235,10 +317,19 @@ def test_once_shows_the_example_switch_and_can_be_repeated(start_run):
     first = start_run('--once', '--port', port)
     assert first.wait() == 0, first.errors
     assert 'stpxMSTRegionName.0 campus' in re.sub(' +', ' ', first.output)
-    assert 'stpxPVSTVlanTable: no rows' in first.output
+    assert tables_without_rows(first.output) == [
+        'stpxPVSTVlanTable', 'stpxInconsistencyTable', 'stpxRPVSTPortTable']
     second = start_run('--once', '--port', port)
     assert second.wait() == 0, second.errors
     assert shown_walk(second.output) == shown_walk(first.output)
+
+
+def test_once_shows_the_example_switch_of_the_other_mode(start_run):
+    run = start_run('--once', '--scenario', PROJECT / 'scenarios/rapid-pvst-small.toml', '--port',
+                    str(free_port()))
+    assert run.wait() == 0, run.errors
+    assert run.errors == ''
+    assert tables_without_rows(run.output) == ['stpxSMSTPortTable']
 
 
 def test_stays_up_for_the_commands_that_it_prints_until_ctrl_c(start_run):

@@ -1,13 +1,18 @@
 """Rows follow the switch: each change is in the next request."""
 
+from itertools import product
+
 import golden
 import pytest
 from golden import (
-    DISABLED, ENABLED, FALSE, INCONSISTENT, PVID, PVID_AND_TYPE, TRUE, TYPE, channel, half_bitmap, port,
-    vlans)
+    ALTERNATE, AS_SWITCH, AUTO, BACKUP, BOUNDARY, DESIGNATED, DISABLED, DISPUTE, EDGE, ENABLED, FALSE,
+    FORCED_POINT_TO_POINT, FORCED_SHARED, GUARDED, INCONSISTENT, NO_FLAGS, OTHER, PEER, POINT_TO_POINT,
+    PRE_STANDARD, PVID, PVID_AND_TYPE, ROLE_DISABLED, ROOT_PORT, SEND_AUTO, SEND_PRE_STANDARD, SHARED,
+    STANDARD, TRUE, TYPE, UNGUARDED, UNKNOWN, channel, flags, half_bitmap, port, vlans)
 from harness.build import ROOT
 from harness.lab import run_lab
 from harness.oids import below
+from harness.polling import wait_until
 from harness.snmp_tools import Binding
 
 ALL_VLANS = vlans((1, 4094))
@@ -208,7 +213,7 @@ def test_internal_root_path_cost_is_served_whole(lab, cost):
 
 def states(lab):
     """The rows of the tables of port, root and loop inconsistencies."""
-    return tuple(column(lab, oid) for oid in golden.TREE_AND_PORT_COLUMNS)
+    return tuple(column(lab, oid) for oid in golden.INCONSISTENCY_COLUMNS)
 
 
 @pytest.mark.parametrize('kind, oid', [
@@ -235,9 +240,10 @@ def test_port_inconsistency_row_has_a_bit_for_each_kind_and_goes_without_any(rap
 
 def test_links_do_not_matter_for_inconsistency_rows(rapid_pvst_lab):
     lab = rapid_pvst_lab
+    before = states(lab)
     lab.switch.set('port.1.link', 'down')
     lab.switch.set('port.5.link', 'up')
-    assert lab.snmp.walk(ROOT) == golden.RAPID_PVST
+    assert states(lab) == before
 
 
 PORT_ROWS_OF_PORT_2 = {(1, 130): PVID}
@@ -295,3 +301,237 @@ def test_port_in_no_instances_vlan_is_in_the_cist_all_the_same(lab):
     lab.switch.set('port.300.vlans', '10')
     root = column(lab, golden.ROOT_STATE)
     assert ((0, 428) in root, (1, 428) in root, (2, 428) in root) == (True, True, False)
+
+
+# The tables by bridge port.
+
+@pytest.mark.parametrize('key, bridge_port', [('port.1', 129), ('port.3', 131), ('port_channel.9', 4105)])
+def test_loop_guard_is_1_when_enabled_2_when_disabled_and_3_when_the_switch_decides(lab, key, bridge_port):
+    before = column(lab, golden.LOOP_GUARD_SETTING)
+    for setting, served in (('default', AS_SWITCH), ('enabled', GUARDED), ('disabled', UNGUARDED)):
+        lab.switch.set(f'{key}.loop_guard', setting)
+        assert column(lab, golden.LOOP_GUARD_SETTING) == {**before, bridge_port: served}
+
+
+def link_types(lab, bridge_port):
+    """As configured, and in operation."""
+    return tuple(column(lab, oid)[bridge_port] for oid in (golden.RSTP_SETTING, golden.RSTP_LINK_TYPE))
+
+
+@pytest.mark.parametrize('half_duplex, type_of_auto', [('false', POINT_TO_POINT), ('true', SHARED)])
+def test_link_type_of_a_port_is_as_forced_or_as_its_duplex_mode(lab, half_duplex, type_of_auto):
+    lab.switch.set('port.1.half_duplex', half_duplex)
+    for setting, served in (
+            ('point-to-point', (FORCED_POINT_TO_POINT, POINT_TO_POINT)),
+            ('shared', (FORCED_SHARED, SHARED)), ('auto', (AUTO, type_of_auto))):
+        lab.switch.set('port.1.link_type', setting)
+        assert link_types(lab, 129) == served
+
+
+def test_link_type_of_a_port_channel_is_as_forced_or_point_to_point(lab):
+    lab.switch.set('port.2.half_duplex', 'true')
+    for setting, served in (
+            ('shared', (FORCED_SHARED, SHARED)),
+            ('point-to-point', (FORCED_POINT_TO_POINT, POINT_TO_POINT)),
+            ('auto', (AUTO, POINT_TO_POINT))):
+        lab.switch.set('port_channel.5.link_type', setting)
+        assert link_types(lab, 4101) == served
+
+
+FLAG_OF_KEY = {'edge': EDGE, 'boundary': BOUNDARY, 'peer': PEER, 'dispute': DISPUTE}
+
+
+def set_flags(lab, interface, wanted):
+    with lab.switch.control_client() as control:
+        for key, flag in FLAG_OF_KEY.items():
+            control.set(f'{interface}.{key}', 'true' if flag in wanted else 'false')
+
+
+def subsets(*those):
+    for chosen in product((False, True), repeat=len(those)):
+        yield [flag for flag, is_set in zip(those, chosen) if is_set]
+
+
+def test_each_flag_of_an_mst_port_has_a_bit_of_its_own(lab):
+    before = column(lab, golden.SMST_FLAGS)
+    for wanted in subsets(EDGE, BOUNDARY, PEER, DISPUTE):
+        set_flags(lab, 'port.300', wanted)
+        assert column(lab, golden.SMST_FLAGS) == {**before, 428: flags(*wanted)}
+
+
+def test_edge_and_peer_of_a_port_of_a_vlan_have_a_bit_each_and_the_others_none(rapid_pvst_lab):
+    lab = rapid_pvst_lab
+    before = column(lab, golden.RPVST_FLAGS)
+    for wanted in subsets(EDGE, PEER):
+        set_flags(lab, 'port.2', [*wanted, BOUNDARY, DISPUTE])
+        served = flags(*wanted)
+        assert column(lab, golden.RPVST_FLAGS) == {**before, (1, 130): served, (33, 130): served}
+
+
+def test_mst_mode_of_a_port_is_1_when_it_sends_pre_standard_and_2_otherwise(lab):
+    before = column(lab, golden.SMST_MODE)
+    for key, bridge_port in (('port.3', 131), ('port_channel.5', 4101)):
+        for setting, served in (('false', SEND_AUTO), ('true', SEND_PRE_STANDARD)):
+            lab.switch.set(f'{key}.pre_standard_mst', setting)
+            before[bridge_port] = served
+            assert column(lab, golden.SMST_MODE) == before
+
+
+def test_pre_standard_status_of_a_port_is_2_with_such_a_neighbor_and_3_otherwise(lab):
+    before = column(lab, golden.SMST_STATUS)
+    for neighbor, served in (('false', STANDARD), ('true', PRE_STANDARD)):
+        lab.switch.set('port.1.pre_standard_neighbor', neighbor)
+        assert column(lab, golden.SMST_STATUS) == {**before, 129: served}
+
+
+def test_port_without_link_has_no_flags_no_known_neighbor_and_no_type_of_link_in_operation(lab):
+    columns = (golden.LOOP_GUARD_SETTING, golden.RSTP_SETTING, golden.RSTP_LINK_TYPE, golden.SMST_FLAGS,
+               golden.SMST_MODE, golden.SMST_STATUS)
+    up = (UNGUARDED, AUTO, POINT_TO_POINT, flags(EDGE, BOUNDARY, PEER, DISPUTE), SEND_AUTO, PRE_STANDARD)
+    down = (UNGUARDED, AUTO, OTHER, NO_FLAGS, SEND_AUTO, UNKNOWN)
+    for link, served in (('down', down), ('up', up)):
+        lab.switch.set('port.2.link', link)  # the only member of the port-channel
+        assert tuple(column(lab, oid)[4101] for oid in columns) == served
+
+
+def bridge_ports_walked(lab):
+    """Which ports the tables by bridge port show. They all show the same."""
+    found = {tuple(column(lab, oid)) for oid in golden.BASE_PORT_COLUMNS}
+    assert len(found) == 1
+    return found.pop()
+
+
+def test_bridge_port_that_joins_a_port_channel_or_leaves_bridging_is_gone_at_once(lab):
+    assert bridge_ports_walked(lab) == (129, 131, 428, 4101, 4105)
+    lab.switch.set('port.300.channel', '9')
+    assert bridge_ports_walked(lab) == (129, 131, 4101, 4105)
+    lab.switch.set('port.1.switchport', 'false')
+    assert bridge_ports_walked(lab) == (131, 4101, 4105)
+    asked = [f'{oid}.{gone}' for oid in golden.BASE_PORT_COLUMNS for gone in (129, 428)]
+    assert lab.snmp.get(*asked) == [Binding(oid, 'noSuchInstance') for oid in asked]
+
+
+def test_walks_find_bridge_ports_that_come_and_miss_those_without_a_vlan_within_10_seconds(lab):
+    """Which bridge ports there are in VLANs is kept for so long. A GET asks for the port itself, at once."""
+    lab.switch.set('port.3.vlans', '')
+    assert bridge_ports_walked(lab) == (129, 428, 4101, 4105)
+    lab.switch.set('port.2.channel', '0')
+    lab.switch.set('port.4.switchport', 'true')
+    lab.switch.set('port.3.vlans', '5')
+    lab.switch.set('port.300.vlans', '')
+    come = [Binding(f'{golden.LOOP_GUARD_SETTING}.130', 'INTEGER', GUARDED),
+            Binding(f'{golden.LOOP_GUARD_SETTING}.131', 'INTEGER', UNGUARDED),
+            Binding(f'{golden.LOOP_GUARD_SETTING}.132', 'INTEGER', GUARDED)]
+    assert lab.snmp.get(*(binding.oid for binding in come)) == come
+    expected = (129, 130, 131, 132, 4101, 4105)
+    rows = [f'{golden.LOOP_GUARD_SETTING}.{bridge_port}' for bridge_port in expected]
+    with lab.raw_client() as client:
+        wait_until(lambda: rows == [name for name, *_ in client.get_bulk(
+            golden.LOOP_GUARD_SETTING, len(rows)).bindings], 'walks find all bridge ports that are in VLANs')
+    assert bridge_ports_walked(lab) == expected
+    without_vlan = Binding(f'{golden.LOOP_GUARD_SETTING}.428', 'INTEGER', AS_SWITCH)
+    assert lab.snmp.get(without_vlan.oid) == [without_vlan]
+
+
+# The tables of ports of trees.
+
+ROLE_KEYS = {'root_port_of': ROOT_PORT, 'alternate_port_of': ALTERNATE, 'backup_port_of': BACKUP}
+
+
+@pytest.mark.parametrize('key, bridge_port', [('port.1', 129), ('port_channel.5', 4101)])
+def test_role_is_that_of_the_list_that_has_the_tree_and_designated_without_any(lab, key, bridge_port):
+    before = column(lab, golden.PORT_ROLE)
+    for name in ROLE_KEYS:
+        lab.switch.set(f'{key}.{name}', '')
+    before.update({(tree, bridge_port): DESIGNATED for tree in (0, 1, 2)})
+    assert column(lab, golden.PORT_ROLE) == before
+    for name, role in ROLE_KEYS.items():
+        for tree in (0, 1, 2):
+            lab.switch.set(f'{key}.{name}', str(tree))
+            assert column(lab, golden.PORT_ROLE) == {**before, (tree, bridge_port): role}
+        lab.switch.set(f'{key}.{name}', '')
+
+
+def test_role_of_a_port_of_a_vlan_follows_its_lists(rapid_pvst_lab):
+    lab = rapid_pvst_lab
+    before = column(lab, golden.PORT_ROLE)
+    lab.switch.set('port.2.root_port_of', '2-32')
+    assert column(lab, golden.PORT_ROLE) == {**before, (1, 130): DESIGNATED}
+    for name, role in ROLE_KEYS.items():
+        lab.switch.set(f'port.2.{name}', '1,33')
+        assert column(lab, golden.PORT_ROLE) == {**before, (1, 130): role, (33, 130): role}
+        lab.switch.set(f'port.2.{name}', '')
+
+
+@pytest.mark.parametrize('key, port_without_link', [('port.1', 129), ('port.2', 4101)])
+def test_ports_of_trees_go_with_their_link_and_return_with_it(lab, key, port_without_link):
+    """The second one is the only member of a port-channel."""
+    before = column(lab, golden.PORT_ROLE)
+    lab.switch.set(f'{key}.link', 'down')
+    gone = [(tree, port_without_link) for tree in (0, 1, 2)]
+    assert column(lab, golden.PORT_ROLE) == {
+        index: role for index, role in before.items() if index not in gone}
+    assert [value(lab, golden.instance(golden.PORT_ROLE, index)) for index in gone] == [ROLE_DISABLED] * 3
+    lab.switch.set(f'{key}.link', 'up')
+    assert column(lab, golden.PORT_ROLE) == before
+
+
+def test_ports_of_trees_follow_port_channels_and_bridging(lab):
+    in_all = {(0, 4101): ALTERNATE, (1, 4101): ROOT_PORT, (2, 4101): DESIGNATED}
+    port_1 = {(0, 129): ROOT_PORT, (1, 129): ALTERNATE, (2, 129): BACKUP}
+    lab.switch.set('port.1.channel', '9')
+    assert column(lab, golden.PORT_ROLE) == {(0, 428): DESIGNATED, (0, 4105): DESIGNATED, **in_all}
+    asked = [golden.instance(golden.PORT_ROLE, index) for index in port_1]
+    assert lab.snmp.get(*asked) == [Binding(oid, 'noSuchInstance') for oid in asked]
+    lab.switch.set('port.2.channel', '0')
+    assert column(lab, golden.PORT_ROLE) == {
+        (0, 130): ROOT_PORT, (0, 428): DESIGNATED, (0, 4105): DESIGNATED}
+    lab.switch.set('port.300.switchport', 'false')
+    lab.switch.set('port.4.switchport', 'true')
+    lab.switch.set('port.1.channel', '0')
+    assert column(lab, golden.PORT_ROLE) == {**port_1, (0, 130): ROOT_PORT, (0, 132): ROOT_PORT}
+
+
+def test_ports_of_trees_follow_vlans_of_ports_and_instances(lab):
+    before = column(lab, golden.PORT_ROLE)
+    lab.switch.set('port.300.vlans', '1,15')
+    assert column(lab, golden.PORT_ROLE) == {**before, (1, 428): ROOT_PORT}
+    lab.switch.set('mst.instance.1.vlans', '16')
+    assert column(lab, golden.PORT_ROLE) == before
+    lab.switch.set('mst.instance.64.vlans', '15')
+    assert column(lab, golden.PORT_ROLE) == {
+        **before, (64, 129): DESIGNATED, (64, 428): ROOT_PORT, (64, 4101): DESIGNATED}
+
+
+def test_ports_of_vlans_follow_vlans_of_ports_and_those_switched_off(rapid_pvst_lab):
+    lab = rapid_pvst_lab
+    before = column(lab, golden.PORT_ROLE), column(lab, golden.RPVST_FLAGS)
+    lab.switch.set('port.2.vlans', '1,4,33')
+    assert (column(lab, golden.PORT_ROLE), column(lab, golden.RPVST_FLAGS)) == (
+        {**before[0], (4, 130): DESIGNATED}, {**before[1], (4, 130): flags(EDGE, PEER)})
+    lab.switch.set('rapid_pvst.disabled_vlans', '2-8')
+    assert column(lab, golden.PORT_ROLE) == {
+        (1, 129): ALTERNATE, (1, 130): ROOT_PORT, (1, 4103): DESIGNATED, (33, 130): DESIGNATED,
+        (2048, 4103): BACKUP, (4094, 4103): BACKUP}
+    assert column(lab, golden.RPVST_FLAGS) == {
+        (1, 129): NO_FLAGS, (1, 130): flags(EDGE, PEER), (1, 4103): flags(PEER),
+        (33, 130): flags(EDGE, PEER), (2048, 4103): flags(PEER), (4094, 4103): flags(PEER)}
+
+
+def test_ports_of_trees_are_those_of_the_mode(lab):
+    lab.switch.set('switch.mode', 'rapid-pvst')
+    assert column(lab, golden.RPVST_FLAGS) == {
+        **{(1, number): served for number, served in (
+            (129, flags(EDGE)), (428, flags(PEER)), (4101, flags(EDGE, PEER)))},
+        **{(vlan, 4101): flags(EDGE, PEER) for vlan in range(2, 101)},
+        **{(vlan, 129): flags(EDGE) for vlan in range(10, 33)}}
+    roles = column(lab, golden.PORT_ROLE)
+    assert roles == {
+        **{(vlan, 4101): DESIGNATED for vlan in range(1, 101)}, (1, 4101): ROOT_PORT,
+        **{(vlan, 129): DESIGNATED for vlan in range(10, 33)}, (1, 129): ALTERNATE, (1, 428): ROOT_PORT}
+    for oid in golden.SMST_PORT_COLUMNS:
+        assert lab.snmp.walk(oid) == []
+        assert lab.snmp.get(f'{oid}.129') == [Binding(f'{oid}.129', 'noSuchInstance')]
+    lab.switch.set('switch.mode', 'mst')
+    assert column(lab, golden.RPVST_FLAGS) == {}
+    assert lab.snmp.walk(ROOT) == golden.MST

@@ -30,6 +30,13 @@ def test_one_get_answers_all_objects(served):
     assert snmp.get(*(binding.oid for binding in expected)) == expected
 
 
+def test_every_object_answers_in_some_mode():
+    """But for those that number rows, and a table that is never served."""
+    never = {*golden.INDEX_COLUMNS, ROOT + '.1.6.3.1.1'}
+    answering = {golden.column_and_index(binding.oid)[0] for binding in golden.MST + golden.RAPID_PVST}
+    assert answering - {None} == set(golden.TABLE_COLUMNS) - never == set(golden.VALUE_COLUMNS)
+
+
 def test_walk_of_the_module_root_is_exactly_the_objects_in_oid_order(served):
     snmp, expected = served
     assert snmp.walk(ROOT) == expected
@@ -68,7 +75,8 @@ def test_getnext_from_a_scalar_without_its_instance_is_its_instance(served):
 
 @pytest.mark.parametrize('before', [
     '.0', '.1.5.4294967295', '.1.6', '.1.6.1', '.1.6.1.0.0', '.1.6.1.4294967295', '.1.6.3', '.1.7',
-    '.1.8.2.1.3', '.1.9', '.1.12', '.1.14.2.7', '.1.14.4', '.1.14.6', '.1.14.9.1',
+    '.1.8.1.1.2', '.1.8.1.2', '.1.8.2.1.3', '.1.9', '.1.12', '.1.12.1.1.4', '.1.12.2.0', '.1.13', '.1.13.2',
+    '.1.14.2.7', '.1.14.4', '.1.14.6', '.1.14.7.1.3', '.1.14.7.1.8', '.1.14.9.1',
 ])
 def test_getnext_from_between_objects_is_the_following_object(served, before):
     snmp, expected = served
@@ -96,5 +104,6 @@ def test_get_of_a_row_that_no_table_has_is_no_such_instance(served):
 
 def test_get_outside_every_object_is_no_such_object(served):
     snmp, _ = served
-    asked = [ROOT + suffix for suffix in ('.1.14.20.0', '.1.6.4.0', '.1.8.1.1.2.1', '.2.1.0')]
+    asked = [ROOT + suffix for suffix in (
+        '.1.14.20.0', '.1.6.4.0', '.1.8.1.1.2.129', '.1.12.1.1.4.129', '.1.14.7.1.3.129', '.2.1.0')]
     assert snmp.get(*asked) == [Binding(oid, 'noSuchObject') for oid in asked]

@@ -3,10 +3,12 @@ open, and the contents of traps. Only as much BER (ITU-T X.690) as requests of o
 
 import itertools
 import socket
+import time
 from typing import NamedTuple
 
 INTEGER, OCTETS, NULL, OID, SEQUENCE = 0x02, 0x04, 0x05, 0x06, 0x30
-GET, SET, TRAP = 0xA0, 0xA3, 0xA7
+UNSIGNED = 0x42
+GET, GET_NEXT, SET, GET_BULK, TRAP = 0xA0, 0xA1, 0xA3, 0xA5, 0xA7
 EXCEPTIONS = {0x80: 'noSuchObject', 0x81: 'noSuchInstance', 0x82: 'endOfMibView'}
 V2C = 1
 ANSWER_SECONDS = 60
@@ -25,6 +27,14 @@ class Answer(NamedTuple):
     @property
     def number(self):
         return int.from_bytes(self.value, 'big')
+
+
+class Exchange(NamedTuple):
+    """An answer of several variables, and when it was asked for and came, by the monotonic clock."""
+    sent: float
+    received: float
+    error_status: int
+    bindings: list  # name, tag and content of each
 
 
 def encode(tag, content):
@@ -75,14 +85,22 @@ def decode_oid(content):
     return ''.join(f'.{arc}' for arc in arcs)
 
 
-def trap_bindings(datagram):
-    """Name, tag and content of each variable binding in a trap."""
+def parse_message(datagram):
+    """The kind of an SNMPv2 message, its number, its error status; of each binding name, tag and content."""
     [(_, message)] = elements(datagram)
     (_, version), _community, (kind, pdu) = elements(message)
-    assert (version, kind) == (bytes([V2C]), TRAP), f'not an SNMPv2 trap: {datagram.hex()}'
-    _request_id, _error_status, _error_index, (_, bindings) = elements(pdu)
-    return [(decode_oid(name), tag, value)
-            for _, binding in elements(bindings) for (_, name), (tag, value) in [elements(binding)]]
+    assert version == bytes([V2C]), f'not an SNMPv2 message: {datagram.hex()}'
+    (_, request_id), (_, error_status), _error_index, (_, bindings) = elements(pdu)
+    return kind, int.from_bytes(request_id, 'big'), int.from_bytes(error_status, 'big'), [
+        (decode_oid(name), tag, value)
+        for _, binding in elements(bindings) for (_, name), (tag, value) in [elements(binding)]]
+
+
+def trap_bindings(datagram):
+    """Name, tag and content of each variable binding in a trap."""
+    kind, _request_id, _error_status, bindings = parse_message(datagram)
+    assert kind == TRAP, f'not a trap: {datagram.hex()}'
+    return bindings
 
 
 class RawClient:
@@ -101,34 +119,33 @@ class RawClient:
         self._socket.close()
 
     def get(self, oid, community=None):
-        return self._request(GET, oid, encode(NULL, b''), community)
+        return self._answer(self._request(GET, oid, community=community))
 
     def set_integer(self, oid, number):
-        return self._request(SET, oid, encode_integer(number), None)
+        return self._answer(self._request(SET, oid, encode_integer(number)))
 
-    def _request(self, kind, oid, value, community):
-        request_id = next(self._request_ids)
-        binding = encode(SEQUENCE, encode_oid(oid) + value)
-        pdu = encode(kind, encode_integer(request_id) + encode_integer(0) + encode_integer(0) +
-                     encode(SEQUENCE, binding))
-        who = community.encode() if community else self._community
-        self._socket.send(encode(SEQUENCE, encode_integer(V2C) + encode(OCTETS, who) + pdu))
-        while True:
-            answered_id, answer = self._parse(self._socket.recv(LARGEST_DATAGRAM))
-            if answered_id == request_id:
-                return answer
+    def get_next(self, oid):
+        return self._request(GET_NEXT, oid)
+
+    def get_bulk(self, oid, repetitions):
+        return self._request(GET_BULK, oid, numbers=(0, repetitions))
 
     @staticmethod
-    def _parse(datagram):
-        _, message, _ = decode(datagram)
-        _, _, rest = decode(message)  # version
-        _, _, rest = decode(rest)  # community
-        _, pdu, _ = decode(rest)
-        _, request_id, rest = decode(pdu)
-        _, error_status, rest = decode(rest)
-        _, _, rest = decode(rest)  # error index
-        _, bindings, _ = decode(rest)
-        _, binding, _ = decode(bindings)
-        _, _, rest = decode(binding)  # name
-        tag, value, _ = decode(rest)
-        return int.from_bytes(request_id, 'big'), Answer(int.from_bytes(error_status, 'big'), tag, value)
+    def _answer(exchange):
+        [(_name, tag, value)] = exchange.bindings
+        return Answer(exchange.error_status, tag, value)
+
+    def _request(self, kind, oid, value=encode(NULL, b''), community=None, numbers=(0, 0)):
+        """The two numbers are error status and index or, in a GETBULK, how often what is repeated."""
+        request_id = next(self._request_ids)
+        binding = encode(SEQUENCE, encode_oid(oid) + value)
+        pdu = encode(kind, b''.join(map(encode_integer, (request_id, *numbers))) + encode(SEQUENCE, binding))
+        who = community.encode() if community else self._community
+        sent = time.monotonic()
+        self._socket.send(encode(SEQUENCE, encode_integer(V2C) + encode(OCTETS, who) + pdu))
+        while True:
+            datagram = self._socket.recv(LARGEST_DATAGRAM)
+            received = time.monotonic()
+            _kind, answered_id, error_status, bindings = parse_message(datagram)
+            if answered_id == request_id:
+                return Exchange(sent, received, error_status, bindings)

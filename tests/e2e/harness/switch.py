@@ -4,6 +4,7 @@ import signal
 import subprocess
 
 from .build import BUILD
+from .control import ControlClient
 from .polling import wait_until
 from .process import Process
 
@@ -36,6 +37,9 @@ class Switch:
         result = self._control_command(*arguments)
         assert result.returncode == 0, f'stp-switchctl {arguments}: {result.stderr}'
         return result.stdout
+
+    def control_client(self):
+        return ControlClient(self._control)
 
     def set(self, key, value):
         self.control('set', key, value)
