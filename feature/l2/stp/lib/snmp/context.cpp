@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
+#include <cstring>
 #include <string_view>
 
 #include "diagnostics.h"
@@ -47,6 +48,11 @@ const char *parse_number(const char *text, int32_t *number) {
   return end;
 }
 
+// Without string_view's own comparison, which needs the C++ runtime in a build without optimisation.
+bool has_prefix(std::string_view prefix) {
+  return std::strncmp(and_context_name, prefix.data(), prefix.size()) == 0;
+}
+
 // The number behind a prefix, of any sign and size.
 uint32_t number_after(std::string_view prefix) {
   auto number = static_cast<int32_t>(kDefaultTree);
@@ -59,15 +65,14 @@ Tree tree_of_context() {
   if (*parse_number(and_context_name, &number) == '\0' && number > 0) {
     return {static_cast<uint32_t>(number), true};
   }
-  const std::string_view context = and_context_name;
   const uint32_t length = and_context_name_len;
   if (length < kMstPrefixLength) {
     return {kDefaultTree, true};
   }
-  if (length != kMstPrefixLength && context.starts_with(kVlanPrefix)) {
+  if (length != kMstPrefixLength && has_prefix(kVlanPrefix)) {
     return {number_after(kVlanPrefix), true};
   }
-  if (context.starts_with(kMstPrefix)) {
+  if (has_prefix(kMstPrefix)) {
     return {number_after(kMstPrefix), false};
   }
   return {kDefaultTree, true};
