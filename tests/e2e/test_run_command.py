@@ -346,6 +346,9 @@ def test_stays_up_for_the_commands_that_it_prints_until_ctrl_c(start_run):
     walk, show_walk = '-On 127', 'show-walk'
     assert len(re.findall(r'\.9\.82\.[0-9.]+ = (?!No more)', type_in(walk))) == len(golden.MST)
     assert type_in(show_walk) in run.output
+    assert 'SpanningTreeType.0 = INTEGER: mst(4)' in type_in('stpxObjects')
+    assert re.search(r'^ *428 +1 +pointToPoint$', type_in('snmptable'), re.MULTILINE)
+    assert 'DESCRIPTION' in type_in('snmptranslate')
     type_in('set mst.region')
     assert '.9.82.1.11.2.0 = STRING: "campus-north"' in type_in(walk)
     type_in('set port.1.root_inconsistent')

@@ -9,6 +9,9 @@ BUILD = Path(os.environ.get('STPSNMP_BUILD_DIR', PROJECT / 'build/dev'))
 # The sanitizers' runtime, where the build has one: snmpd itself is not built with it.
 PRELOAD = os.environ.get('STPSNMP_PRELOAD', '')
 
+# What the MIB file imports; the same for all builds.
+SMI_BASE = PROJECT / 'build/smi'
+
 MODULE = BUILD / 'lib/libstpsnmp.so'
 PLATFORM_LIBRARY = BUILD / 'lib/libstpplatform.so'
 PROBE = BUILD / 'lib/agent_probe.so'
