@@ -1,6 +1,8 @@
+option(STPSNMP_WERROR "Warnings are errors" ON)
+
 add_library(stp_warnings INTERFACE)
 target_compile_options(stp_warnings INTERFACE
-  -Werror -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wcast-qual -Wcast-align
+  $<$<BOOL:${STPSNMP_WERROR}>:-Werror> -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wcast-qual -Wcast-align
   -Wformat=2 -Wnull-dereference -Wundef -Wvla
   $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi>
   $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CXX_COMPILER_ID:GNU>>:-Wduplicated-cond -Wlogical-op>)
