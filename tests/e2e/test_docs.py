@@ -1,0 +1,369 @@
+"""What docs/ says, held against the programs: keys, examples, names, paths, commands, what requests cost."""
+
+import json
+import os
+import re
+import shlex
+import subprocess
+import tempfile
+from contextlib import contextmanager
+from pathlib import Path
+
+import golden
+import pytest
+from harness.agent import PORT_ATTEMPTS, free_port
+from harness.build import BUILD, ENTERPRISE, PROJECT, ROOT, SMI_BASE
+from harness.lab import run_lab
+from harness.oids import below, is_below
+from harness.polling import wait_until
+from harness.process import Process
+from harness.questions import CountedAgent
+from harness.switch import Switch
+
+DOCUMENTS = sorted((PROJECT / 'docs').glob('*.md'))
+MODULE = 'VANTREL-STP-EXTENSIONS-MIB'
+MIB = (PROJECT / f'mibs/{MODULE}.txt').read_text(encoding='ascii')
+DOCUMENTED_ENTERPRISE = '.1.3.6.1.4.1.32473'
+
+SCENARIOS = {mode: PROJECT / f'scenarios/{mode}-small.toml' for mode in ('mst', 'rapid-pvst')}
+
+# A switch with one entry in each list: the one with the highest number.
+ENTRIES = {'mst.instance': ('id', 4094), 'port': ('number', 3967), 'port_channel': ('number', 4095)}
+MODE = '[switch]\nmode = "mst"\n'
+DEFAULTS = MODE + ''.join(f'[[{path}]]\n{key} = {number}\n' for path, (key, number) in ENTRIES.items())
+
+
+def read(name):
+    return (PROJECT / 'docs' / name).read_text(encoding='utf-8')
+
+
+def blocks(text, language):
+    """The fenced blocks whose opening line is exactly this."""
+    return re.findall(rf'^```{language}\n(.*?)^```$', text, re.MULTILINE | re.DOTALL)
+
+
+def table(text, *headings):
+    """The rows of the one table that has these headings, as lists of cells."""
+    found = [lines.splitlines() for lines in re.findall(r'(?:^\|.*\|\n)+', text, re.MULTILINE)]
+    rows = [[[cell.strip() for cell in line.strip('|').split('|')] for line in lines] for lines in found]
+    [wanted] = [body for head, _, *body in rows if tuple(head) == headings]
+    return wanted
+
+
+KEYS = {key.strip('`'): cells for key, *cells in
+        table(read('scenario.md'), 'key', 'value', 'default', 'what it may be')}
+
+
+def check(directory, scenario):
+    file = directory / 'scenario.toml'
+    file.write_text(scenario, encoding='utf-8')
+    return subprocess.run([BUILD / 'bin/stp-switchd', '--scenario', file, '--check'], check=False,
+                          capture_output=True, text=True, timeout=60)
+
+
+class Shown:
+    """A switch, and what `stp-switchctl show` tells of it by the keys of the documentation."""
+
+    def __init__(self, switch):
+        self.switch = switch
+        self.values = json.loads(switch.control('show', '--json'))
+
+    def keys(self):
+        return {self.documented(key): key for key in self.values}
+
+    @staticmethod
+    def documented(key):
+        path, _, number, name = re.fullmatch(r'([a-z_.]+?)(\.(\d+))?\.([a-z_]+)', key).groups()
+        return f'{path}.N.{name}' if number else key
+
+    def takes(self, key, value):
+        """Whether the switch takes the value for the key; it is as before afterwards."""
+        before = self.values[key]
+        try:
+            self.switch.set(key, value)
+        except AssertionError:
+            return False
+        self.switch.set(key, before if isinstance(before, str) else json.dumps(before).strip('[]'))
+        return True
+
+
+@contextmanager
+def run_switch(scenario):
+    # Not below pytest's own folders: the path of a local socket holds 107 bytes.
+    with tempfile.TemporaryDirectory(prefix='stp-e2e-docs-') as directory:
+        file = Path(directory) / 'scenario.toml'
+        file.write_text(scenario, encoding='ascii')
+        switch = Switch(Path(directory), file)
+        try:
+            switch.start()
+            yield switch
+            switch.stop()
+        finally:
+            switch.kill()
+
+
+@pytest.fixture(name='shown', scope='module')
+def fixture_shown():
+    with run_switch(DEFAULTS) as switch:
+        yield Shown(switch)
+
+
+# The scenario format.
+
+def test_every_key_is_documented_and_no_other(shown):
+    assert list(KEYS) == list(shown.keys())
+
+
+def test_every_default_is_the_documented_one(shown):
+    for documented, key in shown.keys().items():
+        default = KEYS[documented][1]
+        if default.endswith('it must be there'):
+            continue
+        literal = re.match(r'`(.*?)`|\d+|empty|none', default)
+        value = literal[1] or literal[0].replace('empty', '').replace('none', '')
+        if default.endswith('and the number'):
+            value += key.split('.')[-2]
+        assert shown.switch.control('show', key) == f'{key} = {value}\n'
+
+
+def test_required_keys_are_the_documented_ones(tmp_path):
+    required = [key for key, row in KEYS.items() if row[1].endswith('it must be there')]
+    assert required == ['switch.mode']
+    assert 'switch.mode: the key is missing' in check(tmp_path, '').stderr
+
+
+def test_numbers_are_taken_within_the_documented_ranges(shown):
+    numbers = {shown.keys()[key]: row[2] for key, row in KEYS.items() if row[0] == 'number'}
+    assert len(numbers) > 5
+    for key, limits in numbers.items():
+        first, last = map(int, re.match(r'(\d+) to (\d+)', limits).groups())
+        taken = [shown.takes(key, str(number)) for number in (first, last)]
+        refused = [shown.takes(key, str(number)) for number in (last + 1, *([first - 1] if first else []))]
+        assert (key, all(taken), any(refused)) == (key, True, False)
+
+
+def test_texts_are_taken_up_to_the_documented_lengths(shown):
+    lengths = {shown.keys()[key]: re.search(r'(\d+) octets', row[2]) for key, row in KEYS.items()}
+    lengths = {key: int(length[1]) for key, length in lengths.items() if length}
+    assert len(lengths) > 2
+    for key, length in lengths.items():
+        taken = [shown.takes(key, 'x' * octets) for octets in (length, length + 1)]
+        assert (key, taken) == (key, [True, False])
+
+
+def test_choices_are_the_documented_ones(shown):
+    choices = {shown.keys()[key]: re.match('(`[a-z-]+`(, )?)+', row[2]) for key, row in KEYS.items()
+               if row[0] == 'text'}
+    choices = {key: re.findall('`(.*?)`', found[0]) for key, found in choices.items() if found}
+    assert len(choices) > 3
+    for key, words in choices.items():
+        assert (key, [shown.takes(key, word) for word in words]) == (key, [True] * len(words))
+        assert (key, shown.takes(key, 'other')) == (key, False)
+
+
+@pytest.mark.parametrize('section, key, limits, most',
+                         table(read('scenario.md'), 'section', 'number', 'range', 'at most'))
+def test_entries_have_the_documented_numbers(tmp_path, section, key, limits, most):
+    section, key = section.strip('`'), key.strip('`')
+    first, last = map(int, limits.split(' to '))
+    def entries(numbers):
+        return MODE + ''.join(f'{section}\n{key} = {number}\n' for number in numbers)
+    assert check(tmp_path, entries([first, last])).returncode == 0
+    assert [check(tmp_path, entries([number])).returncode for number in (first - 1, last + 1)] == [1, 1]
+    numbers = range(first, first + int(most))
+    assert check(tmp_path, entries(numbers)).returncode == 0
+    assert check(tmp_path, entries([*numbers, numbers[-1] + 1])).returncode == 1
+    assert check(tmp_path, MODE + f'{section}\n').returncode == 1
+
+
+@pytest.mark.parametrize('example', blocks(read('scenario.md'), 'toml'))
+def test_examples_pass_the_check(tmp_path, example):
+    result = check(tmp_path, example)
+    assert (result.returncode, result.stdout, result.stderr) == (0, '', '')
+
+
+def test_the_documented_complaint_is_made(tmp_path):
+    """Its line number is that of this scenario."""
+    complaint = check(tmp_path, f'{MODE}\n\n[[port]]\nnumber = 1\n[[port]]\nnumber = 3\nchannel = 1\n').stderr
+    assert complaint.replace(f'{tmp_path}/scenario.toml', 'lab.toml') in blocks(read('scenario.md'), 'text')
+
+
+def test_documented_changes_are_taken():
+    commands = table(read('scenario.md'), 'in the file', 'on the command line')
+    assert len(commands) > 3
+    with run_switch(f'{MODE}[[mst.instance]]\nid = 2\n[[port]]\nnumber = 3\n') as switch:
+        for _, command in commands:
+            switch.control(*shlex.split(command.strip('`')))
+
+
+# Names.
+
+@pytest.mark.parametrize('document', DOCUMENTS, ids=lambda path: path.name)
+def test_every_object_is_one_of_the_mib_file(document):
+    known = set(re.findall(r'^(stpx\w+) ', MIB, re.MULTILINE))
+    named = set(re.findall(r'\bstpx\w*', document.read_text(encoding='utf-8')))
+    assert named - known == set()
+
+
+def test_every_object_with_a_value_and_every_trap_is_mapped():
+    types = re.findall(r'^(stpx\w+) (?:OBJECT|NOTIFICATION)-TYPE\n(.*?)::=', MIB, re.MULTILINE | re.DOTALL)
+    names = [name for name, definition in types if 'not-accessible' not in definition]
+    assert len(names) > 30
+    text = read('mib-mapping.md')
+    assert [name for name in names if not re.search(rf'\b{name}\b', text)] == []
+
+
+@pytest.mark.parametrize('document', DOCUMENTS, ids=lambda path: path.name)
+def test_every_path_leads_somewhere(document):
+    words = {word.rstrip('.').removeprefix('./')
+             for word in re.findall(r'(?<![\w/~:.-])[\w./-]+', document.read_text(encoding='utf-8'))}
+    folders = {path.name for path in PROJECT.iterdir() if path.is_dir()} - {'build'}
+    paths = [word for word in words
+             if word.endswith('.md') or ('/' in word and Path(word).parts[0] in folders)]
+    assert [path for path in paths if not (PROJECT / path).exists()] == []
+
+
+# Commands.
+
+def tool_environment(directory):
+    """As the documentation sets it up: names from the module and what it imports."""
+    return {**os.environ, 'PATH': f'{os.environ["PATH"]}:/usr/sbin', 'MIBS': f'{MODULE}:SNMPv2-MIB',
+            'MIBDIRS': f'{SMI_BASE}:{BUILD}/mibs', 'SNMPCONFPATH': str(directory),
+            'SNMP_PERSISTENT_DIR': str(directory)}
+
+
+def objects_of(names, directory):
+    """The OID of each name."""
+    result = subprocess.run(['snmptranslate', '-On', *(f'{MODULE}::{name}' for name in names)], check=True,
+                            capture_output=True, text=True, env=tool_environment(directory), timeout=60)
+    return dict(zip(names, result.stdout.split(), strict=True))
+
+
+def typed(text, mode):
+    """Commands and what they print, of the blocks that are about this switch."""
+    lines = ''.join(blocks(text, f'console {mode}'))
+    return re.findall(r'^\$ (.*)\n((?:(?!\$ ).*\n)*)', lines, re.MULTILINE)
+
+
+@pytest.mark.parametrize('mode', SCENARIOS)
+def test_commands_print_what_is_documented(tmp_path, mode):
+    commands = typed(read('operations.md').replace(DOCUMENTED_ENTERPRISE, ENTERPRISE), mode)
+    assert len(commands) > 2
+    with run_lab(SCENARIOS[mode], with_probe=False) as lab:
+        environment = tool_environment(tmp_path) | {'AGENT': lab.agent.endpoint}
+        for command, output in commands:
+            result = subprocess.run(command, shell=True, check=False, capture_output=True, text=True,
+                                    env=environment, timeout=60)
+            printed = ''.join(f'{line.rstrip()}\n' for line in result.stdout.splitlines())
+            assert (command, printed) == (command, output)
+
+
+@contextmanager
+def run_documented_receiver(directory):
+    """The commands of the documentation, on a free port. Yields where it listens, and what it prints to."""
+    [commands] = [block for block in blocks(read('operations.md'), 'sh') if 'snmptrapd' in block]
+    for _ in range(PORT_ATTEMPTS):
+        endpoint = f'127.0.0.1:{free_port()}'
+        typed_in = commands.replace('udp:162', f'udp:{endpoint}').replace('snmptrapd', 'exec snmptrapd')
+        printed = directory / endpoint
+        receiver = Process(['sh', '-ec', f'cd {directory}\n{typed_in}'], printed, tool_environment(directory))
+        try:
+            wait_until(lambda: not receiver.is_alive() or 'NET-SNMP version' in printed.read_text(),
+                       'snmptrapd listens or gives up')
+            if receiver.is_alive():
+                yield endpoint, printed
+                return
+        finally:
+            receiver.kill()
+    raise AssertionError('snmptrapd did not start')
+
+
+def test_the_documented_receiver_prints_the_documented_trap(tmp_path):
+    text = read('operations.md')
+    [trap] = [block.strip() for block in blocks(text, 'text') if 'snmpTrapOID' in block]
+    key, value = re.search(r'`stp-switchctl set (\S+) (\S+)` makes the receiver', text).groups()
+    with run_documented_receiver(tmp_path) as (endpoint, printed), \
+            run_lab(SCENARIOS['mst'], with_probe=False, trap_endpoint=endpoint, trap_word='7') as lab:
+
+        def is_printed():
+            """The agent subscribes at a time of its own: until then, nobody hears of a change."""
+            lab.switch.set(key, '')
+            lab.switch.set(key, value)
+            return trap in printed.read_text()
+
+        wait_until(is_printed, 'the trap is printed')
+
+
+# Tables and costs.
+
+MODE_NAMES = {'mst': 'MST', 'rapid-pvst': 'Rapid PVST'}
+EXAMPLES = [(example.strip('`'), mode) for *_, mode, example in
+            table(read('operations.md'), 'table', 'a row for', 'index', 'columns', 'mode', 'example')
+            if example != 'none']
+COSTS = [(re.findall('`(.*?)`', objects), get, get if get_next == 'the same' else get_next)
+         for objects, get, get_next in table(read('operations.md'), 'object', 'GET', 'GETNEXT')]
+
+
+def is_documented(cost, counts):
+    """Whether these numbers of questions, of several rows, are what the cell says."""
+    between = re.match(r'(\d+) to (\d+)', cost)
+    if between:
+        return counts <= set(range(int(between[1]), int(between[2]) + 1))
+    return counts == set(map(int, re.findall(r'\d+', cost)))
+
+
+@pytest.fixture(name='counted_lab', scope='module', params=SCENARIOS)
+def fixture_counted_lab(request):
+    with run_lab(SCENARIOS[request.param], agent_class=CountedAgent, with_probe=False) as lab:
+        lab.mode = request.param
+        lab.served = lab.snmp.walk(ROOT)
+        yield lab
+
+
+def test_examples_exist_in_their_mode_and_not_in_the_other(counted_lab, tmp_path):
+    """Those of both modes are rows of the MST switch."""
+    instances = objects_of([example for example, _ in EXAMPLES], tmp_path)
+    assert len(instances) > 10
+    for example, mode in EXAMPLES:
+        if counted_lab.mode == 'mst' or mode != 'both':
+            [answer] = counted_lab.snmp.get(instances[example])
+            exists = answer.kind != 'noSuchInstance'
+            assert (example, exists) == (example, mode in ('both', MODE_NAMES[counted_lab.mode]))
+
+
+def columns_of(oid):
+    """Of a table; of a column or a scalar, itself."""
+    return [column for column in golden.TABLE_COLUMNS if is_below(column, oid)] or [oid]
+
+
+def questions_of_rows(lab, oid):
+    """Of the GETs of all rows below the object, and of the GETNEXTs that lead to them."""
+    gets, steps, asked = set(), set(), oid
+    for row in below(lab.served, oid):
+        count, answer = lab.agent.questions_of(lambda row=row: lab.snmp.get(row.oid))
+        assert answer == [row]
+        gets.add(count)
+        count, answer = lab.agent.questions_of(lambda asked=asked: lab.snmp.get_next(asked))
+        assert answer == [row]
+        steps.add(count)
+        asked = row.oid
+    return gets, steps
+
+
+def test_values_cost_what_is_documented(counted_lab, tmp_path):
+    named = objects_of([name for names, *_ in COSTS for name in names], tmp_path)
+    others = [scalar.oid.removesuffix('.0') for scalar in golden.scalars_of(counted_lab.served)
+              if scalar.oid.removesuffix('.0') not in named.values()]
+    for names, get, get_next in COSTS:
+        for oid in [column for name in names for column in columns_of(named[name])] or others:
+            gets, steps = questions_of_rows(counted_lab, oid)
+            assert not gets or is_documented(get, gets), f'GET of {oid}, {names}: {gets}'
+            assert not steps or is_documented(get_next, steps), f'GETNEXT of {oid}, {names}: {steps}'
+
+
+def test_a_walk_costs_what_is_documented(counted_lab):
+    name = SCENARIOS[counted_lab.mode].name
+    questions, values = re.search(rf'(\d+)(?: questions)? for (\d+) values of\n?\s?`scenarios/{name}`',
+                                  read('operations.md')).groups()
+    count, walk = counted_lab.agent.questions_of(lambda: counted_lab.snmp.walk(ROOT))
+    assert (count, len(walk)) == (int(questions), int(values))
