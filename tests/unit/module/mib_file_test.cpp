@@ -84,7 +84,7 @@ class MibFile : public ::testing::Test {
   }
 
   // Every object below a node; tables and rows have no type that could be sent.
-  static void collect(const tree *node, Oid suffix, Objects *objects) {
+  static void collect(const tree *node, const Oid &suffix, Objects *objects) {
     for (const tree *child = node->child_list; child != nullptr; child = child->next_peer) {
       Oid below = suffix;
       below.push_back(child->subid);
