@@ -20,9 +20,9 @@ inline constexpr size_t kBasePortArcs = 1;
 int find_base_port(const RowRequest &request, query::Command command, query::Token key, query::Reply *reply,
                    uint16_t *port_id, bool *is_down = nullptr);
 
-// Answers with the row of this port.
+// Answers with the row of this port. Returns 0.
 template <class Row>
-int answer_base_port(const RowRequest &request, uint16_t port_id, Row *row) {
+int answer_base_port(const RowRequest &request, uint32_t port_id, Row *row) {
   row->index = port_id;
   request.answer({row->index});
   return 0;

@@ -112,9 +112,7 @@ int header_stpxSMSTPortTable(const oid *vp_name, size_t vp_namelen, oid *name, s
       return answer_state(request, row);
     default:
       STP_LOG(kTrace, "%s(%d): wrong object, magic=%d\n", __func__, __LINE__, magic);
-      row->index = request.index_arc(0);
-      request.answer({row->index});
-      return 0;
+      return tables::answer_base_port(request, request.index_arc(0), row);
   }
 }
 
