@@ -17,12 +17,16 @@ constexpr uint32_t kPorts = 48;
 constexpr uint32_t kFirstChannel = 4097;
 constexpr uint32_t kChannels = 8;
 
+constexpr uint32_t kOctetBits = 8;
+
+uint8_t bit_in_octet(uint32_t port) { return static_cast<uint8_t>(0x80U >> port % kOctetBits); }
+
 bool holds(const vlan_mgr_baseport_bmp &ports, uint32_t port) {
-  return (ports.bits[port / 8] & 0x80U >> port % 8) != 0;
+  return (ports.bits[port / kOctetBits] & bit_in_octet(port)) != 0;
 }
 
 void add(uint32_t port, vlan_mgr_baseport_bmp *ports) {
-  ports->bits[port / 8] = static_cast<uint8_t>(ports->bits[port / 8] | 0x80U >> port % 8);
+  ports->bits[port / kOctetBits] |= bit_in_octet(port);
 }
 
 // A switch of 48 ports, every eighth of which has no VLAN, and its port-channels.
