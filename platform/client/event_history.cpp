@@ -14,6 +14,8 @@
 
 #include "export.h"
 #include "owned_fd.h"
+#include "platform/evhist.h"
+#include "platform/stp_protocol.h"
 #include "settings.h"
 #include "text_line.h"
 
@@ -103,18 +105,12 @@ void save_event_history() {
 
 }  // namespace stpplatform
 
-namespace {
-
-// The class of the spanning tree's events: the only one that this history is for.
-constexpr uint32_t kStpEventClass = 0x73'0000;
-
-}  // namespace
-
 extern "C" {
 
 STPPLATFORM_EXPORT int evhist_hist_event_subtype_check(uint32_t event_class, uint32_t level) {
+  // The only class that this history is for.
   const uint32_t highest = stpplatform::settings().history_level;
-  return event_class == kStpEventClass && highest != 0 && level <= highest ? 0 : 1;
+  return event_class == STP_EVENT_CLASS && highest != 0 && level <= highest ? 0 : 1;
 }
 
 STPPLATFORM_EXPORT int evhist_hist_event(uint32_t event_class, uint32_t length, const void *record) {

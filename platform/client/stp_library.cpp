@@ -4,17 +4,16 @@
 #include "ask_snapshot.h"
 #include "export.h"
 #include "platform/stp.h"
+#include "platform/stp_protocol.h"
 #include "replies.h"
-#include "wire/mst_vlan_map.h"
 
 namespace stpplatform {
 namespace {
 
 constexpr uint32_t kOctetBits = 8;
 
-uint16_t instance_of(const wire::Attribute &map) {
-  const auto *octets = static_cast<const uint8_t *>(map.value);
-  return static_cast<uint16_t>((octets[0] << kOctetBits) | octets[1]);
+uint16_t instance_of(const stp_mst_vlans &map) {
+  return static_cast<uint16_t>((map.instance[0] << kOctetBits) | map.instance[1]);
 }
 
 bool is_wanted(uint16_t instance, uint32_t action, uint16_t asked) {
@@ -85,18 +84,18 @@ STPPLATFORM_EXPORT int stp_get_mst_vlan_bmp(void *reply, uint32_t action, uint16
   wire::AttributeReader reader = found->attributes();
   wire::Attribute attribute;
   while (reader.next(&attribute)) {
-    if (attribute.token != wire::kMstVlanMapToken) {
+    if (attribute.token != STP_ATTRIBUTE_MST_VLAN_MAP) {
       continue;
     }
-    if (attribute.length != wire::kMstVlanMapSize) {
+    if (attribute.length != sizeof(stp_mst_vlans)) {
       return CMD_BAD_REPLY;
     }
-    const uint16_t candidate = stpplatform::instance_of(attribute);
+    const auto &map = *static_cast<const stp_mst_vlans *>(attribute.value);  // octets alone: aligned anywhere
+    const uint16_t candidate = stpplatform::instance_of(map);
     if (stpplatform::is_wanted(candidate, action, *instance)) {
       *instance = candidate;
       vlans->size = STP_VLAN_BITMAP_SIZE;
-      std::memcpy(vlans->bits, static_cast<const uint8_t *>(attribute.value) + wire::kMstVlanMapIdSize,
-                  STP_VLAN_BITMAP_SIZE);
+      std::memcpy(vlans->bits, map.vlans, sizeof map.vlans);
       return CMD_OK;
     }
   }

@@ -25,10 +25,6 @@ inline constexpr char kDefaultSocketPath[] = "/run/stp-switchd/switch.sock";
 // The longest message: more than the largest reply, less than the default socket buffer.
 inline constexpr uint32_t kMaxMessageSize = 128 * 1024;
 
-// The address of the spanning-tree process's command server.
-inline constexpr uint32_t kStpDestination = 0xFE00'0000;
-inline constexpr uint32_t kStpService = 171;
-
 enum class MessageType : uint16_t { kHello = 1, kRequest = 2, kReply = 3, kSubscribe = 4, kEvent = 5 };
 
 struct MessageHeader {

@@ -4,10 +4,10 @@
 
 namespace stpswitch {
 
-bool has_keys(const CommandRequest &request, std::initializer_list<Key> expected) {
-  std::vector<Key> keys;
+bool has_keys(const CommandRequest &request, std::initializer_list<stp_key> expected) {
+  std::vector<stp_key> keys;
   for (const auto &attribute : request.keys) {
-    keys.push_back(static_cast<Key>(attribute.token));
+    keys.push_back(static_cast<stp_key>(attribute.token));
   }
   return std::is_permutation(keys.begin(), keys.end(), expected.begin(), expected.end());
 }

@@ -5,10 +5,10 @@
 #include <initializer_list>
 #include <vector>
 
-#include "commands/protocol.h"
 #include "commands/reply_builder.h"
 #include "model/switch.h"
 #include "platform/cmd.h"
+#include "platform/stp_protocol.h"
 #include "wire/attributes.h"
 
 namespace stpswitch {
@@ -19,7 +19,7 @@ struct CommandRequest {
 };
 
 // True when the request's keys are exactly these, in any order.
-bool has_keys(const CommandRequest &request, std::initializer_list<Key> expected);
+bool has_keys(const CommandRequest &request, std::initializer_list<stp_key> expected);
 
 // Add their attributes to the reply, unless they return another code than CMD_OK.
 cmd_result answer_global_settings(const Switch &the_switch, const CommandRequest &request,

@@ -14,23 +14,23 @@ namespace {
 namespace wire = stpplatform::wire;
 
 struct CommandEntry {
-  Command command;
+  stp_command command;
   cmd_result (*answer)(const Switch &, const CommandRequest &, ReplyBuilder *);
 };
 
 constexpr auto kCommands =
-    std::to_array<CommandEntry>({{Command::kGlobalSettings, answer_global_settings},
-                                 {Command::kRapidPvstPorts, answer_rapid_pvst_ports},
-                                 {Command::kMstPorts, answer_mst_ports},
-                                 {Command::kMstRegion, answer_mst_region},
-                                 {Command::kVlanTrees, answer_vlan_trees},
-                                 {Command::kPvidAndTypeInconsistencies, answer_pvid_and_type_inconsistencies},
-                                 {Command::kRootGuard, answer_root_guard},
-                                 {Command::kLoopGuard, answer_loop_guard},
-                                 {Command::kPortSettings, answer_port_settings},
-                                 {Command::kRootInconsistencies, answer_root_inconsistencies},
-                                 {Command::kLoopInconsistencies, answer_loop_inconsistencies},
-                                 {Command::kMstInstances, answer_mst_instances}});
+    std::to_array<CommandEntry>({{STP_COMMAND_GLOBAL_SETTINGS, answer_global_settings},
+                                 {STP_COMMAND_RAPID_PVST_PORTS, answer_rapid_pvst_ports},
+                                 {STP_COMMAND_MST_PORTS, answer_mst_ports},
+                                 {STP_COMMAND_MST_REGION, answer_mst_region},
+                                 {STP_COMMAND_VLAN_TREES, answer_vlan_trees},
+                                 {STP_COMMAND_PORT_INCONSISTENCIES, answer_pvid_and_type_inconsistencies},
+                                 {STP_COMMAND_ROOT_GUARD, answer_root_guard},
+                                 {STP_COMMAND_LOOP_GUARD, answer_loop_guard},
+                                 {STP_COMMAND_PORT_SETTINGS, answer_port_settings},
+                                 {STP_COMMAND_ROOT_INCONSISTENCIES, answer_root_inconsistencies},
+                                 {STP_COMMAND_LOOP_INCONSISTENCIES, answer_loop_inconsistencies},
+                                 {STP_COMMAND_MST_INSTANCES, answer_mst_instances}});
 
 bool head_is_well_formed(const wire::Request &request, size_t size) {
   return request.header.version == wire::kVersion &&
@@ -40,7 +40,7 @@ bool head_is_well_formed(const wire::Request &request, size_t size) {
 }
 
 bool is_addressed_here(const wire::Request &request) {
-  return request.destination == wire::kStpDestination && request.service == wire::kStpService &&
+  return request.destination == STP_DESTINATION && request.service == STP_SERVICE &&
          (request.action == CMD_ACTION_GET || request.action == CMD_ACTION_GET_NEXT) && request.flags == 0;
 }
 
@@ -74,7 +74,7 @@ cmd_result answer_request(const Switch &the_switch, std::span<const uint8_t> pac
     return CMD_REFUSED;
   }
   const auto *const entry = std::find_if(kCommands.begin(), kCommands.end(), [&request](const auto &known) {
-    return static_cast<uint32_t>(known.command) == request.command;
+    return known.command == request.command;
   });
   if (entry == kCommands.end()) {
     return CMD_UNKNOWN_COMMAND;

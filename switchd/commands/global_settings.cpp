@@ -6,19 +6,19 @@ namespace stpswitch {
 
 cmd_result answer_global_settings(const Switch &the_switch, const CommandRequest &request,
                                   ReplyBuilder *reply) {
-  if (!has_keys(request, {Key::kGlobalSettings})) {
+  if (!has_keys(request, {STP_KEY_GLOBAL_SETTINGS})) {
     return CMD_UNKNOWN_KEY;
   }
   if (request.action != CMD_ACTION_GET) {
     return CMD_NO_ENTRY;
   }
   const Settings &settings = the_switch.state().settings;
-  reply->add_number(Token::kSpanningTreeMode, static_cast<uint32_t>(settings.mode));
-  reply->add_number(Token::kPathCostMethod, static_cast<uint32_t>(settings.path_cost_method));
-  reply->add_number(Token::kPathCostOperMethod,
+  reply->add_number(STP_ATTRIBUTE_MODE, static_cast<uint32_t>(settings.mode));
+  reply->add_number(STP_ATTRIBUTE_PATH_COST_METHOD, static_cast<uint32_t>(settings.path_cost_method));
+  reply->add_number(STP_ATTRIBUTE_PATH_COST_OPER_METHOD,
                     static_cast<uint32_t>(operational_path_cost_method(settings)));
-  reply->add_flag(Token::kLoopGuardDefault, settings.loop_guard_default);
-  reply->add_number(Token::kHops, the_switch.state().mst.max_hops);
+  reply->add_flag(STP_ATTRIBUTE_LOOP_GUARD_DEFAULT, settings.loop_guard_default);
+  reply->add_number(STP_ATTRIBUTE_HOPS, the_switch.state().mst.max_hops);
   return CMD_OK;
 }
 

@@ -8,10 +8,10 @@ namespace {
 
 cmd_result answer_report(const Switch &the_switch, const InconsistencyReport &report,
                          const CommandRequest &request, ReplyBuilder *reply) {
-  if (!has_keys(request, {Key::kVlanTree, Key::kInterface})) {
+  if (!has_keys(request, {STP_KEY_VLAN_TREE, STP_KEY_INTERFACE})) {
     return CMD_UNKNOWN_KEY;
   }
-  const auto asked = asked_tree_port(request, Key::kVlanTree, Key::kInterface);
+  const auto asked = asked_tree_port(request, STP_KEY_VLAN_TREE, STP_KEY_INTERFACE);
   if (!asked) {
     return CMD_BAD_REQUEST;
   }
@@ -19,9 +19,9 @@ cmd_result answer_report(const Switch &the_switch, const InconsistencyReport &re
   if (!row) {
     return CMD_NO_ENTRY;
   }
-  reply->add_number(Token::kPortTree, row->tree);
-  reply->add_number(Token::kInterface, row->if_index);
-  reply->add_number(Token::kInconsistencies, report.state_of(*row));
+  reply->add_number(STP_ATTRIBUTE_PORT_TREE, row->tree);
+  reply->add_number(STP_ATTRIBUTE_INTERFACE, row->if_index);
+  reply->add_number(STP_ATTRIBUTE_INCONSISTENCY, report.state_of(*row));
   return CMD_OK;
 }
 

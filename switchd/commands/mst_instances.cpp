@@ -8,10 +8,10 @@ namespace stpswitch {
 
 cmd_result answer_mst_instances(const Switch &the_switch, const CommandRequest &request,
                                 ReplyBuilder *reply) {
-  if (!has_keys(request, {Key::kMstInstance})) {
+  if (!has_keys(request, {STP_KEY_MST_TREE})) {
     return CMD_UNKNOWN_KEY;
   }
-  const auto asked = asked_tree(request, Key::kMstInstance);
+  const auto asked = asked_tree(request, STP_KEY_MST_TREE);
   if (!asked) {
     return CMD_BAD_REQUEST;
   }
@@ -22,12 +22,12 @@ cmd_result answer_mst_instances(const Switch &the_switch, const CommandRequest &
     return CMD_NO_ENTRY;
   }
   const auto [id, remaining_hops] = *row;
-  reply->add_number(Token::kTree, id);
-  reply->add_number(Token::kHops, remaining_hops);
+  reply->add_number(STP_ATTRIBUTE_TREE, id);
+  reply->add_number(STP_ATTRIBUTE_HOPS, remaining_hops);
   if (id == kCistId) {
-    reply->add_octets(Token::kRegionalRootMac, state.mst_cist.regional_root_mac);
-    reply->add_number(Token::kRegionalRootPriority, state.mst_cist.regional_root_priority);
-    reply->add_number(Token::kInternalRootPathCost, state.mst_cist.internal_root_path_cost);
+    reply->add_octets(STP_ATTRIBUTE_REGIONAL_ROOT_MAC, state.mst_cist.regional_root_mac);
+    reply->add_number(STP_ATTRIBUTE_REGIONAL_ROOT_PRIORITY, state.mst_cist.regional_root_priority);
+    reply->add_number(STP_ATTRIBUTE_INTERNAL_ROOT_PATH_COST, state.mst_cist.internal_root_path_cost);
   }
   return CMD_OK;
 }

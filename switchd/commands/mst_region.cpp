@@ -1,25 +1,20 @@
 // Command 112: the MST region that the switch is configured for. The VLAN map, which is long, is left out
 // when the request has the digests' key.
 #include <algorithm>
-#include <array>
 
 #include "commands/command.h"
 #include "model/derived.h"
-#include "wire/mst_vlan_map.h"
 
 namespace stpswitch {
 namespace {
-
-namespace wire = stpplatform::wire;
 
 constexpr unsigned kOctetBits = 8;
 
 void add_vlan_map(const SwitchState &state, ReplyBuilder *reply) {
   for (const auto &[id, vlans] : mst_vlan_map(state)) {
-    std::array<uint8_t, wire::kMstVlanMapSize> map{static_cast<uint8_t>(id >> kOctetBits),
-                                                   static_cast<uint8_t>(id)};
-    std::copy(vlans.octets().begin(), vlans.octets().end(), map.begin() + wire::kMstVlanMapIdSize);
-    reply->add_octets(Token::kMstVlanMap, map);
+    stp_mst_vlans map{{static_cast<uint8_t>(id >> kOctetBits), static_cast<uint8_t>(id)}, {}};
+    std::copy(vlans.octets().begin(), vlans.octets().end(), map.vlans);
+    reply->add_octets(STP_ATTRIBUTE_MST_VLAN_MAP, {reinterpret_cast<const uint8_t *>(&map), sizeof map});
   }
 }
 
@@ -27,17 +22,17 @@ void add_vlan_map(const SwitchState &state, ReplyBuilder *reply) {
 
 cmd_result answer_mst_region(const Switch &the_switch, const CommandRequest &request, ReplyBuilder *reply) {
   const bool wants_everything = has_keys(request, {});
-  if (!wants_everything && !has_keys(request, {Key::kMstDigests})) {
+  if (!wants_everything && !has_keys(request, {STP_KEY_MST_DIGESTS})) {
     return CMD_UNKNOWN_KEY;
   }
   if (request.action != CMD_ACTION_GET) {
     return CMD_NO_ENTRY;
   }
   const MstRegion &region = the_switch.state().mst;
-  reply->add_number(Token::kMstRegionRevision, region.revision);
-  reply->add_octets(Token::kMstRegionName, region.name);
-  reply->add_octets(Token::kMstConfigDigest, the_switch.config_digest());
-  reply->add_octets(Token::kMstPreStandardDigest, the_switch.pre_standard_digest());
+  reply->add_number(STP_ATTRIBUTE_MST_REGION_REVISION, region.revision);
+  reply->add_octets(STP_ATTRIBUTE_MST_REGION_NAME, region.name);
+  reply->add_octets(STP_ATTRIBUTE_MST_CONFIG_DIGEST, the_switch.config_digest());
+  reply->add_octets(STP_ATTRIBUTE_MST_PRE_STANDARD_DIGEST, the_switch.pre_standard_digest());
   if (wants_everything) {
     add_vlan_map(the_switch.state(), reply);
   }

@@ -10,40 +10,40 @@ namespace {
 // What an entry has of its port, in groups.
 
 void add_path_cost(const BridgePort &port, ReplyBuilder *reply) {
-  reply->add_number(Token::kPathCost, port.interface->path_cost);
+  reply->add_number(STP_ATTRIBUTE_PATH_COST, port.interface->path_cost);
 }
 
 // Without a link there is no type of it.
 void add_link(const BridgePort &port, ReplyBuilder *reply) {
   if (port.link_up) {
-    reply->add_flag(Token::kPointToPoint, port.point_to_point);
+    reply->add_flag(STP_ATTRIBUTE_POINT_TO_POINT, port.point_to_point);
   }
 }
 
 void add_rapid_pvst_flags(const BridgePort &port, ReplyBuilder *reply) {
-  reply->add_flag(Token::kEdge, port.interface->edge);
-  reply->add_flag(Token::kPeer, port.interface->peer);
+  reply->add_flag(STP_ATTRIBUTE_EDGE, port.interface->edge);
+  reply->add_flag(STP_ATTRIBUTE_PEER, port.interface->peer);
 }
 
 void add_mst_flags(const BridgePort &port, ReplyBuilder *reply) {
-  reply->add_flag(Token::kEdge, port.interface->edge);
-  reply->add_flag(Token::kBoundary, port.interface->boundary);
-  reply->add_flag(Token::kPeer, port.interface->peer);
-  reply->add_flag(Token::kDispute, port.interface->dispute);
-  reply->add_flag(Token::kPreStandardNeighbor, port.interface->pre_standard_neighbor);
+  reply->add_flag(STP_ATTRIBUTE_EDGE, port.interface->edge);
+  reply->add_flag(STP_ATTRIBUTE_BOUNDARY, port.interface->boundary);
+  reply->add_flag(STP_ATTRIBUTE_PEER, port.interface->peer);
+  reply->add_flag(STP_ATTRIBUTE_DISPUTE, port.interface->dispute);
+  reply->add_flag(STP_ATTRIBUTE_PRE_STANDARD_PEER, port.interface->pre_standard_neighbor);
 }
 
 // What the two commands differ in when they are asked for a port of a tree.
 struct TreePortCommand {
   SpanningTreeMode mode;
-  Key tree;
-  Key interface;
+  stp_key tree;
+  stp_key interface;
   void (*add_flags)(const BridgePort &, ReplyBuilder *);
 };
 
-constexpr TreePortCommand kRapidPvst = {SpanningTreeMode::kRapidPvst, Key::kVlanTree, Key::kInterface,
+constexpr TreePortCommand kRapidPvst = {SpanningTreeMode::kRapidPvst, STP_KEY_VLAN_TREE, STP_KEY_INTERFACE,
                                         add_rapid_pvst_flags};
-constexpr TreePortCommand kMst = {SpanningTreeMode::kMst, Key::kMstInstance, Key::kMstInterface,
+constexpr TreePortCommand kMst = {SpanningTreeMode::kMst, STP_KEY_MST_TREE, STP_KEY_MST_INTERFACE,
                                   add_mst_flags};
 
 cmd_result answer_tree_ports(const Switch &the_switch, const TreePortCommand &command,
@@ -60,10 +60,10 @@ cmd_result answer_tree_ports(const Switch &the_switch, const TreePortCommand &co
     return CMD_NO_ENTRY;
   }
   const BridgePort &port = the_switch.bridge_ports().at(row->if_index);
-  reply->add_number(Token::kPortTree, row->tree);
-  reply->add_number(Token::kInterface, row->if_index);
+  reply->add_number(STP_ATTRIBUTE_PORT_TREE, row->tree);
+  reply->add_number(STP_ATTRIBUTE_INTERFACE, row->if_index);
   add_path_cost(port, reply);
-  reply->add_number(Token::kPortRole, static_cast<uint32_t>(role_in(row->tree, port)));
+  reply->add_number(STP_ATTRIBUTE_PORT_ROLE, static_cast<uint32_t>(role_in(row->tree, port)));
   command.add_flags(port, reply);
   return CMD_OK;
 }

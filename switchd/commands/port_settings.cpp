@@ -10,14 +10,14 @@ using AddSettings = void (*)(const BridgePort &, ReplyBuilder *);
 
 cmd_result answer_settings(const Switch &the_switch, const CommandRequest &request, AddSettings add_settings,
                            ReplyBuilder *reply) {
-  if (!has_keys(request, {Key::kInterface})) {
+  if (!has_keys(request, {STP_KEY_INTERFACE})) {
     return CMD_UNKNOWN_KEY;
   }
-  return answer_bridge_port(the_switch, request, Key::kInterface, add_settings, reply);
+  return answer_bridge_port(the_switch, request, STP_KEY_INTERFACE, add_settings, reply);
 }
 
 void add_guard(Guard guard, ReplyBuilder *reply) {
-  reply->add_number(Token::kGuard, static_cast<uint32_t>(guard));
+  reply->add_number(STP_ATTRIBUTE_GUARD, static_cast<uint32_t>(guard));
 }
 
 }  // namespace
@@ -39,8 +39,8 @@ cmd_result answer_loop_guard(const Switch &the_switch, const CommandRequest &req
 cmd_result answer_port_settings(const Switch &the_switch, const CommandRequest &request,
                                 ReplyBuilder *reply) {
   constexpr AddSettings kAddPortSettings = [](const BridgePort &port, ReplyBuilder *to) {
-    to->add_number(Token::kLinkType, static_cast<uint32_t>(port.interface->link_type));
-    to->add_flag(Token::kPreStandardMst, port.interface->pre_standard_mst);
+    to->add_number(STP_ATTRIBUTE_LINK_TYPE, static_cast<uint32_t>(port.interface->link_type));
+    to->add_flag(STP_ATTRIBUTE_PRE_STANDARD_MST, port.interface->pre_standard_mst);
   };
   return answer_settings(the_switch, request, kAddPortSettings, reply);
 }

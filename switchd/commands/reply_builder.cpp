@@ -12,21 +12,23 @@ namespace wire = stpplatform::wire;
 
 ReplyBuilder::ReplyBuilder() : packet_(sizeof(wire::Reply)) {}
 
-void ReplyBuilder::add_number(Token token, uint32_t value) { add(token, &value, sizeof value); }
-
-void ReplyBuilder::add_octets(Token token, std::span<const uint8_t> octets) {
-  add(token, octets.data(), static_cast<uint32_t>(octets.size()));
+void ReplyBuilder::add_number(stp_attribute attribute, uint32_t value) {
+  add(attribute, &value, sizeof value);
 }
 
-void ReplyBuilder::add_octets(Token token, std::string_view octets) {
-  add(token, octets.data(), static_cast<uint32_t>(octets.size()));
+void ReplyBuilder::add_octets(stp_attribute attribute, std::span<const uint8_t> octets) {
+  add(attribute, octets.data(), static_cast<uint32_t>(octets.size()));
 }
 
-void ReplyBuilder::add(Token token, const void *value, uint32_t length) {
+void ReplyBuilder::add_octets(stp_attribute attribute, std::string_view octets) {
+  add(attribute, octets.data(), static_cast<uint32_t>(octets.size()));
+}
+
+void ReplyBuilder::add(stp_attribute attribute, const void *value, uint32_t length) {
   const size_t used = packet_.size();
   const size_t room = sizeof(wire::AttributeHead) + wire::padded(length);
   packet_.resize(used + room);
-  wire::write_attribute(packet_.data() + used, room, {static_cast<uint32_t>(token), length, value});
+  wire::write_attribute(packet_.data() + used, room, {attribute, length, value});
   ++attribute_count_;
 }
 

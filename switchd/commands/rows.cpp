@@ -8,21 +8,20 @@ namespace {
 
 namespace wire = stpplatform::wire;
 
-const wire::Attribute &attribute_of(const CommandRequest &request, Key key) {
-  return *std::find_if(request.keys.begin(), request.keys.end(), [key](const wire::Attribute &attribute) {
-    return attribute.token == static_cast<uint32_t>(key);
-  });
+const wire::Attribute &attribute_of(const CommandRequest &request, stp_key key) {
+  return *std::find_if(request.keys.begin(), request.keys.end(),
+                       [key](const wire::Attribute &attribute) { return attribute.token == key; });
 }
 
 }  // namespace
 
-uint32_t asked_interface(const CommandRequest &request, Key key) {
+uint32_t asked_interface(const CommandRequest &request, stp_key key) {
   uint32_t if_index = 0;
   std::memcpy(&if_index, attribute_of(request, key).value, sizeof if_index);
   return if_index;
 }
 
-std::optional<uint32_t> asked_tree(const CommandRequest &request, Key key) {
+std::optional<uint32_t> asked_tree(const CommandRequest &request, stp_key key) {
   const wire::Attribute &attribute = attribute_of(request, key);
   if (attribute.length != wire::range_list_length(1)) {
     return std::nullopt;
@@ -35,7 +34,8 @@ std::optional<uint32_t> asked_tree(const CommandRequest &request, Key key) {
   return range.first;
 }
 
-std::optional<TreePort> asked_tree_port(const CommandRequest &request, Key tree_key, Key interface_key) {
+std::optional<TreePort> asked_tree_port(const CommandRequest &request, stp_key tree_key,
+                                        stp_key interface_key) {
   const auto tree = asked_tree(request, tree_key);
   if (!tree) {
     return std::nullopt;
@@ -43,14 +43,14 @@ std::optional<TreePort> asked_tree_port(const CommandRequest &request, Key tree_
   return TreePort{*tree, asked_interface(request, interface_key)};
 }
 
-cmd_result answer_bridge_port(const Switch &the_switch, const CommandRequest &request, Key key,
+cmd_result answer_bridge_port(const Switch &the_switch, const CommandRequest &request, stp_key key,
                               void (*add_values)(const BridgePort &, ReplyBuilder *), ReplyBuilder *reply) {
   const auto row = find_row(the_switch.bridge_ports(), request.action, asked_interface(request, key));
   if (row == the_switch.bridge_ports().end()) {
     return CMD_NO_ENTRY;
   }
   const auto &[if_index, port] = *row;
-  reply->add_number(Token::kInterface, if_index);
+  reply->add_number(STP_ATTRIBUTE_INTERFACE, if_index);
   add_values(port, reply);
   return CMD_OK;
 }

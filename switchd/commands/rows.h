@@ -10,14 +10,15 @@
 namespace stpswitch {
 
 // The interface index in a request that has the key.
-uint32_t asked_interface(const CommandRequest &request, Key key);
+uint32_t asked_interface(const CommandRequest &request, stp_key key);
 
 // The VLAN or MST instance in the range list of a request that has the key. Nothing when the list does not
 // name exactly one: CMD_BAD_REQUEST.
-std::optional<uint32_t> asked_tree(const CommandRequest &request, Key key);
+std::optional<uint32_t> asked_tree(const CommandRequest &request, stp_key key);
 
 // The same for a port of a tree.
-std::optional<TreePort> asked_tree_port(const CommandRequest &request, Key tree_key, Key interface_key);
+std::optional<TreePort> asked_tree_port(const CommandRequest &request, stp_key tree_key,
+                                        stp_key interface_key);
 
 // The row with exactly the asked key or, for CMD_ACTION_GET_NEXT, the one after it; rows.end() when there is
 // none: CMD_NO_ENTRY. `rows` is an ordered set or map.
@@ -29,7 +30,7 @@ typename Rows::const_iterator find_row(const Rows &rows, cmd_action action,
 
 // Answers from the bridge port that a request with the key asks for: its interface index, then what
 // `add_values` adds.
-cmd_result answer_bridge_port(const Switch &the_switch, const CommandRequest &request, Key key,
+cmd_result answer_bridge_port(const Switch &the_switch, const CommandRequest &request, stp_key key,
                               void (*add_values)(const BridgePort &, ReplyBuilder *), ReplyBuilder *reply);
 
 // The same as find_row among ports of trees.

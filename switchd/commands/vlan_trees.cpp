@@ -6,15 +6,15 @@
 namespace stpswitch {
 
 cmd_result answer_vlan_trees(const Switch &the_switch, const CommandRequest &request, ReplyBuilder *reply) {
-  if (!has_keys(request, {Key::kVlanTree})) {
+  if (!has_keys(request, {STP_KEY_VLAN_TREE})) {
     return CMD_UNKNOWN_KEY;
   }
-  const auto asked = asked_tree(request, Key::kVlanTree);
+  const auto asked = asked_tree(request, STP_KEY_VLAN_TREE);
   if (!asked) {
     return CMD_BAD_REQUEST;
   }
   const SwitchState &state = the_switch.state();
-  reply->add_number(Token::kSpanningTreeMode, static_cast<uint32_t>(state.settings.mode));
+  reply->add_number(STP_ATTRIBUTE_MODE, static_cast<uint32_t>(state.settings.mode));
   if (state.settings.mode == SpanningTreeMode::kMst) {
     return CMD_OK;
   }
@@ -22,8 +22,8 @@ cmd_result answer_vlan_trees(const Switch &the_switch, const CommandRequest &req
   if (vlan == the_switch.vlans_in_use().end()) {
     return CMD_NO_ENTRY;
   }
-  reply->add_number(Token::kTree, *vlan);
-  reply->add_flag(Token::kVlanTreeState, !state.rapid_pvst.disabled_vlans.contains(*vlan));
+  reply->add_number(STP_ATTRIBUTE_TREE, *vlan);
+  reply->add_flag(STP_ATTRIBUTE_VLAN_TREE_STATE, !state.rapid_pvst.disabled_vlans.contains(*vlan));
   return CMD_OK;
 }
 

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <random>
 
-#include "commands/protocol.h"
+#include "platform/stp_protocol.h"
 #include "wire/attributes.h"
 #include "wire/message.h"
 
@@ -28,8 +28,8 @@ Packet with_head(Packet reply, Change change) {
 }
 
 // The reply's head, and one attribute that claims a length and has `given` octets.
-Packet with_only_attribute(Packet reply, Token token, uint32_t claimed, uint32_t given) {
-  const wire::AttributeHead attribute{static_cast<uint32_t>(token), claimed};
+Packet with_only_attribute(Packet reply, stp_attribute token, uint32_t claimed, uint32_t given) {
+  const wire::AttributeHead attribute{token, claimed};
   reply.resize(sizeof(wire::Reply));
   reply.resize(sizeof(wire::Reply) + sizeof attribute + wire::padded(given));
   std::memcpy(reply.data() + sizeof(wire::Reply), &attribute, sizeof attribute);
@@ -63,12 +63,12 @@ Packet spoil(Packet reply, Garbage kind) {
     case Garbage::kLengthTooBig:
       return with_head(std::move(reply), [](wire::Reply *head) { head->header.length += kTooMuch; });
     case Garbage::kAttributeOverrun:
-      return with_only_attribute(std::move(reply), Token::kMstRegionName, CMD_ATTR_VALUE_MAX, 0);
+      return with_only_attribute(std::move(reply), STP_ATTRIBUTE_MST_REGION_NAME, CMD_ATTR_VALUE_MAX, 0);
     case Garbage::kNumberTooLong:
-      return with_only_attribute(std::move(reply), Token::kSpanningTreeMode, kNumberLengthDoubled,
+      return with_only_attribute(std::move(reply), STP_ATTRIBUTE_MODE, kNumberLengthDoubled,
                                  kNumberLengthDoubled);
     case Garbage::kOctetsTooLong:
-      return with_only_attribute(std::move(reply), Token::kMstRegionName, CMD_ATTR_VALUE_MAX + 1,
+      return with_only_attribute(std::move(reply), STP_ATTRIBUTE_MST_REGION_NAME, CMD_ATTR_VALUE_MAX + 1,
                                  CMD_ATTR_VALUE_MAX + 1);
     case Garbage::kRandom:
     case Garbage::kCount:

@@ -12,15 +12,30 @@
 #include "model/mac_address.h"
 #include "model/tree_set.h"
 #include "model/vlan_set.h"
+#include "platform/stp_protocol.h"
 
 namespace stpswitch {
 
 // The numbers are those that the spanning-tree process answers with.
-enum class SpanningTreeMode : uint32_t { kMst = 4, kRapidPvst = 5 };
-enum class PathCostMethod : uint32_t { kShort = 1, kLong = 2 };
-enum class Guard : uint32_t { kEnabled = 1, kDisabled = 2, kDefault = 3 };  // default: as the switch says
-enum class LinkType : uint32_t { kPointToPoint = 1, kShared = 2, kAuto = 3 };
-enum class PortRole : uint32_t { kDisabled = 1, kRoot = 2, kDesignated = 3, kAlternate = 4, kBackup = 5 };
+enum class SpanningTreeMode : uint32_t { kMst = STP_MODE_MST, kRapidPvst = STP_MODE_RAPID_PVST };
+enum class PathCostMethod : uint32_t { kShort = STP_PATH_COST_SHORT, kLong = STP_PATH_COST_LONG };
+enum class Guard : uint32_t {
+  kEnabled = STP_GUARD_ENABLED,
+  kDisabled = STP_GUARD_DISABLED,
+  kDefault = STP_GUARD_DEFAULT  // as the switch says
+};
+enum class LinkType : uint32_t {
+  kPointToPoint = STP_LINK_POINT_TO_POINT,
+  kShared = STP_LINK_SHARED,
+  kAuto = STP_LINK_AUTO
+};
+enum class PortRole : uint32_t {
+  kDisabled = STP_ROLE_DISABLED,
+  kRoot = STP_ROLE_ROOT,
+  kDesignated = STP_ROLE_DESIGNATED,
+  kAlternate = STP_ROLE_ALTERNATE,
+  kBackup = STP_ROLE_BACKUP
+};
 
 struct Settings {
   std::string name;

@@ -43,8 +43,8 @@ std::optional<NotificationClasses> read_subscription(std::span<const uint8_t> pa
 }
 
 Packet make_event_packet(const InconsistencyEvent &event, uint32_t sequence) {
-  const wire::InconsistencyPayload payload{htonl(event.tree), htonl(event.if_index), htonl(event.state),
-                                           htonl(static_cast<uint32_t>(event.mode))};
+  const stp_inconsistency_payload payload{htonl(event.tree), htonl(event.if_index), htonl(event.state),
+                                          htonl(static_cast<uint32_t>(event.mode))};
   constexpr auto kSize = static_cast<uint32_t>(sizeof(wire::Event) + sizeof payload);
   const wire::Event head{
       {wire::kMagic, wire::kVersion, static_cast<uint16_t>(wire::MessageType::kEvent), kSize, sequence},

@@ -19,8 +19,15 @@ extern "C" {
 /* The longest user name that can accompany a request, in bytes without the terminating zero. */
 #define CMD_USER_MAX 63
 
+/* In C++, an enumeration of numbers that travel holds any 32-bit number: what is unknown can be refused. */
+#ifdef __cplusplus
+#define CMD_ENUM_BASE : uint32_t
+#else
+#define CMD_ENUM_BASE
+#endif
+
 /* Actions of a request. */
-enum cmd_action {
+enum cmd_action CMD_ENUM_BASE {
   CMD_ACTION_GET = 1,     /* the entry that has exactly the request's key */
   CMD_ACTION_GET_NEXT = 3 /* the entry that follows the request's key */
 };
@@ -42,8 +49,8 @@ enum cmd_result {
   CMD_REFUSED = 20          /* the user has no right to ask this */
 };
 
-/* Attribute tokens: type code in the top 8 bits, attribute space in the next 8, attribute number in the
- * low 16. */
+/* Tokens of keys and attributes: type code in the top 8 bits, attribute space in the next 8, attribute number
+ * in the low 16. */
 #define CMD_TOKEN_TYPE(token) ((token) >> 24)
 
 /* Type codes, and the length of a value of that type. */

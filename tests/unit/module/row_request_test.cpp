@@ -9,7 +9,6 @@
 
 namespace {
 
-using stpsnmp::query::Action;
 using stpsnmp::tables::RowRequest;
 using ::testing::ElementsAre;
 
@@ -44,9 +43,9 @@ TEST_F(RowRequests, ClearTheRowAndTrace) {
 }
 
 TEST_F(RowRequests, AskForExactlyTheRowOrTheNext) {
-  EXPECT_EQ(request({1, 3, 9}, 1).action(), Action::kGet);
-  EXPECT_EQ(request({1, 3, 9}, 2).action(), Action::kGet);
-  EXPECT_EQ(request({1, 3, 9}, 0).action(), Action::kGetNext);
+  EXPECT_EQ(request({1, 3, 9}, 1).action(), CMD_ACTION_GET);
+  EXPECT_EQ(request({1, 3, 9}, 2).action(), CMD_ACTION_GET);
+  EXPECT_EQ(request({1, 3, 9}, 0).action(), CMD_ACTION_GET_NEXT);
 }
 
 TEST_F(RowRequests, HaveTheArcsBehindTheColumnAsIndex) {

@@ -9,6 +9,7 @@
 #include "platform/im.h"
 #include "platform/pcm.h"
 #include "platform/stp.h"
+#include "platform/stp_protocol.h"
 #include "platform/vlan_mgr.h"
 #include "platform/xport.h"
 /**/

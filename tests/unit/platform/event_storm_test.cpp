@@ -25,6 +25,7 @@
 #include "platform/agent_ext.h"
 #include "platform/cmd.h"
 #include "platform/xport.h"
+#include "protocol_numbers.h"
 #include "server/command_server.h"
 #include "settings.h"
 #include "support/temporary_folder.h"
@@ -45,7 +46,7 @@ uint32_t delivered = 0;
 bool in_order = true;
 
 netsnmp_variable_list *handle(void *message, oid *, size_t *, int *status) {
-  wire::InconsistencyPayload payload;
+  stp_inconsistency_payload payload;
   std::memcpy(&payload, xport_payload_get(message), sizeof payload);
   uint32_t &state = states[ntohl(payload.tree)];
   in_order = in_order && state < ntohl(payload.state);
@@ -99,7 +100,7 @@ class ServedSwitch {
     while (events.size() < kEventsPerBatch) {
       ++told;
       events.push_back(
-          {wire::kLoopInconsistencyClass, told % kTrees, 1, told, stpswitch::SpanningTreeMode::kRapidPvst});
+          {protocol::kLoopInconsistencyClass, told % kTrees, 1, told, stpswitch::SpanningTreeMode::kRapidPvst});
     }
     server->tell(events);
     told_ = told;
@@ -125,7 +126,7 @@ class EventStormTest : public testing::Test {
   }
 
   ~EventStormTest() override {
-    unregister_for_notification(wire::kLoopInconsistencyClass);
+    unregister_for_notification(protocol::kLoopInconsistencyClass);
     stpplatform::connection().reset();
     unsetenv("STPPLATFORM_SOCKET");
     unsetenv("STPPLATFORM_DEADLINE_MS");
@@ -163,7 +164,7 @@ class EventStormTest : public testing::Test {
     cmd_req_action_set(request, CMD_ACTION_GET);
     void *reply = nullptr;
     const int result =
-        cmd_snmp_req_send_recv(wire::kStpDestination, wire::kStpService, request, "", 1, &reply, 0);
+        cmd_snmp_req_send_recv(protocol::kDestination, protocol::kService, request, "", 1, &reply, 0);
     cmd_snmp_free_rx_hndl(reply);
     return result;
   }
@@ -180,8 +181,8 @@ class EventStormTest : public testing::Test {
 
   // Subscribes, and sees to it that the switch has taken notice.
   void subscribe() {
-    ASSERT_EQ(register_for_notification(wire::kLoopInconsistencyClass, handle), 0);
-    ASSERT_EQ(set_notification_enable_disable_status(wire::kLoopInconsistencyClass, 1), 0);
+    ASSERT_EQ(register_for_notification(protocol::kLoopInconsistencyClass, handle), 0);
+    ASSERT_EQ(set_notification_enable_disable_status(protocol::kLoopInconsistencyClass, 1), 0);
     // An alarm is pending until the hello has come and the subscription is sent.
     ASSERT_TRUE(run_main_loop_until([] { return sa_find_next() == nullptr; }));
     // The turn of the switch's loop that answers the first request takes the subscription, too; the second

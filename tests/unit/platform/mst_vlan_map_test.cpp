@@ -4,7 +4,7 @@
 #include "platform/cmd.h"
 #include "platform/stp.h"
 #include "platform_test.h"
-#include "wire/mst_vlan_map.h"
+#include "protocol_numbers.h"
 
 namespace wire = stpplatform::wire;
 
@@ -14,11 +14,11 @@ constexpr uint32_t kRegionQuery = 112;
 constexpr uint16_t kUntouched = 0xABCD;
 
 AttributeValue vlan_map(uint16_t instance, uint16_t vlan) {
-  Bytes value(wire::kMstVlanMapSize);
+  Bytes value(protocol::kMstVlanMapSize);
   value[0] = static_cast<uint8_t>(instance >> 8);
   value[1] = static_cast<uint8_t>(instance);
   add_vlan(value.data() + 2, vlan);
-  return {wire::kMstVlanMapToken, value};
+  return {protocol::kMstVlanMap, value};
 }
 
 class MstVlanMapTest : public PlatformTest {
@@ -33,7 +33,7 @@ class MstVlanMapTest : public PlatformTest {
     alignas(max_align_t) uint8_t buffer[512];
     void *request = cmd_req_init(buffer, sizeof buffer);
     cmd_req_cmdId_set(request, kRegionQuery);
-    ASSERT_EQ(cmd_snmp_req_send_recv(wire::kStpDestination, wire::kStpService, request, "", 1, &reply_, 0),
+    ASSERT_EQ(cmd_snmp_req_send_recv(protocol::kDestination, protocol::kService, request, "", 1, &reply_, 0),
               CMD_OK);
   }
 

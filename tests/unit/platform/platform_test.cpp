@@ -16,6 +16,7 @@
 
 #include "connection.h"
 #include "platform/cmd.h"
+#include "protocol_numbers.h"
 #include "settings.h"
 
 namespace {
@@ -108,7 +109,7 @@ int ask(uint32_t command, uint32_t *echo) {
   cmd_req_action_set(request, CMD_ACTION_GET);
   void *reply = nullptr;
   const int result = cmd_snmp_req_send_recv(
-      stpplatform::wire::kStpDestination, stpplatform::wire::kStpService, request, "operator", 1, &reply, 0);
+      protocol::kDestination, protocol::kService, request, "operator", 1, &reply, 0);
   EXPECT_EQ(result == CMD_OK, reply != nullptr);
   void *value = nullptr;
   uint32_t length = 0;

@@ -5,6 +5,7 @@
 
 #include "platform/cmd.h"
 #include "platform/stp.h"
+#include "protocol_numbers.h"
 #include "running_switch.h"
 #include "wire/message.h"
 
@@ -55,7 +56,7 @@ class SwitchTest : public RunningSwitchTest {
     if (with_digests_key) {
       ASSERT_EQ(cmd_req_attr_add(request, kDigestsKey, &nothing, sizeof nothing), CMD_OK);
     }
-    ASSERT_EQ(cmd_snmp_req_send_recv(wire::kStpDestination, wire::kStpService, request, "", 1, &reply_, 0),
+    ASSERT_EQ(cmd_snmp_req_send_recv(protocol::kDestination, protocol::kService, request, "", 1, &reply_, 0),
               CMD_OK)
         << switch_.errors();
   }

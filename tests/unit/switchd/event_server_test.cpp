@@ -47,7 +47,7 @@ void PrintTo(const Received &received, std::ostream *out) {
 
 Received read_event(const Packet &packet) {
   wire::Event head{};
-  wire::InconsistencyPayload payload{};
+  stp_inconsistency_payload payload{};
   EXPECT_EQ(packet.size(), sizeof head + sizeof payload);
   if (packet.size() != sizeof head + sizeof payload) {
     return {};

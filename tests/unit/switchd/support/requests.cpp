@@ -1,3 +1,4 @@
+#include "protocol_numbers.h"
 #include "support/requests.h"
 
 #include <gtest/gtest.h>
@@ -37,8 +38,8 @@ stpswitch::Packet make_request(const RequestText &text) {
   wire::Request request{};
   request.header = {wire::kMagic, wire::kVersion, static_cast<uint16_t>(wire::MessageType::kRequest),
                     static_cast<uint32_t>(packet.size()), text.sequence};
-  request.destination = wire::kStpDestination;
-  request.service = wire::kStpService;
+  request.destination = protocol::kDestination;
+  request.service = protocol::kService;
   request.command = text.command;
   request.action = text.action;
   request.session = 1;

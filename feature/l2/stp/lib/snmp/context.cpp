@@ -9,12 +9,10 @@
 #include "diagnostics.h"
 #include "platform/agent_ext.h"
 #include "query/request.h"
-#include "query/tree_range.h"
 
 using stpsnmp::diagnostics::kTrace;
 using stpsnmp::query::add_key;
 using stpsnmp::query::single_tree;
-using stpsnmp::query::Token;
 using stpsnmp::query::TreeRange;
 
 namespace {
@@ -31,8 +29,8 @@ struct Tree {
 };
 
 struct TreeTokens {
-  Token vlan;
-  Token mst;
+  stp_key vlan;
+  stp_key mst;
 };
 
 uint32_t mst_context_passed = 0;
@@ -84,7 +82,7 @@ Tree take_tree_for_key() {
   return tree;
 }
 
-Token token_for(const Tree &tree, const TreeTokens &tokens) {
+stp_key token_for(const Tree &tree, const TreeTokens &tokens) {
   return tree.is_vlan ? tokens.vlan : tokens.mst;
 }
 
@@ -103,11 +101,11 @@ void stp_get_vlan_or_mst_id_from_context(uint32_t *tree, uint32_t *is_vlan) {
 }
 
 int stp_set_index_from_context(void *request) {
-  return add_tree(request, {Token::kVlanTreeKey, Token::kMstTreeKey});
+  return add_tree(request, {STP_KEY_VLAN_TREE, STP_KEY_MST_TREE});
 }
 
 int stp_set_index_from_context_for_set(void *request) {
-  return add_tree(request, {Token::kVlanTreeSettingKey, Token::kMstTreeSettingKey});
+  return add_tree(request, {STP_KEY_VLAN_TREE_SETTINGS, STP_KEY_MST_TREE_SETTINGS});
 }
 
 void stp_set_index_from_context_for_set_intf(void *request) {
@@ -120,7 +118,7 @@ void stp_set_index_from_context_for_set_intf(void *request) {
   ranges.list.count = 1;
   ranges.trees[0] = {tree.id, tree.id};
   add_key(request,
-          {token_for(tree, {Token::kVlanTreePortSettingKey, Token::kMstTreePortSettingKey}), &ranges});
+          {token_for(tree, {STP_KEY_VLAN_TREE_PORT_SETTINGS, STP_KEY_MST_TREE_PORT_SETTINGS}), &ranges});
   STP_LOG(kTrace, "%s getting out.....\n", __func__);
 }
 

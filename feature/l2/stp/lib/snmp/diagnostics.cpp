@@ -3,18 +3,17 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include "platform/stp_protocol.h"
+
 namespace stpsnmp::diagnostics {
 namespace {
-
-// The module's class of events in the platform's history.
-constexpr uint32_t kEventClass = 0x73'0000;
 
 // A record's text is counted with the level word before it and the zero after it.
 constexpr uint32_t kRecordOverhead = sizeof(uint32_t) + 1;
 
 }  // namespace
 
-bool history_keeps(Level level) { return evhist_hist_event_subtype_check(kEventClass, level) == 0; }
+bool history_keeps(Level level) { return evhist_hist_event_subtype_check(STP_EVENT_CLASS, level) == 0; }
 
 bool print_shows(Level level) { return evhist_chk_int(level, 0, 0, 1) != 0; }
 
@@ -30,7 +29,7 @@ void keep(Level level, const char *format, ...) {
   }
   const uint32_t room = sizeof record.text - 1;
   const auto length = static_cast<uint32_t>(wanted) < room ? static_cast<uint32_t>(wanted) : room;
-  evhist_hist_event(kEventClass, length + kRecordOverhead, &record);
+  evhist_hist_event(STP_EVENT_CLASS, length + kRecordOverhead, &record);
 }
 
 }  // namespace stpsnmp::diagnostics

@@ -8,7 +8,7 @@
 #include "agent.h"
 #include "diagnostics.h"
 #include "object_table.h"
-#include "platform/stp.h"
+#include "platform/stp_protocol.h"
 #include "platform/xport.h"
 #include "values.h"
 
@@ -45,16 +45,8 @@ constexpr NotificationClass kPortClass = {
 constexpr int kStateLine = 646;
 constexpr int kMappedStateLine = 648;
 
-// A message's payload: words in network byte order.
-struct Payload {
-  uint32_t tree;
-  uint32_t if_index;
-  uint32_t state;
-  uint32_t spanning_tree_type;
-};
-
 struct Event {
-  Payload payload;
+  stp_inconsistency_payload payload;
   uint16_t port;
 };
 
@@ -117,7 +109,7 @@ netsnmp_variable_list *handle_state(void *message, const NotificationClass &noti
     return nullptr;
   }
   const uint32_t state = ntohl(event.payload.state);
-  const uint32_t type = ntohl(event.payload.spanning_tree_type);
+  const uint32_t type = ntohl(event.payload.mode);
   netsnmp_variable_list *bindings = build_state(noti, event, ASN_INTEGER, &state, sizeof state);
   // The object without its instance, deliberately.
   oid type_name[kScalarLength];

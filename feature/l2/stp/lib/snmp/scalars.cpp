@@ -1,6 +1,7 @@
 #include "scalars.h"
 
 #include <cstring>
+#include <optional>
 
 #include "agent.h"
 #include "diagnostics.h"
@@ -14,10 +15,8 @@
 
 using namespace stpsnmp;
 using stpsnmp::diagnostics::kTrace;
-using stpsnmp::query::Command;
 using stpsnmp::query::fetch_number;
 using stpsnmp::query::fetch_octets;
-using stpsnmp::query::Token;
 
 ScalarValueRecord stpsnmp::scalar_values;
 
@@ -74,8 +73,9 @@ const ScalarObject *find_object(uint8_t magic) {
 }  // namespace
 
 int get_stpxMSTRegionName(ScalarValueRecord *record) {
-  return fetch_octets({Command::kMstRegion, Token::kNoKey, Token::kMstRegionName, "stpxMSTRegionName"},
-                      record->region_name);
+  return fetch_octets(
+      {STP_COMMAND_MST_REGION, std::nullopt, STP_ATTRIBUTE_MST_REGION_NAME, "stpxMSTRegionName"},
+      record->region_name);
 }
 
 int get_stpxSMSTMaxInstances(ScalarValueRecord *record) {
@@ -84,7 +84,7 @@ int get_stpxSMSTMaxInstances(ScalarValueRecord *record) {
 }
 
 int get_stpxSMSTConfigPreStandardDigest(ScalarValueRecord *record) {
-  return fetch_octets({Command::kMstRegion, Token::kMstDigestKey, Token::kMstPreStandardDigest,
+  return fetch_octets({STP_COMMAND_MST_REGION, STP_KEY_MST_DIGESTS, STP_ATTRIBUTE_MST_PRE_STANDARD_DIGEST,
                        "stpxSMSTConfigPreStandardDigest"},
                       record->pre_standard_digest);
 }
@@ -96,42 +96,42 @@ int get_stpxSMSTMaxInstanceID(ScalarValueRecord *record) {
 
 int get_stpxSMSTRegionRevision(ScalarValueRecord *record) {
   return fetch_number(
-      {Command::kMstRegion, Token::kNoKey, Token::kMstRegionRevision, "stpxSMSTRegionRevision"},
+      {STP_COMMAND_MST_REGION, std::nullopt, STP_ATTRIBUTE_MST_REGION_REVISION, "stpxSMSTRegionRevision"},
       &record->region_revision);
 }
 
 int get_stpxSMSTMaxHopCount(ScalarValueRecord *record) {
   return fetch_number(
-      {Command::kGlobalSettings, Token::kGlobalSettingsKey, Token::kMstMaxHops, "stpxSMSTMaxHopCount"},
+      {STP_COMMAND_GLOBAL_SETTINGS, STP_KEY_GLOBAL_SETTINGS, STP_ATTRIBUTE_HOPS, "stpxSMSTMaxHopCount"},
       &record->max_hop_count);
 }
 
 int get_stpxSMSTConfigDigest(ScalarValueRecord *record) {
   return fetch_octets(
-      {Command::kMstRegion, Token::kMstDigestKey, Token::kMstConfigDigest, "stpxSMSTConfigDigest"},
+      {STP_COMMAND_MST_REGION, STP_KEY_MST_DIGESTS, STP_ATTRIBUTE_MST_CONFIG_DIGEST, "stpxSMSTConfigDigest"},
       record->config_digest);
 }
 
 int get_stpxSpanningTreeType(ScalarValueRecord *record) {
   return fetch_number(
-      {Command::kGlobalSettings, Token::kGlobalSettingsKey, Token::kSpanningTreeMode, "stpxSpanningTreeType"},
+      {STP_COMMAND_GLOBAL_SETTINGS, STP_KEY_GLOBAL_SETTINGS, STP_ATTRIBUTE_MODE, "stpxSpanningTreeType"},
       &record->spanning_tree_type);
 }
 
 int get_stpxSpanningTreePathCostMode(ScalarValueRecord *record) {
-  return fetch_number({Command::kGlobalSettings, Token::kGlobalSettingsKey, Token::kPathCostMethod,
+  return fetch_number({STP_COMMAND_GLOBAL_SETTINGS, STP_KEY_GLOBAL_SETTINGS, STP_ATTRIBUTE_PATH_COST_METHOD,
                        "stpxSpanningTreePathCostMode"},
                       &record->path_cost_mode);
 }
 
 int get_stpxSpanningTreePathCostOperMode(ScalarValueRecord *record) {
-  return fetch_number({Command::kGlobalSettings, Token::kGlobalSettingsKey, Token::kPathCostOperMethod,
-                       "stpxSpanningTreePathCostOperMode"},
+  return fetch_number({STP_COMMAND_GLOBAL_SETTINGS, STP_KEY_GLOBAL_SETTINGS,
+                       STP_ATTRIBUTE_PATH_COST_OPER_METHOD, "stpxSpanningTreePathCostOperMode"},
                       &record->path_cost_oper_mode);
 }
 
 int get_stpxLoopGuardGlobalDefaultMode(ScalarValueRecord *record) {
-  return fetch_number({Command::kGlobalSettings, Token::kGlobalSettingsKey, Token::kLoopGuardDefault,
+  return fetch_number({STP_COMMAND_GLOBAL_SETTINGS, STP_KEY_GLOBAL_SETTINGS, STP_ATTRIBUTE_LOOP_GUARD_DEFAULT,
                        "stpxLoopGuardGlobalDefaultMode"},
                       &record->loop_guard_default);
 }

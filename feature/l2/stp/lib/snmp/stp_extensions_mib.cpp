@@ -3,17 +3,13 @@
 #include "agent.h"
 #include "diagnostics.h"
 #include "notifications.h"
+#include "platform/stp_protocol.h"
 #include "registration.h"
 #include "trap_enable.h"
 
 using stpsnmp::diagnostics::kTrace;
 
 namespace {
-
-// Notification classes of the spanning-tree process.
-constexpr uint32_t kInconsistencyClass = 17421;
-constexpr uint32_t kLoopInconsistencyClass = 17422;
-constexpr uint32_t kRootInconsistencyClass = 17423;
 
 // Where a failed registration is reported to have happened.
 constexpr char kSourceFile[] = "../feature/l2/stp/lib/snmp/stp_extensions_mib";
@@ -34,7 +30,7 @@ void report_failed_registration(const char *function) {
 }
 
 // A trap that the setting does not name keeps the notification service's default.
-void enable_if_configured(uint32_t notification_class, stpsnmp::TrapClass trap) {
+void enable_if_configured(stp_notification notification_class, stpsnmp::TrapClass trap) {
   if (stpsnmp::stp_trap_enable_configured(trap) == 1) {
     set_notification_enable_disable_status(notification_class, 1);
   }
@@ -48,19 +44,19 @@ void init_stp_extensions_mib(void) {
     report_failed_registration(__func__);
   }
 
-  register_for_notification(kInconsistencyClass, handle_noti_stpxInconsistencyUpdate);
-  register_for_notification(kLoopInconsistencyClass, handle_noti_stpxLoopInconsistencyUpdate);
-  register_for_notification(kRootInconsistencyClass, handle_noti_stpxRootInconsistencyUpdate);
+  register_for_notification(STP_NOTIFICATION_PORT_INCONSISTENCY, handle_noti_stpxInconsistencyUpdate);
+  register_for_notification(STP_NOTIFICATION_LOOP_INCONSISTENCY, handle_noti_stpxLoopInconsistencyUpdate);
+  register_for_notification(STP_NOTIFICATION_ROOT_INCONSISTENCY, handle_noti_stpxRootInconsistencyUpdate);
 
-  enable_if_configured(kInconsistencyClass, stpsnmp::kInconsistencyTrap);
-  enable_if_configured(kRootInconsistencyClass, stpsnmp::kRootInconsistencyTrap);
-  enable_if_configured(kLoopInconsistencyClass, stpsnmp::kLoopInconsistencyTrap);
+  enable_if_configured(STP_NOTIFICATION_PORT_INCONSISTENCY, stpsnmp::kInconsistencyTrap);
+  enable_if_configured(STP_NOTIFICATION_ROOT_INCONSISTENCY, stpsnmp::kRootInconsistencyTrap);
+  enable_if_configured(STP_NOTIFICATION_LOOP_INCONSISTENCY, stpsnmp::kLoopInconsistencyTrap);
 }
 
 int deinit_stp_extensions_mib(void) {
   STP_LOG(kTrace, "%s: unregistering VANTREL-STP-EXTENSIONS-MIB ...\n", __func__);
   stpsnmp::unregister_objects();
-  unregister_for_notification(kInconsistencyClass);
-  unregister_for_notification(kLoopInconsistencyClass);
-  return unregister_for_notification(kRootInconsistencyClass);
+  unregister_for_notification(STP_NOTIFICATION_PORT_INCONSISTENCY);
+  unregister_for_notification(STP_NOTIFICATION_LOOP_INCONSISTENCY);
+  return unregister_for_notification(STP_NOTIFICATION_ROOT_INCONSISTENCY);
 }

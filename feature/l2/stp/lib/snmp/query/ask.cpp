@@ -16,7 +16,7 @@ int send(Request *request, std::span<const Key> keys, Reply *reply) {
 
 }  // namespace
 
-int ask(Command command, Action action, std::span<const Key> keys, Reply *reply, CallSite caller) {
+int ask(stp_command command, cmd_action action, std::span<const Key> keys, Reply *reply, CallSite caller) {
   Request request(command, action, caller);
   if (!request) {
     return kFailed;
@@ -28,7 +28,8 @@ int ask(Command command, Action action, std::span<const Key> keys, Reply *reply,
   return result;
 }
 
-int ask_for_reply(Command command, Action action, std::span<const Key> keys, Reply *reply, CallSite caller) {
+int ask_for_reply(stp_command command, cmd_action action, std::span<const Key> keys, Reply *reply,
+                  CallSite caller) {
   Request request(command, action, caller);
   if (!request) {
     return kFailed;

@@ -12,9 +12,9 @@ namespace {
 using diagnostics::kTrace;
 
 // Reads the wanted attribute into the field; `shown` is what the trace prints of it.
-using Read = int (*)(const Reply &reply, Token wanted, void *field, uint32_t *shown);
+using Read = int (*)(const Reply &reply, stp_attribute wanted, void *field, uint32_t *shown);
 
-int read_number(const Reply &reply, Token wanted, void *field, uint32_t *shown) {
+int read_number(const Reply &reply, stp_attribute wanted, void *field, uint32_t *shown) {
   const int result = reply.read_number(wanted, shown);
   if (result == 0) {
     std::memcpy(field, shown, sizeof *shown);
@@ -22,7 +22,7 @@ int read_number(const Reply &reply, Token wanted, void *field, uint32_t *shown) 
   return result;
 }
 
-int read_octets(const Reply &reply, Token wanted, void *field, uint32_t *shown) {
+int read_octets(const Reply &reply, stp_attribute wanted, void *field, uint32_t *shown) {
   Octets octets;
   const int result = reply.read_octets(wanted, &octets);
   if (result != 0) {
@@ -38,10 +38,12 @@ int read_octets(const Reply &reply, Token wanted, void *field, uint32_t *shown) 
 }
 
 int send(const Question &question, Reply *reply, CallSite caller) {
+  if (!question.key) {
+    return ask(question.command, CMD_ACTION_GET, {}, reply, caller);
+  }
   const uint32_t value = 0;
-  const Key key{question.key, &value};
-  const std::span<const Key> keys(&key, question.key == Token::kNoKey ? 0 : 1);
-  return ask(question.command, Action::kGet, keys, reply, caller);
+  const Key key{*question.key, &value};
+  return ask(question.command, CMD_ACTION_GET, {&key, 1}, reply, caller);
 }
 
 int fetch(const Question &question, Read read, void *field, CallSite caller) {

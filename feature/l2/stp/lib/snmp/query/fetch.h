@@ -2,16 +2,17 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 
 #include "call_site.h"
-#include "query/protocol.h"
+#include "platform/stp_protocol.h"
 
 namespace stpsnmp::query {
 
 struct Question {
-  Command command;
-  Token key;  // sent with the value 0; kNoKey where the command takes none
-  Token wanted;
+  stp_command command;
+  std::optional<stp_key> key;  // sent with the value 0; none where the command takes none
+  stp_attribute wanted;
   const char *object;  // the MIB object, as a failure names it
 };
 

@@ -8,10 +8,10 @@ namespace stpsnmp::query {
 namespace {
 
 // Finds a value that must be there when it is `needed` or has a length.
-int find_octets(void *handle, Token token, bool needed, Octets *value) {
+int find_octets(void *handle, stp_attribute attribute, bool needed, Octets *value) {
   void *data = nullptr;
   uint32_t length = 0;
-  const int result = cmd_rsp_attr_get(handle, static_cast<uint32_t>(token), &data, &length);
+  const int result = cmd_rsp_attr_get(handle, attribute, &data, &length);
   if (result != 0) {
     return result;
   }
@@ -24,18 +24,18 @@ int find_octets(void *handle, Token token, bool needed, Octets *value) {
 
 }  // namespace
 
-int Reply::find(Token token, const void **value) const {
+int Reply::find(stp_attribute attribute, const void **value) const {
   Octets octets;
-  const int result = find_octets(handle_, token, true, &octets);
+  const int result = find_octets(handle_, attribute, true, &octets);
   if (result == 0) {
     *value = octets.data;
   }
   return result;
 }
 
-int Reply::read_number(Token token, uint32_t *number) const {
+int Reply::read_number(stp_attribute attribute, uint32_t *number) const {
   const void *value = nullptr;
-  const int result = find(token, &value);
+  const int result = find(attribute, &value);
   if (result == 0) {
     // The library promises the length, but no alignment.
     std::memcpy(number, value, sizeof *number);
@@ -43,8 +43,8 @@ int Reply::read_number(Token token, uint32_t *number) const {
   return result;
 }
 
-int Reply::read_octets(Token token, Octets *octets) const {
-  return find_octets(handle_, token, false, octets);
+int Reply::read_octets(stp_attribute attribute, Octets *octets) const {
+  return find_octets(handle_, attribute, false, octets);
 }
 
 void Reply::release() {

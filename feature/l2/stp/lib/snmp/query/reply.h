@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "query/protocol.h"
+#include "platform/stp_protocol.h"
 
 namespace stpsnmp::query {
 
@@ -30,11 +30,11 @@ class Reply {
 
   // Read an attribute. Return 0; the command library's code where the reply does not hold it; -1 where the
   // library finds it and has no value. A failure leaves the output as it was.
-  int read_number(Token token, uint32_t *number) const;
-  int read_octets(Token token, Octets *octets) const;
+  int read_number(stp_attribute attribute, uint32_t *number) const;
+  int read_octets(stp_attribute attribute, Octets *octets) const;
 
   // Finds a value whose length its token's type fixes; it lies in the reply.
-  int find(Token token, const void **value) const;
+  int find(stp_attribute attribute, const void **value) const;
 
   // The handle, for platform calls that read the reply themselves.
   void *handle() const { return handle_; }

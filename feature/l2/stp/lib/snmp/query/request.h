@@ -4,15 +4,23 @@
 #include <cstdint>
 
 #include "call_site.h"
-#include "query/protocol.h"
+#include "platform/stp_protocol.h"
 #include "query/reply.h"
 
 namespace stpsnmp::query {
 
 struct Key {
-  Token token;
+  stp_key token;
   const void *value;
 };
+
+// The value of a key that selects a spanning tree: a list of one range, of one VLAN or MST instance.
+struct TreeRange {
+  cmd_range_list list;
+  cmd_range tree;
+};
+
+constexpr TreeRange single_tree(uint32_t id) { return {{0, 1}, {id, id}}; }
 
 // Adds a key attribute to the request with this handle; the command library knows the length of its value.
 // Returns what the library returns.
@@ -24,7 +32,7 @@ class Request {
  public:
   // Allocates the buffer and names command and action. Where memory is short, that is logged for `caller`,
   // and the request is false.
-  Request(Command command, Action action, CallSite caller);
+  Request(stp_command command, cmd_action action, CallSite caller);
   ~Request();
   Request(const Request &) = delete;
   Request &operator=(const Request &) = delete;

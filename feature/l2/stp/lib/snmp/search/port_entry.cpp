@@ -2,32 +2,28 @@
 #include "diagnostics.h"
 #include "index_search.h"
 #include "query/request.h"
-#include "query/tree_range.h"
 #include "result.h"
 #include "search/key_form.h"
 
 using namespace stpsnmp;
 using stpsnmp::diagnostics::kRejection;
 using stpsnmp::diagnostics::kTrace;
-using stpsnmp::query::Action;
-using stpsnmp::query::Command;
 using stpsnmp::query::Reply;
 using stpsnmp::query::Request;
-using stpsnmp::query::Token;
 
 namespace {
 
-bool is_known(Action action) { return action == Action::kGet || action == Action::kGetNext; }
+bool is_known(cmd_action action) { return action == CMD_ACTION_GET || action == CMD_ACTION_GET_NEXT; }
 
 // These commands have entries in tree 0, the CIST.
-bool counts_trees_from_zero(Command command) {
-  return command == Command::kMstPort || command == Command::kRootInconsistency ||
-         command == Command::kLoopInconsistency;
+bool counts_trees_from_zero(stp_command command) {
+  return command == STP_COMMAND_MST_PORTS || command == STP_COMMAND_ROOT_INCONSISTENCIES ||
+         command == STP_COMMAND_LOOP_INCONSISTENCIES;
 }
 
 // Reads a part of the entry's key, which keeps what it holds where the reply lacks it.
-void read_key(const Reply &reply, Token token, uint32_t *part, CallSite caller) {
-  if (reply.read_number(token, part) != 0) {
+void read_key(const Reply &reply, stp_attribute attribute, uint32_t *part, CallSite caller) {
+  if (reply.read_number(attribute, part) != 0) {
     STP_LOG(kTrace, "\n%s(%d) cmd_rsp_attr_get returns error.\n", caller.function, caller.line);
   }
 }
@@ -36,8 +32,8 @@ void read_key(const Reply &reply, Token token, uint32_t *part, CallSite caller) 
 
 int get_stp_entry_from_if_index(uint32_t action, uint8_t dual, uint32_t index_token, uint32_t *if_index,
                                 uint32_t tree_token, uint32_t *tree_id, void **reply, uint32_t command) {
-  const auto asked_action = static_cast<Action>(action);
-  const auto asked_command = static_cast<Command>(command);
+  const auto asked_action = static_cast<cmd_action>(action);
+  const auto asked_command = static_cast<stp_command>(command);
   const bool is_dual = dual == search::kDual;
   if (!is_known(asked_action)) {
     STP_LOG(kTrace, "\n%s(%d): invalid action requested\n", __func__, __LINE__);
@@ -48,7 +44,7 @@ int get_stp_entry_from_if_index(uint32_t action, uint8_t dual, uint32_t index_to
     return kFailed;
   }
   const int32_t lowest_tree = counts_trees_from_zero(asked_command) ? 0 : 1;
-  if (is_dual && asked_action == Action::kGet && static_cast<int32_t>(*tree_id) < lowest_tree) {
+  if (is_dual && asked_action == CMD_ACTION_GET && static_cast<int32_t>(*tree_id) < lowest_tree) {
     STP_LOG(kRejection, "\n%s(%d): invalid action requested or tree_id \n", __func__, __LINE__);
     return kFailed;
   }
@@ -71,9 +67,9 @@ int get_stp_entry_from_if_index(uint32_t action, uint8_t dual, uint32_t index_to
       STP_LOG(kTrace, "\n%s(%d): Searching for dual index: %d, %d\n", __func__, __LINE__,
               static_cast<int32_t>(*if_index), static_cast<int32_t>(*tree_id));
       const query::TreeRange tree = query::single_tree(*tree_id);
-      request.add({static_cast<Token>(tree_token), &tree});
+      request.add({static_cast<stp_key>(tree_token), &tree});
     }
-    request.add({static_cast<Token>(index_token), if_index});
+    request.add({static_cast<stp_key>(index_token), if_index});
     if (request.send(&answer) != 0) {
       STP_LOG(kTrace, "\n%s(%d) cmd_req_snmp_send_recv() failed for GET\n", __func__, __LINE__);
       return kFailed;
@@ -85,13 +81,13 @@ int get_stp_entry_from_if_index(uint32_t action, uint8_t dual, uint32_t index_to
   }
 
   if (is_dual) {
-    read_key(answer, Token::kAnsweredPortTree, tree_id, CallSite::here());
+    read_key(answer, STP_ATTRIBUTE_PORT_TREE, tree_id, CallSite::here());
     STP_LOG(kTrace, "\n%s(%d) dual index tree id: %d\n", __func__, __LINE__, static_cast<int32_t>(*tree_id));
   }
-  read_key(answer, Token::kAnsweredInterface, if_index, CallSite::here());
+  read_key(answer, STP_ATTRIBUTE_INTERFACE, if_index, CallSite::here());
   STP_LOG(kTrace, "\n%s(%d) return if_index id: %d\n", __func__, __LINE__, static_cast<int32_t>(*if_index));
   uint32_t value = 0;
-  if (answer.read_number(Token::kPortValue, &value) == 0) {
+  if (answer.read_number(STP_ATTRIBUTE_INCONSISTENCY, &value) == 0) {
     STP_LOG(kTrace, "\n%s(%d): value %d\n", __func__, __LINE__, static_cast<int32_t>(value));
   }
   if (reply != nullptr) {

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "query/protocol.h"
+#include "platform/stp_protocol.h"
 
 namespace stpsnmp::search {
 
@@ -13,11 +13,8 @@ struct TreeEntries {
   uint32_t command;
 };
 
-inline constexpr TreeEntries kRapidPvstEntries = {static_cast<uint32_t>(query::Token::kInterfaceKey),
-                                                  static_cast<uint32_t>(query::Token::kVlanTreeKey),
-                                                  static_cast<uint32_t>(query::Command::kRapidPvstPort)};
-inline constexpr TreeEntries kMstEntries = {static_cast<uint32_t>(query::Token::kMstInterfaceKey),
-                                            static_cast<uint32_t>(query::Token::kMstTreeKey),
-                                            static_cast<uint32_t>(query::Command::kMstPort)};
+inline constexpr TreeEntries kRapidPvstEntries = {STP_KEY_INTERFACE, STP_KEY_VLAN_TREE,
+                                                  STP_COMMAND_RAPID_PVST_PORTS};
+inline constexpr TreeEntries kMstEntries = {STP_KEY_MST_INTERFACE, STP_KEY_MST_TREE, STP_COMMAND_MST_PORTS};
 
 }  // namespace stpsnmp::search

@@ -12,7 +12,7 @@ namespace stpsnmp::tables {
 template <class Row>
 struct AskedRow {
   const char *table;  // as a failure names it
-  query::Command command;
+  stp_command command;
   query::Key key;
   int (*parse)(const query::Reply &reply, Row *row);  // 0, or what was wrong with the reply
 };

@@ -7,7 +7,7 @@
 
 #include "call_site.h"
 #include "diagnostics.h"
-#include "query/protocol.h"
+#include "platform/stp_protocol.h"
 #include "query/reply.h"
 #include "tables/table.h"
 
@@ -17,7 +17,7 @@ inline constexpr size_t kBasePortArcs = 1;
 
 // Finds the port and fetches its entry. With `is_down`, a port that is down is not asked for: `*is_down`
 // becomes true, and the reply stays empty. Returns 0 with `*port_id` the row's port, or -1.
-int find_base_port(const RowRequest &request, query::Command command, query::Token key, query::Reply *reply,
+int find_base_port(const RowRequest &request, stp_command command, stp_key key, query::Reply *reply,
                    uint16_t *port_id, bool *is_down = nullptr);
 
 // Answers with the row of this port. Returns 0.
@@ -32,7 +32,7 @@ int answer_base_port(const RowRequest &request, uint32_t port_id, Row *row) {
 template <class Row>
 struct PortSetting {
   const char *object;  // as a failure names it
-  query::Command command;
+  stp_command command;
   int (*parse)(const query::Reply &reply, Row *row);  // 0, or what was wrong with the reply
 };
 
@@ -43,7 +43,7 @@ int answer_setting(const RowRequest &request, const PortSetting<Row> &setting, R
                    CallSite caller = CallSite::here()) {
   query::Reply reply;
   uint16_t port_id = 0;
-  if (find_base_port(request, setting.command, query::Token::kInterfaceKey, &reply, &port_id) != 0) {
+  if (find_base_port(request, setting.command, STP_KEY_INTERFACE, &reply, &port_id) != 0) {
     return kFailed;
   }
   if (!reply) {

@@ -16,17 +16,14 @@
 using namespace stpsnmp;
 using stpsnmp::diagnostics::kRejection;
 using stpsnmp::diagnostics::kTrace;
-using stpsnmp::query::Action;
-using stpsnmp::query::Command;
 using stpsnmp::query::Reply;
-using stpsnmp::query::Token;
 using stpsnmp::tables::RowRequest;
 using stpsnmp::tables::TreePort;
 
 namespace {
 
-constexpr auto kInterfaceKey = static_cast<uint32_t>(Token::kInterfaceKey);
-constexpr auto kTreeKey = static_cast<uint32_t>(Token::kVlanTreeKey);
+constexpr auto kInterfaceKey = STP_KEY_INTERFACE;
+constexpr auto kTreeKey = STP_KEY_VLAN_TREE;
 
 // How a table serves the state of a port.
 enum class Served { kState, kBits };
@@ -34,7 +31,7 @@ enum class Served { kState, kBits };
 struct InconsistencyTable {
   const char *header;  // the routines as which it logs
   const char *parse_reply;
-  Command command;
+  stp_command command;
   const char *command_name;
   const char *command_label;  // of that name, where a next search fails
   bool exists_in_mst;
@@ -43,29 +40,29 @@ struct InconsistencyTable {
 
 constexpr InconsistencyTable kLoopTable = {"header_stpxLoopInconsistencyTable",
                                            "parse_reply_stpxLoopInconsistencyTable",
-                                           Command::kLoopInconsistency,
+                                           STP_COMMAND_LOOP_INCONSISTENCIES,
                                            "STP_CMDID_SHOW_LOOP_INCONSISTENT",
                                            "commandId",
                                            true,
                                            Served::kState};
 constexpr InconsistencyTable kRootTable = {"header_stpxRootInconsistencyTable",
                                            "parse_reply_stpxRootInconsistencyTable",
-                                           Command::kRootInconsistency,
+                                           STP_COMMAND_ROOT_INCONSISTENCIES,
                                            "STP_CMDID_SHOW_ROOT_INCONSISTENT",
                                            "commandId",
                                            true,
                                            Served::kState};
 constexpr InconsistencyTable kPortTable = {"header_stpxInconsistencyTable",
                                            "parse_reply_stpxInconsistencyTable",
-                                           Command::kInconsistency,
+                                           STP_COMMAND_PORT_INCONSISTENCIES,
                                            "STP_CMDID_SHOW_PVID_TYPE_INCONSISTENT",
                                            "command_id",
                                            false,
                                            Served::kBits};
 
 int find_exact(const InconsistencyTable &table, TreePort *index, void **reply) {
-  const int result = get_exact_stp_dual_indices_entry(
-      kInterfaceKey, &index->port_id, kTreeKey, &index->tree_id, reply, static_cast<uint32_t>(table.command));
+  const int result = get_exact_stp_dual_indices_entry(kInterfaceKey, &index->port_id, kTreeKey,
+                                                      &index->tree_id, reply, table.command);
   if (result != 0) {
     STP_LOG(kTrace, "%s(%d) get_exact_stp_dual_indices_entry() failed, commandId: %s\n", table.header,
             __LINE__, table.command_name);
@@ -76,8 +73,7 @@ int find_exact(const InconsistencyTable &table, TreePort *index, void **reply) {
 int find_next(const InconsistencyTable &table, TreePort *index, void **reply) {
   const auto search = [&] {
     return get_next_stp_dual_indices_entry_from_im(kInterfaceKey, &index->port_id, kTreeKey, &index->tree_id,
-                                                   reply, static_cast<uint32_t>(table.command),
-                                                   BASE_PORT_ALL);
+                                                   reply, table.command, BASE_PORT_ALL);
   };
   const int result = tables::run_next_search(search, {table.header, __LINE__});
   if (result != 0) {
@@ -88,17 +84,17 @@ int find_next(const InconsistencyTable &table, TreePort *index, void **reply) {
 }
 
 // Checks that the table exists in the switch's mode; only a walk looks at modes other than MST.
-bool exists_in_mode(const InconsistencyTable &table, Action action) {
+bool exists_in_mode(const InconsistencyTable &table, cmd_action action) {
   if (!tables::fetch_spanning_tree_type(kRejection, {table.header, __LINE__})) {
     return false;
   }
   const uint32_t type = tables::spanning_tree_type();
-  if (type == tables::kTypeMst && !table.exists_in_mst) {
+  if (type == STP_MODE_MST && !table.exists_in_mst) {
     STP_LOG(kTrace, "%s(%d)  tree_type is stpxSpanningTreeType_MST, not supported,  return failed\n",
             table.header, __LINE__);
     return false;
   }
-  if (action == Action::kGetNext && type != tables::kTypeMst && type != tables::kTypeRapidPvst) {
+  if (action == CMD_ACTION_GET_NEXT && type != STP_MODE_MST && type != STP_MODE_RAPID_PVST) {
     STP_LOG(kRejection, "%s(%d) get_stpxSpanning_tree_type() retun wrong type: %d\n", table.header, __LINE__,
             static_cast<int32_t>(type));
     return false;
@@ -112,7 +108,7 @@ int parse_reply(const InconsistencyTable &table, const Reply &reply, Inconsisten
   }
   tables::read_index(reply, row);
   uint32_t state = 0;
-  const int result = reply.read_number(Token::kPortValue, &state);
+  const int result = reply.read_number(STP_ATTRIBUTE_INCONSISTENCY, &state);
   if (result != 0) {
     return result;
   }
@@ -148,7 +144,7 @@ int answer(const InconsistencyTable &table, const RowRequest &request, Inconsist
   TreePort found;
   Reply reply;
   const auto search = [&](TreePort *index, void **handle) {
-    return (request.action() == Action::kGet ? find_exact : find_next)(table, index, handle);
+    return (request.action() == CMD_ACTION_GET ? find_exact : find_next)(table, index, handle);
   };
   if (tables::find_tree_port(request, asked, search, &found, &reply, {table.header, __LINE__}) != 0) {
     return kFailed;

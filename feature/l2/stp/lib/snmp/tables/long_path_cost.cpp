@@ -15,10 +15,7 @@
 
 using namespace stpsnmp;
 using stpsnmp::diagnostics::kTrace;
-using stpsnmp::query::Action;
-using stpsnmp::query::Command;
 using stpsnmp::query::Reply;
-using stpsnmp::query::Token;
 using stpsnmp::tables::RowRequest;
 
 namespace {
@@ -31,26 +28,24 @@ int failed(CallSite caller = CallSite::here()) {
   return kFailed;
 }
 
-int ask(Action action, uint32_t *if_index, void **reply) {
-  return get_stp_entry_from_if_index(static_cast<uint32_t>(action), search::kSingle,
-                                     static_cast<uint32_t>(Token::kInterfaceKey), if_index, 0, nullptr, reply,
-                                     static_cast<uint32_t>(Command::kRapidPvstPort));
+int ask(cmd_action action, uint32_t *if_index, void **reply) {
+  return get_stp_entry_from_if_index(action, search::kSingle, STP_KEY_INTERFACE, if_index, 0, nullptr, reply,
+                                     STP_COMMAND_RAPID_PVST_PORTS);
 }
 
 // Finds the port's entry, for a walk the next one; behind the physical ports, port-channel 1 is tried.
-int get_stp_entry_from_port_id(Action action, uint16_t *port_id, void **reply) {
+int get_stp_entry_from_port_id(cmd_action action, uint16_t *port_id, void **reply) {
   uint32_t asked_if_index = 0;
   uint32_t if_index = 0;
   uint8_t type = 0;
-  if (validate_port_id_for_snmp_search(static_cast<uint32_t>(action), &asked_if_index, &if_index, port_id,
-                                       &type) != 0) {
+  if (validate_port_id_for_snmp_search(action, &asked_if_index, &if_index, port_id, &type) != 0) {
     return failed();
   }
-  if (ask(Action::kGet, &if_index, reply) != 0) {
-    if (action == Action::kGet) {
+  if (ask(CMD_ACTION_GET, &if_index, reply) != 0) {
+    if (action == CMD_ACTION_GET) {
       return failed();
     }
-    if (ask(Action::kGetNext, &if_index, reply) != 0) {
+    if (ask(CMD_ACTION_GET_NEXT, &if_index, reply) != 0) {
       if (type == IF_TYPE_PORT_CHANNEL) {
         return failed();
       }
@@ -61,7 +56,7 @@ int get_stp_entry_from_port_id(Action action, uint16_t *port_id, void **reply) {
       }
     }
   }
-  if (action == Action::kGetNext && type == IF_TYPE_PORT_CHANNEL &&
+  if (action == CMD_ACTION_GET_NEXT && type == IF_TYPE_PORT_CHANNEL &&
       search::type_of(if_index) != IF_TYPE_PORT_CHANNEL) {
     STP_LOG(kTrace, "\n%s(%d) No more channel port found.\n", __func__, __LINE__);
     search::release_reply(*reply);
@@ -92,8 +87,8 @@ int header_stpxLongStpPortPathCostTable(const oid *vp_name, size_t vp_namelen, o
     return kFailed;
   }
   Reply reply(handle);
-  reply.read_number(Token::kAnsweredInterface, &row->index);
-  if (reply.read_number(Token::kPortPathCost, &row->value) != 0) {
+  reply.read_number(STP_ATTRIBUTE_INTERFACE, &row->index);
+  if (reply.read_number(STP_ATTRIBUTE_PATH_COST, &row->value) != 0) {
     STP_LOG(kTrace, "parse_reply_stpxLongStpPortPathCostTable failed\n");
     row->value = 0;
   }

@@ -7,17 +7,15 @@
 
 using namespace stpsnmp;
 using stpsnmp::diagnostics::kTrace;
-using stpsnmp::query::Command;
 using stpsnmp::query::Reply;
-using stpsnmp::query::Token;
 using stpsnmp::tables::RowRequest;
 
 namespace {
 
 int parse_setting(const Reply &reply, LoopGuardConfigRow *row) {
-  reply.read_number(Token::kAnsweredInterface, &row->index);
+  reply.read_number(STP_ATTRIBUTE_INTERFACE, &row->index);
   uint32_t setting = 0;
-  const int result = reply.read_number(Token::kLoopGuardSetting, &setting);
+  const int result = reply.read_number(STP_ATTRIBUTE_GUARD, &setting);
   if (result == 0) {
     row->value = static_cast<int32_t>(setting);
     STP_LOG(kTrace, "value %d\n", row->value);
@@ -25,8 +23,8 @@ int parse_setting(const Reply &reply, LoopGuardConfigRow *row) {
   return result;
 }
 
-constexpr tables::PortSetting<LoopGuardConfigRow> kSetting = {"stpxLoopGuardConfigTable", Command::kLoopGuard,
-                                                              parse_setting};
+constexpr tables::PortSetting<LoopGuardConfigRow> kSetting = {"stpxLoopGuardConfigTable",
+                                                              STP_COMMAND_LOOP_GUARD, parse_setting};
 
 }  // namespace
 

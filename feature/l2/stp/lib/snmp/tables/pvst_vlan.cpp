@@ -3,15 +3,12 @@
 #include "header_routines.h"
 #include "lookup_handlers.h"
 #include "magic.h"
-#include "query/tree_range.h"
 #include "tables/asked_row.h"
 #include "tables/spanning_tree_type.h"
 
 using namespace stpsnmp;
 using stpsnmp::diagnostics::kTrace;
-using stpsnmp::query::Command;
 using stpsnmp::query::Reply;
-using stpsnmp::query::Token;
 using stpsnmp::query::TreeRange;
 using stpsnmp::tables::RowRequest;
 
@@ -28,18 +25,18 @@ constexpr int32_t kFalse = 2;
 // Its lines in the log carry its name.
 int parse_reply_stpxPVSTVlanTable(const Reply &reply, PvstVlanRow *row) {
   uint32_t mode = 0;
-  if (reply.read_number(Token::kSpanningTreeMode, &mode) != 0) {
+  if (reply.read_number(STP_ATTRIBUTE_MODE, &mode) != 0) {
     STP_LOG(kTrace, "%s(%d) cmd_rsp_attr_get failed for STP_GBL_MODE\n", __func__, __LINE__);
     return kFailed;
   }
-  if (mode == tables::kTypeMst) {
+  if (mode == STP_MODE_MST) {
     STP_LOG(kTrace, "%s(%d) STP mode is MST. Not Supported.\n", __func__, __LINE__);
     return kFailed;
   }
   // Where the reply does not name its row, the row is the one that was asked for.
-  reply.read_number(Token::kAnsweredTree, &row->index);
+  reply.read_number(STP_ATTRIBUTE_TREE, &row->index);
   uint32_t state = 0;
-  const int result = reply.read_number(Token::kVlanTreeState, &state);
+  const int result = reply.read_number(STP_ATTRIBUTE_VLAN_TREE_STATE, &state);
   if (result == 0) {
     STP_LOG(kTrace, "value %d\n", static_cast<int32_t>(state));
     row->value = state == kStateRuns ? kTrue : kFalse;
@@ -57,10 +54,12 @@ int header_stpxPVSTVlanTable(const oid *vp_name, size_t vp_namelen, oid *name, s
   }
   row->index = request.index_arc(0);
   const TreeRange vlan = query::single_tree(row->index);
-  return tables::answer_asked_row<PvstVlanRow>(
-      request,
-      {"stpxPVSTVlanTable", Command::kPvstVlan, {Token::kVlanTreeKey, &vlan}, parse_reply_stpxPVSTVlanTable},
-      row);
+  return tables::answer_asked_row<PvstVlanRow>(request,
+                                               {"stpxPVSTVlanTable",
+                                                STP_COMMAND_VLAN_TREES,
+                                                {STP_KEY_VLAN_TREE, &vlan},
+                                                parse_reply_stpxPVSTVlanTable},
+                                               row);
 }
 
 u_char *get_stpxPVSTVlanTable(struct variable *vp, oid *name, size_t *length, int exact, size_t *var_len,

@@ -7,9 +7,7 @@
 
 using namespace stpsnmp;
 using stpsnmp::diagnostics::kTrace;
-using stpsnmp::query::Command;
 using stpsnmp::query::Reply;
-using stpsnmp::query::Token;
 using stpsnmp::tables::RowRequest;
 
 namespace {
@@ -18,9 +16,9 @@ constexpr size_t kIndexArcs = 1;
 
 int parse_reply(const Reply &reply, RootGuardConfigRow *row) {
   // Where the reply does not name its row, the row is the one that was asked for.
-  reply.read_number(Token::kAnsweredInterface, &row->index);
+  reply.read_number(STP_ATTRIBUTE_INTERFACE, &row->index);
   uint32_t setting = 0;
-  const int result = reply.read_number(Token::kRootGuardSetting, &setting);
+  const int result = reply.read_number(STP_ATTRIBUTE_GUARD, &setting);
   if (result == 0) {
     row->value = static_cast<int32_t>(setting);
     STP_LOG(kTrace, "value %d\n", row->value);
@@ -39,7 +37,7 @@ int header_stpxRootGuardConfigTable(const oid *vp_name, size_t vp_namelen, oid *
   row->index = request.index_arc(0);
   return tables::answer_asked_row<RootGuardConfigRow>(
       request,
-      {"stpxRootGuardConfigTable", Command::kRootGuard, {Token::kInterfaceKey, &row->index}, parse_reply},
+      {"stpxRootGuardConfigTable", STP_COMMAND_ROOT_GUARD, {STP_KEY_INTERFACE, &row->index}, parse_reply},
       row);
 }
 

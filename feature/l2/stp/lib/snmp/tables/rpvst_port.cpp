@@ -14,9 +14,7 @@
 
 using namespace stpsnmp;
 using stpsnmp::diagnostics::kTrace;
-using stpsnmp::query::Action;
 using stpsnmp::query::Reply;
-using stpsnmp::query::Token;
 using stpsnmp::search::kRapidPvstEntries;
 using stpsnmp::tables::RowRequest;
 using stpsnmp::tables::TreePort;
@@ -41,12 +39,12 @@ int find_next(TreePort *index, void **reply) {
     return kFailed;
   }
   const uint32_t type = tables::spanning_tree_type();
-  if (type == tables::kTypeMst) {
+  if (type == STP_MODE_MST) {
     STP_LOG(kTrace, "%s(%d)  tree_type is stpxSpanningTreeType_MST, not supported,  return failed\n", kHeader,
             __LINE__);
     return 0;
   }
-  if (type != tables::kTypeRapidPvst) {
+  if (type != STP_MODE_RAPID_PVST) {
     STP_LOG(kTrace, "%s(%d) get_stpxSpanning_tree_type() retun wrong type: %d\n", kHeader, __LINE__,
             static_cast<int32_t>(type));
     return kFailed;
@@ -62,10 +60,10 @@ int find_next(TreePort *index, void **reply) {
 
 int parse_flags(const Reply &reply, RpvstPortRow *row) {
   const void *value = nullptr;
-  if (reply.find(Token::kPortOperEdge, &value) == 0) {
+  if (reply.find(STP_ATTRIBUTE_EDGE, &value) == 0) {
     stp_oper_edge_to_bit(row, value);
   }
-  const int result = reply.find(Token::kPortPeer, &value);
+  const int result = reply.find(STP_ATTRIBUTE_PEER, &value);
   if (result == 0) {
     stp_peer_to_bit(row, value);
   }
@@ -85,7 +83,7 @@ int header_stpxRPVSTPortTable(const oid *vp_name, size_t vp_namelen, oid *name, 
   const TreePort asked = tables::asked_tree_port(request, row);
   TreePort found;
   Reply reply;
-  const auto &search = request.action() == Action::kGet ? find_exact : find_next;
+  const auto &search = request.action() == CMD_ACTION_GET ? find_exact : find_next;
   if (tables::find_tree_port(request, asked, search, &found, &reply) != 0) {
     return kFailed;
   }

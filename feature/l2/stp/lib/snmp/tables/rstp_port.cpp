@@ -8,9 +8,7 @@
 using namespace stpsnmp;
 using stpsnmp::diagnostics::kRejection;
 using stpsnmp::diagnostics::kTrace;
-using stpsnmp::query::Command;
 using stpsnmp::query::Reply;
-using stpsnmp::query::Token;
 using stpsnmp::tables::RowRequest;
 
 namespace {
@@ -20,16 +18,16 @@ constexpr int32_t kShared = 2;
 constexpr int32_t kNoLinkType = 3;
 
 int parse_setting(const Reply &reply, RstpPortRow *row) {
-  reply.read_number(Token::kAnsweredInterface, &row->index);
+  reply.read_number(STP_ATTRIBUTE_INTERFACE, &row->index);
   uint32_t setting = 0;
-  const int result = reply.read_number(Token::kRstpPortSetting, &setting);
+  const int result = reply.read_number(STP_ATTRIBUTE_LINK_TYPE, &setting);
   if (result == 0) {
     row->setting = static_cast<int32_t>(setting);
   }
   return result;
 }
 
-constexpr tables::PortSetting<RstpPortRow> kSetting = {"stpxRSTPPortTable", Command::kPortSettings,
+constexpr tables::PortSetting<RstpPortRow> kSetting = {"stpxRSTPPortTable", STP_COMMAND_PORT_SETTINGS,
                                                        parse_setting};
 
 // Its lines in the log carry its name.
@@ -43,7 +41,7 @@ int parse_reply_stpxRSTPPortOperLinkType(bool is_down, const Reply &reply, RstpP
     return kFailed;
   }
   uint32_t is_point_to_point = 0;
-  if (reply.read_number(Token::kPortOperPointToPoint, &is_point_to_point) == 0) {
+  if (reply.read_number(STP_ATTRIBUTE_POINT_TO_POINT, &is_point_to_point) == 0) {
     STP_LOG(kTrace, "%s(%d): cmd_rsp_attr_get success, val = %d\n", __func__, __LINE__,
             static_cast<int32_t>(is_point_to_point));
     row->oper_link_type = is_point_to_point != 0 ? kPointToPoint : kShared;
@@ -55,7 +53,7 @@ int answer_oper_link_type(const RowRequest &request, RstpPortRow *row, CallSite 
   Reply reply;
   uint16_t port_id = 0;
   bool is_down = false;
-  if (tables::find_base_port(request, Command::kRapidPvstPort, Token::kInterfaceKey, &reply, &port_id,
+  if (tables::find_base_port(request, STP_COMMAND_RAPID_PVST_PORTS, STP_KEY_INTERFACE, &reply, &port_id,
                              &is_down) != 0) {
     STP_LOG(kRejection, "%s(%d): get_stp_entry_with_port_id_from_vlan_mgr failed\n", caller.function,
             caller.line);

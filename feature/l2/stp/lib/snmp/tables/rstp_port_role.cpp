@@ -13,9 +13,7 @@
 
 using namespace stpsnmp;
 using stpsnmp::diagnostics::kTrace;
-using stpsnmp::query::Action;
 using stpsnmp::query::Reply;
-using stpsnmp::query::Token;
 using stpsnmp::search::kMstEntries;
 using stpsnmp::search::kRapidPvstEntries;
 using stpsnmp::search::TreeEntries;
@@ -35,7 +33,7 @@ int find_exact(TreePort *index, void **reply) {
   const uint32_t type = tables::spanning_tree_type();
   int result = kFailed;
   switch (type) {
-    case tables::kTypeRapidPvst:
+    case STP_MODE_RAPID_PVST:
       result = find_exact_among(kRapidPvstEntries, index, reply);
       if (result != 0) {
         STP_LOG(
@@ -44,7 +42,7 @@ int find_exact(TreePort *index, void **reply) {
             kHeader, __LINE__);
       }
       return result;
-    case tables::kTypeMst:
+    case STP_MODE_MST:
       result = find_exact_among(kMstEntries, index, reply);
       if (result != 0) {
         STP_LOG(kTrace, "%s(%d) get_exact_stp_dual_indices_entry() failed\n", kHeader, __LINE__);
@@ -60,7 +58,7 @@ int find_next(TreePort *index, void **reply) {
   const uint32_t type = tables::spanning_tree_type();
   int result = kFailed;
   switch (type) {
-    case tables::kTypeRapidPvst:
+    case STP_MODE_RAPID_PVST:
       result = search::get_next_stp_dual_indices_entry_rpvst(
           kRapidPvstEntries.port_attr, &index->port_id, kRapidPvstEntries.tree_attr, &index->tree_id, reply,
           kRapidPvstEntries.command, BASE_PORT_ACTIVE);
@@ -68,7 +66,7 @@ int find_next(TreePort *index, void **reply) {
         STP_LOG(kTrace, "%s(%d) get_next_stp_dual_indices_entry_rpvst() failed\n", kHeader, __LINE__);
       }
       return result;
-    case tables::kTypeMst:
+    case STP_MODE_MST:
       result = tables::run_next_search(
           [&] {
             return search::get_next_stp_dual_indices_entry_mst(&index->port_id, &index->tree_id, reply);
@@ -87,7 +85,7 @@ int find_next(TreePort *index, void **reply) {
 
 int parse_role(const Reply &reply, RstpPortRoleRow *row) {
   uint32_t role = 0;
-  const int result = reply.read_number(Token::kPortRole, &role);
+  const int result = reply.read_number(STP_ATTRIBUTE_PORT_ROLE, &role);
   if (result == 0) {
     row->port_role = static_cast<int32_t>(role);
   }
@@ -111,7 +109,7 @@ int header_stpxRSTPPortRoleTable(const oid *vp_name, size_t vp_namelen, oid *nam
   }
   TreePort found;
   Reply reply;
-  const auto &search = request.action() == Action::kGet ? find_exact : find_next;
+  const auto &search = request.action() == CMD_ACTION_GET ? find_exact : find_next;
   if (tables::find_tree_port(request, asked, search, &found, &reply) != 0) {
     return kFailed;
   }

@@ -9,18 +9,14 @@
 #include "magic.h"
 #include "platform/bridge_mib.h"
 #include "query/ask.h"
-#include "query/tree_range.h"
 #include "tables/spanning_tree_type.h"
 #include "tables/table.h"
 #include "values.h"
 
 using namespace stpsnmp;
 using stpsnmp::diagnostics::kTrace;
-using stpsnmp::query::Action;
-using stpsnmp::query::Command;
 using stpsnmp::query::Key;
 using stpsnmp::query::Reply;
-using stpsnmp::query::Token;
 using stpsnmp::query::TreeRange;
 using stpsnmp::tables::RowRequest;
 
@@ -47,15 +43,15 @@ void split_vlans(const stp_vlan_bmp &vlans, SmstInstanceRow *row) {
 
 // The platform picks the row's VLANs out of the whole MST configuration. Its result is the routine's; the
 // request's OID is rewritten whatever it is.
-int answer_vlans(const RowRequest &request, Action action, SmstInstanceRow *row,
+int answer_vlans(const RowRequest &request, cmd_action action, SmstInstanceRow *row,
                  CallSite caller = CallSite::here()) {
   Reply reply;
-  if (query::ask_for_reply(Command::kMstRegion, Action::kGet, {}, &reply, caller) != 0) {
+  if (query::ask_for_reply(STP_COMMAND_MST_REGION, CMD_ACTION_GET, {}, &reply, caller) != 0) {
     return kFailed;
   }
   auto instance = static_cast<uint16_t>(row->index);
   stp_vlan_bmp vlans{STP_VLAN_BITMAP_SIZE, {}};
-  const int result = stp_get_mst_vlan_bmp(reply.handle(), static_cast<uint32_t>(action), &instance, &vlans);
+  const int result = stp_get_mst_vlan_bmp(reply.handle(), action, &instance, &vlans);
   const auto size = static_cast<int32_t>(vlans.size);
   STP_LOG(kTrace, "%s(%d) mstid:%d, size:%d \n", caller.function, caller.line, int{instance}, size);
   if (size != STP_VLAN_BITMAP_SIZE) {
@@ -77,27 +73,27 @@ int answer_vlans(const RowRequest &request, Action action, SmstInstanceRow *row,
 // Every value is optional but the instance identifier.
 int parse_reply(const Reply &reply, SmstInstanceRow *row) {
   uint32_t number = 0;
-  if (reply.read_number(Token::kMstInstanceValue, &number) == 0) {
+  if (reply.read_number(STP_ATTRIBUTE_HOPS, &number) == 0) {
     row->instance_value = static_cast<int32_t>(number);
   }
   const void *mac_address = nullptr;
-  if (reply.find(Token::kMstInstanceMacAddress, &mac_address) == 0) {
+  if (reply.find(STP_ATTRIBUTE_REGIONAL_ROOT_MAC, &mac_address) == 0) {
     stp_mac_to_bridge_id(row, mac_address);
   }
-  if (reply.read_number(Token::kMstInstancePriority, &number) == 0) {
+  if (reply.read_number(STP_ATTRIBUTE_REGIONAL_ROOT_PRIORITY, &number) == 0) {
     const auto priority = static_cast<uint16_t>(number);
     stp_prio_to_bridge_id(row, &priority);
   }
-  reply.read_number(Token::kMstInstanceCounter, &row->counter_value);
-  return reply.read_number(Token::kAnsweredTree, &row->index);
+  reply.read_number(STP_ATTRIBUTE_INTERNAL_ROOT_PATH_COST, &row->counter_value);
+  return reply.read_number(STP_ATTRIBUTE_TREE, &row->index);
 }
 
-int answer_mst_values(const RowRequest &request, Action action, SmstInstanceRow *row,
+int answer_mst_values(const RowRequest &request, cmd_action action, SmstInstanceRow *row,
                       CallSite caller = CallSite::here()) {
   const TreeRange instance = query::single_tree(row->index);
-  const Key key{Token::kMstTreeKey, &instance};
+  const Key key{STP_KEY_MST_TREE, &instance};
   Reply reply;
-  if (query::ask_for_reply(Command::kMstInstance, action, {&key, 1}, &reply, caller) != 0) {
+  if (query::ask_for_reply(STP_COMMAND_MST_INSTANCES, action, {&key, 1}, &reply, caller) != 0) {
     return kFailed;
   }
   const int result = parse_reply(reply, row);
@@ -128,10 +124,10 @@ int header_stpxSMSTInstanceTable(const oid *vp_name, size_t vp_namelen, oid *nam
   }
   // A walk that enters a column starts at the CIST, which is always there; only from then on has it a next.
   row->index = request.index_arc(0, kNoIndex);
-  Action action = request.action();
+  cmd_action action = request.action();
   if (row->index == kNoIndex) {
     row->index = kCist;
-    action = Action::kGet;
+    action = CMD_ACTION_GET;
   }
   STP_LOG(kTrace, "%s(%d) instance index:%d\n", __func__, __LINE__, static_cast<int32_t>(row->index));
   if (!tables::fetch_spanning_tree_type()) {
@@ -144,7 +140,7 @@ int header_stpxSMSTInstanceTable(const oid *vp_name, size_t vp_namelen, oid *nam
     STP_LOG(kTrace, "%s(%d): unknown magic\n", __func__, __LINE__);
     return kFailed;
   }
-  if (tables::spanning_tree_type() != tables::kTypeMst) {
+  if (tables::spanning_tree_type() != STP_MODE_MST) {
     request.answer({row->index});
     return 0;
   }
@@ -159,7 +155,7 @@ u_char *get_stpxSMSTInstanceTable(struct variable *vp, oid *name, size_t *length
     return nullptr;
   }
   // The header routine has fetched the type anew: that is the one under which it filled the row.
-  const bool is_mst = tables::spanning_tree_type() == tables::kTypeMst;
+  const bool is_mst = tables::spanning_tree_type() == STP_MODE_MST;
   const bool is_mst_cist = is_mst && row.index == kCist;
   const auto vlans_length = [](const uint8_t *column) {
     return static_cast<size_t>(dot1d_stringNonZeroLength(column, STP_VLANS_MAPPED_SIZE));

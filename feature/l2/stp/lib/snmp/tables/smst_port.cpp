@@ -9,9 +9,7 @@
 
 using namespace stpsnmp;
 using stpsnmp::diagnostics::kTrace;
-using stpsnmp::query::Command;
 using stpsnmp::query::Reply;
-using stpsnmp::query::Token;
 using stpsnmp::tables::RowRequest;
 
 namespace {
@@ -24,21 +22,21 @@ constexpr int32_t kStandardMode = 2;
 constexpr int32_t kNoPreStandardStatus = 1;
 
 struct Flag {
-  Token token;
+  stp_attribute attribute;
   void (*set)(SmstPortRow *row, const void *value);
 };
 
-constexpr Flag kFlags[] = {{Token::kPortOperEdge, stp_mst_oper_edge_to_bit},
-                           {Token::kPortBoundary, stp_mst_boundary_to_bit},
-                           {Token::kPortPeer, stp_mst_peer_to_bit},
-                           {Token::kPortDispute, stp_mst_dispute_to_bit}};
+constexpr Flag kFlags[] = {{STP_ATTRIBUTE_EDGE, stp_mst_oper_edge_to_bit},
+                           {STP_ATTRIBUTE_BOUNDARY, stp_mst_boundary_to_bit},
+                           {STP_ATTRIBUTE_PEER, stp_mst_peer_to_bit},
+                           {STP_ATTRIBUTE_DISPUTE, stp_mst_dispute_to_bit}};
 
 // All of them, or none.
 void read_flags(const Reply &reply, SmstPortRow *row) {
   bool is_complete = true;
   for (const Flag &flag : kFlags) {
     const void *value = nullptr;
-    if (reply.find(flag.token, &value) == 0) {
+    if (reply.find(flag.attribute, &value) == 0) {
       flag.set(row, value);
     } else {
       is_complete = false;
@@ -50,10 +48,10 @@ void read_flags(const Reply &reply, SmstPortRow *row) {
 }
 
 void parse_state(const Reply &reply, SmstPortRow *row) {
-  reply.read_number(Token::kAnsweredInterface, &row->index);
+  reply.read_number(STP_ATTRIBUTE_INTERFACE, &row->index);
   read_flags(reply, row);
   const void *flag = nullptr;
-  if (reply.find(Token::kPortPreStandard, &flag) == 0) {
+  if (reply.find(STP_ATTRIBUTE_PRE_STANDARD_PEER, &flag) == 0) {
     stp_mst_prestd_status(&row->prestd_status, flag);
   } else {
     row->prestd_status = kNoPreStandardStatus;
@@ -64,7 +62,7 @@ int answer_state(const RowRequest &request, SmstPortRow *row) {
   Reply reply;
   uint16_t port_id = 0;
   bool is_down = false;
-  if (tables::find_base_port(request, Command::kMstPort, Token::kMstInterfaceKey, &reply, &port_id,
+  if (tables::find_base_port(request, STP_COMMAND_MST_PORTS, STP_KEY_MST_INTERFACE, &reply, &port_id,
                              &is_down) != 0) {
     return kFailed;
   }
@@ -82,15 +80,15 @@ int answer_state(const RowRequest &request, SmstPortRow *row) {
 
 int parse_admin_mode(const Reply &reply, SmstPortRow *row) {
   uint32_t is_pre_standard = 0;
-  const int result = reply.read_number(Token::kMstAdminPreStandard, &is_pre_standard);
+  const int result = reply.read_number(STP_ATTRIBUTE_PRE_STANDARD_MST, &is_pre_standard);
   if (result == 0) {
     row->admin_mst_mode = is_pre_standard != 0 ? kPreStandardMode : kStandardMode;
   }
   return result;
 }
 
-constexpr tables::PortSetting<SmstPortRow> kAdminMode = {"stpxSMSTPortAdminMSTMode", Command::kPortSettings,
-                                                         parse_admin_mode};
+constexpr tables::PortSetting<SmstPortRow> kAdminMode = {"stpxSMSTPortAdminMSTMode",
+                                                         STP_COMMAND_PORT_SETTINGS, parse_admin_mode};
 
 }  // namespace
 
@@ -100,7 +98,7 @@ int header_stpxSMSTPortTable(const oid *vp_name, size_t vp_namelen, oid *name, s
   if (request.has_too_many_arcs(tables::kBasePortArcs) || !tables::fetch_spanning_tree_type()) {
     return kFailed;
   }
-  if (tables::spanning_tree_type() != tables::kTypeMst) {
+  if (tables::spanning_tree_type() != STP_MODE_MST) {
     STP_LOG(kTrace, "%s(%d) Spanning Tree type is not MST, return\n", __func__, __LINE__);
     return kFailed;
   }

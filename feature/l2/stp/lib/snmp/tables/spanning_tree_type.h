@@ -5,12 +5,10 @@
 
 #include "call_site.h"
 #include "diagnostics.h"
+#include "platform/stp_protocol.h"
 #include "scalar_values.h"
 
 namespace stpsnmp::tables {
-
-inline constexpr uint32_t kTypeMst = 4;
-inline constexpr uint32_t kTypeRapidPvst = 5;
 
 // Fetches it into the module's scalar record. The outcome is logged for `caller`.
 bool fetch_spanning_tree_type(diagnostics::Level failure_level = diagnostics::kTrace,

@@ -7,7 +7,7 @@
 #include <initializer_list>
 
 #include "agent.h"
-#include "query/protocol.h"
+#include "platform/cmd.h"
 #include "result.h"
 
 namespace stpsnmp::tables {
@@ -24,7 +24,7 @@ class RowRequest {
     trace();
   }
 
-  query::Action action() const { return exact_ != 0 ? query::Action::kGet : query::Action::kGetNext; }
+  cmd_action action() const { return exact_ != 0 ? CMD_ACTION_GET : CMD_ACTION_GET_NEXT; }
 
   // A GET names a row with as many arcs as the table's index has, or fewer. A GETNEXT may hold any number.
   bool has_too_many_arcs(size_t index_arcs) const {

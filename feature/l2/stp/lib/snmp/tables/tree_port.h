@@ -8,7 +8,7 @@
 
 #include "call_site.h"
 #include "diagnostics.h"
-#include "query/protocol.h"
+#include "platform/stp_protocol.h"
 #include "query/reply.h"
 #include "tables/table.h"
 
@@ -58,8 +58,8 @@ int run_next_search(const Search &search, CallSite caller = CallSite::here()) {
 // Reads the row's index, as far as the reply names it.
 template <class Row>
 void read_index(const query::Reply &reply, Row *row) {
-  reply.read_number(query::Token::kAnsweredPortTree, &row->tree_id);
-  reply.read_number(query::Token::kAnsweredInterface, &row->port_id);
+  reply.read_number(STP_ATTRIBUTE_PORT_TREE, &row->tree_id);
+  reply.read_number(STP_ATTRIBUTE_INTERFACE, &row->port_id);
 }
 
 // Runs `search` (TreePort *, void **reply) from the position that was asked for. Returns 0 with the row's
@@ -73,7 +73,7 @@ int find_tree_port(const RowRequest &request, const TreePort &asked, const Searc
     return kFailed;
   }
   *reply->out() = handle;
-  const bool is_get = request.action() == query::Action::kGet;
+  const bool is_get = request.action() == CMD_ACTION_GET;
   return is_get || advances(*found, asked, caller) ? 0 : kFailed;
 }
 

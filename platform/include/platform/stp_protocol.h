@@ -1,0 +1,167 @@
+/* The numbers of the spanning-tree process's protocol: its address, what it is asked and what it answers, and
+ * what it tells of unasked. Here they stand, and nowhere else.
+ *
+ * A request (cmd.h) names a command and has the command's keys; the reply holds attributes. The type of a key
+ * or an attribute stands in its token (enum cmd_type): numbers have 32 bits in host byte order, whatever they
+ * mean, and a flag is 0 or 1 unless another meaning is named. A tree is a VLAN in Rapid-PVST mode, and in MST
+ * mode an MST instance, 0 being the CIST (IEEE 802.1Q clause 13). */
+#ifndef PLATFORM_STP_PROTOCOL_H
+#define PLATFORM_STP_PROTOCOL_H
+
+#include <stdint.h>
+
+#include "platform/cmd.h"
+#include "platform/stp.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Where the process is asked: the first two arguments of cmd_snmp_req_send_recv. */
+#define STP_DESTINATION 0xFE000000U
+#define STP_SERVICE 171U
+
+/* What it is asked. Each has GET; those with rows of their own order have GET_NEXT as well. */
+enum stp_command CMD_ENUM_BASE {
+  STP_COMMAND_GLOBAL_SETTINGS = 104,      /* the switch's settings; key: global settings */
+  STP_COMMAND_RAPID_PVST_PORTS = 105,     /* ports of Rapid-PVST trees; keys: VLAN tree, interface. By
+                                           * interface alone, bridge ports in any mode. GET_NEXT */
+  STP_COMMAND_MST_PORTS = 111,            /* the same of MST instances; keys: MST tree, MST interface */
+  STP_COMMAND_MST_REGION = 112,           /* the MST region; no key, or for all but the VLAN map: digests */
+  STP_COMMAND_VLAN_TREES = 115,           /* the VLANs' own trees; key: VLAN tree. GET_NEXT */
+  STP_COMMAND_PORT_INCONSISTENCIES = 116, /* port VLAN identifier and port type inconsistencies; keys:
+                                           * VLAN tree, interface. GET_NEXT */
+  STP_COMMAND_ROOT_GUARD = 117,           /* root guard of bridge ports; key: interface. GET_NEXT */
+  STP_COMMAND_LOOP_GUARD = 118,           /* loop guard of bridge ports; key: interface */
+  STP_COMMAND_PORT_SETTINGS = 119,        /* RSTP and MST settings of bridge ports; key: interface */
+  STP_COMMAND_ROOT_INCONSISTENCIES = 120, /* ports that root guard blocks; keys as for 116, the trees being
+                                           * those of either mode. GET_NEXT */
+  STP_COMMAND_LOOP_INCONSISTENCIES = 121, /* ports that loop guard blocks; the same */
+  STP_COMMAND_MST_INSTANCES = 122         /* CIST and MST instances; key: MST tree. GET_NEXT */
+};
+
+/* Keys of requests. A tree is given as a list of one range with one member. */
+enum stp_key CMD_ENUM_BASE {
+  STP_KEY_GLOBAL_SETTINGS = 0x01020227, /* its value says nothing: send 0 */
+  STP_KEY_MST_DIGESTS = 0x010201C0,     /* the same */
+  STP_KEY_INTERFACE = 0x0C020105,       /* interface index */
+  STP_KEY_MST_INTERFACE = 0x0C02018B,   /* the same, where MST is asked about */
+  STP_KEY_VLAN_TREE = 0x130200B4,
+  STP_KEY_MST_TREE = 0x13020131,
+
+  /* Of requests that other modules of the agent make: to change settings of a tree, and of a port in it. */
+  STP_KEY_VLAN_TREE_SETTINGS = 0x13020005,
+  STP_KEY_MST_TREE_SETTINGS = 0x13020074,
+  STP_KEY_VLAN_TREE_PORT_SETTINGS = 0x13020019,
+  STP_KEY_MST_TREE_PORT_SETTINGS = 0x13020092
+};
+
+/* Attributes of replies. */
+enum stp_attribute CMD_ENUM_BASE {
+  /* Which row it is that answers. */
+  STP_ATTRIBUTE_INTERFACE = 0x0C02A001, /* interface index */
+  STP_ATTRIBUTE_TREE = 0x14029001,      /* of a tree */
+  STP_ATTRIBUTE_PORT_TREE = 0x1402A006, /* of a port in a tree: that tree */
+
+  /* The switch. */
+  STP_ATTRIBUTE_MODE = 0x0202B001,                  /* enum stp_mode */
+  STP_ATTRIBUTE_PATH_COST_METHOD = 0x1402B00B,      /* enum stp_path_cost_method, as configured */
+  STP_ATTRIBUTE_PATH_COST_OPER_METHOD = 0x1402B00C, /* the same, in force */
+  STP_ATTRIBUTE_LOOP_GUARD_DEFAULT = 0x0202A01F,    /* 0: off */
+  STP_ATTRIBUTE_HOPS = 0x14029027,                  /* of the switch: MaxHops (IEEE 802.1Q clause 13);
+                                                     * of an MST instance: remainingHops */
+
+  /* The MST region (IEEE 802.1Q clause 13.8). */
+  STP_ATTRIBUTE_MST_REGION_NAME = 0x3002B002, /* without a terminator */
+  STP_ATTRIBUTE_MST_REGION_REVISION = 0x1402B003,
+  STP_ATTRIBUTE_MST_CONFIG_DIGEST = 0x3002B005,       /* 16 octets */
+  STP_ATTRIBUTE_MST_PRE_STANDARD_DIGEST = 0x3002B006, /* 16 octets: what older equipment computes */
+  STP_ATTRIBUTE_MST_VLAN_MAP = 0x3002B007,            /* struct stp_mst_vlans */
+
+  /* Trees. */
+  STP_ATTRIBUTE_VLAN_TREE_STATE = 0x0000102C,         /* 1: a spanning tree runs on the VLAN */
+  STP_ATTRIBUTE_REGIONAL_ROOT_MAC = 0x0F029023,       /* of the CIST, as the two that follow: the Regional
+                                                       * Root Identifier's address */
+  STP_ATTRIBUTE_REGIONAL_ROOT_PRIORITY = 0x14029024,  /* and its priority, 0 to 65535 */
+  STP_ATTRIBUTE_INTERNAL_ROOT_PATH_COST = 0x14029025, /* to the regional root */
+
+  /* Ports, and ports in trees. */
+  STP_ATTRIBUTE_GUARD = 0x0202A01A,             /* enum stp_guard, of the kind that is asked about */
+  STP_ATTRIBUTE_LINK_TYPE = 0x0202A019,         /* enum stp_link_type, as configured */
+  STP_ATTRIBUTE_POINT_TO_POINT = 0x0202A01E,    /* operational: 0 shared (IEEE 802.1D clause 6.4.3) */
+  STP_ATTRIBUTE_PRE_STANDARD_MST = 0x010200AA,  /* always sends what older equipment understands */
+  STP_ATTRIBUTE_PATH_COST = 0x1402A008,         /* 32-bit port path cost */
+  STP_ATTRIBUTE_PORT_ROLE = 0x0202A003,         /* enum stp_port_role */
+  STP_ATTRIBUTE_EDGE = 0x0202A01D,              /* operEdge */
+  STP_ATTRIBUTE_BOUNDARY = 0x0202A028,          /* of the MST region */
+  STP_ATTRIBUTE_PEER = 0x0202A027,              /* 1: the neighbour takes part in spanning tree */
+  STP_ATTRIBUTE_DISPUTE = 0x0202A02D,           /* the neighbour does not hear what is sent to it */
+  STP_ATTRIBUTE_PRE_STANDARD_PEER = 0x0202A02E, /* the neighbour is older equipment */
+  STP_ATTRIBUTE_INCONSISTENCY = 0x1402A015      /* root and loop: 1; port: enum stp_port_inconsistency */
+};
+
+/* Values of attributes. */
+enum stp_mode CMD_ENUM_BASE { STP_MODE_MST = 4, STP_MODE_RAPID_PVST = 5 };
+enum stp_path_cost_method CMD_ENUM_BASE {
+  STP_PATH_COST_SHORT = 1, /* 16 bits */
+  STP_PATH_COST_LONG = 2   /* 32 bits */
+};
+enum stp_guard CMD_ENUM_BASE { STP_GUARD_ENABLED = 1, STP_GUARD_DISABLED = 2, STP_GUARD_DEFAULT = 3 };
+enum stp_link_type CMD_ENUM_BASE { STP_LINK_POINT_TO_POINT = 1, STP_LINK_SHARED = 2, STP_LINK_AUTO = 3 };
+enum stp_port_role CMD_ENUM_BASE {
+  STP_ROLE_DISABLED = 1,
+  STP_ROLE_ROOT = 2,
+  STP_ROLE_DESIGNATED = 3,
+  STP_ROLE_ALTERNATE = 4,
+  STP_ROLE_BACKUP = 5
+};
+
+/* A port's inconsistencies, added up. */
+enum stp_port_inconsistency CMD_ENUM_BASE {
+  STP_INCONSISTENT_PVID = 1, /* the neighbour's port VLAN identifier is another one */
+  STP_INCONSISTENT_TYPE = 2  /* the neighbour's port is not of the same type */
+};
+
+/* One MST instance's VLANs in the reply of STP_COMMAND_MST_REGION, one attribute for each instance in
+ * ascending order, the CIST first. The module leaves it to stp_get_mst_vlan_bmp to read them. */
+struct stp_mst_vlans {
+  uint8_t instance[2]; /* identifier, network byte order */
+  uint8_t vlans[STP_VLAN_BITMAP_SIZE];
+};
+
+/* What the process tells of unasked: classes of notifications (agent_ext.h). */
+enum stp_notification CMD_ENUM_BASE {
+  STP_NOTIFICATION_PORT_INCONSISTENCY = 17421, /* port VLAN identifier or port type */
+  STP_NOTIFICATION_LOOP_INCONSISTENCY = 17422,
+  STP_NOTIFICATION_ROOT_INCONSISTENCY = 17423
+};
+
+/* The payload of each of them (xport.h): words in network byte order. */
+struct stp_inconsistency_payload {
+  uint32_t tree;
+  uint32_t if_index;
+  uint32_t state; /* root and loop: enum stp_inconsistency_change; port: its inconsistencies as they are now,
+                   * enum stp_port_inconsistency, in the first octet as it is sent, the others being 0 */
+  uint32_t mode;  /* enum stp_mode */
+};
+
+enum stp_inconsistency_change CMD_ENUM_BASE {
+  STP_INCONSISTENCY_APPEARED = 1,
+  STP_INCONSISTENCY_VANISHED = 2
+};
+
+/* The class of the module's records in the event history (evhist.h). */
+#define STP_EVENT_CLASS 0x730000U
+
+#ifdef __cplusplus
+}
+static_assert(sizeof(struct stp_mst_vlans) == 2 + STP_VLAN_BITMAP_SIZE &&
+                  sizeof(struct stp_inconsistency_payload) == 16,
+              "values and payloads have no padding");
+#else
+_Static_assert(sizeof(struct stp_mst_vlans) == 2 + STP_VLAN_BITMAP_SIZE &&
+                   sizeof(struct stp_inconsistency_payload) == 16,
+               "values and payloads have no padding");
+#endif
+
+#endif
