@@ -5,10 +5,10 @@
 
 #include <benchmark/benchmark.h>
 
-#include "agent.h"
+#include "stpsnmp/agent.h"
 #include "instant_platform.h"
-#include "lookup_handlers.h"
-#include "object_table.h"
+#include "stpsnmp/lookup_handlers.h"
+#include "stpsnmp/object_table.h"
 
 #include <net-snmp/agent/util_funcs/header_generic.h>
 

@@ -13,7 +13,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "scalars.h"
+#include "stpsnmp/scalars.h"
 
 namespace {
 

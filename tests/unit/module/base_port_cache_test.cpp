@@ -1,5 +1,5 @@
 // The cache of the bridge ports that are members of any VLAN: when it is filled, and what it hands out.
-#include "search/base_port_cache.h"
+#include "search/base_port.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -11,7 +11,7 @@
 
 namespace {
 
-using stpsnmp::search::stp_get_cached_baseport_bitmap_all_vlans;
+using stpsnmp::search::cached_members;
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 
@@ -51,7 +51,7 @@ class BasePortCache : public SearchTest {
     vlans_.bits[511] = 0x02;
   }
 
-  Record get() { return Record(stp_get_cached_baseport_bitmap_all_vlans(&vlans_)); }
+  Record get() { return Record(cached_members(&vlans_)); }
 
   static Trace refreshed() { return {"time(NULL)", kRefresh, "malloc(8196)", "time(NULL)"}; }
 
@@ -173,10 +173,10 @@ TEST_F(BasePortCache, FailedFillKeepsPortsAndAge) {
 }
 
 TEST_F(BasePortCache, NoVlansAreRefusedAfterTheClockWasRead) {
-  EXPECT_EQ(stp_get_cached_baseport_bitmap_all_vlans(nullptr), nullptr);
+  EXPECT_EQ(cached_members(nullptr), nullptr);
   EXPECT_THAT(fake::taken_trace(), ElementsAre("time(NULL)", rejection("(LINE): Null Pointer")));
   fill(1000, {129});
-  EXPECT_EQ(stp_get_cached_baseport_bitmap_all_vlans(nullptr), nullptr);
+  EXPECT_EQ(cached_members(nullptr), nullptr);
   EXPECT_THAT(fake::taken_trace(), ElementsAre("time(NULL)", rejection("(LINE): Null Pointer")));
   expect_cached(1010, {129});
 }

@@ -12,7 +12,7 @@
 
 namespace {
 
-using stpsnmp::search::validate_port_id_for_snmp_search_new;
+using stpsnmp::search::find_base_port;
 using ::testing::Contains;
 using ::testing::Each;
 using ::testing::ElementsAre;
@@ -26,8 +26,7 @@ constexpr uint32_t kPort130 = 0x1A000002;
 constexpr uint32_t kPort131 = 0x1A000003;
 constexpr uint32_t kChannel3 = 0x16000003;
 
-constexpr uint32_t kGivenIn = 7777;  // what the outputs hold before a call
-constexpr uint32_t kGivenRet = 8888;
+constexpr uint32_t kGiven = 7777;  // what the interface index holds before a call
 
 std::string line(const std::string &text) {
   return logged("validate_port_id_for_snmp_search_new" + text + "\\n");
@@ -46,12 +45,12 @@ class BasePort : public SearchTest {
     vlans_.bits[1] = 0x20;
   }
 
-  int validate(uint32_t mode, uint16_t port, uint8_t selector = 0, uint32_t use_cache = 0) {
+  int validate(uint32_t mode, uint16_t port, uint8_t selector = 0, bool use_cache = false) {
     port_ = port;
-    in_if_index_ = kGivenIn;
-    ret_if_index_ = kGivenRet;
-    return validate_port_id_for_snmp_search_new(mode, &in_if_index_, &ret_if_index_, &port_, selector,
-                                                &vlans_, use_cache);
+    if_index_ = kGiven;
+    return find_base_port(static_cast<cmd_action>(mode), selector, &vlans_, use_cache, &port_, &if_index_)
+               ? 0
+               : -1;
   }
 
   static void members_are(std::vector<uint32_t> ports) {
@@ -60,20 +59,17 @@ class BasePort : public SearchTest {
 
   void expect_found(uint16_t port, uint32_t if_index) const {
     EXPECT_EQ(port_, port);
-    EXPECT_EQ(in_if_index_, if_index);
-    EXPECT_EQ(ret_if_index_, if_index);
+    EXPECT_EQ(if_index_, if_index);
   }
 
   void expect_unchanged(uint16_t port) const {
     EXPECT_EQ(port_, port);
-    EXPECT_EQ(in_if_index_, kGivenIn);
-    EXPECT_EQ(ret_if_index_, kGivenRet);
+    EXPECT_EQ(if_index_, kGiven);
   }
 
   stp_vlan_bmp vlans_{STP_VLAN_BITMAP_SIZE, {}};  // VLAN 10
   uint16_t port_ = 0;
-  uint32_t in_if_index_ = 0;
-  uint32_t ret_if_index_ = 0;
+  uint32_t if_index_ = 0;
 };
 
 // Exact.
@@ -108,7 +104,7 @@ TEST_F(ExactBasePort, LowestAndHighestPort) {
 TEST_F(ExactBasePort, WalksRulesDoNotMatter) {
   fake::platform().interfaces = {
       {.if_index = kPort129, .port = 129, .is_base_port = false, .oper_status = 2}};
-  for (const uint32_t use_cache : {0U, 1U}) {
+  for (const bool use_cache : {false, true}) {
     EXPECT_EQ(validate(kGet, 129, 1, use_cache), 0);
     EXPECT_THAT(fake::taken_trace(), ElementsAreArray(exact_port(129, kPort129)));
     expect_found(129, kPort129);
@@ -118,11 +114,9 @@ TEST_F(ExactBasePort, WalksRulesDoNotMatter) {
 TEST_F(ExactBasePort, NeedsNoVlans) {
   fake::platform().interfaces = {{kPort129, 129}};
   uint16_t port = 129;
-  EXPECT_EQ(validate_port_id_for_snmp_search_new(kGet, &in_if_index_, &ret_if_index_, &port, 0, nullptr, 0),
-            0);
-  EXPECT_EQ(validate_port_id_for_snmp_search_new(kGet, &in_if_index_, &ret_if_index_, &port, 0, nullptr, 1),
-            0);
-  EXPECT_EQ(in_if_index_, kPort129);
+  EXPECT_TRUE(find_base_port(CMD_ACTION_GET, 0, nullptr, false, &port, &if_index_));
+  EXPECT_TRUE(find_base_port(CMD_ACTION_GET, 0, nullptr, true, &port, &if_index_));
+  EXPECT_EQ(if_index_, kPort129);
 }
 
 TEST_F(ExactBasePort, PortZeroFailsWithoutAnyCall) {
@@ -471,15 +465,11 @@ TEST_F(NextBasePort, CacheWithoutAnAnswer) {
 
 TEST_F(NextBasePort, WithoutVlans) {
   uint16_t port = 128;
-  EXPECT_EQ(
-      validate_port_id_for_snmp_search_new(kGetNext, &in_if_index_, &ret_if_index_, &port, 0, nullptr, 0),
-      -1);
+  EXPECT_FALSE(find_base_port(CMD_ACTION_GET_NEXT, 0, nullptr, false, &port, &if_index_));
   EXPECT_THAT(fake::taken_trace(),
               ElementsAre("vlan_mgr_get_baseport_membership_range(NULL)",
                           rejection(":LINE vlan_mgr_get_baseport_membership_range returns NULL ")));
-  EXPECT_EQ(
-      validate_port_id_for_snmp_search_new(kGetNext, &in_if_index_, &ret_if_index_, &port, 0, nullptr, 1),
-      -1);
+  EXPECT_FALSE(find_base_port(CMD_ACTION_GET_NEXT, 0, nullptr, true, &port, &if_index_));
   EXPECT_THAT(
       fake::taken_trace(),
       ElementsAre("time(NULL)",

@@ -10,8 +10,8 @@
 #include <set>
 
 #include "fake_platform.h"
-#include "lookup_handlers.h"
 #include "search_test.h"
+#include "stpsnmp/lookup_handlers.h"
 #include "table_test.h"
 
 namespace {

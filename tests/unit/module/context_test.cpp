@@ -1,5 +1,5 @@
 // SNMP contexts: the tree that each form names, and the key that is made of it.
-#include "context.h"
+#include "stpsnmp/context.h"
 
 #include <cstring>
 #include <string>

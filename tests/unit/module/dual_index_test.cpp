@@ -1,11 +1,11 @@
 // The searches by tree and port: the exact one, and every turn that the next one can take.
 #include <deque>
 
-#include "index_search.h"
 #include "ledger.h"
 #include "scripted_process.h"
 #include "search/next_row.h"
 #include "search_test.h"
+#include "stpsnmp/index_search.h"
 
 namespace {
 

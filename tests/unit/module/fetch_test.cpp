@@ -6,7 +6,7 @@
 
 #include "fake_platform.h"
 #include "ledger.h"
-#include "scalars.h"
+#include "stpsnmp/scalars.h"
 
 namespace {
 

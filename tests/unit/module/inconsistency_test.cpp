@@ -2,8 +2,8 @@
 #include <algorithm>
 
 #include "fake_platform.h"
-#include "header_routines.h"
-#include "lookup_handlers.h"
+#include "stpsnmp/header_routines.h"
+#include "stpsnmp/lookup_handlers.h"
 #include "table_test.h"
 
 namespace {

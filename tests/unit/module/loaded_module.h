@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "agent.h"
+#include "stpsnmp/agent.h"
 
 class LoadedModule {
  public:

@@ -1,7 +1,7 @@
 // Long path cost table: the handler without an answer, and the header routine that others call.
 #include "fake_platform.h"
-#include "header_routines.h"
-#include "lookup_handlers.h"
+#include "stpsnmp/header_routines.h"
+#include "stpsnmp/lookup_handlers.h"
 #include "table_test.h"
 
 namespace {

@@ -8,8 +8,8 @@
 
 #include <gtest/gtest.h>
 
-#include "agent.h"
-#include "object_table.h"
+#include "stpsnmp/agent.h"
+#include "stpsnmp/object_table.h"
 
 #include <net-snmp/library/parse.h>
 #include <net-snmp/mib_api.h>

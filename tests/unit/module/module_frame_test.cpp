@@ -2,8 +2,8 @@
 
 #include "fake_platform.h"
 #include "loaded_module.h"
-#include "notifications.h"
-#include "scalars.h"
+#include "stpsnmp/notifications.h"
+#include "stpsnmp/scalars.h"
 
 namespace {
 

@@ -29,7 +29,13 @@ class MstSearch : public TreeWalkTest {
   int run(uint32_t tree, uint16_t port) {
     tree_ = tree;
     port_ = port;
-    return stpsnmp::search::get_next_stp_dual_indices_entry_mst(&port_, &tree_, &reply_);
+    stpsnmp::search::TreePort row{tree_, port_};
+    const int result = with_reply(&reply_, [&](stpsnmp::query::Reply *found) {
+      return stpsnmp::search::find_next_mst_port(&row, found);
+    });
+    tree_ = row.tree_id;
+    port_ = row.port_id;
+    return result;
   }
 
   static std::string context_of(uint32_t instance) {

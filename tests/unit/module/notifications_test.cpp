@@ -1,13 +1,13 @@
 // Notifications: a message of the spanning-tree process becomes a trap's OID and bindings, or nothing.
-#include "notifications.h"
+#include "stpsnmp/notifications.h"
 
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
 
-#include "agent.h"
 #include "fake_platform.h"
+#include "stpsnmp/agent.h"
 
 namespace {
 

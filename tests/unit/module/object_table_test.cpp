@@ -1,11 +1,11 @@
-#include "object_table.h"
+#include "stpsnmp/object_table.h"
 
 #include <sstream>
 #include <string>
 
 #include <gtest/gtest.h>
 
-#include "lookup_handlers.h"
+#include "stpsnmp/lookup_handlers.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // The step that offers the first physical port in place of a port-channel: each path, and who holds which
 // reply.
-#include "index_search.h"
 #include "search_test.h"
+#include "stpsnmp/index_search.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // The lookup of a port's entry by interface index: its checks, its query, and what it hands back.
-#include "index_search.h"
 #include "ledger.h"
 #include "search_test.h"
+#include "stpsnmp/index_search.h"
 
 namespace {
 

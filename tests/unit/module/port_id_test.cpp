@@ -1,7 +1,7 @@
 // Port ids of requests: the exact checks, the step to the next port by counting, and by asking the interface
 // manager.
-#include "index_search.h"
 #include "search_test.h"
+#include "stpsnmp/index_search.h"
 
 namespace {
 

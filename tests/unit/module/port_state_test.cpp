@@ -1,5 +1,5 @@
 // The two questions about a port: its operational state, and whether a port-channel has it.
-#include "port_state.h"
+#include "stpsnmp/port_state.h"
 
 #include <type_traits>
 

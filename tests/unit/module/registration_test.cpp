@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "agent.h"
-#include "object_table.h"
+#include "stpsnmp/agent.h"
+#include "stpsnmp/object_table.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // Rapid PVST port table: modes, searches, the reply's flags, and each way to fail.
 #include <utility>
 
-#include "header_routines.h"
-#include "lookup_handlers.h"
+#include "stpsnmp/header_routines.h"
+#include "stpsnmp/lookup_handlers.h"
 #include "tree_table_test.h"
 
 namespace {

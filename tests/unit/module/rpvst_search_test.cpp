@@ -15,6 +15,9 @@ using ::testing::ElementsAreArray;
 using ::testing::Not;
 using ::testing::StartsWith;
 
+using namespace stpsnmp::search;
+using stpsnmp::query::Reply;
+
 constexpr uint32_t kCommand = 105;
 
 class RpvstSearch : public TreeWalkTest {
@@ -28,8 +31,16 @@ class RpvstSearch : public TreeWalkTest {
   int run_with(uint32_t tree, uint16_t port, void **reply, uint8_t selector = 1) {
     tree_ = tree;
     port_ = port;
-    return stpsnmp::search::get_next_stp_dual_indices_entry_rpvst(kInterfaceKey, &port_, kTreeKey, &tree_,
-                                                                  reply, kCommand, selector);
+    return find_next({STP_COMMAND_RAPID_PVST_PORTS, STP_KEY_INTERFACE, STP_KEY_VLAN_TREE}, selector, reply);
+  }
+
+  int find_next(const EntryKind &kind, uint8_t selector, void **reply) {
+    TreePort row{tree_, port_};
+    const int result =
+        with_reply(reply, [&](Reply *found) { return find_next_vlan_port(kind, selector, &row, found); });
+    tree_ = row.tree_id;
+    port_ = row.port_id;
+    return result;
   }
 
   // The tree runs.
@@ -216,12 +227,10 @@ TEST_F(RpvstSearch, EveryQueryHasTheCallersCommandAndTokens) {
   untell_queries();
   fake::platform().next_sends = {no_entry(), entry(10, kPort1), entry(20, kPort1), entry(20, kPort1)};
   fake::platform().interfaces = {{.if_index = kPort1, .port = 129, .vlans = {20}}};
-  constexpr uint32_t kOtherInterfaceKey = 0x0C020777;
-  constexpr uint32_t kOtherTreeKey = 0x13020888;
+  constexpr EntryKind kOther = {STP_COMMAND_PORT_INCONSISTENCIES, static_cast<stp_key>(0x0C020777),
+                                static_cast<stp_key>(0x13020888)};
   tree_ = 5;
-  EXPECT_EQ(stpsnmp::search::get_next_stp_dual_indices_entry_rpvst(kOtherInterfaceKey, &port_, kOtherTreeKey,
-                                                                   &tree_, &reply_, 116, 1),
-            0);
+  EXPECT_EQ(find_next(kOther, 1, &reply_), 0);
   Trace queries;
   for (const std::string &asked : taken_lines()) {
     if (asked.starts_with("cmd_req_cmdId_set") || asked.starts_with("cmd_req_attr_add")) {

@@ -1,8 +1,8 @@
 // RSTP port role table: both modes, their searches, the reply's role, and each way to fail.
 #include <tuple>
 
-#include "header_routines.h"
-#include "lookup_handlers.h"
+#include "stpsnmp/header_routines.h"
+#include "stpsnmp/lookup_handlers.h"
 #include "tree_table_test.h"
 
 namespace {

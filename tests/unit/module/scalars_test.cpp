@@ -1,4 +1,4 @@
-#include "scalars.h"
+#include "stpsnmp/scalars.h"
 
 #include <cstring>
 #include <optional>
@@ -8,8 +8,8 @@
 
 #include "fake_platform.h"
 #include "ledger.h"
-#include "lookup_handlers.h"
-#include "object_table.h"
+#include "stpsnmp/lookup_handlers.h"
+#include "stpsnmp/object_table.h"
 
 namespace {
 

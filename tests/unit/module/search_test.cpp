@@ -5,7 +5,7 @@
 
 #include "ledger.h"
 #include "platform/cmd.h"
-#include "search/base_port_cache.h"
+#include "search/base_port.h"
 
 namespace {
 
@@ -67,7 +67,7 @@ void empty_base_port_cache() {
   fake::Platform script = std::exchange(fake::platform(), {});
   fake::platform().next_clocks = {kMuchLater, 0};
   const stp_vlan_bmp no_vlans{STP_VLAN_BITMAP_SIZE, {}};
-  std::free(stpsnmp::search::stp_get_cached_baseport_bitmap_all_vlans(&no_vlans));
+  std::free(stpsnmp::search::cached_members(&no_vlans));
   fake::platform() = std::move(script);
 }
 

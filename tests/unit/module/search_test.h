@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 
 #include "fake_platform.h"
+#include "query/reply.h"
 #include "table_test.h"
 
 // Tokens of a row's keys, and of what a reply names it by.
@@ -37,6 +38,20 @@ Trace queried_in_vain(uint32_t command, uint32_t action, uint32_t tree, uint32_t
 
 // Makes the module's cache of base ports, which all tests of a program share, one that was never filled.
 void empty_base_port_cache();
+
+// Runs a search of the typed core with a reply of its own where there is a variable for it, and hands that
+// over after a success. Returns 0, or -1 where the search has failed.
+template <class Search>
+int with_reply(void **reply, const Search &search) {
+  stpsnmp::query::Reply found;
+  if (!search(reply != nullptr ? &found : nullptr)) {
+    return -1;
+  }
+  if (reply != nullptr) {
+    *reply = found.detach();
+  }
+  return 0;
+}
 
 class SearchTest : public ::testing::Test {
  protected:

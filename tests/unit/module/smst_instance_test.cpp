@@ -2,9 +2,9 @@
 #include <cstring>
 
 #include "fake_platform.h"
-#include "header_routines.h"
 #include "ledger.h"
-#include "lookup_handlers.h"
+#include "stpsnmp/header_routines.h"
+#include "stpsnmp/lookup_handlers.h"
 #include "table_test.h"
 
 namespace {

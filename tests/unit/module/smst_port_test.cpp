@@ -1,9 +1,9 @@
 // MST port table: the query of each column group, what it answers, and each way to fail.
 #include "base_port_trace.h"
 #include "fake_platform.h"
-#include "header_routines.h"
 #include "ledger.h"
-#include "lookup_handlers.h"
+#include "stpsnmp/header_routines.h"
+#include "stpsnmp/lookup_handlers.h"
 #include "table_test.h"
 
 namespace {

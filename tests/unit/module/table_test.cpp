@@ -6,7 +6,7 @@
 
 #include "fake_platform.h"
 #include "ledger.h"
-#include "object_table.h"
+#include "stpsnmp/object_table.h"
 
 namespace {
 

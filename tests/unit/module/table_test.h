@@ -9,7 +9,7 @@
 
 #include <gmock/gmock.h>
 
-#include "agent.h"
+#include "stpsnmp/agent.h"
 
 using Trace = std::vector<std::string>;
 

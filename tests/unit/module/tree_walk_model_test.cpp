@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "lookup_handlers.h"
 #include "search_test.h"
+#include "stpsnmp/lookup_handlers.h"
 #include "tree_walk_test.h"
 #include "walk_test.h"
 

@@ -1,6 +1,6 @@
 // The entry of a bridge port: the port is found in the set of all VLANs' members, and the spanning-tree
 // process is asked for exactly that port.
-#include "search/vlan_port_entry.h"
+#include "search/base_port.h"
 
 #include "base_port_trace.h"
 #include "ledger.h"
@@ -8,7 +8,9 @@
 
 namespace {
 
-using stpsnmp::search::get_stp_entry_with_port_id_from_vlan_mgr;
+using stpsnmp::query::Reply;
+using stpsnmp::search::EntryKind;
+using stpsnmp::search::find_base_port_entry;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
@@ -19,10 +21,11 @@ constexpr uint32_t kChannel3 = 0x16000003;
 
 constexpr uint32_t kCommand = 119;
 constexpr char kKey[] = "0x0C020105";
-constexpr uint32_t kGiven = 7777;  // what the flag holds before a call
 
-constexpr uint32_t kUp = 0;  // whether the link is looked at
-constexpr uint32_t kLook = 1;
+constexpr bool kUp = false;  // whether the link is looked at
+constexpr bool kLook = true;
+
+constexpr EntryKind kPortSettings = {STP_COMMAND_PORT_SETTINGS, STP_KEY_INTERFACE, std::nullopt};
 
 std::string line(const std::string &text) {
   return logged("get_stp_entry_with_port_id_from_vlan_mgr(LINE)" + text + "\\n");
@@ -56,10 +59,26 @@ class VlanPortEntry : public SearchTest {
     };
   }
 
-  int look_up(uint32_t mode, uint16_t port, uint32_t check_oper = kUp) {
+  int look_up(uint32_t mode, uint16_t port, bool link = kUp) {
     port_ = port;
-    return get_stp_entry_with_port_id_from_vlan_mgr(mode, kInterfaceKey, &port_, &reply_, kCommand, 0,
-                                                    check_oper, &use_default_);
+    return find_entry(mode, kPortSettings, 0, link, true);
+  }
+
+  // The reply that is held, or none, goes in and comes out.
+  int find_entry(uint32_t mode, const EntryKind &kind, uint8_t selector, bool link, bool has_flag) {
+    Reply reply(reply_);
+    const bool is_found = find_base_port_entry(kind, static_cast<cmd_action>(mode), selector,
+                                               {link, has_flag ? &is_down_ : nullptr}, &port_, &reply);
+    reply_ = reply.detach();
+    return is_found ? 0 : -1;
+  }
+
+  // The same without a variable for it.
+  int find_index(bool link, bool has_flag) {
+    return find_base_port_entry(kPortSettings, CMD_ACTION_GET, 0, {link, has_flag ? &is_down_ : nullptr},
+                                &port_, nullptr)
+               ? 0
+               : -1;
   }
 
   // Takes the reply of a success.
@@ -71,7 +90,7 @@ class VlanPortEntry : public SearchTest {
 
   uint16_t port_ = 0;
   void *reply_ = nullptr;
-  uint32_t use_default_ = kGiven;
+  bool is_down_ = false;
 };
 
 // What is found.
@@ -91,7 +110,7 @@ TEST_F(VlanPortEntry, ExactPort) {
                   logged("\\nget_stp_entry_from_if_index(LINE) return if_index id: 436207618\\n"),
                   "cmd_rsp_attr_get(0x1402A015)", "stp_ifindex2dot1dportnum(0x1A000002)"));
   EXPECT_EQ(port_, 130);
-  EXPECT_EQ(use_default_, kGiven);
+  EXPECT_FALSE(is_down_);
   take_reply();
 }
 
@@ -121,7 +140,7 @@ TEST_F(VlanPortEntry, NextPortOfPortZeroIsTheLowestAndIsAskedForExactly) {
           logged("\\nget_stp_entry_from_if_index(LINE) return if_index id: 436207617\\n"),
           "cmd_rsp_attr_get(0x1402A015)", "stp_ifindex2dot1dportnum(0x1A000001)"));
   EXPECT_EQ(port_, 129);
-  EXPECT_EQ(use_default_, kGiven);
+  EXPECT_FALSE(is_down_);
   take_reply();
 }
 
@@ -161,8 +180,8 @@ TEST_F(VlanPortEntry, NextPortsAreMembersOfTheVlans1To4094) {
 TEST_F(VlanPortEntry, CommandKeyAndSelectorAreTheCallers) {
   serve_entries();
   port_ = 0;
-  EXPECT_EQ(
-      get_stp_entry_with_port_id_from_vlan_mgr(kGetNext, 0x0C02018B, &port_, &reply_, 111, 1, 0, nullptr), 0);
+  constexpr EntryKind kMstPorts = {STP_COMMAND_MST_PORTS, STP_KEY_MST_INTERFACE, std::nullopt};
+  EXPECT_EQ(find_entry(kGetNext, kMstPorts, 1, kUp, false), 0);
   EXPECT_THAT(fake::taken_trace(),
               ElementsAreArray(base_ports_fetched() + walked_to(129, kPort129, "129-130,4099", 1) +
                                port_queried_and_found(111, "0x0C02018B", kPort129)));
@@ -208,14 +227,14 @@ TEST_F(VlanPortEntry, PortThatIsDownIsAnsweredWithDefaultsAndNotAskedFor) {
                                Trace{"im_get_ifindex_oper_status_list(0x1A000001, 1)",
                                      line(": Port 0x1a000001 is oper down, dont send the cmd to backend")}));
   EXPECT_EQ(port_, 129);
-  EXPECT_EQ(use_default_, 1U);
+  EXPECT_TRUE(is_down_);
   EXPECT_EQ(reply_, nullptr);
-  use_default_ = kGiven;
+  is_down_ = false;
   EXPECT_EQ(look_up(kGet, 129, kLook), 0);
   EXPECT_THAT(fake::taken_trace(),
               ElementsAreArray(exact_port(129, kPort129) + link_asked(kPort129) + link_is_down(kPort129)));
   EXPECT_EQ(port_, 129);
-  EXPECT_EQ(use_default_, 1U);
+  EXPECT_TRUE(is_down_);
   EXPECT_EQ(reply_, nullptr);
 }
 
@@ -232,10 +251,8 @@ TEST_F(VlanPortEntry, ReplyHandleIsLeftAloneForAPortThatIsDown) {
 TEST_F(VlanPortEntry, PortThatIsDownNeedsNoReplyHandle) {
   fake::platform().interfaces[0].oper_status = 2;
   port_ = 129;
-  EXPECT_EQ(get_stp_entry_with_port_id_from_vlan_mgr(kGet, kInterfaceKey, &port_, nullptr, kCommand, 0, kLook,
-                                                     &use_default_),
-            0);
-  EXPECT_EQ(use_default_, 1U);
+  EXPECT_EQ(find_index(kLook, true), 0);
+  EXPECT_TRUE(is_down_);
   EXPECT_EQ(fake::taken_trace().back(), line(": Port 0x1a000001 is oper down, dont send the cmd to backend"));
 }
 
@@ -245,30 +262,19 @@ TEST_F(VlanPortEntry, PortThatIsDownIsAskedForWhereTheLinkIsNotLookedAt) {
   EXPECT_EQ(look_up(kGet, 129, kUp), 0);
   EXPECT_THAT(fake::taken_trace(),
               ElementsAreArray(exact_port(129, kPort129) + port_queried_and_found(kCommand, kKey, kPort129)));
-  EXPECT_EQ(use_default_, kGiven);
+  EXPECT_FALSE(is_down_);
   take_reply();
 }
 
 TEST_F(VlanPortEntry, EveryStateButTwoIsUp) {
   serve_entries();
   for (const int status : {0, 1, 3, 7, 255}) {
-    for (const uint32_t check_oper : {1U, 2U, 0x80000000U}) {
-      fake::platform().interfaces[0].oper_status = static_cast<uint8_t>(status);
-      EXPECT_EQ(look_up(kGet, 129, check_oper), 0);
-      EXPECT_THAT(fake::taken_trace(), ElementsAreArray(exact_port(129, kPort129) + link_asked(kPort129) +
-                                                        port_queried_and_found(kCommand, kKey, kPort129)));
-      EXPECT_EQ(use_default_, kGiven);
-      take_reply();
-    }
-  }
-}
-
-TEST_F(VlanPortEntry, EveryFlagButZeroLooksAtTheLink) {
-  fake::platform().interfaces[0].oper_status = 2;
-  for (const uint32_t check_oper : {1U, 2U, 0x80000000U, 0xFFFFFFFFU}) {
-    use_default_ = kGiven;
-    EXPECT_EQ(look_up(kGet, 129, check_oper), 0);
-    EXPECT_EQ(use_default_, 1U);
+    fake::platform().interfaces[0].oper_status = static_cast<uint8_t>(status);
+    EXPECT_EQ(look_up(kGet, 129, kLook), 0);
+    EXPECT_THAT(fake::taken_trace(), ElementsAreArray(exact_port(129, kPort129) + link_asked(kPort129) +
+                                                      port_queried_and_found(kCommand, kKey, kPort129)));
+    EXPECT_FALSE(is_down_);
+    take_reply();
   }
 }
 
@@ -282,16 +288,14 @@ TEST_F(VlanPortEntry, PortWhoseLinkCannotBeToldIsUp) {
                                Trace{logged_rejection(
                                    "stp_get_port_oper_state(LINE) : Failed to read ifdb for 436207617\\n")} +
                                port_queried_and_found(kCommand, kKey, kPort129)));
-  EXPECT_EQ(use_default_, kGiven);
+  EXPECT_FALSE(is_down_);
   take_reply();
 }
 
 TEST_F(VlanPortEntry, PortThatIsDownFailsWithoutAFlagForIt) {
   fake::platform().interfaces[0].oper_status = 2;
   port_ = 129;
-  EXPECT_EQ(get_stp_entry_with_port_id_from_vlan_mgr(kGet, kInterfaceKey, &port_, &reply_, kCommand, 0, kLook,
-                                                     nullptr),
-            -1);
+  EXPECT_EQ(find_entry(kGet, kPortSettings, 0, kLook, false), -1);
   EXPECT_THAT(fake::taken_trace(),
               ElementsAreArray(exact_port(129, kPort129) + link_asked(kPort129) + link_is_down(kPort129) +
                                Trace{rejection(": Null pointer use_default")}));
@@ -302,10 +306,8 @@ TEST_F(VlanPortEntry, PortThatIsDownFailsWithoutAFlagForIt) {
 TEST_F(VlanPortEntry, PortThatIsUpNeedsNoFlag) {
   serve_entries();
   port_ = 129;
-  for (const uint32_t check_oper : {kUp, kLook}) {
-    EXPECT_EQ(get_stp_entry_with_port_id_from_vlan_mgr(kGet, kInterfaceKey, &port_, &reply_, kCommand, 0,
-                                                       check_oper, nullptr),
-              0);
+  for (const bool link : {kUp, kLook}) {
+    EXPECT_EQ(find_entry(kGet, kPortSettings, 0, link, false), 0);
     take_reply();
   }
 }
@@ -328,7 +330,7 @@ TEST_F(VlanPortEntry, MemberOfAChannelHasNoEntry) {
               kFailure}));
   EXPECT_EQ(port_, 129);
   EXPECT_EQ(reply_, nullptr);
-  EXPECT_EQ(use_default_, kGiven);
+  EXPECT_FALSE(is_down_);
 }
 
 TEST_F(VlanPortEntry, PortZeroHasNoEntry) {
@@ -363,7 +365,7 @@ TEST_F(VlanPortEntry, PortThatTheProcessDoesNotKnow) {
                 "free(16000)", logged_rejection("get_stp_entry_from_if_index failed\\n")}));
   EXPECT_EQ(reply_, nullptr);
   EXPECT_EQ(port_, 129);
-  EXPECT_EQ(use_default_, kGiven);
+  EXPECT_FALSE(is_down_);
 }
 
 TEST_F(VlanPortEntry, NextPortThatTheProcessDoesNotKnowEndsTheSearch) {
@@ -417,7 +419,7 @@ TEST_F(VlanPortEntry, EntryOfAnInterfaceWithoutAPortIsReleased) {
                         "cmd_snmp_free_rx_hndl",
                         logged("\\nget_stp_entry_with_port_id_from_vlan_mgr(LINE): returning FAILURE\\n")}));
   EXPECT_EQ(fake::live_replies(), 0U);
-  EXPECT_NE(reply_, nullptr) << "the handle stays in place";
+  EXPECT_EQ(reply_, nullptr);
   EXPECT_EQ(port_, 129);
 }
 
@@ -427,8 +429,7 @@ class VlanPortEntryWithoutReply : public VlanPortEntry {
  protected:
   int look_up_index(uint16_t port) {
     port_ = port;
-    return get_stp_entry_with_port_id_from_vlan_mgr(kGet, kInterfaceKey, &port_, nullptr, kCommand, 0, kUp,
-                                                    nullptr);
+    return find_index(kUp, false);
   }
 };
 

@@ -1,4 +1,4 @@
-#include "context.h"
+#include "stpsnmp/context.h"
 
 #include <algorithm>
 #include <climits>

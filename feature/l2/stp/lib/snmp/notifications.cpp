@@ -1,16 +1,16 @@
-#include "notifications.h"
+#include "stpsnmp/notifications.h"
 
 #include <arpa/inet.h>
 
 #include <algorithm>
 #include <cstring>
 
-#include "agent.h"
 #include "diagnostics.h"
-#include "object_table.h"
 #include "platform/stp_protocol.h"
 #include "platform/xport.h"
-#include "values.h"
+#include "stpsnmp/agent.h"
+#include "stpsnmp/object_table.h"
+#include "stpsnmp/values.h"
 
 using stpsnmp::diagnostics::kTrace;
 

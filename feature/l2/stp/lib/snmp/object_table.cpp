@@ -1,8 +1,8 @@
-#include "object_table.h"
+#include "stpsnmp/object_table.h"
 
 #include "config.h"
-#include "lookup_handlers.h"
 #include "magic.h"
+#include "stpsnmp/lookup_handlers.h"
 
 using namespace stpsnmp;
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
-#include "agent.h"
-#include "object_table.h"
+#include "stpsnmp/agent.h"
+#include "stpsnmp/object_table.h"
 
 namespace stpsnmp {
 namespace {

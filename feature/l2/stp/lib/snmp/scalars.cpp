@@ -1,15 +1,15 @@
-#include "scalars.h"
+#include "stpsnmp/scalars.h"
 
 #include <cstring>
 #include <optional>
 
-#include "agent.h"
 #include "diagnostics.h"
-#include "lookup_handlers.h"
 #include "magic.h"
 #include "query/fetch.h"
 #include "scalar_values.h"
-#include "values.h"
+#include "stpsnmp/agent.h"
+#include "stpsnmp/lookup_handlers.h"
+#include "stpsnmp/values.h"
 
 #include <net-snmp/agent/util_funcs/header_generic.h>
 

@@ -1,10 +1,10 @@
-#include "stp_extensions_mib.h"
+#include "stpsnmp/stp_extensions_mib.h"
 
-#include "agent.h"
 #include "diagnostics.h"
-#include "notifications.h"
 #include "platform/stp_protocol.h"
 #include "registration.h"
+#include "stpsnmp/agent.h"
+#include "stpsnmp/notifications.h"
 #include "trap_enable.h"
 
 using stpsnmp::diagnostics::kTrace;

@@ -1,4 +1,4 @@
-#include "values.h"
+#include "stpsnmp/values.h"
 
 #include <cstring>
 

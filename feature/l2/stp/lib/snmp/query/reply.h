@@ -22,6 +22,12 @@ class Reply {
   ~Reply() { release(); }
   Reply(const Reply &) = delete;
   Reply &operator=(const Reply &) = delete;
+  Reply(Reply &&other) noexcept : handle_(other.detach()) {}
+  Reply &operator=(Reply &&other) noexcept {
+    release();
+    handle_ = other.detach();
+    return *this;
+  }
 
   explicit operator bool() const { return handle_ != nullptr; }
 

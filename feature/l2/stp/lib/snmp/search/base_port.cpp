@@ -8,11 +8,8 @@
 #include "platform/cmd.h"
 #include "platform/im.h"
 #include "platform/stp.h"
-#include "port_state.h"
-#include "result.h"
-#include "search/base_port_cache.h"
-#include "search/base_port_listing.h"
 #include "search/port_ids.h"
+#include "stpsnmp/port_state.h"
 
 namespace stpsnmp::search {
 namespace {
@@ -20,8 +17,7 @@ namespace {
 using diagnostics::kRejection;
 using diagnostics::kTrace;
 
-// As which the steps log.
-constexpr char kFunction[] = "validate_port_id_for_snmp_search_new";
+constexpr char kFunction[] = "validate_port_id_for_snmp_search_new";  // as which the steps log
 
 struct Free {
   void operator()(vlan_mgr_baseport_bmp *record) const { std::free(record); }
@@ -54,7 +50,7 @@ bool find_exact(uint16_t port_id, uint32_t *if_index) {
 
 BasePorts fetch_members(const stp_vlan_bmp *vlans, bool use_cache) {
   if (use_cache) {
-    BasePorts members(stp_get_cached_baseport_bitmap_all_vlans(vlans));
+    BasePorts members(cached_members(vlans));
     if (members == nullptr) {
       STP_LOG(kRejection, "%s:%d  Failed to get stp_get_cached_baseport_bitmap_all_vlans, baseport 0x%x\n",
               kFunction, __LINE__, 0U);
@@ -89,7 +85,7 @@ bool find_next(const stp_vlan_bmp *vlans, bool use_cache, uint8_t selector, uint
     return false;
   }
   STP_LOG(kRejection, "%s:%d Printing baseport bitset\n", kFunction, __LINE__);
-  list_base_ports(*members);
+  list_members(*members);
   for (int32_t port = find_behind(*members, *port_id, kRejection); port != kNoneBehind;
        port = find_behind(*members, port, kTrace)) {
     if (stp_dot1dportnum2ifindex(static_cast<uint16_t>(port), if_index) != 0) {
@@ -112,24 +108,23 @@ bool find_next(const stp_vlan_bmp *vlans, bool use_cache, uint8_t selector, uint
 
 }  // namespace
 
-int validate_port_id_for_snmp_search_new(uint32_t mode, uint32_t *in_if_index, uint32_t *ret_if_index,
-                                         uint16_t *port_id, uint8_t selector, const stp_vlan_bmp *vlan_bmp,
-                                         uint32_t use_cache) {
-  uint32_t if_index = 0;
-  const bool is_exact = mode == CMD_ACTION_GET;
-  const bool is_found = is_exact ? find_exact(*port_id, &if_index)
-                                 : find_next(vlan_bmp, use_cache != 0, selector, port_id, &if_index);
-  if (!is_found) {
-    return kFailed;
+bool find_base_port(cmd_action action, uint8_t selector, const stp_vlan_bmp *vlans, bool use_cache,
+                    uint16_t *port_id, uint32_t *if_index) {
+  uint32_t found = 0;
+  if (action == CMD_ACTION_GET) {
+    if (!find_exact(*port_id, &found)) {
+      return false;
+    }
+    *if_index = found;
+    return true;
   }
-  *ret_if_index = if_index;
-  *in_if_index = if_index;
-  if (!is_exact) {
-    STP_LOG(kTrace, "\n%s(%d): return SUCCESS with  port_id(%d), in_if_index(%d), ret_if_index(%d)\n",
-            kFunction, __LINE__, int{*port_id}, static_cast<int32_t>(*in_if_index),
-            static_cast<int32_t>(*ret_if_index));
+  if (!find_next(vlans, use_cache, selector, port_id, &found)) {
+    return false;
   }
-  return 0;
+  *if_index = found;
+  STP_LOG(kTrace, "\n%s(%d): return SUCCESS with  port_id(%d), in_if_index(%d), ret_if_index(%d)\n",
+          kFunction, __LINE__, int{*port_id}, static_cast<int32_t>(found), static_cast<int32_t>(found));
+  return true;
 }
 
 }  // namespace stpsnmp::search

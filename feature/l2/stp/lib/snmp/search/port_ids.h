@@ -1,10 +1,9 @@
-// Bridge port numbers, their two ranges, and the interfaces behind them.
+// Bridge port numbers (port ids): their two ranges, the interfaces behind them, and which of them is next.
 #pragma once
 
 #include <cstdint>
 
-#include "platform/im.h"
-#include "platform/stp.h"
+#include "platform/cmd.h"
 
 namespace stpsnmp::search {
 
@@ -19,16 +18,20 @@ inline constexpr uint16_t kNoPort = 0;
 inline constexpr uint16_t kBeforePhysicalPorts = kMinPhysicalPort - 1;
 
 // An interface's type; 0 where its index has none.
-inline uint8_t type_of(uint32_t if_index) {
-  uint8_t type = 0;
-  if_index_get_type(if_index, &type);
-  return type;
-}
+uint8_t type_of(uint32_t if_index);
 
 // Turns a port id into its interface index, where that is a usable interface.
-inline bool find_interface(uint16_t port_id, uint32_t *if_index) {
-  return port_id != kNoPort && stp_dot1dportnum2ifindex(port_id, if_index) == 0 &&
-         stp_valid_if_index(*if_index) != 0;
-}
+bool find_interface(uint16_t port_id, uint32_t *if_index);
+
+// What the two exported validations of a port id do, for a GET and for any other action
+// (stpsnmp/index_search.h).
+bool validate_by_counting(cmd_action action, uint32_t *in_if_index, uint32_t *ret_if_index, uint16_t *port_id,
+                          uint8_t *if_type);
+bool validate_by_interface_manager(cmd_action action, uint8_t selector, uint16_t *port_id,
+                                   uint32_t *if_index);
+
+// The lowest port id above `port_id` among the interfaces that the interface manager knows and that
+// `selector` (enum base_port_selector) accepts; kNoPort where there is none.
+uint16_t next_port_id(uint16_t port_id, uint8_t selector);
 
 }  // namespace stpsnmp::search

@@ -1,5 +1,5 @@
 // Ports as the interface manager and the port-channel manager know them.
-#include "port_state.h"
+#include "stpsnmp/port_state.h"
 
 #include "diagnostics.h"
 #include "platform/im.h"

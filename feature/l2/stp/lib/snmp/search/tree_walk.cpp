@@ -3,19 +3,10 @@
 #include <limits>
 
 #include "bitmap.h"
-#include "call_site.h"
-#include "diagnostics.h"
-#include "index_search.h"
-#include "platform/cmd.h"
 #include "platform/im.h"
 #include "platform/stp.h"
-#include "query/reply.h"
-#include "result.h"
 #include "search/base_port.h"
-#include "search/found_row.h"
-#include "search/key_form.h"
 #include "search/port_ids.h"
-#include "search/tree_entries.h"
 
 namespace stpsnmp::search {
 namespace {
@@ -29,27 +20,22 @@ constexpr uint32_t kBeforeInterfaces = 0;
 constexpr uint32_t kBehindInterfaces = std::numeric_limits<uint32_t>::max();
 
 constexpr uint32_t kFirstVlan = 1;
-constexpr uint32_t kUncached = 0;
+constexpr bool kUncached = false;
 
 // The trees of a mode.
 struct Trees {
-  const char *search;  // the routine as which a search among them logs
+  const char *search;  // as which a search among them logs
   diagnostics::Level failure_level;
-  TreeEntries entries;
+  EntryKind kind;
   uint8_t selector;
   void (*set_vlans)(uint32_t tree, stp_vlan_bmp *vlans);  // after remove_all_vlans
 };
 
 int32_t shown(uint32_t number) { return static_cast<int32_t>(number); }
 
-bool fetch(const Trees &trees, uint32_t action, uint32_t *tree, uint32_t *if_index, void **reply) {
-  return get_stp_entry_from_if_index(action, kDual, trees.entries.port_attr, if_index,
-                                     trees.entries.tree_attr, tree, reply, trees.entries.command) == 0;
-}
-
 // Asks for the entry behind a place in the tree, to learn which tree it is in.
 bool find_tree(const Trees &trees, uint32_t if_index, uint32_t *tree, Reply *reply) {
-  return fetch(trees, CMD_ACTION_GET_NEXT, tree, &if_index, reply->out());
+  return fetch_entry(trees.kind, CMD_ACTION_GET_NEXT, tree, &if_index, reply);
 }
 
 // Tells whether there is such a tree. `*tree` becomes that of its first entry, which may be a later one.
@@ -85,28 +71,26 @@ bool step_to_next(const Trees &trees, uint32_t *tree, stp_vlan_bmp *vlans) {
 }
 
 bool find_port_behind(const Trees &trees, uint16_t port, const stp_vlan_bmp &vlans, uint32_t *if_index) {
-  uint32_t spare_if_index = 0;
-  return validate_port_id_for_snmp_search_new(CMD_ACTION_GET_NEXT, if_index, &spare_if_index, &port,
-                                              trees.selector, &vlans, kUncached) == 0;
+  return find_base_port(CMD_ACTION_GET_NEXT, trees.selector, &vlans, kUncached, &port, if_index);
 }
 
 // Finds the next port behind this one in the tree, or the first one of the next tree.
-bool find_port(const Trees &trees, uint16_t port, uint32_t *tree, stp_vlan_bmp *vlans, uint32_t *if_index) {
-  if (find_port_behind(trees, port, *vlans, if_index)) {
+bool find_port(const Trees &trees, uint16_t port, stp_vlan_bmp *vlans, Place *place) {
+  if (find_port_behind(trees, port, *vlans, &place->if_index)) {
     return true;
   }
-  if (!step_to_next(trees, tree, vlans)) {
+  if (!step_to_next(trees, &place->tree, vlans)) {
     return false;
   }
-  if (!find_port_behind(trees, kNoPort, *vlans, if_index)) {
+  if (!find_port_behind(trees, kNoPort, *vlans, &place->if_index)) {
     STP_LOG(trees.failure_level, "validate_port_id_for_snmp_search_new failed in %d\n", __LINE__);
     return false;
   }
   return true;
 }
 
-bool fetch_row(const Trees &trees, uint32_t *tree, uint32_t *if_index, void **reply) {
-  if (!fetch(trees, CMD_ACTION_GET, tree, if_index, reply)) {
+bool fetch_row(const Trees &trees, Place *place, Reply *reply) {
+  if (!fetch_entry(trees.kind, CMD_ACTION_GET, place, reply)) {
     STP_LOG(trees.failure_level, "get_stp_entry_from_if_index failed at %d\n", __LINE__);
     return false;
   }
@@ -123,55 +107,48 @@ void set_instance_vlans(uint32_t tree, stp_vlan_bmp *vlans) {
 
 }  // namespace
 
-int get_next_stp_dual_indices_entry_rpvst(uint32_t port_attr, uint16_t *port_id, uint32_t tree_attr,
-                                          uint32_t *tree_id, void **resp_h, uint32_t cmd_id,
-                                          uint8_t selector) {
-  const Trees trees{__func__, kRejection, {port_attr, tree_attr, cmd_id}, selector, bitmap::add_vlan};
-  if (*tree_id == 0) {
-    *tree_id = kFirstVlan;
+bool find_next_vlan_port(const EntryKind &kind, uint8_t selector, TreePort *row, Reply *reply) {
+  const Trees trees{"get_next_stp_dual_indices_entry_rpvst", kRejection, kind, selector, bitmap::add_vlan};
+  if (row->tree_id == 0) {
+    row->tree_id = kFirstVlan;
   }
-  uint32_t tree = *tree_id;
-  uint16_t port = *port_id;
-  if (!probe_tree(trees, &tree)) {
-    tree = *tree_id;
-    if (!step_over(trees, &tree)) {
-      return kFailed;
+  Place place{row->tree_id, 0};
+  uint16_t port = row->port_id;
+  if (!probe_tree(trees, &place.tree)) {
+    place.tree = row->tree_id;
+    if (!step_over(trees, &place.tree)) {
+      return false;
     }
     port = kNoPort;
   }
   stp_vlan_bmp vlans{STP_VLAN_BITMAP_SIZE, {}};
-  bitmap::add_vlan(tree, &vlans);
-  uint32_t if_index = 0;
-  if (!find_port(trees, port, &tree, &vlans, &if_index) || !fetch_row(trees, &tree, &if_index, resp_h)) {
-    return kFailed;
-  }
-  return finish(tree, if_index, tree_id, port_id, resp_h, trees.failure_level, CallSite::here());
+  bitmap::add_vlan(place.tree, &vlans);
+  return find_port(trees, port, &vlans, &place) && fetch_row(trees, &place, reply) &&
+         finish(place, row, reply, trees.failure_level, {trees.search, __LINE__});
 }
 
-int get_next_stp_dual_indices_entry_mst(uint16_t *port_id, uint32_t *tree_id, void **resp_h) {
-  const Trees trees{__func__, kTrace, kMstEntries, BASE_PORT_ACTIVE, set_instance_vlans};
+bool find_next_mst_port(TreePort *row, Reply *reply) {
+  const Trees trees{"get_next_stp_dual_indices_entry_mst", kTrace, kMstPorts, BASE_PORT_ACTIVE,
+                    set_instance_vlans};
   stp_vlan_bmp vlans{STP_VLAN_BITMAP_SIZE, {}};
-  uint32_t tree = *tree_id;
-  uint16_t port = *port_id;
-  set_instance_vlans(tree, &vlans);
+  Place place{row->tree_id, 0};
+  uint16_t port = row->port_id;
+  set_instance_vlans(place.tree, &vlans);
   // The row is one of the tree that was asked for, whatever tree an answer names.
-  uint32_t probed = tree;
+  uint32_t probed = place.tree;
   if (!probe_tree(trees, &probed)) {
-    if (!step_over(trees, &tree)) {
-      return kFailed;
+    if (!step_over(trees, &place.tree)) {
+      return false;
     }
-    set_instance_vlans(tree, &vlans);
+    set_instance_vlans(place.tree, &vlans);
     port = kNoPort;
   }
-  uint32_t if_index = 0;
-  if (!find_port(trees, port, &tree, &vlans, &if_index)) {
-    return kFailed;
+  if (!find_port(trees, port, &vlans, &place)) {
+    return false;
   }
-  uint32_t answered = tree;
-  if (!fetch_row(trees, &answered, &if_index, resp_h)) {
-    return kFailed;
-  }
-  return finish(tree, if_index, tree_id, port_id, resp_h, trees.failure_level, CallSite::here());
+  Place answered = place;
+  return fetch_row(trees, &answered, reply) &&
+         finish({place.tree, answered.if_index}, row, reply, trees.failure_level, {trees.search, __LINE__});
 }
 
 }  // namespace stpsnmp::search

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "call_site.h"
-#include "diagnostics.h"
 #include "query/ask.h"
 #include "tables/table.h"
 
@@ -14,7 +13,7 @@ struct AskedRow {
   const char *table;  // as a failure names it
   stp_command command;
   query::Key key;
-  int (*parse)(const query::Reply &reply, Row *row);  // 0, or what was wrong with the reply
+  int (*parse)(const Reply &reply, Row *row);  // 0, or what was wrong with the reply
 };
 
 // Fetches the row that the request means and answers with its index. Returns 0, or another code with the
@@ -22,14 +21,14 @@ struct AskedRow {
 template <class Row>
 int answer_asked_row(const RowRequest &request, const AskedRow<Row> &asked, Row *row,
                      CallSite caller = CallSite::here()) {
-  query::Reply reply;
+  Reply reply;
   if (query::ask(asked.command, request.action(), {&asked.key, 1}, &reply, caller) != 0) {
     return kFailed;
   }
   const int result = reply ? asked.parse(reply, row) : kFailed;
   reply.release();
   if (result != 0) {
-    STP_LOG(diagnostics::kTrace, "parse_reply_%s failed\n", asked.table);
+    STP_LOG(kTrace, "parse_reply_%s failed\n", asked.table);
     return result;
   }
   request.answer({row->index});

@@ -6,9 +6,6 @@
 #include <cstdint>
 
 #include "call_site.h"
-#include "diagnostics.h"
-#include "platform/stp_protocol.h"
-#include "query/reply.h"
 #include "tables/table.h"
 
 namespace stpsnmp::tables {
@@ -17,8 +14,8 @@ inline constexpr size_t kBasePortArcs = 1;
 
 // Finds the port and fetches its entry. With `is_down`, a port that is down is not asked for: `*is_down`
 // becomes true, and the reply stays empty. Returns 0 with `*port_id` the row's port, or -1.
-int find_base_port(const RowRequest &request, stp_command command, stp_key key, query::Reply *reply,
-                   uint16_t *port_id, bool *is_down = nullptr);
+int find_base_port_row(const RowRequest &request, stp_command command, stp_key key, Reply *reply,
+                       uint16_t *port_id, bool *is_down = nullptr);
 
 // Answers with the row of this port. Returns 0.
 template <class Row>
@@ -33,7 +30,7 @@ template <class Row>
 struct PortSetting {
   const char *object;  // as a failure names it
   stp_command command;
-  int (*parse)(const query::Reply &reply, Row *row);  // 0, or what was wrong with the reply
+  int (*parse)(const Reply &reply, Row *row);  // 0, or what was wrong with the reply
 };
 
 // Fetches the setting of the port and answers. Returns 0, or another code with the failure logged for
@@ -41,19 +38,19 @@ struct PortSetting {
 template <class Row>
 int answer_setting(const RowRequest &request, const PortSetting<Row> &setting, Row *row,
                    CallSite caller = CallSite::here()) {
-  query::Reply reply;
+  Reply reply;
   uint16_t port_id = 0;
-  if (find_base_port(request, setting.command, STP_KEY_INTERFACE, &reply, &port_id) != 0) {
+  if (find_base_port_row(request, setting.command, STP_KEY_INTERFACE, &reply, &port_id) != 0) {
     return kFailed;
   }
   if (!reply) {
-    STP_LOG(diagnostics::kTrace, "\n%s(%d): resp_h is NULL\n", caller.function, caller.line);
+    STP_LOG(kTrace, "\n%s(%d): resp_h is NULL\n", caller.function, caller.line);
     return kFailed;
   }
   const int result = setting.parse(reply, row);
   reply.release();
   if (result != 0) {
-    STP_LOG(diagnostics::kTrace, "parse_reply_%s failed\n", setting.object);
+    STP_LOG(kTrace, "parse_reply_%s failed\n", setting.object);
     return result;
   }
   return answer_base_port(request, port_id, row);

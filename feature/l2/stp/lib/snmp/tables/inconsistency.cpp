@@ -2,28 +2,20 @@
 // spanning-tree process reports. The third table is one of per-VLAN trees only.
 #include <cstring>
 
-#include "diagnostics.h"
-#include "header_routines.h"
-#include "index_search.h"
-#include "lookup_handlers.h"
 #include "magic.h"
 #include "platform/im.h"
-#include "query/reply.h"
+#include "search/dual_index.h"
+#include "stpsnmp/header_routines.h"
+#include "stpsnmp/lookup_handlers.h"
+#include "stpsnmp/values.h"
+#include "tables/lookup_handler.h"
 #include "tables/spanning_tree_type.h"
 #include "tables/tree_port.h"
-#include "values.h"
 
 using namespace stpsnmp;
-using stpsnmp::diagnostics::kRejection;
-using stpsnmp::diagnostics::kTrace;
-using stpsnmp::query::Reply;
-using stpsnmp::tables::RowRequest;
-using stpsnmp::tables::TreePort;
+using namespace stpsnmp::tables;
 
 namespace {
-
-constexpr auto kInterfaceKey = STP_KEY_INTERFACE;
-constexpr auto kTreeKey = STP_KEY_VLAN_TREE;
 
 // How a table serves the state of a port.
 enum class Served { kState, kBits };
@@ -60,35 +52,35 @@ constexpr InconsistencyTable kPortTable = {"header_stpxInconsistencyTable",
                                            false,
                                            Served::kBits};
 
-int find_exact(const InconsistencyTable &table, TreePort *index, void **reply) {
-  const int result = get_exact_stp_dual_indices_entry(kInterfaceKey, &index->port_id, kTreeKey,
-                                                      &index->tree_id, reply, table.command);
-  if (result != 0) {
+search::EntryKind entries_of(const InconsistencyTable &table) {
+  return {table.command, STP_KEY_INTERFACE, STP_KEY_VLAN_TREE};
+}
+
+bool find_exact(const InconsistencyTable &table, TreePort *index, Reply *reply) {
+  const bool is_found = search::find_exact_row(entries_of(table), index, reply);
+  if (!is_found) {
     STP_LOG(kTrace, "%s(%d) get_exact_stp_dual_indices_entry() failed, commandId: %s\n", table.header,
             __LINE__, table.command_name);
   }
-  return result;
+  return is_found;
 }
 
-int find_next(const InconsistencyTable &table, TreePort *index, void **reply) {
-  const auto search = [&] {
-    return get_next_stp_dual_indices_entry_from_im(kInterfaceKey, &index->port_id, kTreeKey, &index->tree_id,
-                                                   reply, table.command, BASE_PORT_ALL);
-  };
-  const int result = tables::run_next_search(search, {table.header, __LINE__});
-  if (result != 0) {
+bool find_next(const InconsistencyTable &table, TreePort *index, Reply *reply) {
+  const auto search = [&] { return search::find_next_row(entries_of(table), BASE_PORT_ALL, index, reply); };
+  const bool is_found = run_next_search(search, {table.header, __LINE__});
+  if (!is_found) {
     STP_LOG(kTrace, "%s(%d) get_next_stp_dual_indices_entry_from_im() failed, %s: %s\n", table.header,
             __LINE__, table.command_label, table.command_name);
   }
-  return result;
+  return is_found;
 }
 
 // Checks that the table exists in the switch's mode; only a walk looks at modes other than MST.
 bool exists_in_mode(const InconsistencyTable &table, cmd_action action) {
-  if (!tables::fetch_spanning_tree_type(kRejection, {table.header, __LINE__})) {
+  if (!fetch_spanning_tree_type(kRejection, {table.header, __LINE__})) {
     return false;
   }
-  const uint32_t type = tables::spanning_tree_type();
+  const uint32_t type = spanning_tree_type();
   if (type == STP_MODE_MST && !table.exists_in_mst) {
     STP_LOG(kTrace, "%s(%d)  tree_type is stpxSpanningTreeType_MST, not supported,  return failed\n",
             table.header, __LINE__);
@@ -106,7 +98,7 @@ int parse_reply(const InconsistencyTable &table, const Reply &reply, Inconsisten
   if (!reply) {
     return kFailed;
   }
-  tables::read_index(reply, row);
+  read_index(reply, row);
   uint32_t state = 0;
   const int result = reply.read_number(STP_ATTRIBUTE_INCONSISTENCY, &state);
   if (result != 0) {
@@ -133,20 +125,20 @@ int check_bits(const InconsistencyTable &table, const InconsistencyRow &row) {
 }
 
 int answer(const InconsistencyTable &table, const RowRequest &request, InconsistencyRow *row) {
-  if (request.has_too_many_arcs(tables::kTreePortArcs)) {
+  if (request.has_too_many_arcs(kTreePortArcs)) {
     return kFailed;
   }
-  const TreePort asked = tables::asked_tree_port(request, row);
-  tables::trace_tree_port(asked, {table.header, __LINE__});
+  const TreePort asked = asked_tree_port(request, row);
+  trace_tree_port(asked, {table.header, __LINE__});
   if (!exists_in_mode(table, request.action())) {
     return kFailed;
   }
   TreePort found;
   Reply reply;
-  const auto search = [&](TreePort *index, void **handle) {
-    return (request.action() == CMD_ACTION_GET ? find_exact : find_next)(table, index, handle);
+  const auto search = [&](TreePort *index, Reply *to) {
+    return (request.action() == CMD_ACTION_GET ? find_exact : find_next)(table, index, to);
   };
-  if (tables::find_tree_port(request, asked, search, &found, &reply, {table.header, __LINE__}) != 0) {
+  if (find_tree_port(request, asked, search, &found, &reply, {table.header, __LINE__}) != 0) {
     return kFailed;
   }
   int result = parse_reply(table, reply, row);
@@ -162,6 +154,18 @@ int answer(const InconsistencyTable &table, const RowRequest &request, Inconsist
   request.answer({row->tree_id, row->port_id});
   return 0;
 }
+
+// The bits stand in the value's first octet.
+Value bits_of(const InconsistencyRow &row) {
+  constexpr size_t kBitsSize = 1;
+  return {&row.value, kBitsSize};
+}
+
+constexpr Column<InconsistencyRow> kLoopColumns[] = {
+    {kLoopInconsistencyState, field<&InconsistencyRow::value>}};
+constexpr Column<InconsistencyRow> kRootColumns[] = {
+    {kRootInconsistencyState, field<&InconsistencyRow::value>}};
+constexpr Column<InconsistencyRow> kPortColumns[] = {{kInconsistencyState, bits_of}};
 
 }  // namespace
 
@@ -180,33 +184,6 @@ int header_stpxInconsistencyTable(const oid *vp_name, size_t vp_namelen, oid *na
   return answer(kPortTable, RowRequest(vp_name, vp_namelen, name, length, exact, row), row);
 }
 
-u_char *get_stpxLoopInconsistencyTable(struct variable *vp, oid *name, size_t *length, int exact,
-                                       size_t *var_len, WriteMethod ** /*write_method*/) {
-  static InconsistencyRow row;
-  if (header_stpxLoopInconsistencyTable(vp->name, vp->namelen, name, length, exact, &row) != 0) {
-    return nullptr;
-  }
-  return vp->magic == kLoopInconsistencyState ? tables::column_value(&row.value, var_len)
-                                              : tables::index_column();
-}
-
-u_char *get_stpxRootInconsistencyTable(struct variable *vp, oid *name, size_t *length, int exact,
-                                       size_t *var_len, WriteMethod ** /*write_method*/) {
-  static InconsistencyRow row;
-  if (header_stpxRootInconsistencyTable(vp->name, vp->namelen, name, length, exact, &row) != 0) {
-    return nullptr;
-  }
-  return vp->magic == kRootInconsistencyState ? tables::column_value(&row.value, var_len)
-                                              : tables::index_column();
-}
-
-u_char *get_stpxInconsistencyTable(struct variable *vp, oid *name, size_t *length, int exact, size_t *var_len,
-                                   WriteMethod ** /*write_method*/) {
-  static InconsistencyRow row;
-  if (header_stpxInconsistencyTable(vp->name, vp->namelen, name, length, exact, &row) != 0) {
-    return nullptr;
-  }
-  constexpr size_t kBitsSize = 1;
-  return vp->magic == kInconsistencyState ? tables::column_value(&row.value, kBitsSize, var_len)
-                                          : tables::index_column();
-}
+STP_LOOKUP_HANDLER(get_stpxLoopInconsistencyTable, header_stpxLoopInconsistencyTable, kLoopColumns)
+STP_LOOKUP_HANDLER(get_stpxRootInconsistencyTable, header_stpxRootInconsistencyTable, kRootColumns)
+STP_LOOKUP_HANDLER(get_stpxInconsistencyTable, header_stpxInconsistencyTable, kPortColumns)

@@ -1,22 +1,15 @@
 // Long path cost table: its column is registered and deliberately without an answer. The header routine is
 // there for others that link against the module.
-#include "call_site.h"
-#include "diagnostics.h"
-#include "header_routines.h"
-#include "index_search.h"
-#include "lookup_handlers.h"
 #include "platform/im.h"
 #include "platform/stp.h"
-#include "query/reply.h"
-#include "search/held_reply.h"
-#include "search/key_form.h"
+#include "search/entries.h"
 #include "search/port_ids.h"
+#include "stpsnmp/header_routines.h"
+#include "stpsnmp/lookup_handlers.h"
 #include "tables/table.h"
 
 using namespace stpsnmp;
-using stpsnmp::diagnostics::kTrace;
-using stpsnmp::query::Reply;
-using stpsnmp::tables::RowRequest;
+using namespace stpsnmp::tables;
 
 namespace {
 
@@ -28,30 +21,30 @@ int failed(CallSite caller = CallSite::here()) {
   return kFailed;
 }
 
-int ask(cmd_action action, uint32_t *if_index, void **reply) {
-  return get_stp_entry_from_if_index(action, search::kSingle, STP_KEY_INTERFACE, if_index, 0, nullptr, reply,
-                                     STP_COMMAND_RAPID_PVST_PORTS);
+bool ask(cmd_action action, uint32_t *if_index, Reply *reply) {
+  constexpr search::EntryKind kPorts = {STP_COMMAND_RAPID_PVST_PORTS, STP_KEY_INTERFACE, std::nullopt};
+  return search::fetch_entry(kPorts, action, nullptr, if_index, reply);
 }
 
 // Finds the port's entry, for a walk the next one; behind the physical ports, port-channel 1 is tried.
-int get_stp_entry_from_port_id(cmd_action action, uint16_t *port_id, void **reply) {
+int get_stp_entry_from_port_id(cmd_action action, uint16_t *port_id, Reply *reply) {
   uint32_t asked_if_index = 0;
   uint32_t if_index = 0;
   uint8_t type = 0;
-  if (validate_port_id_for_snmp_search(action, &asked_if_index, &if_index, port_id, &type) != 0) {
+  if (!search::validate_by_counting(action, &asked_if_index, &if_index, port_id, &type)) {
     return failed();
   }
-  if (ask(CMD_ACTION_GET, &if_index, reply) != 0) {
+  if (!ask(CMD_ACTION_GET, &if_index, reply)) {
     if (action == CMD_ACTION_GET) {
       return failed();
     }
-    if (ask(CMD_ACTION_GET_NEXT, &if_index, reply) != 0) {
+    if (!ask(CMD_ACTION_GET_NEXT, &if_index, reply)) {
       if (type == IF_TYPE_PORT_CHANNEL) {
         return failed();
       }
       if_index_eth_port_channel_init(&if_index, kFirstChannel);
       type = IF_TYPE_PORT_CHANNEL;
-      if (ask(action, &if_index, reply) != 0) {
+      if (!ask(action, &if_index, reply)) {
         return failed();
       }
     }
@@ -59,14 +52,14 @@ int get_stp_entry_from_port_id(cmd_action action, uint16_t *port_id, void **repl
   if (action == CMD_ACTION_GET_NEXT && type == IF_TYPE_PORT_CHANNEL &&
       search::type_of(if_index) != IF_TYPE_PORT_CHANNEL) {
     STP_LOG(kTrace, "\n%s(%d) No more channel port found.\n", __func__, __LINE__);
-    search::release_reply(*reply);
+    reply->release();
     return kFailed;
   }
   if (stp_ifindex2dot1dportnum(if_index, port_id) != 0) {
-    search::release_reply(*reply);
+    reply->release();
     return failed();
   }
-  if (*reply == nullptr) {
+  if (!*reply) {
     STP_LOG(kTrace, "\n%s(%d): resp_h is NULL\n", __func__, __LINE__);
     return kFailed;
   }
@@ -82,11 +75,10 @@ int header_stpxLongStpPortPathCostTable(const oid *vp_name, size_t vp_namelen, o
     return kFailed;
   }
   auto port_id = static_cast<uint16_t>(request.index_arc(0));
-  void *handle = nullptr;
-  if (get_stp_entry_from_port_id(request.action(), &port_id, &handle) != 0) {
+  Reply reply;
+  if (get_stp_entry_from_port_id(request.action(), &port_id, &reply) != 0) {
     return kFailed;
   }
-  Reply reply(handle);
   reply.read_number(STP_ATTRIBUTE_INTERFACE, &row->index);
   if (reply.read_number(STP_ATTRIBUTE_PATH_COST, &row->value) != 0) {
     STP_LOG(kTrace, "parse_reply_stpxLongStpPortPathCostTable failed\n");

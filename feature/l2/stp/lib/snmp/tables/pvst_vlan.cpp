@@ -1,16 +1,12 @@
 // PVST VLAN table: one row for each VLAN, telling whether a spanning tree runs on it; none in MST mode.
-#include "diagnostics.h"
-#include "header_routines.h"
-#include "lookup_handlers.h"
 #include "magic.h"
+#include "stpsnmp/header_routines.h"
+#include "stpsnmp/lookup_handlers.h"
 #include "tables/asked_row.h"
-#include "tables/spanning_tree_type.h"
+#include "tables/lookup_handler.h"
 
 using namespace stpsnmp;
-using stpsnmp::diagnostics::kTrace;
-using stpsnmp::query::Reply;
-using stpsnmp::query::TreeRange;
-using stpsnmp::tables::RowRequest;
+using namespace stpsnmp::tables;
 
 namespace {
 
@@ -44,6 +40,8 @@ int parse_reply_stpxPVSTVlanTable(const Reply &reply, PvstVlanRow *row) {
   return result;
 }
 
+constexpr Column<PvstVlanRow> kColumns[] = {{kPvstVlanState, field<&PvstVlanRow::value>}};
+
 }  // namespace
 
 int header_stpxPVSTVlanTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length, int exact,
@@ -53,20 +51,13 @@ int header_stpxPVSTVlanTable(const oid *vp_name, size_t vp_namelen, oid *name, s
     return kFailed;
   }
   row->index = request.index_arc(0);
-  const TreeRange vlan = query::single_tree(row->index);
-  return tables::answer_asked_row<PvstVlanRow>(request,
-                                               {"stpxPVSTVlanTable",
-                                                STP_COMMAND_VLAN_TREES,
-                                                {STP_KEY_VLAN_TREE, &vlan},
-                                                parse_reply_stpxPVSTVlanTable},
-                                               row);
+  const query::TreeRange vlan = query::single_tree(row->index);
+  return answer_asked_row<PvstVlanRow>(request,
+                                       {"stpxPVSTVlanTable",
+                                        STP_COMMAND_VLAN_TREES,
+                                        {STP_KEY_VLAN_TREE, &vlan},
+                                        parse_reply_stpxPVSTVlanTable},
+                                       row);
 }
 
-u_char *get_stpxPVSTVlanTable(struct variable *vp, oid *name, size_t *length, int exact, size_t *var_len,
-                              WriteMethod ** /*write_method*/) {
-  static PvstVlanRow row;
-  if (header_stpxPVSTVlanTable(vp->name, vp->namelen, name, length, exact, &row) != 0) {
-    return nullptr;
-  }
-  return vp->magic == kPvstVlanState ? tables::column_value(&row.value, var_len) : tables::index_column();
-}
+STP_LOOKUP_HANDLER(get_stpxPVSTVlanTable, header_stpxPVSTVlanTable, kColumns)

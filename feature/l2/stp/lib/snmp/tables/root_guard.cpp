@@ -1,14 +1,12 @@
 // Root guard config table: one row for each port, by interface index.
-#include "diagnostics.h"
-#include "header_routines.h"
-#include "lookup_handlers.h"
 #include "magic.h"
+#include "stpsnmp/header_routines.h"
+#include "stpsnmp/lookup_handlers.h"
 #include "tables/asked_row.h"
+#include "tables/lookup_handler.h"
 
 using namespace stpsnmp;
-using stpsnmp::diagnostics::kTrace;
-using stpsnmp::query::Reply;
-using stpsnmp::tables::RowRequest;
+using namespace stpsnmp::tables;
 
 namespace {
 
@@ -26,6 +24,8 @@ int parse_reply(const Reply &reply, RootGuardConfigRow *row) {
   return result;
 }
 
+constexpr Column<RootGuardConfigRow> kColumns[] = {{kRootGuardSetting, field<&RootGuardConfigRow::value>}};
+
 }  // namespace
 
 int header_stpxRootGuardConfigTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length,
@@ -35,17 +35,10 @@ int header_stpxRootGuardConfigTable(const oid *vp_name, size_t vp_namelen, oid *
     return kFailed;
   }
   row->index = request.index_arc(0);
-  return tables::answer_asked_row<RootGuardConfigRow>(
+  return answer_asked_row<RootGuardConfigRow>(
       request,
       {"stpxRootGuardConfigTable", STP_COMMAND_ROOT_GUARD, {STP_KEY_INTERFACE, &row->index}, parse_reply},
       row);
 }
 
-u_char *get_stpxRootGuardConfigTable(struct variable *vp, oid *name, size_t *length, int exact,
-                                     size_t *var_len, WriteMethod ** /*write_method*/) {
-  static RootGuardConfigRow row;
-  if (header_stpxRootGuardConfigTable(vp->name, vp->namelen, name, length, exact, &row) != 0) {
-    return nullptr;
-  }
-  return vp->magic == kRootGuardSetting ? tables::column_value(&row.value, var_len) : tables::index_column();
-}
+STP_LOOKUP_HANDLER(get_stpxRootGuardConfigTable, header_stpxRootGuardConfigTable, kColumns)

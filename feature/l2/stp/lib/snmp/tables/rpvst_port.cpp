@@ -1,61 +1,51 @@
 // RPVST port table: one row for each port of a Rapid-PVST tree. A walk needs that mode.
-#include "diagnostics.h"
-#include "header_routines.h"
-#include "index_search.h"
-#include "lookup_handlers.h"
 #include "magic.h"
 #include "platform/im.h"
-#include "query/reply.h"
-#include "search/tree_entries.h"
+#include "search/dual_index.h"
 #include "search/tree_walk.h"
+#include "stpsnmp/header_routines.h"
+#include "stpsnmp/lookup_handlers.h"
+#include "stpsnmp/values.h"
+#include "tables/lookup_handler.h"
 #include "tables/spanning_tree_type.h"
 #include "tables/tree_port.h"
-#include "values.h"
 
 using namespace stpsnmp;
-using stpsnmp::diagnostics::kTrace;
-using stpsnmp::query::Reply;
-using stpsnmp::search::kRapidPvstEntries;
-using stpsnmp::tables::RowRequest;
-using stpsnmp::tables::TreePort;
+using namespace stpsnmp::tables;
 
 namespace {
 
 constexpr char kHeader[] = "header_stpxRPVSTPortTable";  // as which the steps log
 
-int find_exact(TreePort *index, void **reply) {
-  const int result = get_exact_stp_dual_indices_entry(kRapidPvstEntries.port_attr, &index->port_id,
-                                                      kRapidPvstEntries.tree_attr, &index->tree_id, reply,
-                                                      kRapidPvstEntries.command);
-  if (result != 0) {
+bool find_exact(TreePort *index, Reply *reply) {
+  const bool is_found = search::find_exact_row(search::kRapidPvstPorts, index, reply);
+  if (!is_found) {
     STP_LOG(kTrace, "%s(%d) get_exact_stp_dual_indices_entry() failed\n", kHeader, __LINE__);
   }
-  return result;
+  return is_found;
 }
 
 // In MST mode the index stays where it is, and the check for loops ends the walk.
-int find_next(TreePort *index, void **reply) {
-  if (!tables::fetch_spanning_tree_type(kTrace, {kHeader, __LINE__})) {
-    return kFailed;
+bool find_next(TreePort *index, Reply *reply) {
+  if (!fetch_spanning_tree_type(kTrace, {kHeader, __LINE__})) {
+    return false;
   }
-  const uint32_t type = tables::spanning_tree_type();
+  const uint32_t type = spanning_tree_type();
   if (type == STP_MODE_MST) {
     STP_LOG(kTrace, "%s(%d)  tree_type is stpxSpanningTreeType_MST, not supported,  return failed\n", kHeader,
             __LINE__);
-    return 0;
+    return true;
   }
   if (type != STP_MODE_RAPID_PVST) {
     STP_LOG(kTrace, "%s(%d) get_stpxSpanning_tree_type() retun wrong type: %d\n", kHeader, __LINE__,
             static_cast<int32_t>(type));
-    return kFailed;
+    return false;
   }
-  const int result = search::get_next_stp_dual_indices_entry_rpvst(
-      kRapidPvstEntries.port_attr, &index->port_id, kRapidPvstEntries.tree_attr, &index->tree_id, reply,
-      kRapidPvstEntries.command, BASE_PORT_ACTIVE);
-  if (result != 0) {
+  const bool is_found = search::find_next_vlan_port(search::kRapidPvstPorts, BASE_PORT_ACTIVE, index, reply);
+  if (!is_found) {
     STP_LOG(kTrace, "%s(%d) get_next_stp_dual_indices_entry_rpvst() failed\n", kHeader, __LINE__);
   }
-  return result;
+  return is_found;
 }
 
 int parse_flags(const Reply &reply, RpvstPortRow *row) {
@@ -70,32 +60,26 @@ int parse_flags(const Reply &reply, RpvstPortRow *row) {
   return result;
 }
 
-constexpr tables::TreePortValue<RpvstPortRow> kFlags = {"stpxRPVSTPortTable", parse_flags};
+constexpr TreePortValue<RpvstPortRow> kFlags = {"stpxRPVSTPortTable", parse_flags};
+
+constexpr Column<RpvstPortRow> kColumns[] = {{kRpvstPortFlags, field<&RpvstPortRow::port_flags>}};
 
 }  // namespace
 
 int header_stpxRPVSTPortTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length, int exact,
                               RpvstPortRow *row) {
   const RowRequest request(vp_name, vp_namelen, name, length, exact, row);
-  if (request.has_too_many_arcs(tables::kTreePortArcs)) {
+  if (request.has_too_many_arcs(kTreePortArcs)) {
     return kFailed;
   }
-  const TreePort asked = tables::asked_tree_port(request, row);
+  const TreePort asked = asked_tree_port(request, row);
   TreePort found;
   Reply reply;
   const auto &search = request.action() == CMD_ACTION_GET ? find_exact : find_next;
-  if (tables::find_tree_port(request, asked, search, &found, &reply) != 0) {
+  if (find_tree_port(request, asked, search, &found, &reply) != 0) {
     return kFailed;
   }
-  return tables::answer_tree_port(request, kFlags, found.port_id, &reply, row);
+  return answer_tree_port(request, kFlags, found.port_id, &reply, row);
 }
 
-u_char *get_stpxRPVSTPortTable(struct variable *vp, oid *name, size_t *length, int exact, size_t *var_len,
-                               WriteMethod ** /*write_method*/) {
-  static RpvstPortRow row;
-  if (header_stpxRPVSTPortTable(vp->name, vp->namelen, name, length, exact, &row) != 0) {
-    return nullptr;
-  }
-  return vp->magic == kRpvstPortFlags ? tables::column_value(&row.port_flags, var_len)
-                                      : tables::index_column();
-}
+STP_LOOKUP_HANDLER(get_stpxRPVSTPortTable, header_stpxRPVSTPortTable, kColumns)

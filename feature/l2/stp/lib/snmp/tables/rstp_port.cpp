@@ -1,15 +1,12 @@
 // RSTP port table: one row for each bridge port.
-#include "diagnostics.h"
-#include "header_routines.h"
-#include "lookup_handlers.h"
 #include "magic.h"
+#include "stpsnmp/header_routines.h"
+#include "stpsnmp/lookup_handlers.h"
 #include "tables/base_port_row.h"
+#include "tables/lookup_handler.h"
 
 using namespace stpsnmp;
-using stpsnmp::diagnostics::kRejection;
-using stpsnmp::diagnostics::kTrace;
-using stpsnmp::query::Reply;
-using stpsnmp::tables::RowRequest;
+using namespace stpsnmp::tables;
 
 namespace {
 
@@ -27,8 +24,7 @@ int parse_setting(const Reply &reply, RstpPortRow *row) {
   return result;
 }
 
-constexpr tables::PortSetting<RstpPortRow> kSetting = {"stpxRSTPPortTable", STP_COMMAND_PORT_SETTINGS,
-                                                       parse_setting};
+constexpr PortSetting<RstpPortRow> kSetting = {"stpxRSTPPortTable", STP_COMMAND_PORT_SETTINGS, parse_setting};
 
 // Its lines in the log carry its name.
 int parse_reply_stpxRSTPPortOperLinkType(bool is_down, const Reply &reply, RstpPortRow *row) {
@@ -53,8 +49,8 @@ int answer_oper_link_type(const RowRequest &request, RstpPortRow *row, CallSite 
   Reply reply;
   uint16_t port_id = 0;
   bool is_down = false;
-  if (tables::find_base_port(request, STP_COMMAND_RAPID_PVST_PORTS, STP_KEY_INTERFACE, &reply, &port_id,
-                             &is_down) != 0) {
+  if (find_base_port_row(request, STP_COMMAND_RAPID_PVST_PORTS, STP_KEY_INTERFACE, &reply, &port_id,
+                         &is_down) != 0) {
     STP_LOG(kRejection, "%s(%d): get_stp_entry_with_port_id_from_vlan_mgr failed\n", caller.function,
             caller.line);
     return kFailed;
@@ -65,40 +61,29 @@ int answer_oper_link_type(const RowRequest &request, RstpPortRow *row, CallSite 
     STP_LOG(kRejection, "parse_reply_stpxRSTPPortOperLinkType failed\n");
     return result;
   }
-  return tables::answer_base_port(request, port_id, row);
+  return answer_base_port(request, port_id, row);
 }
+
+constexpr Column<RstpPortRow> kColumns[] = {{kRstpPortSetting, field<&RstpPortRow::setting>},
+                                            {kRstpPortOperLinkType, field<&RstpPortRow::oper_link_type>}};
 
 }  // namespace
 
 int header_stpxRSTPPortTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length, int exact,
                              RstpPortRow *row, int magic) {
   const RowRequest request(vp_name, vp_namelen, name, length, exact, row);
-  if (request.has_too_many_arcs(tables::kBasePortArcs)) {
+  if (request.has_too_many_arcs(kBasePortArcs)) {
     return kFailed;
   }
   switch (magic) {
     case kRstpPortSetting:
-      return tables::answer_setting(request, kSetting, row);
+      return answer_setting(request, kSetting, row);
     case kRstpPortOperLinkType:
       return answer_oper_link_type(request, row);
     default:
       STP_LOG(kRejection, "%s(%d): Wrong object, magic %d\n", __func__, __LINE__, magic);
-      return tables::answer_base_port(request, request.index_arc(0), row);
+      return answer_base_port(request, request.index_arc(0), row);
   }
 }
 
-u_char *get_stpxRSTPPortTable(struct variable *vp, oid *name, size_t *length, int exact, size_t *var_len,
-                              WriteMethod ** /*write_method*/) {
-  static RstpPortRow row;
-  if (header_stpxRSTPPortTable(vp->name, vp->namelen, name, length, exact, &row, vp->magic) != 0) {
-    return nullptr;
-  }
-  switch (vp->magic) {
-    case kRstpPortSetting:
-      return tables::column_value(&row.setting, var_len);
-    case kRstpPortOperLinkType:
-      return tables::column_value(&row.oper_link_type, var_len);
-    default:
-      return tables::index_column();
-  }
-}
+STP_LOOKUP_HANDLER(get_stpxRSTPPortTable, header_stpxRSTPPortTable, kColumns)

@@ -3,22 +3,20 @@
 #include <algorithm>
 
 #include "bitmap.h"
-#include "diagnostics.h"
-#include "header_routines.h"
-#include "lookup_handlers.h"
 #include "magic.h"
 #include "platform/bridge_mib.h"
 #include "query/ask.h"
+#include "stpsnmp/header_routines.h"
+#include "stpsnmp/lookup_handlers.h"
+#include "stpsnmp/values.h"
+#include "tables/lookup_handler.h"
 #include "tables/spanning_tree_type.h"
 #include "tables/table.h"
-#include "values.h"
 
 using namespace stpsnmp;
-using stpsnmp::diagnostics::kTrace;
+using namespace stpsnmp::tables;
 using stpsnmp::query::Key;
-using stpsnmp::query::Reply;
 using stpsnmp::query::TreeRange;
-using stpsnmp::tables::RowRequest;
 
 namespace {
 
@@ -106,6 +104,41 @@ int answer_mst_values(const RowRequest &request, cmd_action action, SmstInstance
   return 0;
 }
 
+int find_row(const oid *column, size_t column_length, oid *name, size_t *length, int exact,
+             SmstInstanceRow *row, int magic) {
+  if (!fetch_spanning_tree_type(kTrace, {"get_stpxSMSTInstanceTable", __LINE__})) {
+    return kFailed;
+  }
+  return header_stpxSMSTInstanceTable(column, column_length, name, length, exact, row, magic);
+}
+
+// The header routine has fetched the type anew: that is the one under which it filled the row.
+bool is_mst() { return spanning_tree_type() == STP_MODE_MST; }
+
+template <auto kVlans>
+Value vlans(const SmstInstanceRow &row) {
+  const uint8_t *const octets = row.*kVlans;
+  return {octets, static_cast<size_t>(dot1d_stringNonZeroLength(octets, STP_VLANS_MAPPED_SIZE))};
+}
+
+template <auto kField>
+Value in_mst(const SmstInstanceRow &row) {
+  return is_mst() ? field<kField>(row) : Value{};
+}
+
+template <auto kField>
+Value of_cist(const SmstInstanceRow &row) {
+  return row.index == kCist ? in_mst<kField>(row) : Value{};
+}
+
+constexpr Column<SmstInstanceRow> kColumns[] = {
+    {kSmstInstanceVlansLow, vlans<&SmstInstanceRow::vlans_mapped_low>},
+    {kSmstInstanceVlansHigh, vlans<&SmstInstanceRow::vlans_mapped_high>},
+    {kSmstInstanceValue, in_mst<&SmstInstanceRow::instance_value>},
+    {kSmstInstanceBridgeId, of_cist<&SmstInstanceRow::bridge_id>},
+    {kSmstInstanceCounter, of_cist<&SmstInstanceRow::counter_value>},
+};
+
 }  // namespace
 
 void stp_bmp_to_SMSTInstanceVlansMapped(SmstInstanceRow *row, const struct stp_vlan_bmp *vlans) {
@@ -130,7 +163,7 @@ int header_stpxSMSTInstanceTable(const oid *vp_name, size_t vp_namelen, oid *nam
     action = CMD_ACTION_GET;
   }
   STP_LOG(kTrace, "%s(%d) instance index:%d\n", __func__, __LINE__, static_cast<int32_t>(row->index));
-  if (!tables::fetch_spanning_tree_type()) {
+  if (!fetch_spanning_tree_type()) {
     return kFailed;
   }
   if (is_vlan_column(magic)) {
@@ -140,38 +173,11 @@ int header_stpxSMSTInstanceTable(const oid *vp_name, size_t vp_namelen, oid *nam
     STP_LOG(kTrace, "%s(%d): unknown magic\n", __func__, __LINE__);
     return kFailed;
   }
-  if (tables::spanning_tree_type() != STP_MODE_MST) {
+  if (!is_mst()) {
     request.answer({row->index});
     return 0;
   }
   return answer_mst_values(request, action, row);
 }
 
-u_char *get_stpxSMSTInstanceTable(struct variable *vp, oid *name, size_t *length, int exact, size_t *var_len,
-                                  WriteMethod ** /*write_method*/) {
-  static SmstInstanceRow row;
-  if (!tables::fetch_spanning_tree_type() ||
-      header_stpxSMSTInstanceTable(vp->name, vp->namelen, name, length, exact, &row, vp->magic) != 0) {
-    return nullptr;
-  }
-  // The header routine has fetched the type anew: that is the one under which it filled the row.
-  const bool is_mst = tables::spanning_tree_type() == STP_MODE_MST;
-  const bool is_mst_cist = is_mst && row.index == kCist;
-  const auto vlans_length = [](const uint8_t *column) {
-    return static_cast<size_t>(dot1d_stringNonZeroLength(column, STP_VLANS_MAPPED_SIZE));
-  };
-  switch (vp->magic) {
-    case kSmstInstanceVlansLow:
-      return tables::column_value(row.vlans_mapped_low, vlans_length(row.vlans_mapped_low), var_len);
-    case kSmstInstanceVlansHigh:
-      return tables::column_value(row.vlans_mapped_high, vlans_length(row.vlans_mapped_high), var_len);
-    case kSmstInstanceValue:
-      return is_mst ? tables::column_value(&row.instance_value, var_len) : nullptr;
-    case kSmstInstanceBridgeId:
-      return is_mst_cist ? tables::column_value(&row.bridge_id, var_len) : nullptr;
-    case kSmstInstanceCounter:
-      return is_mst_cist ? tables::column_value(&row.counter_value, var_len) : nullptr;
-    default:
-      return tables::index_column();
-  }
-}
+STP_LOOKUP_HANDLER(get_stpxSMSTInstanceTable, find_row, kColumns)

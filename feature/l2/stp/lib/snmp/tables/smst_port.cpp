@@ -1,16 +1,14 @@
 // SMST port table: one row for each bridge port, in MST mode only.
-#include "diagnostics.h"
-#include "header_routines.h"
-#include "lookup_handlers.h"
 #include "magic.h"
+#include "stpsnmp/header_routines.h"
+#include "stpsnmp/lookup_handlers.h"
+#include "stpsnmp/values.h"
 #include "tables/base_port_row.h"
+#include "tables/lookup_handler.h"
 #include "tables/spanning_tree_type.h"
-#include "values.h"
 
 using namespace stpsnmp;
-using stpsnmp::diagnostics::kTrace;
-using stpsnmp::query::Reply;
-using stpsnmp::tables::RowRequest;
+using namespace stpsnmp::tables;
 
 namespace {
 
@@ -62,8 +60,8 @@ int answer_state(const RowRequest &request, SmstPortRow *row) {
   Reply reply;
   uint16_t port_id = 0;
   bool is_down = false;
-  if (tables::find_base_port(request, STP_COMMAND_MST_PORTS, STP_KEY_MST_INTERFACE, &reply, &port_id,
-                             &is_down) != 0) {
+  if (find_base_port_row(request, STP_COMMAND_MST_PORTS, STP_KEY_MST_INTERFACE, &reply, &port_id, &is_down) !=
+      0) {
     return kFailed;
   }
   if (is_down) {
@@ -75,7 +73,7 @@ int answer_state(const RowRequest &request, SmstPortRow *row) {
     parse_state(reply, row);
     reply.release();
   }
-  return tables::answer_base_port(request, port_id, row);
+  return answer_base_port(request, port_id, row);
 }
 
 int parse_admin_mode(const Reply &reply, SmstPortRow *row) {
@@ -87,47 +85,35 @@ int parse_admin_mode(const Reply &reply, SmstPortRow *row) {
   return result;
 }
 
-constexpr tables::PortSetting<SmstPortRow> kAdminMode = {"stpxSMSTPortAdminMSTMode",
-                                                         STP_COMMAND_PORT_SETTINGS, parse_admin_mode};
+constexpr PortSetting<SmstPortRow> kAdminMode = {"stpxSMSTPortAdminMSTMode", STP_COMMAND_PORT_SETTINGS,
+                                                 parse_admin_mode};
+
+constexpr Column<SmstPortRow> kColumns[] = {{kSmstPortFlags, field<&SmstPortRow::port_flags>},
+                                            {kSmstPortAdminMode, field<&SmstPortRow::admin_mst_mode>},
+                                            {kSmstPortPreStandardStatus, field<&SmstPortRow::prestd_status>}};
 
 }  // namespace
 
 int header_stpxSMSTPortTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length, int exact,
                              SmstPortRow *row, int magic) {
   const RowRequest request(vp_name, vp_namelen, name, length, exact, row);
-  if (request.has_too_many_arcs(tables::kBasePortArcs) || !tables::fetch_spanning_tree_type()) {
+  if (request.has_too_many_arcs(kBasePortArcs) || !fetch_spanning_tree_type()) {
     return kFailed;
   }
-  if (tables::spanning_tree_type() != STP_MODE_MST) {
+  if (spanning_tree_type() != STP_MODE_MST) {
     STP_LOG(kTrace, "%s(%d) Spanning Tree type is not MST, return\n", __func__, __LINE__);
     return kFailed;
   }
   switch (magic) {
     case kSmstPortAdminMode:
-      return tables::answer_setting(request, kAdminMode, row);
+      return answer_setting(request, kAdminMode, row);
     case kSmstPortFlags:
     case kSmstPortPreStandardStatus:
       return answer_state(request, row);
     default:
       STP_LOG(kTrace, "%s(%d): wrong object, magic=%d\n", __func__, __LINE__, magic);
-      return tables::answer_base_port(request, request.index_arc(0), row);
+      return answer_base_port(request, request.index_arc(0), row);
   }
 }
 
-u_char *get_stpxSMSTPortTable(struct variable *vp, oid *name, size_t *length, int exact, size_t *var_len,
-                              WriteMethod ** /*write_method*/) {
-  static SmstPortRow row;
-  if (header_stpxSMSTPortTable(vp->name, vp->namelen, name, length, exact, &row, vp->magic) != 0) {
-    return nullptr;
-  }
-  switch (vp->magic) {
-    case kSmstPortFlags:
-      return tables::column_value(&row.port_flags, var_len);
-    case kSmstPortAdminMode:
-      return tables::column_value(&row.admin_mst_mode, var_len);
-    case kSmstPortPreStandardStatus:
-      return tables::column_value(&row.prestd_status, var_len);
-    default:
-      return tables::index_column();
-  }
-}
+STP_LOOKUP_HANDLER(get_stpxSMSTPortTable, header_stpxSMSTPortTable, kColumns)

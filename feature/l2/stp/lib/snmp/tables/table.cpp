@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "diagnostics.h"
+#include "tables/lookup_handler.h"
 
 namespace stpsnmp::tables {
 
@@ -14,7 +14,7 @@ RowRequest::RowRequest(const oid *column, size_t column_length, oid *name, size_
 }
 
 void RowRequest::trace() const {
-  STP_LOG(diagnostics::kTrace, "exact %d *length %d vp_namelen %d\n", exact_, static_cast<int>(*length_),
+  STP_LOG(kTrace, "exact %d *length %d vp_namelen %d\n", exact_, static_cast<int>(*length_),
           static_cast<int>(column_length_));
 }
 

@@ -6,11 +6,19 @@
 #include <cstdint>
 #include <initializer_list>
 
-#include "agent.h"
-#include "platform/cmd.h"
+#include "diagnostics.h"
+#include "platform/stp_protocol.h"
+#include "query/reply.h"
 #include "result.h"
+#include "search/entries.h"
+#include "stpsnmp/agent.h"
 
 namespace stpsnmp::tables {
+
+using diagnostics::kRejection;
+using diagnostics::kTrace;
+using query::Reply;
+using search::TreePort;
 
 // The request that a header routine gets, and its answer.
 class RowRequest {
@@ -52,20 +60,5 @@ class RowRequest {
   int exact_;
   size_t arcs_;  // behind the column's OID
 };
-
-// What a lookup handler returns for a column with a value.
-template <class Value>
-u_char *column_value(Value *value, size_t length, size_t *var_len) {
-  *var_len = length;
-  return reinterpret_cast<u_char *>(value);
-}
-
-template <class Number>
-u_char *column_value(Number *number, size_t *var_len) {
-  return column_value(number, sizeof *number, var_len);
-}
-
-// What it returns for an index column: these are registered and never have a value.
-u_char *index_column();
 
 }  // namespace stpsnmp::tables

@@ -2,8 +2,6 @@
 
 namespace stpsnmp::tables {
 
-using diagnostics::kTrace;
-
 void trace_tree_port(const TreePort &asked, CallSite caller) {
   STP_LOG(kTrace, "%s(%d) port_id: %d, tree_id:%d\n", caller.function, caller.line, int{asked.port_id},
           static_cast<int32_t>(asked.tree_id));

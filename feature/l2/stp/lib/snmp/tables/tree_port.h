@@ -7,24 +7,11 @@
 #include <sys/time.h>
 
 #include "call_site.h"
-#include "diagnostics.h"
-#include "platform/stp_protocol.h"
-#include "query/reply.h"
 #include "tables/table.h"
 
 namespace stpsnmp::tables {
 
 inline constexpr size_t kTreePortArcs = 2;
-
-// A row's position in SNMP order.
-struct TreePort {
-  uint32_t tree_id;
-  uint16_t port_id;
-
-  bool operator>(const TreePort &other) const {
-    return tree_id > other.tree_id || (tree_id == other.tree_id && port_id > other.port_id);
-  }
-};
 
 // The position that a request names; the row begins with it.
 template <class Row>
@@ -45,34 +32,32 @@ void trace_next_search(const timeval &begin, const timeval &end, int result, Cal
 
 // Runs a next search and traces it for `caller`. Returns what it returns.
 template <class Search>
-int run_next_search(const Search &search, CallSite caller = CallSite::here()) {
+bool run_next_search(const Search &search, CallSite caller = CallSite::here()) {
   timeval begin;
   gettimeofday(&begin, nullptr);
-  const int result = search();
+  const bool is_found = search();
   timeval end;
   gettimeofday(&end, nullptr);
-  trace_next_search(begin, end, result, caller);
-  return result;
+  trace_next_search(begin, end, is_found ? 0 : kFailed, caller);
+  return is_found;
 }
 
 // Reads the row's index, as far as the reply names it.
 template <class Row>
-void read_index(const query::Reply &reply, Row *row) {
+void read_index(const Reply &reply, Row *row) {
   reply.read_number(STP_ATTRIBUTE_PORT_TREE, &row->tree_id);
   reply.read_number(STP_ATTRIBUTE_INTERFACE, &row->port_id);
 }
 
-// Runs `search` (TreePort *, void **reply) from the position that was asked for. Returns 0 with the row's
+// Runs `search` (TreePort *, Reply *) from the position that was asked for. Returns 0 with the row's
 // position and its reply; a walk that does not get on is logged for `caller`.
 template <class Search>
 int find_tree_port(const RowRequest &request, const TreePort &asked, const Search &search, TreePort *found,
-                   query::Reply *reply, CallSite caller = CallSite::here()) {
+                   Reply *reply, CallSite caller = CallSite::here()) {
   *found = asked;
-  void *handle = nullptr;
-  if (search(found, &handle) != 0) {
+  if (!search(found, reply)) {
     return kFailed;
   }
-  *reply->out() = handle;
   const bool is_get = request.action() == CMD_ACTION_GET;
   return is_get || advances(*found, asked, caller) ? 0 : kFailed;
 }
@@ -80,14 +65,14 @@ int find_tree_port(const RowRequest &request, const TreePort &asked, const Searc
 // What a port of a tree has in these tables.
 template <class Row>
 struct TreePortValue {
-  const char *table;                                  // as a failure names it
-  int (*parse)(const query::Reply &reply, Row *row);  // 0, or what was wrong with the reply
+  const char *table;                           // as a failure names it
+  int (*parse)(const Reply &reply, Row *row);  // 0, or what was wrong with the reply
 };
 
 // Answers with the row that a search has found, and releases its reply.
 template <class Row>
 int answer_tree_port(const RowRequest &request, const TreePortValue<Row> &value, uint16_t port_id,
-                     query::Reply *reply, Row *row) {
+                     Reply *reply, Row *row) {
   int result = kFailed;
   if (*reply) {
     read_index(*reply, row);
@@ -95,7 +80,7 @@ int answer_tree_port(const RowRequest &request, const TreePortValue<Row> &value,
   }
   reply->release();
   if (result != 0) {
-    STP_LOG(diagnostics::kTrace, "parse_reply_%s failed\n", value.table);
+    STP_LOG(kTrace, "parse_reply_%s failed\n", value.table);
     return result;
   }
   row->port_id = port_id;

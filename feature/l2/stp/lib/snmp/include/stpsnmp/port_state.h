@@ -6,7 +6,7 @@
 
 #include <stdint.h>
 
-#include "export.h"
+#include "stpsnmp/export.h"
 
 #define STP_PORT_STATE_UNKNOWN 0x40DD0001
 

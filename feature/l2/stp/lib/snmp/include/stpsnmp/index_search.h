@@ -13,7 +13,7 @@
 
 #include <stdint.h>
 
-#include "export.h"
+#include "stpsnmp/export.h"
 
 /* Fetches the entry of an interface, or with `dual` 1 of a tree and an interface; the action GET_NEXT fetches
  * the one behind it, in the process's own order. `*if_index` and, with `dual` 1, `*tree_id` are replaced by

@@ -8,8 +8,8 @@
 #ifndef STPSNMP_LOOKUP_HANDLERS_H
 #define STPSNMP_LOOKUP_HANDLERS_H
 
-#include "agent.h"
-#include "export.h"
+#include "stpsnmp/agent.h"
+#include "stpsnmp/export.h"
 
 STPSNMP_EXPORT FindVarMethod get_vantrelStpExtensionsMIB;
 STPSNMP_EXPORT FindVarMethod get_stpxInconsistencyTable;

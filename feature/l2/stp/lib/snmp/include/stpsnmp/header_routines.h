@@ -7,9 +7,9 @@
 #ifndef STPSNMP_HEADER_ROUTINES_H
 #define STPSNMP_HEADER_ROUTINES_H
 
-#include "agent.h"
-#include "export.h"
-#include "rows.h"
+#include "stpsnmp/agent.h"
+#include "stpsnmp/export.h"
+#include "stpsnmp/rows.h"
 
 STPSNMP_EXPORT int header_stpxInconsistencyTable(const oid *vp_name, size_t vp_namelen, oid *name,
                                                  size_t *length, int exact, InconsistencyRow *row);
@@ -33,8 +33,8 @@ STPSNMP_EXPORT int header_stpxRSTPPortRoleTable(const oid *vp_name, size_t vp_na
 STPSNMP_EXPORT int header_stpxLongStpPortPathCostTable(const oid *vp_name, size_t vp_namelen, oid *name,
                                                        size_t *length, int exact, PathCostRow *row);
 
-/* `magic` says which column the row is wanted for (object_table.h); fields of other columns are left cleared.
- * The request's OID may be rewritten without success. */
+/* `magic` says which column the row is wanted for (stpsnmp/object_table.h); fields of other columns are left
+ * cleared. The request's OID may be rewritten without success. */
 STPSNMP_EXPORT int header_stpxSMSTInstanceTable(const oid *vp_name, size_t vp_namelen, oid *name,
                                                 size_t *length, int exact, SmstInstanceRow *row, int magic);
 

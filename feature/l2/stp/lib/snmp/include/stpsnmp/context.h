@@ -8,7 +8,7 @@
 
 #include <stdint.h>
 
-#include "export.h"
+#include "stpsnmp/export.h"
 
 /* Tells the tree: its number, and 1 for a VLAN or 0 for an MST instance. */
 STPSNMP_EXPORT void stp_get_vlan_or_mst_id_from_context(uint32_t *tree, uint32_t *is_vlan);

@@ -1,13 +1,14 @@
-/* The records that hold what an answer is made of: one row of a table, or a bridge's own data.
+/* The records that hold what an answer is made of: one row of a table, the scalars, or a bridge's own data.
  *
- * A header routine (header_routines.h) clears its row and fills it; the row's index stands first, and the
- * lookup handler serves one of the other fields. Numbers are in host byte order, octet strings as they are
- * served. Fields lie in this order with natural alignment. */
+ * A header routine (stpsnmp/header_routines.h) clears its row and fills it; the row's index stands first, and
+ * the lookup handler serves one of the other fields. Numbers are in host byte order, octet strings as they
+ * are served. Fields lie in this order with natural alignment. */
 #ifndef STPSNMP_ROWS_H
 #define STPSNMP_ROWS_H
 
 #include <stdint.h>
 
+#include "platform/cmd.h"
 #include "platform/stp.h"
 
 /* A bridge identifier (IEEE 802.1D clause 9.2.5, BridgeId of RFC 4188): the priority in two octets, high
@@ -91,7 +92,27 @@ typedef struct PathCostRow {
   uint32_t value; /* 32-bit path cost (IEEE 802.1D clause 17.14) */
 } PathCostRow;
 
-/* What the stp_dot1d_ conversions (values.h) fill, field by field: objects of the bridge MIB (RFC 4188). */
+/* Room for a byte string: the longest attribute value, the byte after it that keeps what it held, and the
+ * terminating zero behind that one. */
+#define STPSNMP_STRING_SIZE (CMD_ATTR_VALUE_MAX + 2)
+
+/* The latest value of every scalar object. A failed fetch leaves its field as it was. */
+typedef struct ScalarValueRecord {
+  char region_name[STPSNMP_STRING_SIZE]; /* IEEE 802.1Q clause 13.8: Configuration Name */
+  uint32_t max_instances;
+  char pre_standard_digest[STPSNMP_STRING_SIZE];
+  uint32_t max_instance_id;
+  uint32_t region_revision; /* IEEE 802.1Q clause 13.8: Revision Level */
+  uint32_t max_hop_count;
+  char config_digest[STPSNMP_STRING_SIZE]; /* IEEE 802.1Q clause 13.8: Configuration Digest */
+  int32_t spanning_tree_type;              /* 4: MST, 5: Rapid-PVST */
+  int32_t path_cost_mode;
+  int32_t path_cost_oper_mode;
+  int32_t loop_guard_default; /* as fetched: 0 or not; as served: see stpsnmp/values.h */
+} ScalarValueRecord;
+
+/* What the stp_dot1d_ conversions (stpsnmp/values.h) fill, field by field: objects of the bridge MIB (RFC
+ * 4188). */
 typedef struct Dot1dBridgeRecord {
   uint8_t bridge_id[STP_BRIDGE_ID_SIZE];         /* the bridge's own identifier */
   uint8_t designated_root[STP_BRIDGE_ID_SIZE];   /* dot1dStpDesignatedRoot */

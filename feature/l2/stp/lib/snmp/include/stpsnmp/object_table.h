@@ -2,8 +2,8 @@
 #ifndef STPSNMP_OBJECT_TABLE_H
 #define STPSNMP_OBJECT_TABLE_H
 
-#include "agent.h"
-#include "export.h"
+#include "stpsnmp/agent.h"
+#include "stpsnmp/export.h"
 
 #define STP_EXTENSIONS_MIB_OBJECTS 46
 #define STP_EXTENSIONS_MIB_ROOT_LENGTH 9

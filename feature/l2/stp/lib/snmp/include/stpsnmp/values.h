@@ -1,6 +1,6 @@
 /* Conversions from the spanning-tree process's values to those that the objects carry.
  *
- * Each writes one field of a record (rows.h, scalars.h) from the value that its second argument points to: a
+ * Each writes one field of a record (stpsnmp/rows.h) from the value that its second argument points to: a
  * number in host byte order, 32 bits unless another width is named, or the six octets of a MAC address. The
  * value needs no alignment: it may lie in a reply. Several are here for other modules of the same agent. */
 #ifndef STPSNMP_VALUES_H
@@ -8,9 +8,8 @@
 
 #include <stdint.h>
 
-#include "export.h"
-#include "rows.h"
-#include "scalars.h"
+#include "stpsnmp/export.h"
+#include "stpsnmp/rows.h"
 
 /* Writes a 16-bit priority into the first two octets of a bridge identifier, high octet first. */
 STPSNMP_EXPORT void set_bridge_id_prio(uint8_t *bridge_id, const void *priority);

@@ -2,7 +2,7 @@
 #ifndef STPSNMP_STP_EXTENSIONS_MIB_H
 #define STPSNMP_STP_EXTENSIONS_MIB_H
 
-#include "export.h"
+#include "stpsnmp/export.h"
 
 /* Registers the objects, subscribes to the three notification classes, and enables those traps that the
  * persisted setting names. */

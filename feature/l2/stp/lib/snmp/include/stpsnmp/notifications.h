@@ -2,8 +2,8 @@
 #ifndef STPSNMP_NOTIFICATIONS_H
 #define STPSNMP_NOTIFICATIONS_H
 
-#include "export.h"
 #include "platform/agent_ext.h"
+#include "stpsnmp/export.h"
 
 STPSNMP_EXPORT netsnmp_variable_list *handle_noti_stpxInconsistencyUpdate(void *message, oid *trap_oid,
                                                                           size_t *trap_oid_len, int *status);
