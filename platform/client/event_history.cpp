@@ -13,11 +13,11 @@
 #include <cstring>
 
 #include "export.h"
-#include "owned_fd.h"
 #include "platform/evhist.h"
 #include "platform/stp_protocol.h"
 #include "settings.h"
 #include "text_line.h"
+#include "wire/owned_fd.h"
 
 namespace stpplatform {
 namespace {

@@ -5,8 +5,8 @@
 #include <cstdint>
 
 #include "deadline.h"
-#include "owned_fd.h"
 #include "platform/cmd.h"
+#include "wire/owned_fd.h"
 
 namespace stpplatform {
 

@@ -9,8 +9,8 @@
 #include <chrono>
 #include <cstring>
 
-#include "base/file_descriptor.h"
 #include "control/protocol.h"
+#include "wire/owned_fd.h"
 
 namespace stpswitch {
 namespace {
@@ -84,7 +84,7 @@ class Connection {
 
   std::string path_;
   Clock::time_point deadline_;
-  FileDescriptor fd_;
+  stpplatform::OwnedFd fd_;
 };
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/log.h"
+#include "base/system_failure.h"
 
 namespace stpswitch {
 namespace {
@@ -13,7 +14,7 @@ constexpr std::chrono::milliseconds kPauseAfterError{1000};
 
 }  // namespace
 
-Acceptor::Acceptor(EventLoop *loop, UnixSocketOptions options, std::function<void(FileDescriptor)> take)
+Acceptor::Acceptor(EventLoop *loop, UnixSocketOptions options, std::function<void(stpplatform::OwnedFd)> take)
     : listener_(std::move(options)),
       take_(std::move(take)),
       accepting_(evconnlistener_new(loop->base(), &Acceptor::on_connection, this, LEV_OPT_CLOSE_ON_EXEC, 0,
@@ -32,14 +33,14 @@ void Acceptor::connection_closed() {
 
 void Acceptor::on_connection(evconnlistener * /*handle*/, int fd, sockaddr * /*address*/, int /*length*/,
                              void *self) noexcept {
-  static_cast<Acceptor *>(self)->accept(FileDescriptor(fd));
+  static_cast<Acceptor *>(self)->accept(stpplatform::OwnedFd(fd));
 }
 
 void Acceptor::on_error(evconnlistener * /*handle*/, void *self) noexcept {
   static_cast<Acceptor *>(self)->pause();
 }
 
-void Acceptor::accept(FileDescriptor fd) {
+void Acceptor::accept(stpplatform::OwnedFd fd) {
   if (open_connections_ == kMaxConnections) {
     if (!is_refusing_) {
       log_line(path() + ": refusing further connections: " + std::to_string(kMaxConnections) + " are open");

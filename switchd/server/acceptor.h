@@ -7,9 +7,9 @@
 #include <memory>
 #include <string>
 
-#include "base/file_descriptor.h"
 #include "server/event_loop.h"
 #include "server/unix_listener.h"
+#include "wire/owned_fd.h"
 
 namespace stpswitch {
 
@@ -19,7 +19,7 @@ inline constexpr size_t kMaxConnections = 64;
 class Acceptor {
  public:
   // Gives each connection, nonblocking, to `take`, and counts it until connection_closed is called.
-  Acceptor(EventLoop *loop, UnixSocketOptions options, std::function<void(FileDescriptor)> take);
+  Acceptor(EventLoop *loop, UnixSocketOptions options, std::function<void(stpplatform::OwnedFd)> take);
 
   void connection_closed();
 
@@ -33,12 +33,12 @@ class Acceptor {
   static void on_connection(evconnlistener *handle, int fd, sockaddr *address, int length,
                             void *self) noexcept;
   static void on_error(evconnlistener *handle, void *self) noexcept;
-  void accept(FileDescriptor fd);
+  void accept(stpplatform::OwnedFd fd);
   void pause();
   void resume();
 
   UnixListener listener_;
-  std::function<void(FileDescriptor)> take_;
+  std::function<void(stpplatform::OwnedFd)> take_;
   std::unique_ptr<evconnlistener, FreeListener> accepting_;
   Event resume_timer_;
   size_t open_connections_ = 0;

@@ -13,7 +13,7 @@
 
 namespace stpswitch {
 
-CommandConnection::CommandConnection(EventLoop *loop, FileDescriptor fd, const Switch *the_switch,
+CommandConnection::CommandConnection(EventLoop *loop, stpplatform::OwnedFd fd, const Switch *the_switch,
                                      Faults *faults, std::span<uint8_t> buffer, Ends ends)
     : fd_(std::move(fd)),
       switch_(*the_switch),

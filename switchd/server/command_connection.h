@@ -5,12 +5,12 @@
 #include <functional>
 #include <span>
 
-#include "base/file_descriptor.h"
 #include "commands/packet.h"
 #include "faults/faults.h"
 #include "model/switch.h"
 #include "server/event_loop.h"
 #include "server/event_packet.h"
+#include "wire/owned_fd.h"
 
 namespace stpswitch {
 
@@ -18,13 +18,13 @@ class CommandConnection {
  public:
   // What ends the connection: a subscription, which takes the socket along, or anything else.
   struct Ends {
-    std::function<void(FileDescriptor, NotificationClasses)> subscribed;
+    std::function<void(stpplatform::OwnedFd, NotificationClasses)> subscribed;
     std::function<void()> closed;
   };
 
   // `buffer` takes one packet and may serve all connections. One of `ends` is called once, as the last thing,
   // and may destroy the connection.
-  CommandConnection(EventLoop *loop, FileDescriptor fd, const Switch *the_switch, Faults *faults,
+  CommandConnection(EventLoop *loop, stpplatform::OwnedFd fd, const Switch *the_switch, Faults *faults,
                     std::span<uint8_t> buffer, Ends ends);
   CommandConnection(const CommandConnection &) = delete;
   CommandConnection &operator=(const CommandConnection &) = delete;
@@ -37,7 +37,7 @@ class CommandConnection {
   void stop_reading();
   void close();
 
-  FileDescriptor fd_;
+  stpplatform::OwnedFd fd_;
   const Switch &switch_;
   Faults &faults_;
   std::span<uint8_t> buffer_;

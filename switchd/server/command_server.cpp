@@ -21,9 +21,9 @@ CommandServer::CommandServer(EventLoop *loop, UnixSocketOptions options, const S
       snapshot_(*snapshot),
       faults_(*faults),
       buffer_(wire::kMaxMessageSize),
-      acceptor_(loop, std::move(options), [this](FileDescriptor fd) { take(std::move(fd)); }) {}
+      acceptor_(loop, std::move(options), [this](stpplatform::OwnedFd fd) { take(std::move(fd)); }) {}
 
-void CommandServer::take(FileDescriptor fd) {
+void CommandServer::take(stpplatform::OwnedFd fd) {
   if (!send_hello(fd.get())) {
     log_send_failure("cannot greet a client");
     acceptor_.connection_closed();
@@ -31,7 +31,7 @@ void CommandServer::take(FileDescriptor fd) {
   }
   const auto position = connections_.emplace(connections_.end());
   CommandConnection::Ends ends;
-  ends.subscribed = [this, position](FileDescriptor socket, NotificationClasses classes) {
+  ends.subscribed = [this, position](stpplatform::OwnedFd socket, NotificationClasses classes) {
     connections_.erase(position);
     take_subscriber(std::move(socket), std::move(classes));
   };
@@ -43,7 +43,7 @@ void CommandServer::take(FileDescriptor fd) {
                                                   std::move(ends));
 }
 
-void CommandServer::take_subscriber(FileDescriptor fd, NotificationClasses classes) {
+void CommandServer::take_subscriber(stpplatform::OwnedFd fd, NotificationClasses classes) {
   const auto position = subscribers_.emplace(subscribers_.end());
   *position =
       std::make_unique<EventConnection>(&loop_, std::move(fd), std::move(classes), buffer_, [this, position] {

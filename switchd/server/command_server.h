@@ -23,9 +23,9 @@ class CommandServer {
   void tell(const std::vector<InconsistencyEvent> &events);
 
  private:
-  void take(FileDescriptor fd);
+  void take(stpplatform::OwnedFd fd);
   bool send_hello(int fd) const;
-  void take_subscriber(FileDescriptor fd, NotificationClasses classes);
+  void take_subscriber(stpplatform::OwnedFd fd, NotificationClasses classes);
 
   EventLoop &loop_;
   const Switch &switch_;

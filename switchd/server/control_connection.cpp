@@ -22,7 +22,7 @@ struct FreeLine {
 
 }  // namespace
 
-ControlConnection::ControlConnection(EventLoop *loop, FileDescriptor fd, ControlResponder *responder,
+ControlConnection::ControlConnection(EventLoop *loop, stpplatform::OwnedFd fd, ControlResponder *responder,
                                      std::function<void()> closed)
     : responder_(*responder),
       closed_(std::move(closed)),

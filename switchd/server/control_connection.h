@@ -6,16 +6,16 @@
 #include <functional>
 #include <memory>
 
-#include "base/file_descriptor.h"
 #include "control/responder.h"
 #include "server/event_loop.h"
+#include "wire/owned_fd.h"
 
 namespace stpswitch {
 
 class ControlConnection {
  public:
   // `closed` is called once, as the last thing, and may destroy the connection.
-  ControlConnection(EventLoop *loop, FileDescriptor fd, ControlResponder *responder,
+  ControlConnection(EventLoop *loop, stpplatform::OwnedFd fd, ControlResponder *responder,
                     std::function<void()> closed);
   ControlConnection(const ControlConnection &) = delete;
   ControlConnection &operator=(const ControlConnection &) = delete;

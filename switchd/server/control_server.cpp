@@ -7,9 +7,9 @@ namespace stpswitch {
 ControlServer::ControlServer(EventLoop *loop, UnixSocketOptions options, ControlResponder *responder)
     : loop_(*loop),
       responder_(*responder),
-      acceptor_(loop, std::move(options), [this](FileDescriptor fd) { take(std::move(fd)); }) {}
+      acceptor_(loop, std::move(options), [this](stpplatform::OwnedFd fd) { take(std::move(fd)); }) {}
 
-void ControlServer::take(FileDescriptor fd) {
+void ControlServer::take(stpplatform::OwnedFd fd) {
   const auto position = connections_.emplace(connections_.end());
   *position = std::make_unique<ControlConnection>(&loop_, std::move(fd), &responder_, [this, position] {
     connections_.erase(position);

@@ -16,7 +16,7 @@ class ControlServer {
   ControlServer(EventLoop *loop, UnixSocketOptions options, ControlResponder *responder);
 
  private:
-  void take(FileDescriptor fd);
+  void take(stpplatform::OwnedFd fd);
 
   EventLoop &loop_;
   ControlResponder &responder_;

@@ -23,7 +23,7 @@ void log_replaced(const std::string &what, uint64_t replaced) {
 
 }  // namespace
 
-EventConnection::EventConnection(EventLoop *loop, FileDescriptor fd, NotificationClasses classes,
+EventConnection::EventConnection(EventLoop *loop, stpplatform::OwnedFd fd, NotificationClasses classes,
                                  std::span<uint8_t> buffer, std::function<void()> closed)
     : fd_(std::move(fd)),
       classes_(std::move(classes)),

@@ -5,11 +5,11 @@
 #include <span>
 #include <vector>
 
-#include "base/file_descriptor.h"
 #include "model/events.h"
 #include "server/event_loop.h"
 #include "server/event_packet.h"
 #include "server/event_queue.h"
+#include "wire/owned_fd.h"
 
 namespace stpswitch {
 
@@ -17,8 +17,8 @@ class EventConnection {
  public:
   // `buffer` takes one packet and may serve all connections. `closed` is called once, as the last thing, and
   // may destroy the connection.
-  EventConnection(EventLoop *loop, FileDescriptor fd, NotificationClasses classes, std::span<uint8_t> buffer,
-                  std::function<void()> closed);
+  EventConnection(EventLoop *loop, stpplatform::OwnedFd fd, NotificationClasses classes,
+                  std::span<uint8_t> buffer, std::function<void()> closed);
   EventConnection(const EventConnection &) = delete;
   EventConnection &operator=(const EventConnection &) = delete;
 
@@ -30,7 +30,7 @@ class EventConnection {
   void send_waiting();
   void close();
 
-  FileDescriptor fd_;
+  stpplatform::OwnedFd fd_;
   NotificationClasses classes_;
   std::span<uint8_t> buffer_;
   std::function<void()> closed_;

@@ -3,8 +3,8 @@
 #include <cerrno>
 #include <string>
 
-#include "base/file_descriptor.h"
 #include "base/log.h"
+#include "base/system_failure.h"
 
 namespace stpswitch {
 

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <new>
 
+#include "base/system_failure.h"
 #include "server/snapshot_slot.h"
 
 namespace stpswitch {

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "base/file_descriptor.h"
 #include "model/switch.h"
+#include "wire/owned_fd.h"
 #include "wire/snapshot.h"
 
 namespace stpswitch {
@@ -31,7 +31,7 @@ class SnapshotPublisher {
   const Switch &switch_;
   uint32_t capacity_;
   uint32_t size_;
-  FileDescriptor fd_;
+  stpplatform::OwnedFd fd_;
   uint8_t *memory_ = nullptr;
   stpplatform::wire::SnapshotHead *head_ = nullptr;
   std::vector<uint8_t> next_slot_;

@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "base/log.h"
+#include "base/system_failure.h"
 #include "control/protocol.h"
 #include "control/responder.h"
 #include "scenario/loader.h"

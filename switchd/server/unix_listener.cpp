@@ -9,6 +9,8 @@
 #include <cstring>
 #include <filesystem>
 
+#include "base/system_failure.h"
+
 namespace stpswitch {
 namespace {
 
@@ -29,8 +31,8 @@ sockaddr_un address_of(const std::string &path) {
   return address;
 }
 
-FileDescriptor open_socket(int type) {
-  FileDescriptor fd(::socket(AF_UNIX, type | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+stpplatform::OwnedFd open_socket(int type) {
+  stpplatform::OwnedFd fd(::socket(AF_UNIX, type | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   if (!fd.is_open()) {
     throw system_failure("cannot open a socket");
   }
@@ -52,10 +54,10 @@ class CreationMode {
 };
 
 // Keeps others of this program from replacing the same socket at the same time. Gone with the descriptor.
-FileDescriptor lock_directory_of(const std::string &path) {
+stpplatform::OwnedFd lock_directory_of(const std::string &path) {
   const std::filesystem::path parent = std::filesystem::path(path).parent_path();
   const std::string directory = parent.empty() ? "." : parent.string();
-  FileDescriptor lock(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  stpplatform::OwnedFd lock(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!lock.is_open()) {
     throw system_failure(path + ": the socket's directory " + directory + " cannot be opened");
   }
@@ -69,7 +71,7 @@ FileDescriptor lock_directory_of(const std::string &path) {
 
 UnixListener::UnixListener(UnixSocketOptions options)
     : options_(std::move(options)), fd_(open_socket(options_.type)) {
-  const FileDescriptor lock = lock_directory_of(options_.path);
+  const stpplatform::OwnedFd lock = lock_directory_of(options_.path);
   remove_stale_file();
   bind_file();
 }
@@ -93,7 +95,7 @@ void UnixListener::remove_stale_file() const {
     throw std::runtime_error(path() + " exists and is not a socket");
   }
   const sockaddr_un address = address_of(path());
-  const FileDescriptor probe = open_socket(options_.type);
+  const stpplatform::OwnedFd probe = open_socket(options_.type);
   if (::connect(probe.get(), generic(address), sizeof address) == 0 || errno != ECONNREFUSED) {
     throw std::runtime_error(path() + " is in use");
   }

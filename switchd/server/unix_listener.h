@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "base/file_descriptor.h"
+#include "wire/owned_fd.h"
 
 namespace stpswitch {
 
@@ -34,7 +34,7 @@ class UnixListener {
   void bind_file();
 
   UnixSocketOptions options_;
-  FileDescriptor fd_;
+  stpplatform::OwnedFd fd_;
   dev_t device_ = 0;
   ino_t inode_ = 0;
 };

@@ -8,10 +8,10 @@
 #include <thread>
 #include <vector>
 
-#include "owned_fd.h"
 #include "snapshot_file.h"
 #include "wire/attributes.h"
 #include "wire/message.h"
+#include "wire/owned_fd.h"
 
 using Bytes = std::vector<uint8_t>;
 

@@ -5,7 +5,7 @@
 #include <functional>
 #include <vector>
 
-#include "owned_fd.h"
+#include "wire/owned_fd.h"
 #include "wire/snapshot.h"
 
 using stpplatform::OwnedFd;

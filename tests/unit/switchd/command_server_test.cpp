@@ -58,7 +58,7 @@ class CommandServers : public testing::Test {
 
 TEST_F(CommandServers, GreetWithTheSnapshot) {
   PacketClient client = connect();
-  const FileDescriptor fd = client.receive_hello();
+  const stpplatform::OwnedFd fd = client.receive_hello();
   struct stat received {};
   struct stat published {};
   ASSERT_EQ(::fstat(fd.get(), &received), 0);

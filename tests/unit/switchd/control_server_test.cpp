@@ -72,7 +72,7 @@ class StreamClient {
 
  private:
   const EventLoop &loop_;
-  FileDescriptor fd_;
+  stpplatform::OwnedFd fd_;
 };
 
 class ControlServers : public testing::Test {

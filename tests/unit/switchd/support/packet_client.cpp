@@ -25,8 +25,8 @@ bool run_until(const stpswitch::EventLoop &loop, const std::function<bool()> &co
   return true;
 }
 
-stpswitch::FileDescriptor connect_to(const stpswitch::EventLoop &loop, const std::string &path, int type) {
-  stpswitch::FileDescriptor fd(::socket(AF_UNIX, type | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+stpplatform::OwnedFd connect_to(const stpswitch::EventLoop &loop, const std::string &path, int type) {
+  stpplatform::OwnedFd fd(::socket(AF_UNIX, type | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   path.copy(address.sun_path, sizeof address.sun_path - 1);
@@ -73,7 +73,7 @@ stpswitch::Packet PacketClient::receive() {
   return packet.value_or(stpswitch::Packet());
 }
 
-stpswitch::FileDescriptor PacketClient::receive_hello() {
+stpplatform::OwnedFd PacketClient::receive_hello() {
   wire::Hello hello{};
   iovec octets{&hello, sizeof hello};
   alignas(cmsghdr) std::array<uint8_t, CMSG_SPACE(sizeof(int))> ancillary{};
@@ -95,7 +95,7 @@ stpswitch::FileDescriptor PacketClient::receive_hello() {
   }
   int fd = -1;
   std::memcpy(&fd, CMSG_DATA(descriptor), sizeof fd);
-  return stpswitch::FileDescriptor(fd);
+  return stpplatform::OwnedFd(fd);
 }
 
 stpswitch::Packet PacketClient::ask(const stpswitch::Packet &request) {

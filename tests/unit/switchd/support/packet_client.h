@@ -5,15 +5,15 @@
 #include <optional>
 #include <string>
 
-#include "base/file_descriptor.h"
 #include "commands/packet.h"
 #include "server/event_loop.h"
+#include "wire/owned_fd.h"
 
 // Runs the loop until the condition holds. False when that takes so long that something must hang.
 bool run_until(const stpswitch::EventLoop &loop, const std::function<bool()> &condition);
 
 // A nonblocking connection to a local socket that the loop serves.
-stpswitch::FileDescriptor connect_to(const stpswitch::EventLoop &loop, const std::string &path, int type);
+stpplatform::OwnedFd connect_to(const stpswitch::EventLoop &loop, const std::string &path, int type);
 
 class PacketClient {
  public:
@@ -32,7 +32,7 @@ class PacketClient {
   std::optional<stpswitch::Packet> receive_now();
 
   // Receives the hello and returns the file descriptor that comes with it.
-  stpswitch::FileDescriptor receive_hello();
+  stpplatform::OwnedFd receive_hello();
 
   // Sends a request and receives its reply.
   stpswitch::Packet ask(const stpswitch::Packet &request);
@@ -42,5 +42,5 @@ class PacketClient {
 
  private:
   const stpswitch::EventLoop *loop_;
-  stpswitch::FileDescriptor fd_;
+  stpplatform::OwnedFd fd_;
 };
