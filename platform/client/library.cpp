@@ -1,14 +1,14 @@
 // What happens when the agent loads and unloads the library, in its order.
 #include "agent_session.h"
 #include "connection.h"
-#include "event_connection.h"
 #include "event_history.h"
+#include "event_subscription.h"
 #include "notification_registry.h"
 #include "settings.h"
 
 namespace {
 
-void follow_subscriptions() { stpplatform::event_connection().follow_subscriptions(); }
+void follow_subscriptions() { stpplatform::event_subscription().follow_subscriptions(); }
 
 __attribute__((constructor)) void on_load() {
   stpplatform::read_settings();
@@ -19,7 +19,7 @@ __attribute__((constructor)) void on_load() {
 // Leaves nothing behind in the agent that points into this library.
 __attribute__((destructor)) void on_unload() {
   stpplatform::stop_watching_requests();
-  stpplatform::event_connection().reset();
+  stpplatform::event_subscription().reset();
   stpplatform::connection().reset();
   // A process that still has subscriptions did not unload the module: it is the parent that an agent leaves
   // behind when it goes into the background, and the history is the daemon's to save.

@@ -21,7 +21,7 @@
 #include <vector>
 
 #include "connection.h"
-#include "event_connection.h"
+#include "event_subscription.h"
 #include "platform/agent_ext.h"
 #include "platform/cmd.h"
 #include "platform/xport.h"
@@ -203,7 +203,7 @@ TEST_F(EventStormTest, requests_get_their_turn_in_a_storm) {
   ASSERT_TRUE(run_main_loop_until([&] {
     const uint32_t before = delivered;
     run_main_loop_once();
-    EXPECT_LE(delivered - before, static_cast<uint32_t>(stpplatform::EventConnection::kEventsPerWakeup));
+    EXPECT_LE(delivered - before, static_cast<uint32_t>(stpplatform::EventSubscription::kEventsPerWakeup));
     EXPECT_EQ(ask(), CMD_OK);
     ++rounds;
     return final_states_have_come() || testing::Test::HasFailure();

@@ -1,5 +1,5 @@
 // The switch's events: when their connection is made, what becomes of them, and what is left of it.
-#include "event_connection.h"
+#include "event_subscription.h"
 
 #include <arpa/inet.h>
 #include <net-snmp/net-snmp-config.h>
@@ -74,14 +74,14 @@ std::vector<uint32_t> classes_of(const Bytes &subscription) {
   return classes;
 }
 
-class EventConnectionTest : public PlatformTest {
+class EventSubscriptionTest : public PlatformTest {
  protected:
-  EventConnectionTest() {
+  EventSubscriptionTest() {
     handled.clear();
     in_handler = nullptr;
   }
 
-  ~EventConnectionTest() override {
+  ~EventSubscriptionTest() override {
     unsubscribe_all();
     EXPECT_FALSE(has_alarm());
   }
@@ -139,13 +139,13 @@ class EventConnectionTest : public PlatformTest {
   std::string log_prefix() const { return "stpplatform: " + switch_.path() + ": events: "; }
 };
 
-TEST_F(EventConnectionTest, nothing_is_done_without_a_subscription) {
+TEST_F(EventSubscriptionTest, nothing_is_done_without_a_subscription) {
   EXPECT_TRUE(switch_answers());
   EXPECT_FALSE(has_alarm());
   EXPECT_EQ(switch_.connections(), 1U);
 }
 
-TEST_F(EventConnectionTest, nothing_is_done_before_the_main_loop_runs) {
+TEST_F(EventSubscriptionTest, nothing_is_done_before_the_main_loop_runs) {
   const size_t descriptors = open_descriptors();
   subscribe();
   EXPECT_EQ(open_descriptors(), descriptors);
@@ -154,7 +154,7 @@ TEST_F(EventConnectionTest, nothing_is_done_before_the_main_loop_runs) {
   EXPECT_EQ(watched_descriptors(), 1);
 }
 
-TEST_F(EventConnectionTest, one_subscription_names_all_classes) {
+TEST_F(EventSubscriptionTest, one_subscription_names_all_classes) {
   subscribe<kPortClass>();
   subscribe<kLoopClass>();
   subscribe<kRootClass>();
@@ -166,13 +166,13 @@ TEST_F(EventConnectionTest, one_subscription_names_all_classes) {
   EXPECT_TRUE(LogCapture::take().empty());
 }
 
-TEST_F(EventConnectionTest, a_subscription_has_the_form_of_the_wire) {
+TEST_F(EventSubscriptionTest, a_subscription_has_the_form_of_the_wire) {
   subscribe_and_connect();
   EXPECT_EQ(switch_.subscriptions()[0],
             (Bytes{'W', 'P', 'T', 'S', 1, 0, 4, 0, 24, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0x0E, 0x44, 0, 0}));
 }
 
-TEST_F(EventConnectionTest, appearing_and_vanishing_are_delivered_in_order_with_their_payload) {
+TEST_F(EventSubscriptionTest, appearing_and_vanishing_are_delivered_in_order_with_their_payload) {
   subscribe<kPortClass>();
   subscribe<kLoopClass>();
   ASSERT_TRUE(connects());
@@ -186,7 +186,7 @@ TEST_F(EventConnectionTest, appearing_and_vanishing_are_delivered_in_order_with_
   EXPECT_EQ(handled[2].payload, (Bytes{0, 0, 0x0F, 0xFE, 0x16, 0, 0, 0, 3, 0, 0, 0, 0, 0, 0, 4}));
 }
 
-TEST_F(EventConnectionTest, an_event_of_a_class_that_is_not_enabled_is_dropped) {
+TEST_F(EventSubscriptionTest, an_event_of_a_class_that_is_not_enabled_is_dropped) {
   subscribe_and_connect();
   ASSERT_EQ(set_notification_enable_disable_status(kLoopClass, 0), 0);
   tell(1, kAppeared);
@@ -198,7 +198,7 @@ TEST_F(EventConnectionTest, an_event_of_a_class_that_is_not_enabled_is_dropped) 
   EXPECT_EQ(handled, std::vector{expected(kLoopClass, kVanished)});
 }
 
-TEST_F(EventConnectionTest, an_event_of_a_class_without_handler_is_dropped) {
+TEST_F(EventSubscriptionTest, an_event_of_a_class_without_handler_is_dropped) {
   subscribe_and_connect();
   tell(1, kAppeared, kRootClass);
   tell(2, kVanished);
@@ -207,7 +207,7 @@ TEST_F(EventConnectionTest, an_event_of_a_class_without_handler_is_dropped) {
   EXPECT_TRUE(LogCapture::take().empty());
 }
 
-TEST_F(EventConnectionTest, a_class_more_or_less_is_a_new_subscription_on_the_same_connection) {
+TEST_F(EventSubscriptionTest, a_class_more_or_less_is_a_new_subscription_on_the_same_connection) {
   subscribe_and_connect();
   subscribe<kRootClass>();
   ASSERT_TRUE(connects());
@@ -220,13 +220,13 @@ TEST_F(EventConnectionTest, a_class_more_or_less_is_a_new_subscription_on_the_sa
   ASSERT_TRUE(is_handled(1));
 }
 
-TEST_F(EventConnectionTest, another_handler_of_a_class_is_no_new_subscription) {
+TEST_F(EventSubscriptionTest, another_handler_of_a_class_is_no_new_subscription) {
   subscribe_and_connect();
   subscribe();
   EXPECT_FALSE(has_alarm());
 }
 
-TEST_F(EventConnectionTest, a_class_that_is_subscribed_to_while_the_connection_is_made_is_named) {
+TEST_F(EventSubscriptionTest, a_class_that_is_subscribed_to_while_the_connection_is_made_is_named) {
   subscribe();
   ASSERT_TRUE(ring_next_alarm());
   subscribe<kRootClass>();
@@ -234,7 +234,7 @@ TEST_F(EventConnectionTest, a_class_that_is_subscribed_to_while_the_connection_i
   EXPECT_EQ(classes_of(switch_.subscriptions()[0]), (std::vector{kLoopClass, kRootClass}));
 }
 
-TEST_F(EventConnectionTest, the_last_class_takes_everything_along) {
+TEST_F(EventSubscriptionTest, the_last_class_takes_everything_along) {
   const size_t descriptors = open_descriptors();
   size_t made = 0;
   for (int i = 0; i < 100; ++i) {
@@ -258,7 +258,7 @@ TEST_F(EventConnectionTest, the_last_class_takes_everything_along) {
   EXPECT_TRUE(LogCapture::take().empty());
 }
 
-TEST_F(EventConnectionTest, a_wakeup_hands_out_so_many_events_and_no_more) {
+TEST_F(EventSubscriptionTest, a_wakeup_hands_out_so_many_events_and_no_more) {
   constexpr uint32_t kEvents = 150;
   subscribe_and_connect();
   for (uint32_t i = 1; i <= kEvents; ++i) {
@@ -275,14 +275,14 @@ TEST_F(EventConnectionTest, a_wakeup_hands_out_so_many_events_and_no_more) {
   }
 }
 
-TEST_F(EventConnectionTest, a_spurious_wakeup_is_nothing) {
+TEST_F(EventSubscriptionTest, a_spurious_wakeup_is_nothing) {
   subscribe_and_connect();
   external_readfdfunc[0](external_readfd[0], external_readfd_data[0]);
   tell(1);
   EXPECT_TRUE(is_handled(1));
 }
 
-TEST_F(EventConnectionTest, requests_do_not_depend_on_it) {
+TEST_F(EventSubscriptionTest, requests_do_not_depend_on_it) {
   subscribe();
   EXPECT_TRUE(switch_answers()) << "while it is not made yet";
   ASSERT_TRUE(ring_next_alarm());
@@ -295,7 +295,7 @@ TEST_F(EventConnectionTest, requests_do_not_depend_on_it) {
   EXPECT_EQ(switch_.connections(), 2U) << "one of each";
 }
 
-TEST_F(EventConnectionTest, it_does_not_depend_on_requests) {
+TEST_F(EventSubscriptionTest, it_does_not_depend_on_requests) {
   subscribe_and_connect();
   switch_.answer_with([](const Bytes &) { return Answer{{Bytes(7, 0xFF)}}; });
   EXPECT_EQ(ask(1), CMD_BAD_REPLY);
@@ -304,7 +304,7 @@ TEST_F(EventConnectionTest, it_does_not_depend_on_requests) {
   EXPECT_TRUE(is_handled(1));
 }
 
-TEST_F(EventConnectionTest, a_switch_that_restarts_is_subscribed_to_again) {
+TEST_F(EventSubscriptionTest, a_switch_that_restarts_is_subscribed_to_again) {
   subscribe_and_connect();
   for (uint32_t restart = 1; restart <= 5; ++restart) {
     tell(1);
@@ -322,7 +322,7 @@ TEST_F(EventConnectionTest, a_switch_that_restarts_is_subscribed_to_again) {
   EXPECT_EQ(switch_.subscriptions().size(), 6U);
 }
 
-TEST_F(EventConnectionTest, what_was_sent_before_the_switch_went_is_delivered) {
+TEST_F(EventSubscriptionTest, what_was_sent_before_the_switch_went_is_delivered) {
   subscribe_and_connect();
   tell(1);
   tell(2);
@@ -331,7 +331,7 @@ TEST_F(EventConnectionTest, what_was_sent_before_the_switch_went_is_delivered) {
   EXPECT_EQ(handled.size(), 2U);
 }
 
-TEST_F(EventConnectionTest, an_absent_switch_is_tried_less_and_less_and_logged_once) {
+TEST_F(EventSubscriptionTest, an_absent_switch_is_tried_less_and_less_and_logged_once) {
   switch_.stop();
   subscribe();
   EXPECT_EQ(ring_next_alarm(), 1U);
@@ -345,7 +345,7 @@ TEST_F(EventConnectionTest, an_absent_switch_is_tried_less_and_less_and_logged_o
             std::vector{log_prefix() + "the switch is connected; connections lost so far: 0\n"});
 }
 
-TEST_F(EventConnectionTest, a_connection_that_stood_long_starts_the_backoff_over) {
+TEST_F(EventSubscriptionTest, a_connection_that_stood_long_starts_the_backoff_over) {
   subscribe_and_connect();
   for (const uint64_t wait : {100U, 200U, 400U}) {
     clock_.pass_ms(Backoff::kLongestMs - 1);
@@ -361,7 +361,7 @@ TEST_F(EventConnectionTest, a_connection_that_stood_long_starts_the_backoff_over
   EXPECT_EQ(ring_next_alarm(), Backoff::kFirstMs);
 }
 
-TEST_F(EventConnectionTest, a_switch_that_does_not_greet_is_given_up_after_the_deadline) {
+TEST_F(EventSubscriptionTest, a_switch_that_does_not_greet_is_given_up_after_the_deadline) {
   set_deadline_ms(1234);
   switch_.greet_with({});
   subscribe();
@@ -374,7 +374,7 @@ TEST_F(EventConnectionTest, a_switch_that_does_not_greet_is_given_up_after_the_d
   EXPECT_TRUE(connects());
 }
 
-TEST_F(EventConnectionTest, a_main_loop_without_room_is_tried_again) {
+TEST_F(EventSubscriptionTest, a_main_loop_without_room_is_tried_again) {
   const auto nothing = [](int, void *) {};
   int others = 0;
   while (register_readfd(1000 + others, nothing, nullptr) == FD_REGISTERED_OK) {
@@ -395,7 +395,7 @@ TEST_F(EventConnectionTest, a_main_loop_without_room_is_tried_again) {
   EXPECT_TRUE(connects());
 }
 
-TEST_F(EventConnectionTest, a_handler_may_end_the_subscription) {
+TEST_F(EventSubscriptionTest, a_handler_may_end_the_subscription) {
   subscribe_and_connect();
   in_handler = [] { unsubscribe_all(); };
   tell(1);
@@ -406,7 +406,7 @@ TEST_F(EventConnectionTest, a_handler_may_end_the_subscription) {
   EXPECT_EQ(handled.size(), 1U);
 }
 
-TEST_F(EventConnectionTest, a_handler_may_subscribe_anew) {
+TEST_F(EventSubscriptionTest, a_handler_may_subscribe_anew) {
   subscribe_and_connect();
   in_handler = [] {
     unsubscribe_all();
@@ -423,7 +423,7 @@ TEST_F(EventConnectionTest, a_handler_may_subscribe_anew) {
   EXPECT_TRUE(is_handled(2));
 }
 
-TEST_F(EventConnectionTest, a_handler_may_ask_the_switch) {
+TEST_F(EventSubscriptionTest, a_handler_may_ask_the_switch) {
   subscribe_and_connect();
   in_handler = [] { EXPECT_TRUE(switch_answers()); };
   tell(1);
@@ -453,7 +453,7 @@ const BadEventGreeting kBadEventGreetings[] = {
     {"longer_than_any_event", [](Greeting *greeting) { greeting->packet.resize(4096); }},
 };
 
-class BadEventGreetingTest : public EventConnectionTest,
+class BadEventGreetingTest : public EventSubscriptionTest,
                              public testing::WithParamInterface<BadEventGreeting> {};
 
 TEST_P(BadEventGreetingTest, is_refused_and_leaves_nothing_behind) {
@@ -506,7 +506,7 @@ const BadSecond kBadSeconds[] = {
      }},
 };
 
-class BadSecondTest : public EventConnectionTest, public testing::WithParamInterface<BadSecond> {};
+class BadSecondTest : public EventSubscriptionTest, public testing::WithParamInterface<BadSecond> {};
 
 TEST_P(BadSecondTest, ends_the_connection_with_one_line) {
   subscribe_and_connect();
@@ -526,7 +526,7 @@ TEST_P(BadSecondTest, ends_the_connection_with_one_line) {
 INSTANTIATE_TEST_SUITE_P(events, BadSecondTest, testing::ValuesIn(kBadSeconds),
                          [](const auto &parameter) { return std::string(parameter.param.name); });
 
-TEST_F(EventConnectionTest, none_of_thousands_of_damaged_events_is_believed) {
+TEST_F(EventSubscriptionTest, none_of_thousands_of_damaged_events_is_believed) {
   constexpr uint32_t kSeed = 815;
   constexpr int kCases = 2000;
   RecordProperty("seed", kSeed);
@@ -564,7 +564,7 @@ TEST_F(EventConnectionTest, none_of_thousands_of_damaged_events_is_believed) {
 
 // What an agent does when it goes into the background: the subscription is the parent's, the main loop the
 // child's.
-TEST_F(EventConnectionTest, a_subscription_from_before_a_fork_works_behind_it) {
+TEST_F(EventSubscriptionTest, a_subscription_from_before_a_fork_works_behind_it) {
   subscribe();
   const pid_t child = fork();
   ASSERT_GE(child, 0);
@@ -582,12 +582,12 @@ TEST_F(EventConnectionTest, a_subscription_from_before_a_fork_works_behind_it) {
   EXPECT_TRUE(handled.empty());
 }
 
-TEST_F(EventConnectionTest, a_forked_child_that_drops_it_does_not_hurt_its_parent) {
+TEST_F(EventSubscriptionTest, a_forked_child_that_drops_it_does_not_hurt_its_parent) {
   subscribe_and_connect();
   const pid_t child = fork();
   ASSERT_GE(child, 0);
   if (child == 0) {
-    stpplatform::event_connection().reset();
+    stpplatform::event_subscription().reset();
     kill(getpid(), SIGKILL);
   }
   int status = -1;

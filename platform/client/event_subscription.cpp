@@ -1,4 +1,4 @@
-#include "event_connection.h"
+#include "event_subscription.h"
 
 #include <net-snmp/net-snmp-config.h>
 //
@@ -23,7 +23,7 @@
 namespace stpplatform {
 namespace {
 
-constinit EventConnection the_event_connection;
+constinit EventSubscription the_event_subscription;
 
 // For an alarm that is due as soon as the main loop runs.
 constexpr uint64_t kSoonMs = 1;
@@ -44,9 +44,9 @@ timeval interval(uint64_t ms) {
 
 }  // namespace
 
-EventConnection &event_connection() { return the_event_connection; }
+EventSubscription &event_subscription() { return the_event_subscription; }
 
-void EventConnection::follow_subscriptions() {
+void EventSubscription::follow_subscriptions() {
   if (!has_subscriptions()) {
     reset();
   } else if (alarm_ == 0) {
@@ -54,7 +54,7 @@ void EventConnection::follow_subscriptions() {
   }
 }
 
-void EventConnection::reset() {
+void EventSubscription::reset() {
   drop();
   unschedule();
   backoff_.reset();
@@ -62,8 +62,8 @@ void EventConnection::reset() {
   failure_reported_ = false;
 }
 
-void EventConnection::on_alarm(unsigned int /*alarm*/, void *connection) {
-  auto *self = static_cast<EventConnection *>(connection);
+void EventSubscription::on_alarm(unsigned int /*alarm*/, void *connection) {
+  auto *self = static_cast<EventSubscription *>(connection);
   self->alarm_ = 0;  // it rings once
   if (!self->is_open()) {
     self->open();
@@ -74,7 +74,7 @@ void EventConnection::on_alarm(unsigned int /*alarm*/, void *connection) {
   }
 }
 
-void EventConnection::open() {
+void EventSubscription::open() {
   OwnedFd socket = connect_packet_socket(settings().socket_path);
   if (!socket.is_open()) {
     failed(std::strerror(errno));
@@ -88,15 +88,15 @@ void EventConnection::open() {
   schedule(settings().deadline_ms);
 }
 
-void EventConnection::on_input(int /*socket*/, void *connection) {
-  auto *self = static_cast<EventConnection *>(connection);
+void EventSubscription::on_input(int /*socket*/, void *connection) {
+  auto *self = static_cast<EventSubscription *>(connection);
   // A handler may end the subscription, and the connection with it.
   for (int i = 0; i < kEventsPerWakeup && self->is_open() && self->receive_one(); ++i) {
   }
 }
 
 // False when there is nothing more to receive for now.
-bool EventConnection::receive_one() {
+bool EventSubscription::receive_one() {
   alignas(uint32_t) uint8_t packet[kMaxPacketSize];
   const Deadline at_once(0);
   size_t size = 0;
@@ -117,7 +117,7 @@ bool EventConnection::receive_one() {
   }
 }
 
-bool EventConnection::take_hello(const void *packet, size_t size) {
+bool EventSubscription::take_hello(const void *packet, size_t size) {
   uint32_t snapshot_size = 0;
   if (!check_hello(packet, size, &snapshot_size)) {
     failed(kMalformed);
@@ -137,7 +137,7 @@ bool EventConnection::take_hello(const void *packet, size_t size) {
   return true;
 }
 
-bool EventConnection::take_event(void *packet, size_t size) {
+bool EventSubscription::take_event(void *packet, size_t size) {
   ReceivedEvent event;
   if (!check_event(packet, size, wire::next_sequence(sequence_), &event)) {
     failed(kMalformed);
@@ -149,7 +149,7 @@ bool EventConnection::take_event(void *packet, size_t size) {
   return true;
 }
 
-bool EventConnection::subscribe() {
+bool EventSubscription::subscribe() {
   struct {
     wire::Subscribe head;
     uint32_t classes[wire::kMaxSubscribedClasses];
@@ -166,7 +166,7 @@ bool EventConnection::subscribe() {
   return true;
 }
 
-void EventConnection::failed(const char *what) {
+void EventSubscription::failed(const char *what) {
   const uint64_t now = monotonic_ms();
   if (is_greeted_) {
     ++losses_;
@@ -184,7 +184,7 @@ void EventConnection::failed(const char *what) {
   }
 }
 
-void EventConnection::drop() {
+void EventSubscription::drop() {
   if (is_open()) {
     unregister_readfd(socket_);
     // No shutdown: a process that the agent forked off may hold the same socket.
@@ -195,11 +195,11 @@ void EventConnection::drop() {
   sequence_ = 0;
 }
 
-void EventConnection::schedule(uint64_t ms) {
+void EventSubscription::schedule(uint64_t ms) {
   alarm_ = snmp_alarm_register_hr(interval(ms), 0, on_alarm, this);
 }
 
-void EventConnection::unschedule() {
+void EventSubscription::unschedule() {
   if (alarm_ != 0) {
     snmp_alarm_unregister(alarm_);
     alarm_ = 0;

@@ -14,11 +14,11 @@
 
 namespace stpplatform {
 
-class EventConnection {
+class EventSubscription {
  public:
-  constexpr EventConnection() = default;
-  EventConnection(const EventConnection &) = delete;
-  EventConnection &operator=(const EventConnection &) = delete;
+  constexpr EventSubscription() = default;
+  EventSubscription(const EventSubscription &) = delete;
+  EventSubscription &operator=(const EventSubscription &) = delete;
 
   // The most events that are handed out before the main loop turns to requests.
   static constexpr int kEventsPerWakeup = 64;
@@ -54,6 +54,6 @@ class EventConnection {
   bool failure_reported_ = false;
 };
 
-EventConnection &event_connection();
+EventSubscription &event_subscription();
 
 }  // namespace stpplatform
