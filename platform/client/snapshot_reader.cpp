@@ -56,6 +56,9 @@ const wire::SnapshotInterface *SlotView::find_port(uint32_t base_port) const {
 
 const char *SnapshotReader::map(int descriptor, uint32_t announced_size) {
   unmap();
+  if (announced_size > wire::kMaxSnapshotSize) {
+    return "the snapshot is larger than that of any switch";
+  }
   // A file that could shrink would turn a read into a SIGBUS of the agent.
   constexpr int kNeededSeals = F_SEAL_SHRINK | F_SEAL_GROW;
   const int seals = fcntl(descriptor, F_GET_SEALS);
@@ -79,8 +82,7 @@ const char *SnapshotReader::map(int descriptor, uint32_t announced_size) {
   if (load_shared(head_->magic) != wire::kSnapshotMagic ||
       load_shared(head_->version) != wire::kSnapshotVersion) {
     fault = "the snapshot is not one of this version";
-  } else if (interface_capacity_ > announced_size / sizeof(wire::SnapshotInterface) ||
-             load_shared(head_->size) != announced_size ||
+  } else if (interface_capacity_ > wire::kMaxInterfaces || load_shared(head_->size) != announced_size ||
              wire::snapshot_size(interface_capacity_) != announced_size) {
     fault = "the snapshot's size does not fit its capacity";
   }

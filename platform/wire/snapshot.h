@@ -11,6 +11,7 @@
 #include <cstdint>
 
 #include "platform/stp.h"
+#include "wire/if_index.h"
 
 namespace stpplatform::wire {
 
@@ -19,6 +20,10 @@ inline constexpr uint32_t kSnapshotVersion = 1;
 
 // Bridge port numbers: 129 to 4095 for physical ports, 4097 to 8191 for port-channels.
 inline constexpr uint32_t kPortNumbers = 8192;
+
+// Every interface is a physical port or a port-channel, and has a bridge port number that its own number
+// tells (if_index.h): no switch has more of them than there are such numbers.
+inline constexpr uint32_t kMaxInterfaces = kMaxPhysicalPort + kMaxChannel;
 
 // The CIST and 64 MST instances, as many as a configuration can name (IEEE 802.1Q clause 13.8).
 inline constexpr uint32_t kMaxMstInstances = 65;
@@ -69,6 +74,8 @@ constexpr size_t snapshot_slot_size(size_t interface_capacity) {
 constexpr size_t snapshot_size(size_t interface_capacity) {
   return sizeof(SnapshotHead) + 2 * snapshot_slot_size(interface_capacity);
 }
+
+inline constexpr size_t kMaxSnapshotSize = snapshot_size(kMaxInterfaces);
 
 constexpr size_t snapshot_slot_offset(size_t interface_capacity, uint64_t generation) {
   return sizeof(SnapshotHead) + (generation % 2) * snapshot_slot_size(interface_capacity);

@@ -446,6 +446,28 @@ TEST_P(BadGreetingTest, is_refused_and_leaves_nothing_behind) {
 INSTANTIATE_TEST_SUITE_P(greetings, BadGreetingTest, testing::ValuesIn(kBadGreetings),
                          [](const auto &parameter) { return std::string(parameter.param.name); });
 
+// 3967 physical ports and 4095 port-channels.
+TEST_F(ConnectionTest, the_largest_snapshot_of_any_switch_is_taken) {
+  const SnapshotFile largest(8062);
+  largest.seal(F_SEAL_GROW | F_SEAL_SHRINK);
+  switch_.greet_with({make_hello(largest.size()), {largest.descriptor()}});
+  EXPECT_TRUE(switch_answers());
+}
+
+TEST_F(ConnectionTest, a_snapshot_of_more_interfaces_than_a_switch_can_have_is_refused_unread) {
+  for (const uint32_t capacity : {8063U, 40000U}) {
+    const SnapshotFile enormous(capacity);
+    enormous.seal(F_SEAL_GROW | F_SEAL_SHRINK);
+    enormous.head()->magic = 0;
+    switch_.greet_with({make_hello(enormous.size()), {enormous.descriptor()}});
+    EXPECT_EQ(ask(1), CMD_BAD_REPLY);
+    EXPECT_EQ(LogCapture::take(),
+              std::vector<std::string>{"stpplatform: " + switch_.path() +
+                                       ": the snapshot is larger than that of any switch\n"});
+    stpplatform::connection().reset();
+  }
+}
+
 TEST_F(ConnectionTest, no_descriptor_leaks_however_a_request_ends) {
   const size_t before = open_descriptors();
   for (int i = 0; i < 20; ++i) {
