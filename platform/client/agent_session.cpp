@@ -41,6 +41,9 @@ struct RequestIdentity {
 };
 RequestIdentity current_request = {};
 
+using Listener = void (*)();
+constinit Listener request_listener = nullptr;
+
 // Copies `length` bytes as a text; nothing when it would not be the same text there. Returns the length
 // copied.
 size_t copy_text(char *to, size_t room, const char *from, size_t length) {
@@ -106,6 +109,9 @@ int on_access_check(int, int, void *parameters, void *) {
       copy_text(and_context_name, AND_CONTEXT_NAME_MAX + 1, pdu->contextName, pdu->contextNameLen));
   copy_user(*pdu);
   session = session_number(*pdu, user_name);
+  if (request_listener != nullptr) {
+    request_listener();
+  }
   return SNMPERR_SUCCESS;
 }
 
@@ -121,6 +127,8 @@ void watch_requests() {
                               NETSNMP_CALLBACK_LOWEST_PRIORITY);
   }
 }
+
+void on_new_request(void (*begun)()) { request_listener = begun; }
 
 void stop_watching_requests() {
   for (const int check : kAccessChecks) {

@@ -8,6 +8,9 @@ namespace stpplatform {
 void watch_requests();
 void stop_watching_requests();
 
+// Has `begun` called for every request that is checked; there is one listener.
+void on_new_request(void (*begun)());
+
 // Nobody asks any more.
 void end_of_request();
 

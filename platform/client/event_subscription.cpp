@@ -60,17 +60,32 @@ void EventSubscription::reset() {
   backoff_.reset();
   losses_ = 0;
   failure_reported_ = false;
+  alarm_failure_reported_ = false;
 }
 
 void EventSubscription::on_alarm(unsigned int /*alarm*/, void *connection) {
   auto *self = static_cast<EventSubscription *>(connection);
   self->alarm_ = 0;  // it rings once
-  if (!self->is_open()) {
-    self->open();
-  } else if (self->is_greeted_) {
-    self->subscribe();
+  self->on_due();
+}
+
+void EventSubscription::stand_in_for_alarm() {
+  is_alarm_missing_ = false;
+  const uint64_t now = monotonic_ms();
+  if (now >= due_at_ms_) {
+    on_due();
   } else {
-    self->failed("the switch does not greet in time");
+    schedule(due_at_ms_ - now);
+  }
+}
+
+void EventSubscription::on_due() {
+  if (!is_open()) {
+    open();
+  } else if (is_greeted_) {
+    subscribe();
+  } else {
+    failed("the switch does not greet in time");
   }
 }
 
@@ -177,11 +192,11 @@ void EventSubscription::failed(const char *what) {
   drop();
   unschedule();
   backoff_.failed(now);
-  schedule(backoff_.wait_ms());
   if (!failure_reported_) {
     failure_reported_ = true;
     snmp_log(LOG_WARNING, "stpplatform: %s: events: %s\n", settings().socket_path, what);
   }
+  schedule(backoff_.wait_ms());
 }
 
 void EventSubscription::drop() {
@@ -196,7 +211,16 @@ void EventSubscription::drop() {
 }
 
 void EventSubscription::schedule(uint64_t ms) {
+  due_at_ms_ = monotonic_ms() + ms;
   alarm_ = snmp_alarm_register_hr(interval(ms), 0, on_alarm, this);
+  is_alarm_missing_ = alarm_ == 0;
+  if (!is_alarm_missing_) {
+    alarm_failure_reported_ = false;
+  } else if (!alarm_failure_reported_) {
+    alarm_failure_reported_ = true;
+    snmp_log(LOG_WARNING, "stpplatform: %s: events: the agent cannot set an alarm; requests take its place\n",
+             settings().socket_path);
+  }
 }
 
 void EventSubscription::unschedule() {
@@ -204,6 +228,7 @@ void EventSubscription::unschedule() {
     snmp_alarm_unregister(alarm_);
     alarm_ = 0;
   }
+  is_alarm_missing_ = false;
 }
 
 }  // namespace stpplatform

@@ -9,10 +9,12 @@
 namespace {
 
 void follow_subscriptions() { stpplatform::event_subscription().follow_subscriptions(); }
+void on_request() { stpplatform::event_subscription().on_request(); }
 
 __attribute__((constructor)) void on_load() {
   stpplatform::read_settings();
   stpplatform::watch_requests();
+  stpplatform::on_new_request(on_request);
   stpplatform::on_subscription_change(follow_subscriptions);
 }
 

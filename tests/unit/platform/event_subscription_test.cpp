@@ -6,6 +6,9 @@
 //
 #include <net-snmp/net-snmp-includes.h>
 //
+#include <net-snmp/agent/net-snmp-agent-includes.h>
+//
+#include <net-snmp/agent/agent_callbacks.h>
 #include <net-snmp/library/fd_event_manager.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,8 +18,10 @@
 #include <cstring>
 #include <functional>
 
+#include "agent_session.h"
 #include "backoff.h"
 #include "connection.h"
+#include "failing_alarms.h"
 #include "mutation.h"
 #include "platform/agent_ext.h"
 #include "platform/xport.h"
@@ -134,6 +139,19 @@ class EventSubscriptionTest : public PlatformTest {
 
   bool is_handled(size_t events) {
     return run_main_loop_until([=] { return handled.size() >= events; });
+  }
+
+  // Lets a manager ask the agent for anything.
+  static void request_comes() {
+    netsnmp_pdu pdu{};
+    view_parameters parameters{};
+    parameters.pdu = &pdu;
+    snmp_call_callbacks(SNMP_CALLBACK_APPLICATION, SNMPD_CALLBACK_ACM_CHECK, &parameters);
+    stpplatform::end_of_request();
+  }
+
+  std::string no_alarm() const {
+    return log_prefix() + "the agent cannot set an alarm; requests take its place\n";
   }
 
   std::string log_prefix() const { return "stpplatform: " + switch_.path() + ": events: "; }
@@ -393,6 +411,69 @@ TEST_F(EventSubscriptionTest, a_main_loop_without_room_is_tried_again) {
     unregister_readfd(1000 + --others);
   }
   EXPECT_TRUE(connects());
+}
+
+TEST_F(EventSubscriptionTest, requests_bring_a_lost_connection_back_where_no_alarm_can_be_set) {
+  subscribe_and_connect();
+  {
+    const FailingAlarms failing;
+    switch_.close_connections();
+    ASSERT_TRUE(run_main_loop_until([] { return watched_descriptors() == 0; }));
+    EXPECT_EQ(LogCapture::take(),
+              (std::vector{log_prefix() + "the switch has closed the connection\n", no_alarm()}));
+    clock_.pass_ms(Backoff::kFirstMs - 1);
+    request_comes();
+    EXPECT_EQ(watched_descriptors(), 0) << "the switch is left alone";
+    clock_.pass_ms(1);
+    request_comes();
+    ASSERT_TRUE(is_subscribed(2));
+  }
+  EXPECT_EQ(LogCapture::take(),
+            std::vector{log_prefix() + "the switch is connected; connections lost so far: 1\n"});
+  tell(1);
+  EXPECT_TRUE(is_handled(1));
+}
+
+TEST_F(EventSubscriptionTest, a_request_sets_the_alarm_that_could_not_be_set) {
+  {
+    const FailingAlarms failing;
+    subscribe();
+  }
+  EXPECT_EQ(LogCapture::take(), std::vector{no_alarm()});
+  EXPECT_FALSE(has_alarm());
+  request_comes();
+  EXPECT_TRUE(has_alarm());
+  EXPECT_TRUE(connects());
+  request_comes();
+  EXPECT_FALSE(has_alarm());
+}
+
+TEST_F(EventSubscriptionTest, a_switch_that_does_not_greet_is_given_up_without_an_alarm) {
+  const FailingAlarms failing;
+  set_deadline_ms(1234);
+  switch_.greet_with({});
+  subscribe();
+  clock_.pass_ms(1);
+  request_comes();
+  EXPECT_EQ(watched_descriptors(), 1);
+  clock_.pass_ms(1233);
+  request_comes();
+  EXPECT_EQ(watched_descriptors(), 1);
+  clock_.pass_ms(1);
+  request_comes();
+  EXPECT_EQ(watched_descriptors(), 0);
+  EXPECT_EQ(LogCapture::take(),
+            (std::vector{no_alarm(), log_prefix() + "the switch does not greet in time\n"}));
+}
+
+TEST_F(EventSubscriptionTest, a_subscription_that_ends_needs_no_alarm_any_more) {
+  {
+    const FailingAlarms failing;
+    subscribe();
+    unsubscribe_all();
+  }
+  request_comes();
+  EXPECT_FALSE(has_alarm());
 }
 
 TEST_F(EventSubscriptionTest, a_handler_may_end_the_subscription) {
