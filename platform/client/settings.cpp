@@ -15,7 +15,7 @@ namespace {
 
 constexpr uint32_t kDefaultDeadlineMs = 2000;
 constexpr uint32_t kMaxDeadlineMs = 60000;
-constexpr uint32_t kDefaultHistoryLevel = 101;
+constexpr uint32_t kDefaultHistoryLevel = 100;
 constexpr int kDecimal = 10;
 
 Settings current;

@@ -137,12 +137,13 @@ TEST_F(EventHistoryTest, the_level_decides_what_is_kept) {
   };
   set_environment("STPPLATFORM_HISTORY_LEVEL", std::nullopt);
   EXPECT_TRUE(kept(kClass, 100));
+  EXPECT_FALSE(kept(kClass, 101));
+  EXPECT_FALSE(kept(kClass + 1, 100));
+  set_environment("STPPLATFORM_HISTORY_LEVEL", "101");
+  EXPECT_TRUE(kept(kClass, 100));
   EXPECT_TRUE(kept(kClass, 101));
   EXPECT_FALSE(kept(kClass, 102));
-  EXPECT_FALSE(kept(kClass + 1, 100));
-  set_environment("STPPLATFORM_HISTORY_LEVEL", "100");
-  EXPECT_TRUE(kept(kClass, 100));
-  EXPECT_FALSE(kept(kClass, 101));
+  EXPECT_FALSE(kept(kClass + 1, 101));
   set_environment("STPPLATFORM_HISTORY_LEVEL", "0");
   EXPECT_FALSE(kept(kClass, 0));
   EXPECT_FALSE(kept(kClass, 100));

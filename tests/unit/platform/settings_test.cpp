@@ -33,7 +33,7 @@ void expect_defaults() {
   EXPECT_STREQ(settings().socket_path, stpplatform::wire::kDefaultSocketPath);
   EXPECT_EQ(settings().deadline_ms, 2000U);
   EXPECT_EQ(settings().debug_level, 0U);
-  EXPECT_EQ(settings().history_level, 101U);
+  EXPECT_EQ(settings().history_level, 100U);
   EXPECT_STREQ(settings().history_file, "");
 }
 
