@@ -24,17 +24,6 @@ constinit Connection the_connection;
 // more that asks for its size first.
 alignas(uint32_t) uint8_t packet[wire::kMaxMessageSize];
 
-const char *description(cmd_result result) {
-  switch (result) {
-    case CMD_UNREACHABLE:
-      return "the switch has closed the connection";
-    case CMD_TIMEOUT:
-      return "the switch does not answer in time";
-    default:
-      return "the switch has sent something that is not a valid message";
-  }
-}
-
 }  // namespace
 
 Connection &connection() { return the_connection; }
@@ -74,7 +63,7 @@ cmd_result Connection::attempt(const wire::Request &request, bool was_idle, cons
     result = check_reply(packet, size, request.header.sequence, status, attributes);
   }
   if (result != CMD_OK) {
-    return failed(result, description(result));
+    return failed(result, describe_failure(result));
   }
   answered();
   return CMD_OK;
@@ -113,11 +102,11 @@ cmd_result Connection::open(const Deadline &deadline) {
   const cmd_result result =
       receive_packet(socket.get(), packet, sizeof packet, deadline, &size, &shared_memory);
   if (result != CMD_OK) {
-    return failed(result, description(result));
+    return failed(result, describe_failure(result));
   }
   uint32_t snapshot_size = 0;
   if (!check_hello(packet, size, &snapshot_size)) {
-    return failed(CMD_BAD_REPLY, description(CMD_BAD_REPLY));
+    return failed(CMD_BAD_REPLY, describe_failure(CMD_BAD_REPLY));
   }
   const char *fault = snapshot_.map(shared_memory.get(), snapshot_size);
   if (fault != nullptr) {

@@ -34,8 +34,6 @@ static_assert(kMaxPacketSize >= sizeof(wire::Hello));
 
 static_assert(kMaxNotificationClasses <= wire::kMaxSubscribedClasses);
 
-constexpr char kMalformed[] = "the switch has sent something that is not a valid message";
-
 timeval interval(uint64_t ms) {
   constexpr uint64_t kMsPerSecond = 1000;
   constexpr uint64_t kUsPerMs = 1000;
@@ -123,11 +121,8 @@ bool EventSubscription::receive_one() {
       return is_greeted_ ? take_event(packet, size) : take_hello(packet, size);
     case CMD_TIMEOUT:
       return false;
-    case CMD_UNREACHABLE:
-      failed("the switch has closed the connection");
-      return false;
     default:
-      failed(kMalformed);
+      failed(describe_failure(result));
       return false;
   }
 }
@@ -135,7 +130,7 @@ bool EventSubscription::receive_one() {
 bool EventSubscription::take_hello(const void *packet, size_t size) {
   uint32_t snapshot_size = 0;
   if (!check_hello(packet, size, &snapshot_size)) {
-    failed(kMalformed);
+    failed(describe_failure(CMD_BAD_REPLY));
     return false;
   }
   unschedule();
@@ -155,7 +150,7 @@ bool EventSubscription::take_hello(const void *packet, size_t size) {
 bool EventSubscription::take_event(void *packet, size_t size) {
   ReceivedEvent event;
   if (!check_event(packet, size, wire::next_sequence(sequence_), &event)) {
-    failed(kMalformed);
+    failed(describe_failure(CMD_BAD_REPLY));
     return false;
   }
   sequence_ = wire::next_sequence(sequence_);

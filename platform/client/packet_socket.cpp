@@ -26,8 +26,8 @@ cmd_result wait_for(int socket, short events, const Deadline &deadline) {
   }
 }
 
-// Takes over what the kernel has installed. True when that is exactly one descriptor.
-bool take_descriptor(msghdr *message, OwnedFd *descriptor) {
+// Takes over what the kernel has installed. Returns how many descriptors that is.
+int take_descriptors(msghdr *message, OwnedFd *descriptor) {
   int taken = 0;
   for (cmsghdr *control = CMSG_FIRSTHDR(message); control != nullptr;
        control = CMSG_NXTHDR(message, control)) {
@@ -39,7 +39,7 @@ bool take_descriptor(msghdr *message, OwnedFd *descriptor) {
       ++taken;
     }
   }
-  return taken == 1;
+  return taken;
 }
 
 }  // namespace
@@ -104,15 +104,34 @@ cmd_result receive_packet(int socket, void *packet, size_t capacity, const Deadl
       }
       return CMD_UNREACHABLE;
     }
-    const bool descriptor_taken = descriptor != nullptr && take_descriptor(&message, descriptor);
-    if (received == 0 && !descriptor_taken) {
+    const int wanted = descriptor != nullptr ? 1 : 0;
+    const int taken = descriptor != nullptr ? take_descriptors(&message, descriptor) : 0;
+    const bool is_cut = (message.msg_flags & MSG_CTRUNC) != 0;
+    if (taken < wanted && is_cut) {
+      return CMD_NO_MEMORY;
+    }
+    if (received == 0 && taken == 0) {
       return CMD_UNREACHABLE;
     }
-    if ((message.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) != 0 || descriptor_taken != (descriptor != nullptr)) {
+    if ((message.msg_flags & MSG_TRUNC) != 0 || is_cut || taken != wanted) {
       return CMD_BAD_REPLY;
     }
     *size = static_cast<size_t>(received);
     return CMD_OK;
+  }
+}
+
+const char *describe_failure(cmd_result result) {
+  switch (result) {
+    case CMD_UNREACHABLE:
+      return "the switch has closed the connection";
+    case CMD_TIMEOUT:
+      return "the switch does not answer in time";
+    case CMD_NO_MEMORY:
+      return "the agent cannot take the snapshot's descriptor: too many open files, or a security policy "
+             "forbids it";
+    default:
+      return "the switch has sent something that is not a valid message";
   }
 }
 

@@ -19,8 +19,12 @@ cmd_result send_packet(int socket, const void *packet, size_t size, const Deadli
 
 // Returns CMD_OK with `*size` set, CMD_TIMEOUT, CMD_UNREACHABLE when the peer has gone, or CMD_BAD_REPLY for
 // a packet longer than `capacity`. With `descriptor`, exactly one file descriptor must come with the packet;
-// without it, none may. Descriptors that are not wanted are closed.
+// without it, none may. Descriptors that are not wanted are closed. CMD_NO_MEMORY means that the kernel had
+// no place for the one that is wanted.
 cmd_result receive_packet(int socket, void *packet, size_t capacity, const Deadline &deadline, size_t *size,
                           OwnedFd *descriptor = nullptr);
+
+// What it means for the agent's log that the switch's packet, or the like, could not be received.
+const char *describe_failure(cmd_result result);
 
 }  // namespace stpplatform

@@ -20,6 +20,7 @@
 
 #include "backoff.h"
 #include "connection.h"
+#include "full_descriptor_table.h"
 #include "platform/im.h"
 #include "platform_test.h"
 
@@ -466,6 +467,24 @@ TEST_F(ConnectionTest, a_snapshot_of_more_interfaces_than_a_switch_can_have_is_r
                                        ": the snapshot is larger than that of any switch\n"});
     stpplatform::connection().reset();
   }
+}
+
+TEST_F(ConnectionTest, a_snapshot_that_finds_no_free_descriptor_is_named_as_such) {
+  {
+    // For the two ends of the connection.
+    const FullDescriptorTable full(2);
+    if (!full.is_enforced()) {
+      GTEST_SKIP() << "nothing here can bound the kernel's table";
+    }
+    EXPECT_EQ(ask(1), CMD_NO_MEMORY);
+  }
+  EXPECT_EQ(
+      LogCapture::take(),
+      std::vector<std::string>{"stpplatform: " + switch_.path() +
+                               ": the agent cannot take the snapshot's descriptor: too many open files, or "
+                               "a security policy forbids it\n"});
+  wait_for_backoff();
+  EXPECT_TRUE(switch_answers());
 }
 
 TEST_F(ConnectionTest, no_descriptor_leaks_however_a_request_ends) {

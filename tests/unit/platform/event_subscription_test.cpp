@@ -22,6 +22,7 @@
 #include "backoff.h"
 #include "connection.h"
 #include "failing_alarms.h"
+#include "full_descriptor_table.h"
 #include "mutation.h"
 #include "platform/agent_ext.h"
 #include "platform/xport.h"
@@ -474,6 +475,24 @@ TEST_F(EventSubscriptionTest, a_subscription_that_ends_needs_no_alarm_any_more) 
   }
   request_comes();
   EXPECT_FALSE(has_alarm());
+}
+
+TEST_F(EventSubscriptionTest, a_hello_that_finds_no_free_descriptor_is_named_as_such) {
+  subscribe();
+  {
+    // For the two ends of the connection.
+    const FullDescriptorTable full(2);
+    if (!full.is_enforced()) {
+      GTEST_SKIP() << "nothing here can bound the kernel's table";
+    }
+    ASSERT_TRUE(ring_next_alarm());
+    ASSERT_TRUE(is_lost());
+  }
+  EXPECT_EQ(LogCapture::take(),
+            std::vector{log_prefix() +
+                        "the agent cannot take the snapshot's descriptor: too many open files, or a security "
+                        "policy forbids it\n"});
+  EXPECT_TRUE(connects());
 }
 
 TEST_F(EventSubscriptionTest, a_handler_may_end_the_subscription) {
