@@ -80,6 +80,7 @@ void Connection::reset() {
   drop();
   backoff_.reset();
   failure_reported_ = false;
+  malformed_.reset();
 }
 
 cmd_result Connection::ensure_open(const Deadline &deadline) {
@@ -119,9 +120,10 @@ cmd_result Connection::open(const Deadline &deadline) {
 }
 
 cmd_result Connection::failed(cmd_result result, const char *what) {
+  const uint64_t now = monotonic_ms();
   drop();
-  backoff_.failed(monotonic_ms());
-  if (!failure_reported_) {
+  backoff_.failed(now);
+  if (!failure_reported_ && (result != CMD_BAD_REPLY || malformed_.take(now))) {
     failure_reported_ = true;
     snmp_log(LOG_WARNING, "stpplatform: %s: %s\n", settings().socket_path, what);
   }
@@ -134,6 +136,7 @@ void Connection::answered() {
     failure_reported_ = false;
     snmp_log(LOG_NOTICE, "stpplatform: %s: the switch answers again\n", settings().socket_path);
   }
+  malformed_.tell();
 }
 
 void Connection::drop() {

@@ -11,6 +11,7 @@
 
 #include "backoff.h"
 #include "deadline.h"
+#include "malformed_messages.h"
 #include "message_check.h"
 #include "platform/cmd.h"
 #include "snapshot_reader.h"
@@ -52,6 +53,7 @@ class Connection {
   Backoff backoff_;
   uint32_t sequence_ = 0;
   bool failure_reported_ = false;
+  MalformedMessages malformed_{""};
 };
 
 Connection &connection();

@@ -59,6 +59,7 @@ void EventSubscription::reset() {
   losses_ = 0;
   failure_reported_ = false;
   alarm_failure_reported_ = false;
+  malformed_.reset();
 }
 
 void EventSubscription::on_alarm(unsigned int /*alarm*/, void *connection) {
@@ -83,18 +84,18 @@ void EventSubscription::on_due() {
   } else if (is_greeted_) {
     subscribe();
   } else {
-    failed("the switch does not greet in time");
+    failed(CMD_TIMEOUT, "the switch does not greet in time");
   }
 }
 
 void EventSubscription::open() {
   OwnedFd socket = connect_packet_socket(settings().socket_path);
   if (!socket.is_open()) {
-    failed(std::strerror(errno));
+    failed(CMD_UNREACHABLE, std::strerror(errno));
     return;
   }
   if (register_readfd(socket.get(), on_input, this) != FD_REGISTERED_OK) {
-    failed("the agent cannot watch any more connections");
+    failed(CMD_NO_MEMORY, "the agent cannot watch any more connections");
     return;
   }
   socket_ = socket.release();
@@ -122,7 +123,7 @@ bool EventSubscription::receive_one() {
     case CMD_TIMEOUT:
       return false;
     default:
-      failed(describe_failure(result));
+      failed(result, describe_failure(result));
       return false;
   }
 }
@@ -130,7 +131,7 @@ bool EventSubscription::receive_one() {
 bool EventSubscription::take_hello(const void *packet, size_t size) {
   uint32_t snapshot_size = 0;
   if (!check_hello(packet, size, &snapshot_size)) {
-    failed(describe_failure(CMD_BAD_REPLY));
+    failed(CMD_BAD_REPLY, describe_failure(CMD_BAD_REPLY));
     return false;
   }
   unschedule();
@@ -150,10 +151,11 @@ bool EventSubscription::take_hello(const void *packet, size_t size) {
 bool EventSubscription::take_event(void *packet, size_t size) {
   ReceivedEvent event;
   if (!check_event(packet, size, wire::next_sequence(sequence_), &event)) {
-    failed(describe_failure(CMD_BAD_REPLY));
+    failed(CMD_BAD_REPLY, describe_failure(CMD_BAD_REPLY));
     return false;
   }
   sequence_ = wire::next_sequence(sequence_);
+  malformed_.tell();
   TransportMessage message{const_cast<void *>(event.payload)};
   deliver_notification(event.notification_class, &message);
   return true;
@@ -169,14 +171,15 @@ bool EventSubscription::subscribe() {
   message.head = {
       {wire::kMagic, wire::kVersion, static_cast<uint16_t>(wire::MessageType::kSubscribe), size, 0}, count};
   const Deadline at_once(0);
-  if (send_packet(socket_, &message, size, at_once) != CMD_OK) {
-    failed("the switch does not take the subscription");
+  const cmd_result sent = send_packet(socket_, &message, size, at_once);
+  if (sent != CMD_OK) {
+    failed(sent, "the switch does not take the subscription");
     return false;
   }
   return true;
 }
 
-void EventSubscription::failed(const char *what) {
+void EventSubscription::failed(cmd_result result, const char *what) {
   const uint64_t now = monotonic_ms();
   if (is_greeted_) {
     ++losses_;
@@ -187,7 +190,7 @@ void EventSubscription::failed(const char *what) {
   drop();
   unschedule();
   backoff_.failed(now);
-  if (!failure_reported_) {
+  if (!failure_reported_ && (result != CMD_BAD_REPLY || malformed_.take(now))) {
     failure_reported_ = true;
     snmp_log(LOG_WARNING, "stpplatform: %s: events: %s\n", settings().socket_path, what);
   }

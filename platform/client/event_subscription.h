@@ -13,6 +13,8 @@
 #include <cstdint>
 
 #include "backoff.h"
+#include "malformed_messages.h"
+#include "platform/cmd.h"
 
 namespace stpplatform {
 
@@ -48,7 +50,7 @@ class EventSubscription {
   bool take_hello(const void *packet, size_t size);
   bool take_event(void *packet, size_t size);
   bool subscribe();
-  void failed(const char *what);
+  void failed(cmd_result result, const char *what);
   void drop();
   void schedule(uint64_t ms);
   void unschedule();
@@ -66,6 +68,7 @@ class EventSubscription {
   uint32_t losses_ = 0;                  // connections that had been greeted
   Backoff backoff_;
   bool failure_reported_ = false;
+  MalformedMessages malformed_{"events: "};
 };
 
 EventSubscription &event_subscription();

@@ -163,6 +163,51 @@ TEST_F(ConnectionTest, failure_and_recovery_are_logged_once_each) {
                                                           prefix + ": the switch answers again\n"}));
 }
 
+// Bad and good replies take turns, as a switch has them that answers some commands wrongly.
+TEST_F(ConnectionTest, malformed_replies_are_counted_and_not_logged_one_by_one) {
+  const std::string prefix = "stpplatform: " + switch_.path();
+  const std::vector<std::string> one_and_its_end = {
+      prefix + ": the switch has sent something that is not a valid message\n",
+      prefix + ": the switch answers again\n"};
+  const auto malformed = [&](int times) {
+    for (int i = 0; i < times; ++i) {
+      switch_.answer_with([](const Bytes &) { return Answer{{Bytes(7, 0xFF)}}; });
+      EXPECT_EQ(ask(1), CMD_BAD_REPLY);
+      answer_normally();
+      clock_.pass_ms(Backoff::kFirstMs);
+      EXPECT_TRUE(switch_answers());
+    }
+  };
+  malformed(1);
+  EXPECT_EQ(LogCapture::take(), one_and_its_end);
+  malformed(5);
+  clock_.pass_ms(59399);
+  EXPECT_TRUE(switch_answers());
+  EXPECT_TRUE(LogCapture::take().empty());
+  clock_.pass_ms(1);
+  EXPECT_TRUE(switch_answers());
+  EXPECT_TRUE(switch_answers());
+  EXPECT_EQ(LogCapture::take(), std::vector{prefix + ": 5 more messages were not valid\n"});
+  malformed(1);
+  EXPECT_EQ(LogCapture::take(), one_and_its_end);
+  malformed(2);
+  stpplatform::connection().reset();
+  EXPECT_EQ(LogCapture::take(), std::vector{prefix + ": 2 more messages were not valid\n"});
+}
+
+TEST_F(ConnectionTest, a_switch_that_goes_away_is_logged_whatever_it_sent_before) {
+  switch_.answer_with([](const Bytes &) { return Answer{{Bytes(7, 0xFF)}}; });
+  EXPECT_EQ(ask(1), CMD_BAD_REPLY);
+  answer_normally();
+  wait_for_backoff();
+  EXPECT_TRUE(switch_answers());
+  LogCapture::take();
+  switch_.stop();
+  EXPECT_EQ(ask(1), CMD_UNREACHABLE);
+  EXPECT_EQ(LogCapture::take(),
+            std::vector<std::string>{"stpplatform: " + switch_.path() + ": No such file or directory\n"});
+}
+
 TEST_F(ConnectionTest, a_restart_between_two_requests_is_not_noticed_by_the_user) {
   EXPECT_TRUE(switch_answers());
   switch_.stop();

@@ -626,6 +626,36 @@ TEST_P(BadSecondTest, ends_the_connection_with_one_line) {
 INSTANTIATE_TEST_SUITE_P(events, BadSecondTest, testing::ValuesIn(kBadSeconds),
                          [](const auto &parameter) { return std::string(parameter.param.name); });
 
+TEST_F(EventSubscriptionTest, malformed_events_are_counted_and_not_logged_one_by_one) {
+  constexpr uint32_t kNotDue = 99;
+  const auto malformed = [&](int times) {
+    for (int i = 0; i < times; ++i) {
+      tell(kNotDue);
+      ASSERT_TRUE(is_lost());
+      ASSERT_TRUE(connects());
+    }
+  };
+  subscribe_and_connect();
+  malformed(1);
+  EXPECT_EQ(LogCapture::take(),
+            (std::vector{log_prefix() + "the switch has sent something that is not a valid message\n",
+                         log_prefix() + "the switch is connected; connections lost so far: 1\n"}));
+  malformed(4);
+  clock_.pass_ms(59999);
+  tell(1);
+  ASSERT_TRUE(is_handled(1));
+  EXPECT_TRUE(LogCapture::take().empty());
+  clock_.pass_ms(1);
+  tell(2);
+  tell(3);
+  ASSERT_TRUE(is_handled(3));
+  EXPECT_EQ(LogCapture::take(), std::vector{log_prefix() + "4 more messages were not valid\n"});
+  malformed(3);
+  LogCapture::take();
+  unsubscribe_all();
+  EXPECT_EQ(LogCapture::take(), std::vector{log_prefix() + "2 more messages were not valid\n"});
+}
+
 TEST_F(EventSubscriptionTest, none_of_thousands_of_damaged_events_is_believed) {
   constexpr uint32_t kSeed = 815;
   constexpr int kCases = 2000;
