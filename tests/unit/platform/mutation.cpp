@@ -1,6 +1,7 @@
 #include "mutation.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 
 namespace {
@@ -56,4 +57,31 @@ void mutate(std::vector<uint8_t> *packet, Random *random) {
   for (uint32_t i = 0; i < times; ++i) {
     mutate_once(packet, random);
   }
+}
+
+std::vector<std::vector<uint8_t>> damaged_everywhere(const std::vector<uint8_t> &good) {
+  using Packet = std::vector<uint8_t>;
+  std::vector<Packet> copies;
+  for (size_t at = 0; at + sizeof(uint32_t) <= good.size(); at += sizeof(uint32_t)) {
+    uint32_t word = 0;
+    std::memcpy(&word, good.data() + at, sizeof word);
+    for (const uint32_t other : {word ^ 1U, word ^ 0x80000000U, ~word, 0U, UINT32_MAX}) {
+      Packet copy = good;
+      std::memcpy(copy.data() + at, &other, sizeof other);
+      copies.push_back(copy);
+    }
+  }
+  for (size_t size = 1; size < good.size(); ++size) {
+    copies.emplace_back(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(size));
+  }
+  for (const size_t more : {1U, 4U, 16U, 4096U}) {
+    copies.push_back(good);
+    copies.back().resize(good.size() + more);
+  }
+  for (size_t from = 0; from < good.size(); from += sizeof(uint32_t)) {
+    copies.push_back(good);
+    copies.back().insert(copies.back().end(), good.begin() + static_cast<std::ptrdiff_t>(from), good.end());
+  }
+  copies.erase(std::remove(copies.begin(), copies.end(), good), copies.end());
+  return copies;
 }

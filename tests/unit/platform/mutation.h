@@ -7,6 +7,10 @@
 
 using Random = std::mt19937;
 
+// Damaged copies of a packet, none of them as good as it, with each kind of damage at each place that it can
+// have: words changed, cuts, additions, repetitions.
+std::vector<std::vector<uint8_t>> damaged_everywhere(const std::vector<uint8_t> &good);
+
 // The same seed gives the same numbers on every machine.
 inline Random seeded(uint32_t seed) { return Random(seed); }
 
