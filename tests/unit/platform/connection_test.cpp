@@ -7,7 +7,6 @@
 #include <net-snmp/library/fd_event_manager.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
-#include <sys/time.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -553,26 +552,30 @@ TEST_F(ConnectionTest, no_descriptor_leaks_however_a_request_ends) {
   }
 }
 
-std::atomic<int> alarms{0};
+std::atomic<int> signals{0};
 
+// Every signal has been handled before the reply is sent, so that none is left for those who come after.
 TEST_F(ConnectionTest, signals_do_not_disturb_a_request) {
+  constexpr int kSignals = 5;
   struct sigaction action {};
   struct sigaction before {};
-  action.sa_handler = [](int) { ++alarms; };
-  ASSERT_EQ(sigaction(SIGALRM, &action, &before), 0);
-  alarms = 0;
-  switch_.answer_with([](const Bytes &request) {
-    while (alarms < 5) {
-      std::this_thread::yield();
+  action.sa_handler = [](int) { ++signals; };
+  ASSERT_EQ(sigaction(SIGUSR1, &action, &before), 0);
+  signals = 0;
+  const pthread_t asking = pthread_self();
+  switch_.answer_with([asking](const Bytes &request) {
+    for (int sent = 1; sent <= kSignals; ++sent) {
+      pthread_kill(asking, SIGUSR1);
+      while (signals < sent) {
+        std::this_thread::yield();
+      }
     }
     return FakeSwitch::echo(request);
   });
-  const itimerval often{{0, 1000}, {0, 1000}};
-  ASSERT_EQ(setitimer(ITIMER_REAL, &often, nullptr), 0);
   EXPECT_TRUE(switch_answers());
-  const itimerval never{};
-  setitimer(ITIMER_REAL, &never, nullptr);
-  sigaction(SIGALRM, &before, nullptr);
+  // Where the request ended too early.
+  EXPECT_TRUE(run_main_loop_until([] { return signals == kSignals; }));
+  sigaction(SIGUSR1, &before, nullptr);
 }
 
 TEST_F(ConnectionTest, a_forked_child_that_drops_the_connection_does_not_hurt_its_parent) {

@@ -150,7 +150,7 @@ TEST_F(EventHistoryTest, the_level_decides_what_is_kept) {
 }
 
 TEST_F(EventHistoryTest, is_saved_for_its_owner_alone_in_place_of_an_older_one) {
-  umask(0);
+  const mode_t before = umask(0);
   keep("one");
   keep("two");
   EXPECT_EQ(without_times(save()), (std::vector<std::string>{"0x730000 101 one", "0x730000 101 two"}));
@@ -160,6 +160,7 @@ TEST_F(EventHistoryTest, is_saved_for_its_owner_alone_in_place_of_an_older_one) 
   stpplatform::event_history().clear();
   keep("three");
   EXPECT_EQ(without_times(save()), std::vector<std::string>{"0x730000 101 three"});
+  umask(before);
 }
 
 TEST_F(EventHistoryTest, is_not_saved_where_nobody_asked_for_it) {
