@@ -95,10 +95,10 @@ struct Request {
   std::string context;
 };
 
-class AgentSessionTest : public testing::Test {
+class AgentSessions : public testing::Test {
  protected:
-  AgentSessionTest() { stpplatform::end_of_request(); }
-  ~AgentSessionTest() override { stpplatform::end_of_request(); }
+  AgentSessions() { stpplatform::end_of_request(); }
+  ~AgentSessions() override { stpplatform::end_of_request(); }
 
   static std::string context() { return {and_context_name, and_context_name_len}; }
   static std::string user() { return get_snmp_username(0); }
@@ -109,13 +109,13 @@ class AgentSessionTest : public testing::Test {
   }
 };
 
-TEST_F(AgentSessionTest, outside_a_request_nobody_asks) {
+TEST_F(AgentSessions, OutsideARequestNobodyAsks) {
   EXPECT_EQ(context(), "");
   EXPECT_EQ(user(), "");
   EXPECT_EQ(get_snmp_sessionid(0), 0U);
 }
 
-TEST_F(AgentSessionTest, both_kinds_of_access_check_tell_who_asks) {
+TEST_F(AgentSessions, BothKindsOfAccessCheckTellWhoAsks) {
   long transid = 0;
   for (const int check : {SNMPD_CALLBACK_ACM_CHECK, SNMPD_CALLBACK_ACM_CHECK_SUBTREE}) {
     Request request(++transid);
@@ -132,7 +132,7 @@ TEST_F(AgentSessionTest, both_kinds_of_access_check_tell_who_asks) {
   }
 }
 
-TEST_F(AgentSessionTest, the_request_may_die_while_its_names_are_in_use) {
+TEST_F(AgentSessions, TheRequestMayDieWhileItsNamesAreInUse) {
   {
     Request request(1);
     request.set_user("a-user-name-too-long-for-any-short-string-optimisation");
@@ -145,7 +145,7 @@ TEST_F(AgentSessionTest, the_request_may_die_while_its_names_are_in_use) {
   EXPECT_EQ(context(), "a-context-name-too-long-as-well");
 }
 
-TEST_F(AgentSessionTest, a_request_is_read_once) {
+TEST_F(AgentSessions, ARequestIsReadOnce) {
   Request request(1);
   request.set_user("alice");
   request.check();
@@ -154,7 +154,7 @@ TEST_F(AgentSessionTest, a_request_is_read_once) {
   EXPECT_EQ(user(), "alice");
 }
 
-TEST_F(AgentSessionTest, another_request_in_the_same_memory_is_another_one) {
+TEST_F(AgentSessions, AnotherRequestInTheSameMemoryIsAnotherOne) {
   Request request(1);
   request.set_user("alice");
   request.set_context("mst-5");
@@ -167,7 +167,7 @@ TEST_F(AgentSessionTest, another_request_in_the_same_memory_is_another_one) {
   EXPECT_EQ(context(), "");
 }
 
-TEST_F(AgentSessionTest, two_requests_that_take_turns_are_told_apart) {
+TEST_F(AgentSessions, TwoRequestsThatTakeTurnsAreToldApart) {
   Request one(1);
   Request two(2);
   one.set_user("alice");
@@ -180,7 +180,7 @@ TEST_F(AgentSessionTest, two_requests_that_take_turns_are_told_apart) {
   }
 }
 
-TEST_F(AgentSessionTest, requests_that_nobody_numbered_are_told_apart) {
+TEST_F(AgentSessions, RequestsThatNobodyNumberedAreToldApart) {
   Request one(0);
   Request two(0);
   one.set_user("alice");
@@ -190,7 +190,7 @@ TEST_F(AgentSessionTest, requests_that_nobody_numbered_are_told_apart) {
   EXPECT_EQ(user(), "bob");
 }
 
-TEST_F(AgentSessionTest, the_longest_context_is_taken_and_a_longer_one_is_none) {
+TEST_F(AgentSessions, TheLongestContextIsTakenAndALongerOneIsNone) {
   Request longest(1);
   longest.set_user("alice");
   longest.set_context(std::string(AND_CONTEXT_NAME_MAX, 'c'));
@@ -203,7 +203,7 @@ TEST_F(AgentSessionTest, the_longest_context_is_taken_and_a_longer_one_is_none) 
   EXPECT_EQ(context(), "");
 }
 
-TEST_F(AgentSessionTest, a_name_with_a_zero_in_it_is_not_taken_for_its_beginning) {
+TEST_F(AgentSessions, ANameWithAZeroInItIsNotTakenForItsBeginning) {
   Request request(1);
   request.set_user(std::string("admin\0x", 7));
   request.set_context(std::string("mst-5\0x", 7));
@@ -212,7 +212,7 @@ TEST_F(AgentSessionTest, a_name_with_a_zero_in_it_is_not_taken_for_its_beginning
   EXPECT_EQ(context(), "");
 }
 
-TEST_F(AgentSessionTest, a_name_that_is_too_long_is_not_cut) {
+TEST_F(AgentSessions, ANameThatIsTooLongIsNotCut) {
   Request longest(1);
   longest.set_user(std::string(255, 'u'));
   longest.check();
@@ -223,7 +223,7 @@ TEST_F(AgentSessionTest, a_name_that_is_too_long_is_not_cut) {
   EXPECT_EQ(user(), "");
 }
 
-TEST_F(AgentSessionTest, names_may_be_missing) {
+TEST_F(AgentSessions, NamesMayBeMissing) {
   Request request(1);
   request.pdu.version = SNMP_VERSION_3;
   request.check();
@@ -235,16 +235,16 @@ TEST_F(AgentSessionTest, names_may_be_missing) {
   EXPECT_EQ(user(), "");
 }
 
-class CommunityTest : public AgentSessionTest {
+class Communities : public AgentSessions {
  protected:
-  CommunityTest() {
+  Communities() {
     configure(netsnmp_udp_parse_security, "com2sec", "reader 192.0.2.0/24 public");
     configure(netsnmp_udp_parse_security, "com2sec", "writer 192.0.2.0/24 private");
     configure(netsnmp_udp6_parse_security, "com2sec6", "reader6 2001:db8::/32 public");
     configure(netsnmp_unix_parse_security, "com2secunix", "local default public");
   }
   // As the agent does when it reads its configuration anew.
-  ~CommunityTest() override {
+  ~Communities() override {
     snmp_call_callbacks(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_PRE_READ_CONFIG, nullptr);
   }
 
@@ -254,7 +254,7 @@ class CommunityTest : public AgentSessionTest {
   }
 };
 
-TEST_F(CommunityTest, the_configuration_names_the_user_behind_a_community) {
+TEST_F(Communities, TheConfigurationNamesTheUserBehindACommunity) {
   Request v1(1);
   v1.set_community("public", SNMP_VERSION_1);
   v1.check();
@@ -265,7 +265,7 @@ TEST_F(CommunityTest, the_configuration_names_the_user_behind_a_community) {
   EXPECT_EQ(user(), "writer");
 }
 
-TEST_F(CommunityTest, the_peer_decides_too) {
+TEST_F(Communities, ThePeerDecidesToo) {
   Request request(1);
   request.set_address("198.51.100.1", 40000);
   request.set_community("public");
@@ -273,7 +273,7 @@ TEST_F(CommunityTest, the_peer_decides_too) {
   EXPECT_EQ(user(), "");
 }
 
-TEST_F(CommunityTest, an_unknown_community_has_no_user) {
+TEST_F(Communities, AnUnknownCommunityHasNoUser) {
   Request known(1);
   known.set_community("public");
   known.check();
@@ -283,7 +283,7 @@ TEST_F(CommunityTest, an_unknown_community_has_no_user) {
   EXPECT_EQ(user(), "");
 }
 
-TEST_F(CommunityTest, every_transport_has_its_own_configuration) {
+TEST_F(Communities, EveryTransportHasItsOwnConfiguration) {
   Request v6(1);
   v6.set_address6("2001:db8::1", 40000);
   v6.set_community("public");
@@ -306,7 +306,7 @@ TEST_F(CommunityTest, every_transport_has_its_own_configuration) {
   EXPECT_EQ(user(), "");
 }
 
-TEST_F(AgentSessionTest, one_manager_keeps_its_session) {
+TEST_F(AgentSessions, OneManagerKeepsItsSession) {
   Request first(1);
   first.set_user("alice");
   const uint32_t session = session_of(&first);
@@ -318,7 +318,7 @@ TEST_F(AgentSessionTest, one_manager_keeps_its_session) {
   EXPECT_EQ(session_of(&second), session);
 }
 
-TEST_F(AgentSessionTest, sessions_differ_by_user_port_address_and_transport) {
+TEST_F(AgentSessions, SessionsDifferByUserPortAddressAndTransport) {
   std::set<uint32_t> sessions;
   long transid = 0;
   const auto add = [&](const char *name, const auto &place) {
@@ -341,7 +341,7 @@ TEST_F(AgentSessionTest, sessions_differ_by_user_port_address_and_transport) {
   EXPECT_EQ(sessions.count(0), 0U);
 }
 
-TEST_F(AgentSessionTest, thousands_of_managers_have_sessions_of_their_own) {
+TEST_F(AgentSessions, ThousandsOfManagersHaveSessionsOfTheirOwn) {
   constexpr int kManagers = 5000;
   std::set<uint32_t> sessions;
   for (int i = 0; i < kManagers; ++i) {
@@ -354,7 +354,7 @@ TEST_F(AgentSessionTest, thousands_of_managers_have_sessions_of_their_own) {
   EXPECT_GE(sessions.size(), static_cast<size_t>(kManagers - 5));
 }
 
-TEST_F(AgentSessionTest, an_address_record_that_is_too_short_is_not_read) {
+TEST_F(AgentSessions, AnAddressRecordThatIsTooShortIsNotRead) {
   Request request(1);
   request.set_user("alice");
   const std::vector<uint8_t> octets(4, 2);
@@ -366,7 +366,7 @@ TEST_F(AgentSessionTest, an_address_record_that_is_too_short_is_not_read) {
   EXPECT_NE(session_of(&request), 0U);
 }
 
-TEST_F(AgentSessionTest, nothing_is_heard_any_more_after_the_end) {
+TEST_F(AgentSessions, NothingIsHeardAnyMoreAfterTheEnd) {
   stpplatform::stop_watching_requests();
   Request request(1);
   request.set_user("alice");

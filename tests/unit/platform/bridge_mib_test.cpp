@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(StringNonZeroLengthTest, counts_up_to_the_last_octet_that_is_not_zero) {
+TEST(StringNonZeroLength, CountsUpToTheLastOctetThatIsNotZero) {
   const uint8_t octets[] = {0, 1, 0, 0, 2, 0, 0};
   EXPECT_EQ(dot1d_stringNonZeroLength(octets, 7), 5);
   EXPECT_EQ(dot1d_stringNonZeroLength(octets, 5), 5);
@@ -17,6 +17,6 @@ TEST(StringNonZeroLengthTest, counts_up_to_the_last_octet_that_is_not_zero) {
   EXPECT_EQ(dot1d_stringNonZeroLength(nullptr, 7), 0);
 }
 
-TEST(BitmapPrintTest, no_listing_is_under_way) { EXPECT_EQ(printf_curr_idx, 0); }
+TEST(BitmapPrint, NoListingIsUnderWay) { EXPECT_EQ(printf_curr_idx, 0); }
 
 }  // namespace

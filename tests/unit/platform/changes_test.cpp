@@ -107,12 +107,12 @@ uint32_t channel_of(uint32_t if_index) {
   return record.pc_if_index;
 }
 
-class ChangesTest : public RunningSwitchTest {
+class Changes : public RunningSwitchTest {
  protected:
-  ChangesTest() : RunningSwitchTest(kScenario) {}
+  Changes() : RunningSwitchTest(kScenario) {}
 };
 
-TEST_F(ChangesTest, links) {
+TEST_F(Changes, Links) {
   EXPECT_EQ(oper_status(kPort1), IF_OPER_UP);
   EXPECT_EQ(oper_status(kPort2), IF_OPER_DOWN);
   EXPECT_EQ(oper_status(kChannel4), IF_OPER_UP);
@@ -131,7 +131,7 @@ TEST_F(ChangesTest, links) {
   EXPECT_EQ(members_of(kAllVlans), (Numbers{129, 130, 4100}));
 }
 
-TEST_F(ChangesTest, members_of_port_channels) {
+TEST_F(Changes, MembersOfPortChannels) {
   EXPECT_EQ(channel_of(kPort3), kChannel4);
   EXPECT_FALSE(is_bridge_port(kPort3));
   EXPECT_EQ(set("port.3.channel", "0"), "");
@@ -148,7 +148,7 @@ TEST_F(ChangesTest, members_of_port_channels) {
   EXPECT_EQ(members_of(kAllVlans), (Numbers{130, 131, 4100}));
 }
 
-TEST_F(ChangesTest, vlans_of_ports) {
+TEST_F(Changes, VlansOfPorts) {
   EXPECT_EQ(members_of({}), Numbers{});
   EXPECT_EQ(members_of({10}), (Numbers{129}));
   EXPECT_EQ(members_of({20}), (Numbers{4100}));
@@ -161,7 +161,7 @@ TEST_F(ChangesTest, vlans_of_ports) {
   EXPECT_EQ(members_of(kAllVlans), (Numbers{129, 130}));
 }
 
-TEST_F(ChangesTest, bridging) {
+TEST_F(Changes, Bridging) {
   EXPECT_FALSE(is_bridge_port(kPort5));
   EXPECT_EQ(set("port.5.switchport", "true"), "");
   EXPECT_TRUE(is_active(kPort5));
@@ -172,7 +172,7 @@ TEST_F(ChangesTest, bridging) {
   EXPECT_EQ(members_of({40}), Numbers{});
 }
 
-TEST_F(ChangesTest, vlans_of_instances) {
+TEST_F(Changes, VlansOfInstances) {
   EXPECT_EQ(vlans_of(5), (Numbers{10}));
   EXPECT_EQ(vlans_of(0).size(), 4093U);
   EXPECT_EQ(vlans_of(4), Numbers{});
@@ -189,14 +189,14 @@ TEST_F(ChangesTest, vlans_of_instances) {
 }
 
 // Instances are configured whether or not they run.
-TEST_F(ChangesTest, the_mode_changes_nothing_here) {
+TEST_F(Changes, TheModeChangesNothingHere) {
   EXPECT_EQ(set("switch.mode", "rapid-pvst"), "");
   EXPECT_EQ(vlans_of(5), (Numbers{10}));
   EXPECT_EQ(members_of(kAllVlans), (Numbers{129, 130, 4100}));
   EXPECT_TRUE(is_active(kPort1));
 }
 
-TEST_F(ChangesTest, that_are_refused_change_nothing) {
+TEST_F(Changes, ThatAreRefusedChangeNothing) {
   EXPECT_EQ(set("port.1.channel", "9"), "stp-switchctl: port.1.channel: there is no port-channel 9\n");
   EXPECT_EQ(channel_of(kPort1), 0U);
   EXPECT_EQ(members_of({10}), (Numbers{129}));

@@ -29,15 +29,15 @@ std::vector<uint32_t> range_list(uint32_t count) {
   return words;
 }
 
-class RequestTest : public testing::Test {
+class Requests : public testing::Test {
  protected:
-  RequestTest() : request_(cmd_req_init(buffer_.bytes, sizeof buffer_.bytes)) {}
+  Requests() : request_(cmd_req_init(buffer_.bytes, sizeof buffer_.bytes)) {}
 
   Buffer buffer_;
   void *request_;
 };
 
-TEST(RequestBufferTest, one_that_cannot_hold_a_request_is_refused) {
+TEST(RequestBuffer, OneThatCannotHoldARequestIsRefused) {
   Buffer buffer;
   EXPECT_EQ(cmd_req_init(nullptr, sizeof buffer.bytes), nullptr);
   EXPECT_EQ(cmd_req_init(buffer.bytes, 0), nullptr);
@@ -55,7 +55,7 @@ TEST(RequestBufferTest, one_that_cannot_hold_a_request_is_refused) {
   EXPECT_EQ(cmd_req_attr_add(cmd_req_init(buffer.bytes, smallest + 12), kNumberToken, &number, 4), CMD_OK);
 }
 
-TEST(RequestBufferTest, nothing_is_written_behind_its_end) {
+TEST(RequestBuffer, NothingIsWrittenBehindItsEnd) {
   Buffer buffer;
   std::memset(buffer.bytes, 0xA5, sizeof buffer.bytes);
   constexpr uint32_t kSize = 300;
@@ -71,7 +71,7 @@ TEST(RequestBufferTest, nothing_is_written_behind_its_end) {
   }
 }
 
-TEST_F(RequestTest, no_call_takes_what_is_no_request) {
+TEST_F(Requests, NoCallTakesWhatIsNoRequest) {
   Buffer zeros{};
   void *reply = nullptr;
   const uint32_t number = 0;
@@ -83,7 +83,7 @@ TEST_F(RequestTest, no_call_takes_what_is_no_request) {
   }
 }
 
-TEST_F(RequestTest, an_attribute_must_fit_its_type) {
+TEST_F(Requests, AnAttributeMustFitItsType) {
   const std::string text(CMD_ATTR_VALUE_MAX + 1, 'x');
   const std::vector<uint32_t> ranges = range_list(2);
   EXPECT_EQ(cmd_req_attr_add(request_, kNumberToken, text.data(), 3), CMD_INVALID_ARGUMENT);
@@ -102,7 +102,7 @@ TEST_F(RequestTest, an_attribute_must_fit_its_type) {
   EXPECT_EQ(cmd_req_attr_add(request_, kRangesToken, ranges.data(), 24), CMD_OK);
 }
 
-TEST(TokenTypeTest, every_type_has_its_length) {
+TEST(TokenType, EveryTypeHasItsLength) {
   for (const uint32_t type :
        {CMD_TYPE_PLAIN, CMD_TYPE_FLAG, CMD_TYPE_ENUM, CMD_TYPE_IF_INDEX, CMD_TYPE_NUMBER}) {
     EXPECT_EQ(token_type_2len(type << 24 | 0x020001, nullptr), 4U) << type;
@@ -125,7 +125,7 @@ TEST(TokenTypeTest, every_type_has_its_length) {
   }
 }
 
-TEST(TokenTypeTest, a_text_that_is_too_long_is_not_sent_cut) {
+TEST(TokenType, ATextThatIsTooLongIsNotSentCut) {
   const std::string text(size_t{2} * CMD_ATTR_VALUE_MAX, 'x');
   Buffer buffer;
   void *request = cmd_req_init(buffer.bytes, sizeof buffer.bytes);
@@ -133,9 +133,9 @@ TEST(TokenTypeTest, a_text_that_is_too_long_is_not_sent_cut) {
   EXPECT_EQ(cmd_req_attr_add(request, kOctetsToken, text.c_str(), length), CMD_INVALID_ARGUMENT);
 }
 
-class ExchangeTest : public PlatformTest {
+class Exchanges : public PlatformTest {
  protected:
-  ExchangeTest() : request_(cmd_req_init(buffer_.bytes, sizeof buffer_.bytes)) {}
+  Exchanges() : request_(cmd_req_init(buffer_.bytes, sizeof buffer_.bytes)) {}
 
   int send(const char *user = "operator") {
     return cmd_snmp_req_send_recv(kDestination, kService, request_, user, 4711, &reply_, 0);
@@ -159,14 +159,14 @@ class ExchangeTest : public PlatformTest {
     return Bytes(bytes, bytes + length);
   }
 
-  ~ExchangeTest() override { cmd_snmp_free_rx_hndl(reply_); }
+  ~Exchanges() override { cmd_snmp_free_rx_hndl(reply_); }
 
   Buffer buffer_;
   void *request_;
   void *reply_ = nullptr;
 };
 
-TEST_F(ExchangeTest, the_switch_gets_all_that_was_put_into_the_request) {
+TEST_F(Exchanges, TheSwitchGetsAllThatWasPutIntoTheRequest) {
   cmd_req_cmdId_set(request_, 112);
   cmd_req_action_set(request_, CMD_ACTION_GET_NEXT);
   const uint32_t number = 0x01020304;
@@ -208,7 +208,7 @@ TEST_F(ExchangeTest, the_switch_gets_all_that_was_put_into_the_request) {
   EXPECT_TRUE(reader.at_end());
 }
 
-TEST_F(ExchangeTest, a_request_can_be_sent_again_for_another_user) {
+TEST_F(Exchanges, ARequestCanBeSentAgainForAnotherUser) {
   ASSERT_EQ(send("a-long-user-name"), CMD_OK);
   cmd_snmp_free_rx_hndl(reply_);
   reply_ = nullptr;
@@ -222,7 +222,7 @@ TEST_F(ExchangeTest, a_request_can_be_sent_again_for_another_user) {
   EXPECT_EQ(user, expected);
 }
 
-TEST_F(ExchangeTest, user_names_are_taken_up_to_their_limit_and_never_cut) {
+TEST_F(Exchanges, UserNamesAreTakenUpToTheirLimitAndNeverCut) {
   const std::string longest(CMD_USER_MAX, 'u');
   ASSERT_EQ(send(longest.c_str()), CMD_OK);
   cmd_snmp_free_rx_hndl(reply_);
@@ -233,13 +233,13 @@ TEST_F(ExchangeTest, user_names_are_taken_up_to_their_limit_and_never_cut) {
   EXPECT_EQ(switch_.requests().back()[offsetof(wire::Request, user)], 0);
 }
 
-TEST_F(ExchangeTest, without_a_place_for_the_reply_nothing_is_sent) {
+TEST_F(Exchanges, WithoutAPlaceForTheReplyNothingIsSent) {
   EXPECT_EQ(cmd_snmp_req_send_recv(kDestination, kService, request_, "", 0, nullptr, 0),
             CMD_INVALID_ARGUMENT);
   EXPECT_EQ(switch_.connections(), 0U);
 }
 
-TEST_F(ExchangeTest, every_type_of_attribute_arrives_as_it_was_sent) {
+TEST_F(Exchanges, EveryTypeOfAttributeArrivesAsItWasSent) {
   const std::vector<uint32_t> ranges = range_list(3);
   const auto *range_bytes = reinterpret_cast<const uint8_t *>(ranges.data());
   const std::vector<AttributeValue> attributes = {
@@ -260,7 +260,7 @@ TEST_F(ExchangeTest, every_type_of_attribute_arrives_as_it_was_sent) {
   }
 }
 
-TEST_F(ExchangeTest, the_first_of_two_equal_attributes_is_found_and_a_missing_one_leaves_the_outputs) {
+TEST_F(Exchanges, TheFirstOfTwoEqualAttributesIsFoundAndAMissingOneLeavesTheOutputs) {
   answer({{kOctetsToken, {1}}, {kNumberToken, bytes_of(5)}, {kNumberToken, bytes_of(6)}});
   ASSERT_EQ(send(), CMD_OK);
   EXPECT_EQ(attribute(kNumberToken), bytes_of(5));
@@ -276,14 +276,14 @@ TEST_F(ExchangeTest, the_first_of_two_equal_attributes_is_found_and_a_missing_on
   EXPECT_EQ(cmd_rsp_attr_get(request_, kNumberToken, &value, &length), CMD_INVALID_ARGUMENT);
 }
 
-TEST_F(ExchangeTest, a_reply_without_attributes_is_a_reply) {
+TEST_F(Exchanges, AReplyWithoutAttributesIsAReply) {
   answer({});
   ASSERT_EQ(send(), CMD_OK);
   ASSERT_NE(reply_, nullptr);
   EXPECT_EQ(attribute(kNumberToken), std::nullopt);
 }
 
-TEST_F(ExchangeTest, replies_live_until_they_are_released) {
+TEST_F(Exchanges, RepliesLiveUntilTheyAreReleased) {
   answer({{kNumberToken, bytes_of(5)}});
   ASSERT_EQ(send(), CMD_OK);
   void *first = std::exchange(reply_, nullptr);
@@ -294,7 +294,7 @@ TEST_F(ExchangeTest, replies_live_until_they_are_released) {
   cmd_snmp_free_rx_hndl(first);
 }
 
-TEST_F(ExchangeTest, a_failure_leaves_the_reply_pointer) {
+TEST_F(Exchanges, AFailureLeavesTheReplyPointer) {
   switch_.answer_with([](const Bytes &request) {
     return Answer{{make_reply_packet(get32(request, offsetof(wire::MessageHeader, sequence)), CMD_REFUSED)}};
   });
@@ -304,6 +304,6 @@ TEST_F(ExchangeTest, a_failure_leaves_the_reply_pointer) {
   EXPECT_EQ(reply, &mark);
 }
 
-TEST(ReplyReleaseTest, null_is_allowed) { cmd_snmp_free_rx_hndl(nullptr); }
+TEST(ReplyRelease, NullIsAllowed) { cmd_snmp_free_rx_hndl(nullptr); }
 
 }  // namespace

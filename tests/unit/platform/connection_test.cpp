@@ -28,7 +28,7 @@ using stpplatform::Backoff;
 
 namespace {
 
-class ConnectionTest : public PlatformTest {
+class Connections : public PlatformTest {
  protected:
   // A switch that hears everything and says nothing.
   void silence() {
@@ -48,7 +48,7 @@ size_t mapped_snapshots() {
   return count;
 }
 
-TEST_F(ConnectionTest, one_connection_serves_all_requests) {
+TEST_F(Connections, OneConnectionServesAllRequests) {
   for (int i = 0; i < 5; ++i) {
     EXPECT_TRUE(switch_answers());
   }
@@ -56,27 +56,27 @@ TEST_F(ConnectionTest, one_connection_serves_all_requests) {
   EXPECT_TRUE(LogCapture::take().empty());
 }
 
-TEST_F(ConnectionTest, a_silent_switch_costs_the_request_a_timeout) {
+TEST_F(Connections, ASilentSwitchCostsTheRequestATimeout) {
   EXPECT_TRUE(switch_answers());
   silence();
   set_deadline_ms(kShortMs);
   EXPECT_EQ(ask(1), CMD_TIMEOUT);
 }
 
-TEST_F(ConnectionTest, a_switch_that_does_not_even_greet_costs_a_timeout) {
+TEST_F(Connections, ASwitchThatDoesNotEvenGreetCostsATimeout) {
   switch_.greet_with({});
   set_deadline_ms(kShortMs);
   EXPECT_EQ(ask(1), CMD_TIMEOUT);
 }
 
-TEST_F(ConnectionTest, without_a_switch_a_request_fails_at_once) {
+TEST_F(Connections, WithoutASwitchARequestFailsAtOnce) {
   switch_.stop();
   EXPECT_EQ(ask(1), CMD_UNREACHABLE);
   EXPECT_EQ(LogCapture::take(),
             std::vector<std::string>{"stpplatform: " + switch_.path() + ": No such file or directory\n"});
 }
 
-TEST_F(ConnectionTest, a_switch_whose_queue_is_full_is_unreachable) {
+TEST_F(Connections, ASwitchWhoseQueueIsFullIsUnreachable) {
   // Nobody accepts here, and nobody waits to be accepted.
   const std::string path = switch_.path() + "-full";
   OwnedFd listener(socket(AF_UNIX, SOCK_SEQPACKET, 0));
@@ -93,7 +93,7 @@ TEST_F(ConnectionTest, a_switch_whose_queue_is_full_is_unreachable) {
   EXPECT_EQ(ask(1), CMD_UNREACHABLE);
 }
 
-TEST_F(ConnectionTest, a_dead_switch_is_left_alone_until_the_backoff_has_passed) {
+TEST_F(Connections, ADeadSwitchIsLeftAloneUntilTheBackoffHasPassed) {
   ASSERT_TRUE(switch_answers());
   silence();
   set_deadline_ms(kShortMs);
@@ -110,7 +110,7 @@ TEST_F(ConnectionTest, a_dead_switch_is_left_alone_until_the_backoff_has_passed)
   EXPECT_EQ(switch_.connections(), 2U);
 }
 
-TEST_F(ConnectionTest, backoff_doubles_up_to_its_limit_and_a_reply_resets_it) {
+TEST_F(Connections, BackoffDoublesUpToItsLimitAndAReplyResetsIt) {
   switch_.stop();
   for (const uint64_t wait : {100U, 200U, 400U, 800U, 1600U, 3200U, 5000U, 5000U}) {
     EXPECT_EQ(ask(1), CMD_UNREACHABLE);
@@ -134,7 +134,7 @@ TEST_F(ConnectionTest, backoff_doubles_up_to_its_limit_and_a_reply_resets_it) {
   EXPECT_TRUE(switch_answers());
 }
 
-TEST_F(ConnectionTest, a_greeting_alone_does_not_reset_the_backoff) {
+TEST_F(Connections, AGreetingAloneDoesNotResetTheBackoff) {
   silence();
   set_deadline_ms(kShortMs);
   EXPECT_EQ(ask(1), CMD_TIMEOUT);
@@ -146,7 +146,7 @@ TEST_F(ConnectionTest, a_greeting_alone_does_not_reset_the_backoff) {
   EXPECT_EQ(ask(1), CMD_TIMEOUT);
 }
 
-TEST_F(ConnectionTest, failure_and_recovery_are_logged_once_each) {
+TEST_F(Connections, FailureAndRecoveryAreLoggedOnceEach) {
   silence();
   set_deadline_ms(kShortMs);
   for (int i = 0; i < 3; ++i) {
@@ -163,7 +163,7 @@ TEST_F(ConnectionTest, failure_and_recovery_are_logged_once_each) {
 }
 
 // Bad and good replies take turns, as a switch has them that answers some commands wrongly.
-TEST_F(ConnectionTest, malformed_replies_are_counted_and_not_logged_one_by_one) {
+TEST_F(Connections, MalformedRepliesAreCountedAndNotLoggedOneByOne) {
   const std::string prefix = "stpplatform: " + switch_.path();
   const std::vector<std::string> one_and_its_end = {
       prefix + ": the switch has sent something that is not a valid message\n",
@@ -194,7 +194,7 @@ TEST_F(ConnectionTest, malformed_replies_are_counted_and_not_logged_one_by_one) 
   EXPECT_EQ(LogCapture::take(), std::vector{prefix + ": 2 more messages were not valid\n"});
 }
 
-TEST_F(ConnectionTest, a_switch_that_goes_away_is_logged_whatever_it_sent_before) {
+TEST_F(Connections, ASwitchThatGoesAwayIsLoggedWhateverItSentBefore) {
   switch_.answer_with([](const Bytes &) { return Answer{{Bytes(7, 0xFF)}}; });
   EXPECT_EQ(ask(1), CMD_BAD_REPLY);
   answer_normally();
@@ -207,7 +207,7 @@ TEST_F(ConnectionTest, a_switch_that_goes_away_is_logged_whatever_it_sent_before
             std::vector<std::string>{"stpplatform: " + switch_.path() + ": No such file or directory\n"});
 }
 
-TEST_F(ConnectionTest, a_restart_between_two_requests_is_not_noticed_by_the_user) {
+TEST_F(Connections, ARestartBetweenTwoRequestsIsNotNoticedByTheUser) {
   EXPECT_TRUE(switch_answers());
   switch_.stop();
   switch_.start();
@@ -216,7 +216,7 @@ TEST_F(ConnectionTest, a_restart_between_two_requests_is_not_noticed_by_the_user
   EXPECT_TRUE(LogCapture::take().empty());
 }
 
-TEST_F(ConnectionTest, a_switch_that_goes_away_while_idle_takes_the_snapshot_along_without_penalty) {
+TEST_F(Connections, ASwitchThatGoesAwayWhileIdleTakesTheSnapshotAlongWithoutPenalty) {
   switch_.snapshot().publish({physical_port(1)});
   uint32_t next = 0;
   const size_t mapped_by_the_test = mapped_snapshots();
@@ -233,7 +233,7 @@ TEST_F(ConnectionTest, a_switch_that_goes_away_while_idle_takes_the_snapshot_alo
   EXPECT_EQ(im_get_next_ifindex(0, &next), CMD_UNREACHABLE);
 }
 
-TEST_F(ConnectionTest, the_main_loop_watches_one_connection_at_most) {
+TEST_F(Connections, TheMainLoopWatchesOneConnectionAtMost) {
   EXPECT_EQ(watched_descriptors(), 0);
   for (int i = 0; i < 3; ++i) {
     EXPECT_TRUE(switch_answers());
@@ -246,14 +246,14 @@ TEST_F(ConnectionTest, the_main_loop_watches_one_connection_at_most) {
   EXPECT_EQ(watched_descriptors(), 0);
 }
 
-TEST_F(ConnectionTest, a_spurious_wakeup_keeps_the_connection) {
+TEST_F(Connections, ASpuriousWakeupKeepsTheConnection) {
   EXPECT_TRUE(switch_answers());
   external_readfdfunc[0](external_readfd[0], external_readfd_data[0]);
   EXPECT_TRUE(switch_answers());
   EXPECT_EQ(switch_.connections(), 1U);
 }
 
-TEST_F(ConnectionTest, unasked_input_drops_the_idle_connection) {
+TEST_F(Connections, UnaskedInputDropsTheIdleConnection) {
   EXPECT_TRUE(switch_answers());
   switch_.send_late(0, make_reply_packet(99, CMD_OK));
   EXPECT_EQ(run_main_loop_once(), 1);
@@ -261,7 +261,7 @@ TEST_F(ConnectionTest, unasked_input_drops_the_idle_connection) {
   EXPECT_EQ(switch_.connections(), 2U);
 }
 
-TEST_F(ConnectionTest, a_switch_that_hangs_up_during_a_request_is_unreachable) {
+TEST_F(Connections, ASwitchThatHangsUpDuringARequestIsUnreachable) {
   switch_.answer_with([](const Bytes &) { return Answer{{}, false, true}; });
   EXPECT_EQ(ask(1), CMD_UNREACHABLE);
   answer_normally();
@@ -270,7 +270,7 @@ TEST_F(ConnectionTest, a_switch_that_hangs_up_during_a_request_is_unreachable) {
   EXPECT_TRUE(switch_answers());
 }
 
-TEST_F(ConnectionTest, a_late_reply_never_answers_the_next_request) {
+TEST_F(Connections, ALateReplyNeverAnswersTheNextRequest) {
   ASSERT_TRUE(switch_answers());
   silence();
   set_deadline_ms(kShortMs);
@@ -287,7 +287,7 @@ TEST_F(ConnectionTest, a_late_reply_never_answers_the_next_request) {
   EXPECT_TRUE(switch_answers());
 }
 
-TEST_F(ConnectionTest, a_reply_to_an_earlier_request_is_refused) {
+TEST_F(Connections, AReplyToAnEarlierRequestIsRefused) {
   Bytes first;
   switch_.answer_with([&](const Bytes &request) {
     if (first.empty()) {
@@ -299,7 +299,7 @@ TEST_F(ConnectionTest, a_reply_to_an_earlier_request_is_refused) {
   EXPECT_EQ(ask(2), CMD_BAD_REPLY);
 }
 
-TEST_F(ConnectionTest, a_second_reply_to_a_request_does_not_answer_the_next_one) {
+TEST_F(Connections, ASecondReplyToARequestDoesNotAnswerTheNextOne) {
   switch_.answer_with([](const Bytes &request) {
     const Bytes reply = FakeSwitch::echo(request).packets.front();
     return Answer{{reply, reply}};
@@ -311,7 +311,7 @@ TEST_F(ConnectionTest, a_second_reply_to_a_request_does_not_answer_the_next_one)
   EXPECT_TRUE(switch_answers());
 }
 
-TEST_F(ConnectionTest, a_reply_longer_than_any_message_is_refused) {
+TEST_F(Connections, AReplyLongerThanAnyMessageIsRefused) {
   switch_.answer_with([](const Bytes &request) {
     Bytes reply = FakeSwitch::echo(request).packets.front();
     reply.resize(wire::kMaxMessageSize + 1);
@@ -321,7 +321,7 @@ TEST_F(ConnectionTest, a_reply_longer_than_any_message_is_refused) {
   EXPECT_EQ(ask(1), CMD_BAD_REPLY);
 }
 
-TEST_F(ConnectionTest, a_reply_with_a_descriptor_is_refused_and_the_descriptor_closed) {
+TEST_F(Connections, AReplyWithADescriptorIsRefusedAndTheDescriptorClosed) {
   EXPECT_TRUE(switch_answers());
   const size_t before = open_descriptors();
   switch_.answer_with([](const Bytes &request) { return Answer{FakeSwitch::echo(request).packets, true}; });
@@ -329,7 +329,7 @@ TEST_F(ConnectionTest, a_reply_with_a_descriptor_is_refused_and_the_descriptor_c
   EXPECT_EQ(open_descriptors(), before - 1) << "the connection alone was closed";
 }
 
-TEST_F(ConnectionTest, a_refusal_is_passed_on_and_keeps_the_connection) {
+TEST_F(Connections, ARefusalIsPassedOnAndKeepsTheConnection) {
   for (uint32_t status = CMD_UNKNOWN_COMMAND; status <= CMD_REFUSED; ++status) {
     switch_.answer_with([=](const Bytes &request) {
       return Answer{{make_reply_packet(get32(request, offsetof(wire::MessageHeader, sequence)), status)}};
@@ -352,126 +352,126 @@ void set_hello_field(Greeting *greeting, size_t offset, uint32_t value) {
 void PrintTo(const BadGreeting &parameter, std::ostream *out) { *out << parameter.name; }
 
 const BadGreeting kBadGreetings[] = {
-    {"without_descriptor",
+    {"WithoutDescriptor",
      [](Greeting good, const SnapshotFile &) {
        good.descriptors.clear();
        return good;
      }},
-    {"with_two_descriptors",
+    {"WithTwoDescriptors",
      [](Greeting good, const SnapshotFile &) {
        good.descriptors.push_back(good.descriptors.front());
        return good;
      }},
-    {"with_many_descriptors",
+    {"WithManyDescriptors",
      [](Greeting good, const SnapshotFile &) {
        good.descriptors.resize(200, good.descriptors.front());
        return good;
      }},
-    {"with_an_unsealed_snapshot",
+    {"WithAnUnsealedSnapshot",
      [](const Greeting &, const SnapshotFile &other) {
        return Greeting{make_hello(other.size()), {other.descriptor()}};
      }},
-    {"with_a_snapshot_that_may_shrink",
+    {"WithASnapshotThatMayShrink",
      [](const Greeting &, const SnapshotFile &other) {
        other.seal(F_SEAL_GROW);
        return Greeting{make_hello(other.size()), {other.descriptor()}};
      }},
-    {"with_a_file_of_another_size",
+    {"WithAFileOfAnotherSize",
      [](const Greeting &, const SnapshotFile &other) {
        other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
        return Greeting{make_hello(other.size() - 8), {other.descriptor()}};
      }},
-    {"with_a_file_that_was_cut_behind_its_head",
+    {"WithAFileThatWasCutBehindItsHead",
      [](const Greeting &, const SnapshotFile &other) {
        EXPECT_EQ(ftruncate(other.descriptor(), 4096), 0);
        other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
        return Greeting{make_hello(other.size()), {other.descriptor()}};
      }},
-    {"with_an_empty_file",
+    {"WithAnEmptyFile",
      [](const Greeting &, const SnapshotFile &other) {
        EXPECT_EQ(ftruncate(other.descriptor(), 0), 0);
        other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
        return Greeting{make_hello(0), {other.descriptor()}};
      }},
-    {"with_a_pipe",
+    {"WithAPipe",
      [](const Greeting &good, const SnapshotFile &) {
        return Greeting{good.packet, {STDERR_FILENO}};
      }},
-    {"with_a_capacity_that_does_not_fit",
+    {"WithACapacityThatDoesNotFit",
      [](const Greeting &, const SnapshotFile &other) {
        other.head()->interface_capacity += 1;
        other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
        return Greeting{make_hello(other.size()), {other.descriptor()}};
      }},
-    {"with_an_enormous_capacity",
+    {"WithAnEnormousCapacity",
      [](const Greeting &, const SnapshotFile &other) {
        other.head()->interface_capacity = UINT32_MAX;
        other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
        return Greeting{make_hello(other.size()), {other.descriptor()}};
      }},
-    {"with_another_size_in_the_snapshot",
+    {"WithAnotherSizeInTheSnapshot",
      [](const Greeting &, const SnapshotFile &other) {
        other.head()->size += 8;
        other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
        return Greeting{make_hello(other.size()), {other.descriptor()}};
      }},
-    {"with_another_magic_in_the_snapshot",
+    {"WithAnotherMagicInTheSnapshot",
      [](const Greeting &, const SnapshotFile &other) {
        other.head()->magic ^= 1;
        other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
        return Greeting{make_hello(other.size()), {other.descriptor()}};
      }},
-    {"with_another_version_in_the_snapshot",
+    {"WithAnotherVersionInTheSnapshot",
      [](const Greeting &, const SnapshotFile &other) {
        other.head()->version += 1;
        other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
        return Greeting{make_hello(other.size()), {other.descriptor()}};
      }},
-    {"of_another_magic",
+    {"OfAnotherMagic",
      [](Greeting good, const SnapshotFile &) {
        set_hello_field(&good, offsetof(wire::MessageHeader, magic), 0);
        return good;
      }},
-    {"of_another_version",
+    {"OfAnotherVersion",
      [](Greeting good, const SnapshotFile &) {
        good.packet[offsetof(wire::MessageHeader, version)] += 1;
        return good;
      }},
-    {"of_another_type",
+    {"OfAnotherType",
      [](Greeting good, const SnapshotFile &) {
        good.packet[offsetof(wire::MessageHeader, type)] = static_cast<uint8_t>(wire::MessageType::kReply);
        return good;
      }},
-    {"of_another_length",
+    {"OfAnotherLength",
      [](Greeting good, const SnapshotFile &) {
        set_hello_field(&good, offsetof(wire::MessageHeader, length), 24);
        return good;
      }},
-    {"with_a_sequence_number",
+    {"WithASequenceNumber",
      [](Greeting good, const SnapshotFile &) {
        set_hello_field(&good, offsetof(wire::MessageHeader, sequence), 1);
        return good;
      }},
-    {"too_short",
+    {"TooShort",
      [](Greeting good, const SnapshotFile &) {
        good.packet.pop_back();
        return good;
      }},
-    {"too_long",
+    {"TooLong",
      [](Greeting good, const SnapshotFile &) {
        good.packet.push_back(0);
        return good;
      }},
-    {"longer_than_any_message",
+    {"LongerThanAnyMessage",
      [](Greeting good, const SnapshotFile &) {
        good.packet.resize(wire::kMaxMessageSize + 1);
        return good;
      }},
 };
 
-class BadGreetingTest : public ConnectionTest, public testing::WithParamInterface<BadGreeting> {};
+class BadGreetings : public Connections, public testing::WithParamInterface<BadGreeting> {};
 
-TEST_P(BadGreetingTest, is_refused_and_leaves_nothing_behind) {
+TEST_P(BadGreetings, IsRefusedAndLeavesNothingBehind) {
   const SnapshotFile other(4);
   switch_.greet_with(GetParam().make(switch_.good_greeting(), other));
   const size_t before = open_descriptors();
@@ -488,18 +488,18 @@ TEST_P(BadGreetingTest, is_refused_and_leaves_nothing_behind) {
   EXPECT_TRUE(switch_answers());
 }
 
-INSTANTIATE_TEST_SUITE_P(greetings, BadGreetingTest, testing::ValuesIn(kBadGreetings),
+INSTANTIATE_TEST_SUITE_P(Greetings, BadGreetings, testing::ValuesIn(kBadGreetings),
                          [](const auto &parameter) { return std::string(parameter.param.name); });
 
 // 3967 physical ports and 4095 port-channels.
-TEST_F(ConnectionTest, the_largest_snapshot_of_any_switch_is_taken) {
+TEST_F(Connections, TheLargestSnapshotOfAnySwitchIsTaken) {
   const SnapshotFile largest(8062);
   largest.seal(F_SEAL_GROW | F_SEAL_SHRINK);
   switch_.greet_with({make_hello(largest.size()), {largest.descriptor()}});
   EXPECT_TRUE(switch_answers());
 }
 
-TEST_F(ConnectionTest, a_snapshot_of_more_interfaces_than_a_switch_can_have_is_refused_unread) {
+TEST_F(Connections, ASnapshotOfMoreInterfacesThanASwitchCanHaveIsRefusedUnread) {
   for (const uint32_t capacity : {8063U, 40000U}) {
     const SnapshotFile enormous(capacity);
     enormous.seal(F_SEAL_GROW | F_SEAL_SHRINK);
@@ -513,7 +513,7 @@ TEST_F(ConnectionTest, a_snapshot_of_more_interfaces_than_a_switch_can_have_is_r
   }
 }
 
-TEST_F(ConnectionTest, a_snapshot_that_finds_no_free_descriptor_is_named_as_such) {
+TEST_F(Connections, ASnapshotThatFindsNoFreeDescriptorIsNamedAsSuch) {
   {
     // For the two ends of the connection.
     const FullDescriptorTable full(2);
@@ -531,7 +531,7 @@ TEST_F(ConnectionTest, a_snapshot_that_finds_no_free_descriptor_is_named_as_such
   EXPECT_TRUE(switch_answers());
 }
 
-TEST_F(ConnectionTest, no_descriptor_leaks_however_a_request_ends) {
+TEST_F(Connections, NoDescriptorLeaksHoweverARequestEnds) {
   const size_t before = open_descriptors();
   for (int i = 0; i < 20; ++i) {
     answer_normally();
@@ -555,7 +555,7 @@ TEST_F(ConnectionTest, no_descriptor_leaks_however_a_request_ends) {
 std::atomic<int> signals{0};
 
 // Every signal has been handled before the reply is sent, so that none is left for those who come after.
-TEST_F(ConnectionTest, signals_do_not_disturb_a_request) {
+TEST_F(Connections, SignalsDoNotDisturbARequest) {
   constexpr int kSignals = 5;
   struct sigaction action {};
   struct sigaction before {};
@@ -578,7 +578,7 @@ TEST_F(ConnectionTest, signals_do_not_disturb_a_request) {
   sigaction(SIGUSR1, &before, nullptr);
 }
 
-TEST_F(ConnectionTest, a_forked_child_that_drops_the_connection_does_not_hurt_its_parent) {
+TEST_F(Connections, AForkedChildThatDropsTheConnectionDoesNotHurtItsParent) {
   EXPECT_TRUE(switch_answers());
   const pid_t child = fork();
   ASSERT_GE(child, 0);
@@ -595,7 +595,7 @@ TEST_F(ConnectionTest, a_forked_child_that_drops_the_connection_does_not_hurt_it
   EXPECT_EQ(switch_.connections(), 1U);
 }
 
-TEST(BackoffTest, starts_over_after_a_reset) {
+TEST(Backoff, StartsOverAfterAReset) {
   Backoff backoff;
   EXPECT_TRUE(backoff.allows(0));
   backoff.failed(1000);

@@ -36,16 +36,16 @@ std::vector<std::string> lines_of(std::istream &&input) {
   return lines;
 }
 
-class EventHistoryTest : public testing::Test {
+class History : public testing::Test {
  protected:
-  EventHistoryTest() : directory_((std::filesystem::temp_directory_path() / "history-XXXXXX").string()) {
+  History() : directory_((std::filesystem::temp_directory_path() / "history-XXXXXX").string()) {
     if (mkdtemp(directory_.data()) == nullptr) {
       throw std::runtime_error("no directory");
     }
     file_ = directory_ + "/history";
     stpplatform::event_history().clear();
   }
-  ~EventHistoryTest() override {
+  ~History() override {
     set_environment("STPPLATFORM_HISTORY_FILE", std::nullopt);
     set_environment("STPPLATFORM_HISTORY_LEVEL", std::nullopt);
     std::filesystem::remove_all(directory_);
@@ -84,7 +84,7 @@ class EventHistoryTest : public testing::Test {
   std::string file_;
 };
 
-TEST_F(EventHistoryTest, records_come_out_as_they_went_in) {
+TEST_F(History, RecordsComeOutAsTheyWentIn) {
   EXPECT_EQ(keep("get_stpxSpanningTreeType(12) malloc failed \n", 101), 0);
   EXPECT_EQ(keep("\nsearch(7): returning FAILURE.\n", 100), 0);
   EXPECT_EQ(keep("", 100), 0);
@@ -93,7 +93,7 @@ TEST_F(EventHistoryTest, records_come_out_as_they_went_in) {
                                       "0x730000 100 search(7): returning FAILURE.", "0x730000 100 "}));
 }
 
-TEST_F(EventHistoryTest, a_full_history_gives_up_its_oldest_records) {
+TEST_F(History, AFullHistoryGivesUpItsOldestRecords) {
   constexpr size_t kMore = 10;
   for (size_t i = 0; i < EventHistory::kCapacity + kMore; ++i) {
     ASSERT_EQ(keep(std::to_string(i)), 0);
@@ -105,13 +105,13 @@ TEST_F(EventHistoryTest, a_full_history_gives_up_its_oldest_records) {
   }
 }
 
-TEST_F(EventHistoryTest, the_longest_text_is_kept_whole) {
+TEST_F(History, TheLongestTextIsKeptWhole) {
   EXPECT_EQ(keep(std::string(EVHIST_TEXT_SIZE - 1, 'x')), 0);
   EXPECT_EQ(without_times(dump()),
             std::vector<std::string>{"0x730000 101 " + std::string(EVHIST_TEXT_SIZE - 1, 'x')});
 }
 
-TEST_F(EventHistoryTest, what_is_no_record_is_refused) {
+TEST_F(History, WhatIsNoRecordIsRefused) {
   evhist_record record{};
   std::memset(record.text, 'x', sizeof record.text);
   EXPECT_NE(evhist_hist_event(kClass, 0, &record), 0);
@@ -124,14 +124,14 @@ TEST_F(EventHistoryTest, what_is_no_record_is_refused) {
   EXPECT_TRUE(dump().empty());
 }
 
-TEST_F(EventHistoryTest, no_octet_behind_the_record_is_read) {
+TEST_F(History, NoOctetBehindTheRecordIsRead) {
   const auto record = std::make_unique<uint8_t[]>(7);
   std::memcpy(record.get(), "\x65\0\0\0ab", 7);
   EXPECT_EQ(evhist_hist_event(kClass, 7, record.get()), 0);
   EXPECT_EQ(without_times(dump()), std::vector<std::string>{"0x730000 101 ab"});
 }
 
-TEST_F(EventHistoryTest, the_level_decides_what_is_kept) {
+TEST_F(History, TheLevelDecidesWhatIsKept) {
   const auto kept = [](uint32_t event_class, uint32_t level) {
     return evhist_hist_event_subtype_check(event_class, level) == 0;
   };
@@ -149,7 +149,7 @@ TEST_F(EventHistoryTest, the_level_decides_what_is_kept) {
   EXPECT_FALSE(kept(kClass, 100));
 }
 
-TEST_F(EventHistoryTest, is_saved_for_its_owner_alone_in_place_of_an_older_one) {
+TEST_F(History, IsSavedForItsOwnerAloneInPlaceOfAnOlderOne) {
   const mode_t before = umask(0);
   keep("one");
   keep("two");
@@ -163,14 +163,14 @@ TEST_F(EventHistoryTest, is_saved_for_its_owner_alone_in_place_of_an_older_one) 
   umask(before);
 }
 
-TEST_F(EventHistoryTest, is_not_saved_where_nobody_asked_for_it) {
+TEST_F(History, IsNotSavedWhereNobodyAskedForIt) {
   keep("one");
   set_environment("STPPLATFORM_HISTORY_FILE", std::nullopt);
   stpplatform::save_event_history();
   EXPECT_TRUE(std::filesystem::is_empty(directory_));
 }
 
-TEST_F(EventHistoryTest, follows_no_link_and_writes_into_nothing_but_a_file) {
+TEST_F(History, FollowsNoLinkAndWritesIntoNothingButAFile) {
   keep("one");
   const std::string other = directory_ + "/other";
   std::ofstream(other) << "precious";
@@ -196,7 +196,7 @@ TEST_F(EventHistoryTest, follows_no_link_and_writes_into_nothing_but_a_file) {
                 "/nowhere/history: the event history cannot be written: No such file or directory\n");
 }
 
-TEST(DebugPrintTest, the_level_decides_what_is_printed) {
+TEST(DebugPrint, TheLevelDecidesWhatIsPrinted) {
   set_environment("STPPLATFORM_DEBUG_LEVEL", std::nullopt);
   EXPECT_EQ(evhist_chk_int(0, 0, 0, 1), 0);
   EXPECT_EQ(evhist_chk_int(100, 0, 0, 1), 0);
@@ -208,7 +208,7 @@ TEST(DebugPrintTest, the_level_decides_what_is_printed) {
   set_environment("STPPLATFORM_DEBUG_LEVEL", std::nullopt);
 }
 
-TEST(DebugPrintTest, every_text_is_one_line_of_the_agents_log) {
+TEST(DebugPrint, EveryTextIsOneLineOfTheAgentsLog) {
   LogCapture log;
   dbgprint(1, evhist_dbg_modname, 0, "\n%s(%d): returning\n", "search", 12);
   dbgprint(1, evhist_dbg_modname, 0, "one\ntwo\n\n");
@@ -219,21 +219,21 @@ TEST(DebugPrintTest, every_text_is_one_line_of_the_agents_log) {
                                       "STPSNMP: 100%s of it\n", "STPSNMP: \n"}));
 }
 
-TEST(DebugPrintTest, long_texts_are_printed_whole) {
+TEST(DebugPrint, LongTextsArePrintedWhole) {
   LogCapture log;
   const std::string text = std::string(20000, 'x') + "end";
   dbgprint(1, evhist_dbg_modname, 0, "%s\n", text.c_str());
   EXPECT_EQ(LogCapture::take(), std::vector<std::string>{"STPSNMP: " + text + "\n"});
 }
 
-TEST(DebugPrintTest, nothing_is_printed_of_nothing) {
+TEST(DebugPrint, NothingIsPrintedOfNothing) {
   LogCapture log;
   const char *volatile nothing = nullptr;
   dbgprint(1, nothing, 0, "text");
   EXPECT_TRUE(LogCapture::take().empty());
 }
 
-TEST(TextLineTest, control_characters_become_blanks) {
+TEST(TextLine, ControlCharactersBecomeBlanks) {
   char text[] = "\r\n\na\tb\nc\x7F\x1B[1md\n\r\n";
   EXPECT_STREQ(stpplatform::make_line(text), "a b c  [1md");
   char empty[] = "";

@@ -99,8 +99,8 @@ class ServedSwitch {
     uint32_t told = told_;
     while (events.size() < kEventsPerBatch) {
       ++told;
-      events.push_back(
-          {protocol::kLoopInconsistencyClass, told % kTrees, 1, told, stpswitch::SpanningTreeMode::kRapidPvst});
+      events.push_back({protocol::kLoopInconsistencyClass, told % kTrees, 1, told,
+                        stpswitch::SpanningTreeMode::kRapidPvst});
     }
     server->tell(events);
     told_ = told;
@@ -114,9 +114,9 @@ class ServedSwitch {
   std::thread thread_;
 };
 
-class EventStormTest : public testing::Test {
+class EventStorms : public testing::Test {
  protected:
-  EventStormTest() {
+  EventStorms() {
     setenv("STPPLATFORM_SOCKET", path_.c_str(), 1);
     setenv("STPPLATFORM_DEADLINE_MS", "30000", 1);
     stpplatform::read_settings();
@@ -125,7 +125,7 @@ class EventStormTest : public testing::Test {
     in_order = true;
   }
 
-  ~EventStormTest() override {
+  ~EventStorms() override {
     unregister_for_notification(protocol::kLoopInconsistencyClass);
     stpplatform::connection().reset();
     unsetenv("STPPLATFORM_SOCKET");
@@ -196,7 +196,7 @@ class EventStormTest : public testing::Test {
   ServedSwitch switch_{path_};
 };
 
-TEST_F(EventStormTest, requests_get_their_turn_in_a_storm) {
+TEST_F(EventStorms, RequestsGetTheirTurnInAStorm) {
   subscribe();
   switch_.start_storm();
   uint32_t rounds = 0;
@@ -213,7 +213,7 @@ TEST_F(EventStormTest, requests_get_their_turn_in_a_storm) {
   EXPECT_GT(rounds, 0U);
 }
 
-TEST_F(EventStormTest, an_agent_that_has_slept_through_a_storm_learns_how_it_ended) {
+TEST_F(EventStorms, AnAgentThatHasSleptThroughAStormLearnsHowItEnded) {
   subscribe();
   switch_.start_storm();
   while (!switch_.storm_is_over()) {

@@ -80,14 +80,14 @@ std::vector<uint32_t> classes_of(const Bytes &subscription) {
   return classes;
 }
 
-class EventSubscriptionTest : public PlatformTest {
+class EventSubscriptions : public PlatformTest {
  protected:
-  EventSubscriptionTest() {
+  EventSubscriptions() {
     handled.clear();
     in_handler = nullptr;
   }
 
-  ~EventSubscriptionTest() override {
+  ~EventSubscriptions() override {
     unsubscribe_all();
     EXPECT_FALSE(has_alarm());
   }
@@ -158,13 +158,13 @@ class EventSubscriptionTest : public PlatformTest {
   std::string log_prefix() const { return "stpplatform: " + switch_.path() + ": events: "; }
 };
 
-TEST_F(EventSubscriptionTest, nothing_is_done_without_a_subscription) {
+TEST_F(EventSubscriptions, NothingIsDoneWithoutASubscription) {
   EXPECT_TRUE(switch_answers());
   EXPECT_FALSE(has_alarm());
   EXPECT_EQ(switch_.connections(), 1U);
 }
 
-TEST_F(EventSubscriptionTest, nothing_is_done_before_the_main_loop_runs) {
+TEST_F(EventSubscriptions, NothingIsDoneBeforeTheMainLoopRuns) {
   const size_t descriptors = open_descriptors();
   subscribe();
   EXPECT_EQ(open_descriptors(), descriptors);
@@ -173,7 +173,7 @@ TEST_F(EventSubscriptionTest, nothing_is_done_before_the_main_loop_runs) {
   EXPECT_EQ(watched_descriptors(), 1);
 }
 
-TEST_F(EventSubscriptionTest, one_subscription_names_all_classes) {
+TEST_F(EventSubscriptions, OneSubscriptionNamesAllClasses) {
   subscribe<kPortClass>();
   subscribe<kLoopClass>();
   subscribe<kRootClass>();
@@ -185,13 +185,13 @@ TEST_F(EventSubscriptionTest, one_subscription_names_all_classes) {
   EXPECT_TRUE(LogCapture::take().empty());
 }
 
-TEST_F(EventSubscriptionTest, a_subscription_has_the_form_of_the_wire) {
+TEST_F(EventSubscriptions, ASubscriptionHasTheFormOfTheWire) {
   subscribe_and_connect();
   EXPECT_EQ(switch_.subscriptions()[0],
             (Bytes{'W', 'P', 'T', 'S', 1, 0, 4, 0, 24, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0x0E, 0x44, 0, 0}));
 }
 
-TEST_F(EventSubscriptionTest, appearing_and_vanishing_are_delivered_in_order_with_their_payload) {
+TEST_F(EventSubscriptions, AppearingAndVanishingAreDeliveredInOrderWithTheirPayload) {
   subscribe<kPortClass>();
   subscribe<kLoopClass>();
   ASSERT_TRUE(connects());
@@ -205,7 +205,7 @@ TEST_F(EventSubscriptionTest, appearing_and_vanishing_are_delivered_in_order_wit
   EXPECT_EQ(handled[2].payload, (Bytes{0, 0, 0x0F, 0xFE, 0x16, 0, 0, 0, 3, 0, 0, 0, 0, 0, 0, 4}));
 }
 
-TEST_F(EventSubscriptionTest, an_event_of_a_class_that_is_not_enabled_is_dropped) {
+TEST_F(EventSubscriptions, AnEventOfAClassThatIsNotEnabledIsDropped) {
   subscribe_and_connect();
   ASSERT_EQ(set_notification_enable_disable_status(kLoopClass, 0), 0);
   tell(1, kAppeared);
@@ -217,7 +217,7 @@ TEST_F(EventSubscriptionTest, an_event_of_a_class_that_is_not_enabled_is_dropped
   EXPECT_EQ(handled, std::vector{expected(kLoopClass, kVanished)});
 }
 
-TEST_F(EventSubscriptionTest, an_event_of_a_class_without_handler_is_dropped) {
+TEST_F(EventSubscriptions, AnEventOfAClassWithoutHandlerIsDropped) {
   subscribe_and_connect();
   tell(1, kAppeared, kRootClass);
   tell(2, kVanished);
@@ -226,7 +226,7 @@ TEST_F(EventSubscriptionTest, an_event_of_a_class_without_handler_is_dropped) {
   EXPECT_TRUE(LogCapture::take().empty());
 }
 
-TEST_F(EventSubscriptionTest, a_class_more_or_less_is_a_new_subscription_on_the_same_connection) {
+TEST_F(EventSubscriptions, AClassMoreOrLessIsANewSubscriptionOnTheSameConnection) {
   subscribe_and_connect();
   subscribe<kRootClass>();
   ASSERT_TRUE(connects());
@@ -239,13 +239,13 @@ TEST_F(EventSubscriptionTest, a_class_more_or_less_is_a_new_subscription_on_the_
   ASSERT_TRUE(is_handled(1));
 }
 
-TEST_F(EventSubscriptionTest, another_handler_of_a_class_is_no_new_subscription) {
+TEST_F(EventSubscriptions, AnotherHandlerOfAClassIsNoNewSubscription) {
   subscribe_and_connect();
   subscribe();
   EXPECT_FALSE(has_alarm());
 }
 
-TEST_F(EventSubscriptionTest, a_class_that_is_subscribed_to_while_the_connection_is_made_is_named) {
+TEST_F(EventSubscriptions, AClassThatIsSubscribedToWhileTheConnectionIsMadeIsNamed) {
   subscribe();
   ASSERT_TRUE(ring_next_alarm());
   subscribe<kRootClass>();
@@ -253,7 +253,7 @@ TEST_F(EventSubscriptionTest, a_class_that_is_subscribed_to_while_the_connection
   EXPECT_EQ(classes_of(switch_.subscriptions()[0]), (std::vector{kLoopClass, kRootClass}));
 }
 
-TEST_F(EventSubscriptionTest, the_last_class_takes_everything_along) {
+TEST_F(EventSubscriptions, TheLastClassTakesEverythingAlong) {
   const size_t descriptors = open_descriptors();
   size_t made = 0;
   for (int i = 0; i < 100; ++i) {
@@ -277,7 +277,7 @@ TEST_F(EventSubscriptionTest, the_last_class_takes_everything_along) {
   EXPECT_TRUE(LogCapture::take().empty());
 }
 
-TEST_F(EventSubscriptionTest, a_wakeup_hands_out_so_many_events_and_no_more) {
+TEST_F(EventSubscriptions, AWakeupHandsOutSoManyEventsAndNoMore) {
   constexpr uint32_t kEvents = 150;
   subscribe_and_connect();
   for (uint32_t i = 1; i <= kEvents; ++i) {
@@ -294,14 +294,14 @@ TEST_F(EventSubscriptionTest, a_wakeup_hands_out_so_many_events_and_no_more) {
   }
 }
 
-TEST_F(EventSubscriptionTest, a_spurious_wakeup_is_nothing) {
+TEST_F(EventSubscriptions, ASpuriousWakeupIsNothing) {
   subscribe_and_connect();
   external_readfdfunc[0](external_readfd[0], external_readfd_data[0]);
   tell(1);
   EXPECT_TRUE(is_handled(1));
 }
 
-TEST_F(EventSubscriptionTest, requests_do_not_depend_on_it) {
+TEST_F(EventSubscriptions, RequestsDoNotDependOnIt) {
   subscribe();
   EXPECT_TRUE(switch_answers()) << "while it is not made yet";
   ASSERT_TRUE(ring_next_alarm());
@@ -314,7 +314,7 @@ TEST_F(EventSubscriptionTest, requests_do_not_depend_on_it) {
   EXPECT_EQ(switch_.connections(), 2U) << "one of each";
 }
 
-TEST_F(EventSubscriptionTest, it_does_not_depend_on_requests) {
+TEST_F(EventSubscriptions, ItDoesNotDependOnRequests) {
   subscribe_and_connect();
   switch_.answer_with([](const Bytes &) { return Answer{{Bytes(7, 0xFF)}}; });
   EXPECT_EQ(ask(1), CMD_BAD_REPLY);
@@ -323,7 +323,7 @@ TEST_F(EventSubscriptionTest, it_does_not_depend_on_requests) {
   EXPECT_TRUE(is_handled(1));
 }
 
-TEST_F(EventSubscriptionTest, a_switch_that_restarts_is_subscribed_to_again) {
+TEST_F(EventSubscriptions, ASwitchThatRestartsIsSubscribedToAgain) {
   subscribe_and_connect();
   for (uint32_t restart = 1; restart <= 5; ++restart) {
     tell(1);
@@ -341,7 +341,7 @@ TEST_F(EventSubscriptionTest, a_switch_that_restarts_is_subscribed_to_again) {
   EXPECT_EQ(switch_.subscriptions().size(), 6U);
 }
 
-TEST_F(EventSubscriptionTest, what_was_sent_before_the_switch_went_is_delivered) {
+TEST_F(EventSubscriptions, WhatWasSentBeforeTheSwitchWentIsDelivered) {
   subscribe_and_connect();
   tell(1);
   tell(2);
@@ -350,7 +350,7 @@ TEST_F(EventSubscriptionTest, what_was_sent_before_the_switch_went_is_delivered)
   EXPECT_EQ(handled.size(), 2U);
 }
 
-TEST_F(EventSubscriptionTest, an_absent_switch_is_tried_less_and_less_and_logged_once) {
+TEST_F(EventSubscriptions, AnAbsentSwitchIsTriedLessAndLessAndLoggedOnce) {
   switch_.stop();
   subscribe();
   EXPECT_EQ(ring_next_alarm(), 1U);
@@ -364,7 +364,7 @@ TEST_F(EventSubscriptionTest, an_absent_switch_is_tried_less_and_less_and_logged
             std::vector{log_prefix() + "the switch is connected; connections lost so far: 0\n"});
 }
 
-TEST_F(EventSubscriptionTest, a_connection_that_stood_long_starts_the_backoff_over) {
+TEST_F(EventSubscriptions, AConnectionThatStoodLongStartsTheBackoffOver) {
   subscribe_and_connect();
   for (const uint64_t wait : {100U, 200U, 400U}) {
     clock_.pass_ms(Backoff::kLongestMs - 1);
@@ -380,7 +380,7 @@ TEST_F(EventSubscriptionTest, a_connection_that_stood_long_starts_the_backoff_ov
   EXPECT_EQ(ring_next_alarm(), Backoff::kFirstMs);
 }
 
-TEST_F(EventSubscriptionTest, a_switch_that_does_not_greet_is_given_up_after_the_deadline) {
+TEST_F(EventSubscriptions, ASwitchThatDoesNotGreetIsGivenUpAfterTheDeadline) {
   set_deadline_ms(1234);
   switch_.greet_with({});
   subscribe();
@@ -393,7 +393,7 @@ TEST_F(EventSubscriptionTest, a_switch_that_does_not_greet_is_given_up_after_the
   EXPECT_TRUE(connects());
 }
 
-TEST_F(EventSubscriptionTest, a_main_loop_without_room_is_tried_again) {
+TEST_F(EventSubscriptions, AMainLoopWithoutRoomIsTriedAgain) {
   const auto nothing = [](int, void *) {};
   int others = 0;
   while (register_readfd(1000 + others, nothing, nullptr) == FD_REGISTERED_OK) {
@@ -414,7 +414,7 @@ TEST_F(EventSubscriptionTest, a_main_loop_without_room_is_tried_again) {
   EXPECT_TRUE(connects());
 }
 
-TEST_F(EventSubscriptionTest, requests_bring_a_lost_connection_back_where_no_alarm_can_be_set) {
+TEST_F(EventSubscriptions, RequestsBringALostConnectionBackWhereNoAlarmCanBeSet) {
   subscribe_and_connect();
   {
     const FailingAlarms failing;
@@ -435,7 +435,7 @@ TEST_F(EventSubscriptionTest, requests_bring_a_lost_connection_back_where_no_ala
   EXPECT_TRUE(is_handled(1));
 }
 
-TEST_F(EventSubscriptionTest, a_request_sets_the_alarm_that_could_not_be_set) {
+TEST_F(EventSubscriptions, ARequestSetsTheAlarmThatCouldNotBeSet) {
   {
     const FailingAlarms failing;
     subscribe();
@@ -449,7 +449,7 @@ TEST_F(EventSubscriptionTest, a_request_sets_the_alarm_that_could_not_be_set) {
   EXPECT_FALSE(has_alarm());
 }
 
-TEST_F(EventSubscriptionTest, a_switch_that_does_not_greet_is_given_up_without_an_alarm) {
+TEST_F(EventSubscriptions, ASwitchThatDoesNotGreetIsGivenUpWithoutAnAlarm) {
   const FailingAlarms failing;
   set_deadline_ms(1234);
   switch_.greet_with({});
@@ -467,7 +467,7 @@ TEST_F(EventSubscriptionTest, a_switch_that_does_not_greet_is_given_up_without_a
             (std::vector{no_alarm(), log_prefix() + "the switch does not greet in time\n"}));
 }
 
-TEST_F(EventSubscriptionTest, a_subscription_that_ends_needs_no_alarm_any_more) {
+TEST_F(EventSubscriptions, ASubscriptionThatEndsNeedsNoAlarmAnyMore) {
   {
     const FailingAlarms failing;
     subscribe();
@@ -477,7 +477,7 @@ TEST_F(EventSubscriptionTest, a_subscription_that_ends_needs_no_alarm_any_more) 
   EXPECT_FALSE(has_alarm());
 }
 
-TEST_F(EventSubscriptionTest, a_hello_that_finds_no_free_descriptor_is_named_as_such) {
+TEST_F(EventSubscriptions, AHelloThatFindsNoFreeDescriptorIsNamedAsSuch) {
   subscribe();
   {
     // For the two ends of the connection.
@@ -495,7 +495,7 @@ TEST_F(EventSubscriptionTest, a_hello_that_finds_no_free_descriptor_is_named_as_
   EXPECT_TRUE(connects());
 }
 
-TEST_F(EventSubscriptionTest, a_handler_may_end_the_subscription) {
+TEST_F(EventSubscriptions, AHandlerMayEndTheSubscription) {
   subscribe_and_connect();
   in_handler = [] { unsubscribe_all(); };
   tell(1);
@@ -506,7 +506,7 @@ TEST_F(EventSubscriptionTest, a_handler_may_end_the_subscription) {
   EXPECT_EQ(handled.size(), 1U);
 }
 
-TEST_F(EventSubscriptionTest, a_handler_may_subscribe_anew) {
+TEST_F(EventSubscriptions, AHandlerMaySubscribeAnew) {
   subscribe_and_connect();
   in_handler = [] {
     unsubscribe_all();
@@ -523,7 +523,7 @@ TEST_F(EventSubscriptionTest, a_handler_may_subscribe_anew) {
   EXPECT_TRUE(is_handled(2));
 }
 
-TEST_F(EventSubscriptionTest, a_handler_may_ask_the_switch) {
+TEST_F(EventSubscriptions, AHandlerMayAskTheSwitch) {
   subscribe_and_connect();
   in_handler = [] { EXPECT_TRUE(switch_answers()); };
   tell(1);
@@ -540,23 +540,22 @@ struct BadEventGreeting {
 void PrintTo(const BadEventGreeting &parameter, std::ostream *out) { *out << parameter.name; }
 
 const BadEventGreeting kBadEventGreetings[] = {
-    {"without_descriptor", [](Greeting *greeting) { greeting->descriptors.clear(); }},
-    {"with_two_descriptors",
+    {"WithoutDescriptor", [](Greeting *greeting) { greeting->descriptors.clear(); }},
+    {"WithTwoDescriptors",
      [](Greeting *greeting) { greeting->descriptors.push_back(greeting->descriptors.front()); }},
-    {"of_another_magic", [](Greeting *greeting) { put32(&greeting->packet, 0, 0); }},
-    {"of_another_version",
+    {"OfAnotherMagic", [](Greeting *greeting) { put32(&greeting->packet, 0, 0); }},
+    {"OfAnotherVersion",
      [](Greeting *greeting) { greeting->packet[offsetof(wire::MessageHeader, version)] += 1; }},
-    {"that_is_an_event",
+    {"ThatIsAnEvent",
      [](Greeting *greeting) { greeting->packet = make_event_packet(1, kLoopClass, kAppeared); }},
-    {"too_short", [](Greeting *greeting) { greeting->packet.pop_back(); }},
-    {"too_long", [](Greeting *greeting) { greeting->packet.push_back(0); }},
-    {"longer_than_any_event", [](Greeting *greeting) { greeting->packet.resize(4096); }},
+    {"TooShort", [](Greeting *greeting) { greeting->packet.pop_back(); }},
+    {"TooLong", [](Greeting *greeting) { greeting->packet.push_back(0); }},
+    {"LongerThanAnyEvent", [](Greeting *greeting) { greeting->packet.resize(4096); }},
 };
 
-class BadEventGreetingTest : public EventSubscriptionTest,
-                             public testing::WithParamInterface<BadEventGreeting> {};
+class BadEventGreetings : public EventSubscriptions, public testing::WithParamInterface<BadEventGreeting> {};
 
-TEST_P(BadEventGreetingTest, is_refused_and_leaves_nothing_behind) {
+TEST_P(BadEventGreetings, IsRefusedAndLeavesNothingBehind) {
   Greeting greeting = switch_.good_greeting();
   GetParam().damage(&greeting);
   switch_.greet_with(greeting);
@@ -573,7 +572,7 @@ TEST_P(BadEventGreetingTest, is_refused_and_leaves_nothing_behind) {
   EXPECT_TRUE(connects());
 }
 
-INSTANTIATE_TEST_SUITE_P(greetings, BadEventGreetingTest, testing::ValuesIn(kBadEventGreetings),
+INSTANTIATE_TEST_SUITE_P(Greetings, BadEventGreetings, testing::ValuesIn(kBadEventGreetings),
                          [](const auto &parameter) { return std::string(parameter.param.name); });
 
 // What must not come instead of the second event.
@@ -586,18 +585,18 @@ struct BadSecond {
 void PrintTo(const BadSecond &parameter, std::ostream *out) { *out << parameter.name; }
 
 const BadSecond kBadSeconds[] = {
-    {"the_first_one_again", [] { return make_event_packet(1, kLoopClass, kAppeared); }},
-    {"the_third_one", [] { return make_event_packet(3, kLoopClass, kAppeared); }},
-    {"an_unknown_class", [] { return make_event_packet(2, 4711, kAppeared); }},
-    {"a_reply", [] { return make_reply_packet(2, CMD_OK); }},
-    {"a_hello", [] { return make_hello(4096); }},
-    {"a_part_of_it",
+    {"TheFirstOneAgain", [] { return make_event_packet(1, kLoopClass, kAppeared); }},
+    {"TheThirdOne", [] { return make_event_packet(3, kLoopClass, kAppeared); }},
+    {"AnUnknownClass", [] { return make_event_packet(2, 4711, kAppeared); }},
+    {"AReply", [] { return make_reply_packet(2, CMD_OK); }},
+    {"AHello", [] { return make_hello(4096); }},
+    {"APartOfIt",
      [] {
        Bytes packet = make_event_packet(2, kLoopClass, kAppeared);
        packet.resize(packet.size() / 2);
        return packet;
      }},
-    {"more_than_any_event",
+    {"MoreThanAnyEvent",
      [] {
        Bytes packet = make_event_packet(2, kLoopClass, kAppeared);
        packet.resize(1000);
@@ -606,9 +605,9 @@ const BadSecond kBadSeconds[] = {
      }},
 };
 
-class BadSecondTest : public EventSubscriptionTest, public testing::WithParamInterface<BadSecond> {};
+class BadSecondEvents : public EventSubscriptions, public testing::WithParamInterface<BadSecond> {};
 
-TEST_P(BadSecondTest, ends_the_connection_with_one_line) {
+TEST_P(BadSecondEvents, EndsTheConnectionWithOneLine) {
   subscribe_and_connect();
   tell(1);
   switch_.tell(GetParam().make());
@@ -623,10 +622,10 @@ TEST_P(BadSecondTest, ends_the_connection_with_one_line) {
   EXPECT_EQ(handled[1], expected(kLoopClass, kVanished));
 }
 
-INSTANTIATE_TEST_SUITE_P(events, BadSecondTest, testing::ValuesIn(kBadSeconds),
+INSTANTIATE_TEST_SUITE_P(Events, BadSecondEvents, testing::ValuesIn(kBadSeconds),
                          [](const auto &parameter) { return std::string(parameter.param.name); });
 
-TEST_F(EventSubscriptionTest, malformed_events_are_counted_and_not_logged_one_by_one) {
+TEST_F(EventSubscriptions, MalformedEventsAreCountedAndNotLoggedOneByOne) {
   constexpr uint32_t kNotDue = 99;
   const auto malformed = [&](int times) {
     for (int i = 0; i < times; ++i) {
@@ -656,8 +655,8 @@ TEST_F(EventSubscriptionTest, malformed_events_are_counted_and_not_logged_one_by
   EXPECT_EQ(LogCapture::take(), std::vector{log_prefix() + "2 more messages were not valid\n"});
 }
 
-// EventCheckTest tries many more; these go all the way to the handlers.
-TEST_F(EventSubscriptionTest, no_damaged_event_is_believed) {
+// EventCheck tries many more; these go all the way to the handlers.
+TEST_F(EventSubscriptions, NoDamagedEventIsBelieved) {
   constexpr uint32_t kSeed = 815;
   constexpr int kRandomCases = 100;
   RecordProperty("seed", kSeed);
@@ -702,7 +701,7 @@ TEST_F(EventSubscriptionTest, no_damaged_event_is_believed) {
 //
 // The switch runs in a thread of its own, and a thread that allocates while the process forks may leave the
 // child a locked heap: it is stopped meanwhile.
-TEST_F(EventSubscriptionTest, a_subscription_from_before_a_fork_works_behind_it) {
+TEST_F(EventSubscriptions, ASubscriptionFromBeforeAForkWorksBehindIt) {
   subscribe();
   switch_.stop();
   int started[2];
@@ -729,7 +728,7 @@ TEST_F(EventSubscriptionTest, a_subscription_from_before_a_fork_works_behind_it)
   EXPECT_TRUE(handled.empty());
 }
 
-TEST_F(EventSubscriptionTest, a_forked_child_that_drops_it_does_not_hurt_its_parent) {
+TEST_F(EventSubscriptions, AForkedChildThatDropsItDoesNotHurtItsParent) {
   subscribe_and_connect();
   const pid_t child = fork();
   ASSERT_GE(child, 0);

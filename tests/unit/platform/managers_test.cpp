@@ -59,9 +59,9 @@ std::vector<uint32_t> members_of(const stp_vlan_bmp &vlans) {
 }
 
 // Port-channel 1 with port 2 in it, port-channel 2 without link, port 1 up, port 3 down, port 4 routed.
-class ManagersTest : public PlatformTest {
+class Managers : public PlatformTest {
  protected:
-  ManagersTest() {
+  Managers() {
     SnapshotInterface member = physical_port(2, {10, 20});
     member.channel = 1;
     member.pc_if_index = kPc1;
@@ -82,7 +82,7 @@ class ManagersTest : public PlatformTest {
   }
 };
 
-TEST_F(ManagersTest, interfaces_are_enumerated_in_ascending_order) {
+TEST_F(Managers, InterfacesAreEnumeratedInAscendingOrder) {
   std::vector<uint32_t> found;
   uint32_t next = 0;
   while (im_get_next_ifindex(next, &next) == CMD_OK && next != 0) {
@@ -96,7 +96,7 @@ TEST_F(ManagersTest, interfaces_are_enumerated_in_ascending_order) {
   EXPECT_EQ(im_get_next_ifindex(0, nullptr), CMD_INVALID_ARGUMENT);
 }
 
-TEST_F(ManagersTest, oper_status_is_filled_into_every_entry) {
+TEST_F(Managers, OperStatusIsFilledIntoEveryEntry) {
   std::vector<im_oper_status_entry> entries(3);
   std::memset(entries.data(), 0, entries.size() * sizeof entries[0]);
   entries[0].if_index = kPort3;
@@ -112,7 +112,7 @@ TEST_F(ManagersTest, oper_status_is_filled_into_every_entry) {
   EXPECT_EQ(im_get_ifindex_oper_status_list(nullptr, 0), CMD_OK);
 }
 
-TEST(InterfaceIndexTest, tells_its_type) {
+TEST(InterfaceIndex, TellsItsType) {
   uint8_t type = 99;
   EXPECT_EQ(if_index_get_type(kPc1, &type), CMD_OK);
   EXPECT_EQ(type, IF_TYPE_PORT_CHANNEL);
@@ -125,7 +125,7 @@ TEST(InterfaceIndexTest, tells_its_type) {
   EXPECT_EQ(if_index_get_type(kPort1, nullptr), CMD_INVALID_ARGUMENT);
 }
 
-TEST(InterfaceIndexTest, is_made_for_every_channel_number_that_can_be) {
+TEST(InterfaceIndex, IsMadeForEveryChannelNumberThatCanBe) {
   uint32_t if_index = 7;
   for (const uint32_t none : {0U, wire::kMaxChannel + 1, 0x01000001U, UINT32_MAX}) {
     EXPECT_EQ(if_index_eth_port_channel_init(&if_index, none), CMD_INVALID_ARGUMENT);
@@ -138,7 +138,7 @@ TEST(InterfaceIndexTest, is_made_for_every_channel_number_that_can_be) {
   EXPECT_EQ(if_index_eth_port_channel_init(nullptr, 1), CMD_INVALID_ARGUMENT);
 }
 
-TEST_F(ManagersTest, bridge_ports_are_told_from_the_rest) {
+TEST_F(Managers, BridgePortsAreToldFromTheRest) {
   struct Case {
     uint32_t if_index;
     bool of_all;
@@ -158,7 +158,7 @@ TEST_F(ManagersTest, bridge_ports_are_told_from_the_rest) {
   }
 }
 
-TEST_F(ManagersTest, membership_in_port_channels) {
+TEST_F(Managers, MembershipInPortChannels) {
   pcm_port_channel record{9, 9, 9};
   EXPECT_EQ(pcm_get_pc_for_port(kPort2, &record), CMD_OK);
   EXPECT_EQ(int{record.channel}, 1);
@@ -173,7 +173,7 @@ TEST_F(ManagersTest, membership_in_port_channels) {
   EXPECT_EQ(pcm_get_pc_for_port(kPort1, nullptr), CMD_INVALID_ARGUMENT);
 }
 
-TEST_F(ManagersTest, port_numbers_convert_both_ways) {
+TEST_F(Managers, PortNumbersConvertBothWays) {
   uint16_t port = 7;
   uint32_t if_index = 7;
   EXPECT_EQ(stp_ifindex2dot1dportnum(kRoutedPort, &port), CMD_NO_ENTRY);
@@ -195,7 +195,7 @@ TEST_F(ManagersTest, port_numbers_convert_both_ways) {
   EXPECT_EQ(stp_dot1dportnum2ifindex(129, nullptr), CMD_INVALID_ARGUMENT);
 }
 
-TEST_F(ManagersTest, the_vlans_of_an_mst_instance) {
+TEST_F(Managers, TheVlansOfAnMstInstance) {
   stp_vlan_bmp vlans{7, {}};
   EXPECT_EQ(stp_dot1d_bridgemib_get_mst_ctx(4, &vlans), CMD_NO_ENTRY);
   EXPECT_EQ(vlans.size, 7U);
@@ -207,7 +207,7 @@ TEST_F(ManagersTest, the_vlans_of_an_mst_instance) {
   EXPECT_EQ(stp_dot1d_bridgemib_get_mst_ctx(0, nullptr), CMD_INVALID_ARGUMENT);
 }
 
-TEST_F(ManagersTest, bridge_ports_of_vlans) {
+TEST_F(Managers, BridgePortsOfVlans) {
   EXPECT_EQ(members_of(vlan_set({})), (std::vector<uint32_t>{}));
   EXPECT_EQ(members_of(vlan_set({2})), (std::vector<uint32_t>{}));
   EXPECT_EQ(members_of(vlan_set({1})), (std::vector<uint32_t>{129}));
@@ -217,7 +217,7 @@ TEST_F(ManagersTest, bridge_ports_of_vlans) {
   EXPECT_EQ(vlan_mgr_get_baseport_membership_range(nullptr), nullptr);
 }
 
-TEST_F(ManagersTest, bridge_ports_of_all_vlans_are_those_that_have_any) {
+TEST_F(Managers, BridgePortsOfAllVlansAreThoseThatHaveAny) {
   stp_vlan_bmp all = vlan_set({});
   for (uint16_t vlan = 1; vlan <= 4094; ++vlan) {
     add_vlan(all.bits, vlan);
@@ -228,7 +228,7 @@ TEST_F(ManagersTest, bridge_ports_of_all_vlans_are_those_that_have_any) {
   EXPECT_EQ(members_of(all), (std::vector<uint32_t>{130, 4098}));
 }
 
-TEST_F(ManagersTest, only_the_octets_in_use_of_a_vlan_set_count) {
+TEST_F(Managers, OnlyTheOctetsInUseOfAVlanSetCount) {
   stp_vlan_bmp vlans = vlan_set({1, 4094});
   vlans.size = 1;
   EXPECT_EQ(members_of(vlans), (std::vector<uint32_t>{129}));
@@ -238,7 +238,7 @@ TEST_F(ManagersTest, only_the_octets_in_use_of_a_vlan_set_count) {
   EXPECT_EQ(members_of(vlans), (std::vector<uint32_t>{129, 131}));
 }
 
-TEST_F(ManagersTest, any_vlan_set_finds_the_ports_that_a_bit_by_bit_search_finds) {
+TEST_F(Managers, AnyVlanSetFindsThePortsThatABitByBitSearchFinds) {
   Random random = seeded(1);
   std::vector<SnapshotInterface> interfaces;
   for (uint32_t i = 1; i <= 60; ++i) {
@@ -266,7 +266,7 @@ TEST_F(ManagersTest, any_vlan_set_finds_the_ports_that_a_bit_by_bit_search_finds
   }
 }
 
-TEST_F(ManagersTest, a_change_is_seen_at_once) {
+TEST_F(Managers, AChangeIsSeenAtOnce) {
   uint32_t if_index = 0;
   EXPECT_EQ(stp_dot1dportnum2ifindex(129, &if_index), CMD_OK);
   switch_.snapshot().publish({physical_port(7)});
@@ -275,7 +275,7 @@ TEST_F(ManagersTest, a_change_is_seen_at_once) {
   EXPECT_EQ(switch_.connections(), 1U);
 }
 
-TEST_F(ManagersTest, without_a_switch_nothing_is_known_and_nothing_written) {
+TEST_F(Managers, WithoutASwitchNothingIsKnownAndNothingWritten) {
   uint32_t if_index = 7;
   ASSERT_EQ(im_get_next_ifindex(0, &if_index), CMD_OK);
   switch_.stop();

@@ -63,95 +63,93 @@ struct BadReply {
 void PrintTo(const BadReply &parameter, std::ostream *out) { *out << parameter.name; }
 
 const BadReply kBadReplies[] = {
-    {"empty", [](Bytes *reply) { reply->clear(); }},
-    {"shorter_than_a_head", [](Bytes *reply) { reply->resize(sizeof(wire::Reply) - 1); }},
-    {"another_magic", [](Bytes *reply) { put32(reply, 0, 0); }},
-    {"another_version", [](Bytes *reply) { (*reply)[offsetof(wire::MessageHeader, version)] = 2; }},
-    {"another_type", [](Bytes *reply) { (*reply)[offsetof(wire::MessageHeader, type)] = 2; }},
-    {"length_too_small",
+    {"Empty", [](Bytes *reply) { reply->clear(); }},
+    {"ShorterThanAHead", [](Bytes *reply) { reply->resize(sizeof(wire::Reply) - 1); }},
+    {"AnotherMagic", [](Bytes *reply) { put32(reply, 0, 0); }},
+    {"AnotherVersion", [](Bytes *reply) { (*reply)[offsetof(wire::MessageHeader, version)] = 2; }},
+    {"AnotherType", [](Bytes *reply) { (*reply)[offsetof(wire::MessageHeader, type)] = 2; }},
+    {"LengthTooSmall",
      [](Bytes *reply) {
        put32(reply, offsetof(wire::MessageHeader, length), static_cast<uint32_t>(reply->size() - 4));
      }},
-    {"length_too_large", [](Bytes *reply) { reply->pop_back(); }},
-    {"another_sequence",
+    {"LengthTooLarge", [](Bytes *reply) { reply->pop_back(); }},
+    {"AnotherSequence",
      [](Bytes *reply) { put32(reply, offsetof(wire::MessageHeader, sequence), kSequence - 1); }},
-    {"status_of_the_library", [](Bytes *reply) { *reply = make_reply_packet(kSequence, CMD_TIMEOUT); }},
-    {"unknown_status", [](Bytes *reply) { *reply = make_reply_packet(kSequence, CMD_REFUSED + 1); }},
-    {"refusal_with_attributes",
+    {"StatusOfTheLibrary", [](Bytes *reply) { *reply = make_reply_packet(kSequence, CMD_TIMEOUT); }},
+    {"UnknownStatus", [](Bytes *reply) { *reply = make_reply_packet(kSequence, CMD_REFUSED + 1); }},
+    {"RefusalWithAttributes",
      [](Bytes *reply) { put32(reply, offsetof(wire::Reply, status), CMD_NO_ENTRY); }},
-    {"refusal_with_a_count_alone",
+    {"RefusalWithACountAlone",
      [](Bytes *reply) {
        *reply = make_reply_packet(kSequence, CMD_NO_ENTRY);
        put32(reply, offsetof(wire::Reply, attribute_count), 1);
      }},
-    {"more_attributes_counted",
-     [](Bytes *reply) { put32(reply, offsetof(wire::Reply, attribute_count), 6); }},
-    {"fewer_attributes_counted",
-     [](Bytes *reply) { put32(reply, offsetof(wire::Reply, attribute_count), 4); }},
-    {"countless_attributes",
+    {"MoreAttributesCounted", [](Bytes *reply) { put32(reply, offsetof(wire::Reply, attribute_count), 6); }},
+    {"FewerAttributesCounted", [](Bytes *reply) { put32(reply, offsetof(wire::Reply, attribute_count), 4); }},
+    {"CountlessAttributes",
      [](Bytes *reply) { put32(reply, offsetof(wire::Reply, attribute_count), UINT32_MAX); }},
-    {"unknown_token_type", [](Bytes *reply) { put32(reply, kFirstHead, 0x7F020001); }},
-    {"number_too_long", [](Bytes *reply) { put32(reply, kFirstHead + kLengthInHead, 8); }},
-    {"number_too_short", [](Bytes *reply) { put32(reply, kFirstHead + kLengthInHead, 3); }},
-    {"value_longer_than_the_message",
+    {"UnknownTokenType", [](Bytes *reply) { put32(reply, kFirstHead, 0x7F020001); }},
+    {"NumberTooLong", [](Bytes *reply) { put32(reply, kFirstHead + kLengthInHead, 8); }},
+    {"NumberTooShort", [](Bytes *reply) { put32(reply, kFirstHead + kLengthInHead, 3); }},
+    {"ValueLongerThanTheMessage",
      [](Bytes *reply) {
        *reply = make_reply_packet(kSequence, CMD_OK, {{0x30020001, {1, 2, 3, 4}}});
        put32(reply, kFirstHead + kLengthInHead, 5);
      }},
-    {"value_of_wrapping_length",
+    {"ValueOfWrappingLength",
      [](Bytes *reply) {
        *reply = make_reply_packet(kSequence, CMD_OK, {{0x30020001, {1, 2, 3, 4}}});
        put32(reply, kFirstHead + kLengthInHead, UINT32_MAX);
      }},
-    {"missing_padding",
+    {"MissingPadding",
      [](Bytes *reply) {
        *reply = make_reply_packet(kSequence, CMD_OK, {{0x30020001, {1, 2, 3, 4, 5}}});
        reply->resize(kFirstValue + 5);
        fix_length(reply);
      }},
-    {"octets_beyond_the_limit",
+    {"OctetsBeyondTheLimit",
      [](Bytes *reply) {
        *reply = make_reply_packet(kSequence, CMD_OK, {{0x30020001, Bytes(CMD_ATTR_VALUE_MAX + 1)}});
      }},
-    {"ranges_beyond_the_limit",
+    {"RangesBeyondTheLimit",
      [](Bytes *reply) {
        *reply = make_reply_packet(kSequence, CMD_OK, {{0x13020001, ranges_of(128, 128)}});
      }},
-    {"fewer_ranges_than_counted",
+    {"FewerRangesThanCounted",
      [](Bytes *reply) {
        *reply = make_reply_packet(kSequence, CMD_OK, {{0x13020001, ranges_of(3, 2)}});
      }},
-    {"more_ranges_than_counted",
+    {"MoreRangesThanCounted",
      [](Bytes *reply) {
        *reply = make_reply_packet(kSequence, CMD_OK, {{0x13020001, ranges_of(1, 2)}});
      }},
-    {"countless_ranges",
+    {"CountlessRanges",
      [](Bytes *reply) {
        *reply = make_reply_packet(kSequence, CMD_OK, {{0x13020001, ranges_of(0x20000000, 0)}});
      }},
-    {"half_a_range_list",
+    {"HalfARangeList",
      [](Bytes *reply) {
        *reply = make_reply_packet(kSequence, CMD_OK, {{0x13020001, Bytes(4)}});
      }},
-    {"octets_behind_the_last_attribute",
+    {"OctetsBehindTheLastAttribute",
      [](Bytes *reply) {
        reply->resize(reply->size() + 4);
        fix_length(reply);
      }},
 };
 
-class BadReplyTest : public testing::TestWithParam<BadReply> {};
+class BadReplies : public testing::TestWithParam<BadReply> {};
 
-TEST_P(BadReplyTest, is_refused) {
+TEST_P(BadReplies, IsRefused) {
   Bytes reply = typical_reply();
   GetParam().damage(&reply);
   EXPECT_EQ(check(reply), CMD_BAD_REPLY);
 }
 
-INSTANTIATE_TEST_SUITE_P(replies, BadReplyTest, testing::ValuesIn(kBadReplies),
+INSTANTIATE_TEST_SUITE_P(Replies, BadReplies, testing::ValuesIn(kBadReplies),
                          [](const auto &parameter) { return std::string(parameter.param.name); });
 
-TEST(ReplyCheckTest, a_good_reply_is_taken_whole) {
+TEST(ReplyCheck, AGoodReplyIsTakenWhole) {
   const Bytes reply = typical_reply();
   cmd_result status = CMD_REFUSED;
   ReplyAttributes attributes{};
@@ -160,12 +158,12 @@ TEST(ReplyCheckTest, a_good_reply_is_taken_whole) {
   EXPECT_EQ(attributes.size, reply.size() - sizeof(wire::Reply));
 }
 
-TEST(ReplyCheckTest, values_of_the_longest_length_are_taken) {
+TEST(ReplyCheck, ValuesOfTheLongestLengthAreTaken) {
   EXPECT_EQ(check(make_reply_packet(kSequence, CMD_OK, {{0x30020001, Bytes(CMD_ATTR_VALUE_MAX)}})), CMD_OK);
   EXPECT_EQ(check(make_reply_packet(kSequence, CMD_OK, {{0x13020001, ranges_of(127, 127)}})), CMD_OK);
 }
 
-TEST(ReplyCheckTest, no_damaged_reply_is_read_beyond_its_end) {
+TEST(ReplyCheck, NoDamagedReplyIsReadBeyondItsEnd) {
   constexpr uint32_t kSeed = 20817;
   constexpr int kCases = 50000;
   RecordProperty("seed", kSeed);
@@ -216,88 +214,86 @@ struct BadEvent {
 void PrintTo(const BadEvent &parameter, std::ostream *out) { *out << parameter.name; }
 
 const BadEvent kBadEvents[] = {
-    {"empty", [](Bytes *event) { event->clear(); }},
-    {"shorter_than_a_header", [](Bytes *event) { event->resize(sizeof(wire::MessageHeader) - 1); }},
-    {"shorter_than_a_head",
+    {"Empty", [](Bytes *event) { event->clear(); }},
+    {"ShorterThanAHeader", [](Bytes *event) { event->resize(sizeof(wire::MessageHeader) - 1); }},
+    {"ShorterThanAHead",
      [](Bytes *event) {
        event->resize(sizeof(wire::Event) - 1);
        fix_length(event);
      }},
-    {"head_alone",
+    {"HeadAlone",
      [](Bytes *event) {
        event->resize(sizeof(wire::Event));
        fix_length(event);
      }},
-    {"head_alone_that_says_so",
+    {"HeadAloneThatSaysSo",
      [](Bytes *event) {
        event->resize(sizeof(wire::Event));
        fix_length(event);
        put32(event, offsetof(wire::Event, payload_length), 0);
      }},
-    {"another_magic", [](Bytes *event) { put32(event, 0, 0); }},
-    {"another_version", [](Bytes *event) { (*event)[offsetof(wire::MessageHeader, version)] = 2; }},
-    {"another_type", [](Bytes *event) { (*event)[offsetof(wire::MessageHeader, type)] = 3; }},
-    {"length_too_small",
+    {"AnotherMagic", [](Bytes *event) { put32(event, 0, 0); }},
+    {"AnotherVersion", [](Bytes *event) { (*event)[offsetof(wire::MessageHeader, version)] = 2; }},
+    {"AnotherType", [](Bytes *event) { (*event)[offsetof(wire::MessageHeader, type)] = 3; }},
+    {"LengthTooSmall",
      [](Bytes *event) {
        put32(event, offsetof(wire::MessageHeader, length), static_cast<uint32_t>(event->size() - 4));
      }},
-    {"length_too_large", [](Bytes *event) { event->pop_back(); }},
-    {"the_sequence_before",
+    {"LengthTooLarge", [](Bytes *event) { event->pop_back(); }},
+    {"TheSequenceBefore",
      [](Bytes *event) { put32(event, offsetof(wire::MessageHeader, sequence), kSequence - 1); }},
-    {"the_sequence_behind",
+    {"TheSequenceBehind",
      [](Bytes *event) { put32(event, offsetof(wire::MessageHeader, sequence), kSequence + 1); }},
-    {"no_sequence", [](Bytes *event) { put32(event, offsetof(wire::MessageHeader, sequence), 0); }},
-    {"unknown_class", [](Bytes *event) { put32(event, offsetof(wire::Event, notification_class), 17420); }},
-    {"unknown_class_without_payload",
+    {"NoSequence", [](Bytes *event) { put32(event, offsetof(wire::MessageHeader, sequence), 0); }},
+    {"UnknownClass", [](Bytes *event) { put32(event, offsetof(wire::Event, notification_class), 17420); }},
+    {"UnknownClassWithoutPayload",
      [](Bytes *event) {
        put32(event, offsetof(wire::Event, notification_class), 17424);
        put32(event, offsetof(wire::Event, payload_length), 0);
        event->resize(sizeof(wire::Event));
        fix_length(event);
      }},
-    {"payload_length_too_small",
-     [](Bytes *event) { put32(event, offsetof(wire::Event, payload_length), 12); }},
-    {"payload_length_too_large",
-     [](Bytes *event) { put32(event, offsetof(wire::Event, payload_length), 20); }},
-    {"payload_length_beyond_all",
+    {"PayloadLengthTooSmall", [](Bytes *event) { put32(event, offsetof(wire::Event, payload_length), 12); }},
+    {"PayloadLengthTooLarge", [](Bytes *event) { put32(event, offsetof(wire::Event, payload_length), 20); }},
+    {"PayloadLengthBeyondAll",
      [](Bytes *event) { put32(event, offsetof(wire::Event, payload_length), UINT32_MAX); }},
-    {"payload_too_short",
+    {"PayloadTooShort",
      [](Bytes *event) {
        event->resize(event->size() - 4);
        put32(event, offsetof(wire::Event, payload_length), 12);
        fix_length(event);
      }},
-    {"payload_too_long",
+    {"PayloadTooLong",
      [](Bytes *event) {
        event->resize(event->size() + 4);
        put32(event, offsetof(wire::Event, payload_length), 20);
        fix_length(event);
      }},
-    {"payload_cut",
+    {"PayloadCut",
      [](Bytes *event) {
        event->resize(event->size() - 4);
        fix_length(event);
      }},
-    {"octets_behind_the_payload",
+    {"OctetsBehindThePayload",
      [](Bytes *event) {
        event->resize(event->size() + 4);
        fix_length(event);
      }},
 };
 
-class BadEventTest : public testing::TestWithParam<BadEvent> {};
+class BadEvents : public testing::TestWithParam<BadEvent> {};
 
-TEST_P(BadEventTest, is_refused) {
+TEST_P(BadEvents, IsRefused) {
   Bytes event = typical_event();
   ASSERT_TRUE(check_as_event(event));
   GetParam().damage(&event);
   EXPECT_FALSE(check_as_event(event));
 }
 
-INSTANTIATE_TEST_SUITE_P(events, BadEventTest, testing::ValuesIn(kBadEvents),
+INSTANTIATE_TEST_SUITE_P(Events, BadEvents, testing::ValuesIn(kBadEvents),
                          [](const auto &parameter) { return std::string(parameter.param.name); });
 
-TEST(EventCheckTest, a_good_event_of_any_class_is_taken_whole) {
+TEST(EventCheck, AGoodEventOfAnyClassIsTakenWhole) {
   for (const uint32_t notification_class : {17421U, 17422U, 17423U}) {
     const Bytes packet = make_event_packet(kSequence, notification_class, {1, 2, 3, 4});
     stpplatform::ReceivedEvent event{};
@@ -308,7 +304,7 @@ TEST(EventCheckTest, a_good_event_of_any_class_is_taken_whole) {
   }
 }
 
-TEST(EventCheckTest, no_damaged_event_is_read_beyond_its_end) {
+TEST(EventCheck, NoDamagedEventIsReadBeyondItsEnd) {
   constexpr uint32_t kSeed = 17421;
   constexpr int kCases = 50000;
   RecordProperty("seed", kSeed);
@@ -331,10 +327,10 @@ TEST(EventCheckTest, no_damaged_event_is_read_beyond_its_end) {
   EXPECT_LT(taken, kCases / 2);
 }
 
-class DamagedReplyTest : public PlatformTest {};
+class DamagedReplies : public PlatformTest {};
 
-// ReplyCheckTest tries many more; these go all the way through the connection.
-TEST_F(DamagedReplyTest, none_confuses_the_next_request) {
+// ReplyCheck tries many more; these go all the way through the connection.
+TEST_F(DamagedReplies, NoneConfusesTheNextRequest) {
   constexpr uint32_t kSeed = 4711;
   constexpr size_t kRandomCases = 200;
   RecordProperty("seed", kSeed);
@@ -370,7 +366,7 @@ TEST_F(DamagedReplyTest, none_confuses_the_next_request) {
   EXPECT_GT(systematic_cases, 1U);
 }
 
-TEST_F(DamagedReplyTest, no_damaged_greeting_is_believed) {
+TEST_F(DamagedReplies, NoDamagedGreetingIsBelieved) {
   constexpr uint32_t kSeed = 99;
   constexpr size_t kRandomCases = 200;
   RecordProperty("seed", kSeed);

@@ -21,9 +21,9 @@ AttributeValue vlan_map(uint16_t instance, uint16_t vlan) {
   return {protocol::kMstVlanMap, value};
 }
 
-class MstVlanMapTest : public PlatformTest {
+class MstVlanMaps : public PlatformTest {
  protected:
-  ~MstVlanMapTest() override { cmd_snmp_free_rx_hndl(reply_); }
+  ~MstVlanMaps() override { cmd_snmp_free_rx_hndl(reply_); }
 
   void receive(const std::vector<AttributeValue> &attributes) {
     switch_.answer_with([attributes](const Bytes &request) {
@@ -60,7 +60,7 @@ class MstVlanMapTest : public PlatformTest {
   void *reply_ = nullptr;
 };
 
-TEST_F(MstVlanMapTest, get_finds_exactly_the_instance) {
+TEST_F(MstVlanMaps, GetFindsExactlyTheInstance) {
   receive({{0x3002B002, {'r'}},
            vlan_map(0, 1),
            vlan_map(5, 10),
@@ -72,7 +72,7 @@ TEST_F(MstVlanMapTest, get_finds_exactly_the_instance) {
   expect_failure(CMD_ACTION_GET, 4, CMD_NO_ENTRY);
 }
 
-TEST_F(MstVlanMapTest, get_next_finds_the_one_after_it) {
+TEST_F(MstVlanMaps, GetNextFindsTheOneAfterIt) {
   receive({vlan_map(0, 1), vlan_map(5, 10), vlan_map(4094, 4094)});
   expect_found(CMD_ACTION_GET_NEXT, 0, 5, 10);
   expect_found(CMD_ACTION_GET_NEXT, 4, 5, 10);
@@ -81,20 +81,20 @@ TEST_F(MstVlanMapTest, get_next_finds_the_one_after_it) {
   expect_failure(CMD_ACTION_GET_NEXT, 65535, CMD_NO_ENTRY);
 }
 
-TEST_F(MstVlanMapTest, a_reply_without_maps_has_no_instance) {
+TEST_F(MstVlanMaps, AReplyWithoutMapsHasNoInstance) {
   receive({{0x3002B002, {'r'}}});
   expect_failure(CMD_ACTION_GET, 0, CMD_NO_ENTRY);
   expect_failure(CMD_ACTION_GET_NEXT, 0, CMD_NO_ENTRY);
 }
 
-TEST_F(MstVlanMapTest, a_map_of_another_length_is_refused) {
+TEST_F(MstVlanMaps, AMapOfAnotherLengthIsRefused) {
   AttributeValue cut = vlan_map(5, 10);
   cut.value.pop_back();
   receive({cut});
   expect_failure(CMD_ACTION_GET, 5, CMD_BAD_REPLY);
 }
 
-TEST_F(MstVlanMapTest, all_instances_that_a_region_can_have_fit_into_a_reply) {
+TEST_F(MstVlanMaps, AllInstancesThatARegionCanHaveFitIntoAReply) {
   std::vector<AttributeValue> maps;
   for (uint16_t instance = 0; instance <= 64; ++instance) {
     maps.push_back(vlan_map(instance, instance));
@@ -106,7 +106,7 @@ TEST_F(MstVlanMapTest, all_instances_that_a_region_can_have_fit_into_a_reply) {
   }
 }
 
-TEST_F(MstVlanMapTest, arguments_are_checked) {
+TEST_F(MstVlanMaps, ArgumentsAreChecked) {
   receive({vlan_map(5, 10)});
   uint16_t instance = 5;
   stp_vlan_bmp vlans{};

@@ -60,16 +60,16 @@ netsnmp_variable_list *handle_otherwise(void *, oid *, size_t *, int *status) {
   return nullptr;
 }
 
-class NotificationTest : public testing::Test {
+class Notifications : public testing::Test {
  protected:
-  NotificationTest() {
+  Notifications() {
     traps.clear();
     payloads.clear();
     handler_status = 1;
     handler_returns_bindings = true;
     handler_oid_length = OID_LENGTH(kTrapOid);
   }
-  ~NotificationTest() override {
+  ~Notifications() override {
     for (uint32_t i = 0; i < stpplatform::kMaxNotificationClasses; ++i) {
       unregister_for_notification(kClass + i);
     }
@@ -99,7 +99,7 @@ extern "C" void __wrap_send_v2trap(netsnmp_variable_list *list) {
 
 namespace {
 
-TEST_F(NotificationTest, a_message_of_an_enabled_class_becomes_a_trap) {
+TEST_F(Notifications, AMessageOfAnEnabledClassBecomesATrap) {
   enable();
   EXPECT_TRUE(deliver());
   EXPECT_EQ(payloads, std::vector<void *>{&payload_});
@@ -113,7 +113,7 @@ TEST_F(NotificationTest, a_message_of_an_enabled_class_becomes_a_trap) {
   EXPECT_EQ(traps[0][2].value, "two");
 }
 
-TEST_F(NotificationTest, a_class_is_not_sent_until_it_is_enabled) {
+TEST_F(Notifications, AClassIsNotSentUntilItIsEnabled) {
   ASSERT_EQ(register_for_notification(kClass, handle), 0);
   EXPECT_FALSE(deliver());
   EXPECT_TRUE(payloads.empty());
@@ -124,13 +124,13 @@ TEST_F(NotificationTest, a_class_is_not_sent_until_it_is_enabled) {
   EXPECT_EQ(traps.size(), 1U);
 }
 
-TEST_F(NotificationTest, classes_are_told_apart) {
+TEST_F(Notifications, ClassesAreToldApart) {
   enable();
   EXPECT_FALSE(stpplatform::deliver_notification(kClass + 1, &message_));
   EXPECT_TRUE(payloads.empty());
 }
 
-TEST_F(NotificationTest, what_the_handler_refuses_is_not_sent) {
+TEST_F(Notifications, WhatTheHandlerRefusesIsNotSent) {
   enable();
   handler_returns_bindings = false;
   handler_status = 0;
@@ -140,7 +140,7 @@ TEST_F(NotificationTest, what_the_handler_refuses_is_not_sent) {
 }
 
 // What is freed, and how often, is what the sanitizers and valgrind look at.
-TEST_F(NotificationTest, bindings_that_cannot_be_sent_are_freed) {
+TEST_F(Notifications, BindingsThatCannotBeSentAreFreed) {
   enable();
   handler_status = 0;
   EXPECT_FALSE(deliver());
@@ -152,7 +152,7 @@ TEST_F(NotificationTest, bindings_that_cannot_be_sent_are_freed) {
   EXPECT_TRUE(traps.empty());
 }
 
-TEST_F(NotificationTest, a_notification_is_made_on_behalf_of_nobody) {
+TEST_F(Notifications, ANotificationIsMadeOnBehalfOfNobody) {
   netsnmp_pdu pdu{};
   char user[] = "alice";
   pdu.version = SNMP_VERSION_3;
@@ -169,14 +169,14 @@ TEST_F(NotificationTest, a_notification_is_made_on_behalf_of_nobody) {
   EXPECT_EQ(get_snmp_sessionid(0), 0U);
 }
 
-TEST_F(NotificationTest, a_class_without_handler_can_neither_be_set_nor_forgotten) {
+TEST_F(Notifications, AClassWithoutHandlerCanNeitherBeSetNorForgotten) {
   EXPECT_NE(set_notification_enable_disable_status(kClass, 1), 0);
   EXPECT_NE(unregister_for_notification(kClass), 0);
   EXPECT_NE(register_for_notification(kClass, nullptr), 0);
   EXPECT_FALSE(deliver());
 }
 
-TEST_F(NotificationTest, forgetting_a_class_forgets_its_status) {
+TEST_F(Notifications, ForgettingAClassForgetsItsStatus) {
   EXPECT_FALSE(stpplatform::has_subscriptions());
   enable();
   EXPECT_TRUE(stpplatform::has_subscriptions());
@@ -188,7 +188,7 @@ TEST_F(NotificationTest, forgetting_a_class_forgets_its_status) {
   EXPECT_FALSE(deliver());
 }
 
-TEST_F(NotificationTest, a_second_subscription_replaces_the_first_one) {
+TEST_F(Notifications, ASecondSubscriptionReplacesTheFirstOne) {
   enable();
   ASSERT_EQ(register_for_notification(kClass, handle_otherwise), 0);
   EXPECT_FALSE(deliver());
@@ -200,7 +200,7 @@ TEST_F(NotificationTest, a_second_subscription_replaces_the_first_one) {
   EXPECT_NE(unregister_for_notification(kClass), 0);
 }
 
-TEST_F(NotificationTest, a_subscription_without_room_is_refused_and_the_others_stay) {
+TEST_F(Notifications, ASubscriptionWithoutRoomIsRefusedAndTheOthersStay) {
   for (uint32_t i = 0; i < stpplatform::kMaxNotificationClasses; ++i) {
     ASSERT_EQ(register_for_notification(kClass + i, handle), 0) << i;
   }
@@ -213,7 +213,7 @@ TEST_F(NotificationTest, a_subscription_without_room_is_refused_and_the_others_s
   EXPECT_EQ(unregister_for_notification(1), 0);
 }
 
-TEST(VarbindTest, bindings_are_appended_as_copies) {
+TEST(Varbind, BindingsAreAppendedAsCopies) {
   uint32_t number = 42;
   oid name[] = {1, 3, 6, 1};
   netsnmp_variable_list *list =
@@ -231,7 +231,7 @@ TEST(VarbindTest, bindings_are_appended_as_copies) {
   snmp_free_varbind(list);
 }
 
-TEST(VarbindTest, what_is_no_binding_leaves_the_list) {
+TEST(Varbind, WhatIsNoBindingLeavesTheList) {
   const oid name[MAX_OID_LEN + 1] = {1, 3};
   EXPECT_EQ(build_varbind(nullptr, "x", ASN_OCTET_STR, 1, nullptr, 1), nullptr);
   EXPECT_EQ(build_varbind(nullptr, "x", ASN_OCTET_STR, 1, name, 0), nullptr);
@@ -239,7 +239,7 @@ TEST(VarbindTest, what_is_no_binding_leaves_the_list) {
   EXPECT_EQ(build_varbind(nullptr, nullptr, ASN_OCTET_STR, 1, name, 2), nullptr);
 }
 
-TEST(TransportMessageTest, may_be_without_payload) {
+TEST(TransportMessage, MayBeWithoutPayload) {
   stpplatform::TransportMessage empty{nullptr};
   EXPECT_EQ(xport_payload_get(&empty), nullptr);
   EXPECT_EQ(xport_payload_get(nullptr), nullptr);

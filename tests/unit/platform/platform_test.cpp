@@ -108,8 +108,8 @@ int ask(uint32_t command, uint32_t *echo) {
   cmd_req_cmdId_set(request, command);
   cmd_req_action_set(request, CMD_ACTION_GET);
   void *reply = nullptr;
-  const int result = cmd_snmp_req_send_recv(
-      protocol::kDestination, protocol::kService, request, "operator", 1, &reply, 0);
+  const int result =
+      cmd_snmp_req_send_recv(protocol::kDestination, protocol::kService, request, "operator", 1, &reply, 0);
   EXPECT_EQ(result == CMD_OK, reply != nullptr);
   void *value = nullptr;
   uint32_t length = 0;

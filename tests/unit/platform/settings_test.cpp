@@ -14,10 +14,10 @@ namespace {
 const char *const kVariables[] = {"STPPLATFORM_SOCKET", "STPPLATFORM_DEADLINE_MS", "STPPLATFORM_DEBUG_LEVEL",
                                   "STPPLATFORM_HISTORY_LEVEL", "STPPLATFORM_HISTORY_FILE"};
 
-class SettingsTest : public testing::Test {
+class Settings : public testing::Test {
  protected:
-  SettingsTest() { clear(); }
-  ~SettingsTest() override { clear(); }
+  Settings() { clear(); }
+  ~Settings() override { clear(); }
 
   static void clear() {
     for (const char *variable : kVariables) {
@@ -37,12 +37,12 @@ void expect_defaults() {
   EXPECT_STREQ(settings().history_file, "");
 }
 
-TEST_F(SettingsTest, an_empty_environment_means_the_defaults) {
+TEST_F(Settings, AnEmptyEnvironmentMeansTheDefaults) {
   expect_defaults();
   EXPECT_TRUE(LogCapture::take().empty());
 }
 
-TEST_F(SettingsTest, good_values_are_taken) {
+TEST_F(Settings, GoodValuesAreTaken) {
   set_environment("STPPLATFORM_SOCKET", "/run/other.sock");
   set_environment("STPPLATFORM_DEADLINE_MS", "60000");
   set_environment("STPPLATFORM_DEBUG_LEVEL", "4294967295");
@@ -56,7 +56,7 @@ TEST_F(SettingsTest, good_values_are_taken) {
   EXPECT_TRUE(LogCapture::take().empty());
 }
 
-TEST_F(SettingsTest, the_longest_paths_are_taken_whole) {
+TEST_F(Settings, TheLongestPathsAreTakenWhole) {
   const std::string socket = "/" + std::string(sizeof(sockaddr_un::sun_path) - 2, 's');
   set_environment("STPPLATFORM_SOCKET", socket);
   EXPECT_EQ(settings().socket_path, socket);
@@ -85,7 +85,7 @@ const BadValue kBadValues[] = {
     {"STPPLATFORM_HISTORY_FILE", "/" + std::string(5000, 'h')},
 };
 
-TEST_F(SettingsTest, a_bad_value_is_named_in_the_log_and_the_default_taken) {
+TEST_F(Settings, ABadValueIsNamedInTheLogAndTheDefaultTaken) {
   for (const auto &[variable, value] : kBadValues) {
     set_environment(variable, value);
     expect_defaults();
@@ -97,7 +97,7 @@ TEST_F(SettingsTest, a_bad_value_is_named_in_the_log_and_the_default_taken) {
   }
 }
 
-TEST_F(SettingsTest, a_bad_value_takes_the_place_of_a_good_one) {
+TEST_F(Settings, ABadValueTakesThePlaceOfAGoodOne) {
   set_environment("STPPLATFORM_DEADLINE_MS", "5");
   set_environment("STPPLATFORM_DEADLINE_MS", "five");
   EXPECT_EQ(settings().deadline_ms, 2000U);

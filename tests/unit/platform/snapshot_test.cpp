@@ -21,19 +21,19 @@ namespace {
 
 constexpr uint32_t kCapacity = 8;
 
-class SnapshotReaderTest : public testing::Test {
+class SnapshotReaders : public testing::Test {
  protected:
-  SnapshotReaderTest() : file_(kCapacity) {
+  SnapshotReaders() : file_(kCapacity) {
     file_.seal(F_SEAL_SHRINK | F_SEAL_GROW);
     EXPECT_EQ(reader_.map(file_.descriptor(), file_.size()), nullptr);
   }
-  ~SnapshotReaderTest() override { reader_.unmap(); }
+  ~SnapshotReaders() override { reader_.unmap(); }
 
   SnapshotFile file_;
   SnapshotReader reader_;
 };
 
-TEST_F(SnapshotReaderTest, a_look_during_which_the_snapshot_changed_is_repeated) {
+TEST_F(SnapshotReaders, ALookDuringWhichTheSnapshotChangedIsRepeated) {
   file_.publish({physical_port(1)});
   int looks = 0;
   uint32_t count = 0;
@@ -49,7 +49,7 @@ TEST_F(SnapshotReaderTest, a_look_during_which_the_snapshot_changed_is_repeated)
   EXPECT_EQ(count, 2U);
 }
 
-TEST_F(SnapshotReaderTest, a_snapshot_that_never_stands_still_is_given_up) {
+TEST_F(SnapshotReaders, ASnapshotThatNeverStandsStillIsGivenUp) {
   int looks = 0;
   const cmd_result result = reader_.read([&](const SlotView &) {
     ++looks;
@@ -60,7 +60,7 @@ TEST_F(SnapshotReaderTest, a_snapshot_that_never_stands_still_is_given_up) {
   EXPECT_GT(looks, 1);
 }
 
-TEST_F(SnapshotReaderTest, a_slot_with_impossible_counts_is_not_looked_at) {
+TEST_F(SnapshotReaders, ASlotWithImpossibleCountsIsNotLookedAt) {
   file_.publish({physical_port(1)});
   const auto look = [](const SlotView &) -> cmd_result {
     ADD_FAILURE() << "looked";
@@ -75,13 +75,13 @@ TEST_F(SnapshotReaderTest, a_slot_with_impossible_counts_is_not_looked_at) {
   EXPECT_EQ(reader_.read(look), CMD_BAD_REPLY);
 }
 
-TEST_F(SnapshotReaderTest, a_capacity_that_changes_later_is_ignored) {
+TEST_F(SnapshotReaders, ACapacityThatChangesLaterIsIgnored) {
   file_.head()->interface_capacity = UINT32_MAX;
   file_.current().head->interface_count = kCapacity + 1;
   EXPECT_EQ(reader_.read([](const SlotView &) { return CMD_OK; }), CMD_BAD_REPLY);
 }
 
-TEST_F(SnapshotReaderTest, positions_beyond_the_interfaces_are_no_interfaces) {
+TEST_F(SnapshotReaders, PositionsBeyondTheInterfacesAreNoInterfaces) {
   file_.publish({physical_port(1)});
   file_.current().head->interface_of_port[200] = 2;
   file_.current().head->interface_of_port[201] = UINT16_MAX;
@@ -97,7 +97,7 @@ TEST_F(SnapshotReaderTest, positions_beyond_the_interfaces_are_no_interfaces) {
 }
 
 // Any octets at all in the slot: found by the sanitizers if one of them leads outside.
-TEST_F(SnapshotReaderTest, garbage_leads_nowhere) {
+TEST_F(SnapshotReaders, GarbageLeadsNowhere) {
   const WritableSlot slot = file_.current();
   for (const int octet : {0x00, 0x01, 0x7F, 0x80, 0xFF}) {
     std::memset(static_cast<void *>(slot.head), octet, wire::snapshot_slot_size(kCapacity));
@@ -116,7 +116,7 @@ TEST_F(SnapshotReaderTest, garbage_leads_nowhere) {
   }
 }
 
-class LiveSnapshotTest : public PlatformTest {};
+class LiveSnapshots : public PlatformTest {};
 
 // Everything in generation g follows from g, so that an answer mixed from two of them shows.
 void publish_generation(const SnapshotFile &file, uint32_t g) {
@@ -145,7 +145,7 @@ void publish_generation(const SnapshotFile &file, uint32_t g) {
   });
 }
 
-TEST_F(LiveSnapshotTest, every_answer_is_from_one_generation) {
+TEST_F(LiveSnapshots, EveryAnswerIsFromOneGeneration) {
   publish_generation(switch_.snapshot(), 1);
   ASSERT_TRUE(switch_answers());
   std::atomic<bool> stop{false};
@@ -178,7 +178,7 @@ TEST_F(LiveSnapshotTest, every_answer_is_from_one_generation) {
   EXPECT_GE(bitmaps, kAnswers);
 }
 
-TEST_F(LiveSnapshotTest, a_port_that_changes_places_is_always_found_once) {
+TEST_F(LiveSnapshots, APortThatChangesPlacesIsAlwaysFoundOnce) {
   const auto publish = [&](bool first_is_member) {
     switch_.snapshot().publish([&](const WritableSlot &slot) {
       for (uint32_t i = 0; i < 2; ++i) {

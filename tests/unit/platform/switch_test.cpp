@@ -42,10 +42,10 @@ size_t count(const stp_vlan_bmp &vlans) {
   return number;
 }
 
-class SwitchTest : public RunningSwitchTest {
+class LongestReplies : public RunningSwitchTest {
  protected:
-  SwitchTest() : RunningSwitchTest(scenario()) {}
-  ~SwitchTest() override { cmd_snmp_free_rx_hndl(reply_); }
+  LongestReplies() : RunningSwitchTest(scenario()) {}
+  ~LongestReplies() override { cmd_snmp_free_rx_hndl(reply_); }
 
   void ask(bool with_digests_key) {
     alignas(max_align_t) uint8_t buffer[512];
@@ -64,7 +64,7 @@ class SwitchTest : public RunningSwitchTest {
   void *reply_ = nullptr;
 };
 
-TEST_F(SwitchTest, every_instance_of_the_largest_region_arrives) {
+TEST_F(LongestReplies, EveryInstanceOfTheLargestRegionArrives) {
   ask(false);
   uint16_t instance = 0;
   stp_vlan_bmp vlans{};
@@ -82,7 +82,7 @@ TEST_F(SwitchTest, every_instance_of_the_largest_region_arrives) {
   EXPECT_EQ(stp_get_mst_vlan_bmp(reply_, CMD_ACTION_GET_NEXT, &instance, &vlans), CMD_NO_ENTRY);
 }
 
-TEST_F(SwitchTest, whoever_wants_digests_gets_no_instances) {
+TEST_F(LongestReplies, WhoeverWantsDigestsGetsNoInstances) {
   ask(true);
   uint16_t instance = 0;
   stp_vlan_bmp vlans{};
