@@ -1,4 +1,4 @@
-// What the spanning-tree process tells the agent unasked.
+// What the spanning-tree process tells unasked. How it is sent is the servers' business.
 #pragma once
 
 #include <cstdint>
@@ -7,12 +7,15 @@
 
 namespace stpswitch {
 
-// An inconsistency that appeared, changed or vanished, as the agent is told of it.
+// Which report an event comes from.
+enum class InconsistencyEventKind { kPvidAndType, kLoop, kRoot };
+
+// An inconsistency that appeared, changed or vanished.
 struct InconsistencyEvent {
-  uint32_t notification_class;  // 17421, 17422 or 17423
+  InconsistencyEventKind kind;
   uint32_t tree;
   uint32_t if_index;
-  uint32_t state;         // the payload's word, host byte order (17421: bits in the top octet)
+  uint32_t state;         // what the report says now (InconsistencyReport::state_of)
   SpanningTreeMode mode;  // after the change
 
   bool operator==(const InconsistencyEvent &) const = default;

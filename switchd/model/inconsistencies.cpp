@@ -6,40 +6,19 @@
 namespace stpswitch {
 namespace {
 
-constexpr uint32_t kPvidAndTypeClass = 17421;
-constexpr uint32_t kLoopClass = 17422;
-constexpr uint32_t kRootClass = 17423;
-
-// The state in an event of a class.
-using EventState = uint32_t (*)(uint32_t state);
-
-// Handlers of this class read the word's first octet, as it is sent, and no more.
-uint32_t bits_in_first_octet(uint32_t state) {
-  constexpr unsigned kFirstOctetShift = 24;
-  return state << kFirstOctetShift;
-}
-
-uint32_t appeared_or_vanished(uint32_t state) {
-  constexpr uint32_t kAppeared = 1;
-  constexpr uint32_t kVanished = 2;
-  return state != 0 ? kAppeared : kVanished;
-}
-
-void add_events(uint32_t notification_class, EventState event_state, const InconsistencyReport &before,
+void add_events(InconsistencyEventKind kind, const InconsistencyReport &before,
                 const InconsistencyReport &after, SpanningTreeMode mode,
                 std::vector<InconsistencyEvent> *events) {
   const TreePorts changes = after.changes_from(before);
   for (const auto &[if_index, trees] : changes.by_port()) {
     for (auto tree = trees.first_from(0); tree; tree = trees.first_from(*tree + 1)) {
-      const uint32_t state = after.state_of({*tree, if_index});
-      events->push_back({notification_class, *tree, if_index, event_state(state), mode});
+      events->push_back({kind, *tree, if_index, after.state_of({*tree, if_index}), mode});
     }
   }
 }
 
 bool comes_before(const InconsistencyEvent &one, const InconsistencyEvent &other) {
-  return std::tie(one.notification_class, one.tree, one.if_index) <
-         std::tie(other.notification_class, other.tree, other.if_index);
+  return std::tie(one.kind, one.tree, one.if_index) < std::tie(other.kind, other.tree, other.if_index);
 }
 
 const TreePorts &single_vlan_tree_ports(SpanningTreeMode mode, const TreePorts &tree_ports) {
@@ -92,10 +71,10 @@ std::vector<InconsistencyEvent> inconsistency_events(const Inconsistencies &befo
                                                      const Inconsistencies &after,
                                                      SpanningTreeMode mode_after) {
   std::vector<InconsistencyEvent> events;
-  add_events(kPvidAndTypeClass, bits_in_first_octet, before.pvid_and_type, after.pvid_and_type, mode_after,
+  add_events(InconsistencyEventKind::kPvidAndType, before.pvid_and_type, after.pvid_and_type, mode_after,
              &events);
-  add_events(kLoopClass, appeared_or_vanished, before.loop, after.loop, mode_after, &events);
-  add_events(kRootClass, appeared_or_vanished, before.root, after.root, mode_after, &events);
+  add_events(InconsistencyEventKind::kLoop, before.loop, after.loop, mode_after, &events);
+  add_events(InconsistencyEventKind::kRoot, before.root, after.root, mode_after, &events);
   std::sort(events.begin(), events.end(), comes_before);
   return events;
 }

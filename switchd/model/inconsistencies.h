@@ -37,7 +37,7 @@ struct Inconsistencies {
   InconsistencyReport root;
 };
 
-// In the order of classes, trees and interface indexes.
+// In the order of kinds, trees and interface indexes.
 std::vector<InconsistencyEvent> inconsistency_events(const Inconsistencies &before,
                                                      const Inconsistencies &after,
                                                      SpanningTreeMode mode_after);

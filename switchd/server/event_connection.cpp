@@ -36,7 +36,7 @@ EventConnection::EventConnection(EventLoop *loop, stpplatform::OwnedFd fd, Notif
 
 void EventConnection::tell(const std::vector<InconsistencyEvent> &events) {
   for (const InconsistencyEvent &event : events) {
-    if (classes_.contains(event.notification_class)) {
+    if (classes_.contains(class_of(event.kind))) {
       queue_.push(event);
     }
   }

@@ -8,8 +8,21 @@
 #include "wire/message.h"
 
 namespace stpswitch {
+namespace {
 
 namespace wire = stpplatform::wire;
+
+// The state as the payloads of the event's class have it, in host byte order.
+uint32_t payload_state(const InconsistencyEvent &event) {
+  // Handlers of this class read the word's first octet, as it is sent, and no more.
+  constexpr unsigned kFirstOctetShift = 24;
+  if (event.kind == InconsistencyEventKind::kPvidAndType) {
+    return event.state << kFirstOctetShift;
+  }
+  return event.state != 0 ? STP_INCONSISTENCY_APPEARED : STP_INCONSISTENCY_VANISHED;
+}
+
+}  // namespace
 
 bool claims_to_be_subscription(std::span<const uint8_t> packet) {
   wire::MessageHeader header;
@@ -42,13 +55,26 @@ std::optional<NotificationClasses> read_subscription(std::span<const uint8_t> pa
   return classes;
 }
 
+uint32_t class_of(InconsistencyEventKind kind) {
+  switch (kind) {
+    case InconsistencyEventKind::kPvidAndType:
+      return STP_NOTIFICATION_PORT_INCONSISTENCY;
+    case InconsistencyEventKind::kLoop:
+      return STP_NOTIFICATION_LOOP_INCONSISTENCY;
+    case InconsistencyEventKind::kRoot:
+      return STP_NOTIFICATION_ROOT_INCONSISTENCY;
+  }
+  return 0;
+}
+
 Packet make_event_packet(const InconsistencyEvent &event, uint32_t sequence) {
-  const stp_inconsistency_payload payload{htonl(event.tree), htonl(event.if_index), htonl(event.state),
+  const stp_inconsistency_payload payload{htonl(event.tree), htonl(event.if_index),
+                                          htonl(payload_state(event)),
                                           htonl(static_cast<uint32_t>(event.mode))};
   constexpr auto kSize = static_cast<uint32_t>(sizeof(wire::Event) + sizeof payload);
   const wire::Event head{
       {wire::kMagic, wire::kVersion, static_cast<uint16_t>(wire::MessageType::kEvent), kSize, sequence},
-      event.notification_class,
+      class_of(event.kind),
       sizeof payload};
   Packet packet(kSize);
   std::memcpy(packet.data(), &head, sizeof head);

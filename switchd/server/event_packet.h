@@ -21,6 +21,9 @@ bool claims_to_be_subscription(std::span<const uint8_t> packet);
 // subscribes to. Nothing when it is not a well-formed subscription.
 std::optional<NotificationClasses> read_subscription(std::span<const uint8_t> packet, size_t sent_size);
 
+// The notification class of events of the kind.
+uint32_t class_of(InconsistencyEventKind kind);
+
 Packet make_event_packet(const InconsistencyEvent &event, uint32_t sequence);
 
 }  // namespace stpswitch

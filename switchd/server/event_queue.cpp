@@ -5,7 +5,7 @@
 namespace stpswitch {
 
 EventQueue::Key EventQueue::key_of(const InconsistencyEvent &event) {
-  return {event.notification_class, event.tree, event.if_index};
+  return {event.kind, event.tree, event.if_index};
 }
 
 void EventQueue::push(const InconsistencyEvent &event) {

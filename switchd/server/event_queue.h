@@ -12,7 +12,7 @@
 namespace stpswitch {
 
 // First in, first out, as long as there is room. Where there is none, an event takes the place of the latest
-// waiting one of its key, which is its class, tree and interface: what is lost is how a key came to its
+// waiting one of its key, which is its kind, tree and interface: what is lost is how a key came to its
 // state, never the state that it came to. Only keys that do not wait yet make the queue longer then.
 class EventQueue {
  public:
@@ -29,7 +29,7 @@ class EventQueue {
   uint64_t take_replaced();
 
  private:
-  using Key = std::tuple<uint32_t, uint32_t, uint32_t>;
+  using Key = std::tuple<InconsistencyEventKind, uint32_t, uint32_t>;
   static Key key_of(const InconsistencyEvent &event);
 
   std::deque<InconsistencyEvent> waiting_;

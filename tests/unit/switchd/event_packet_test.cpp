@@ -171,17 +171,28 @@ INSTANTIATE_TEST_SUITE_P(Seeds, DamagedSubscriptions, testing::Values(1U, 2U, 3U
                          testing::PrintToStringParamName());
 
 TEST(EventPackets, HaveTheirPayloadInNetworkByteOrder) {
-  EXPECT_EQ(hex(make_event_packet({17423, 4094, 0x1A001000, 2, SpanningTreeMode::kRapidPvst}, 7)),
+  EXPECT_EQ(hex(make_event_packet(
+                {InconsistencyEventKind::kRoot, 4094, 0x1A001000, 0, SpanningTreeMode::kRapidPvst}, 7)),
             hex(octets("57505453 0100 0500 28000000 07000000"
                        "0f440000 10000000"
                        "00000ffe 1a001000 00000002 00000005")));
 }
 
+TEST(EventPackets, TellThatALoopInconsistencyAppeared) {
+  EXPECT_EQ(
+      hex(make_event_packet({InconsistencyEventKind::kLoop, 7, 0x1A000000, 1, SpanningTreeMode::kMst}, 1)),
+      hex(octets("57505453 0100 0500 28000000 01000000"
+                 "0e440000 10000000"
+                 "00000007 1a000000 00000001 00000004")));
+}
+
 TEST(EventPackets, HaveThePortsInconsistenciesInTheirStatesFirstOctet) {
-  EXPECT_EQ(hex(make_event_packet({17421, 1, 0x16000000, 0x03000000, SpanningTreeMode::kMst}, UINT32_MAX)),
-            hex(octets("57505453 0100 0500 28000000 ffffffff"
-                       "0d440000 10000000"
-                       "00000001 16000000 03000000 00000004")));
+  EXPECT_EQ(
+      hex(make_event_packet({InconsistencyEventKind::kPvidAndType, 1, 0x16000000, 3, SpanningTreeMode::kMst},
+                            UINT32_MAX)),
+      hex(octets("57505453 0100 0500 28000000 ffffffff"
+                 "0d440000 10000000"
+                 "00000001 16000000 03000000 00000004")));
 }
 
 }  // namespace

@@ -12,12 +12,11 @@ using namespace stpswitch;
 
 namespace {
 
-constexpr uint32_t kClass = 17422;
 constexpr uint32_t kPort = 0x1A000000;
 
 InconsistencyEvent event(uint32_t tree, uint32_t state, uint32_t if_index = kPort,
-                         uint32_t notification_class = kClass) {
-  return {notification_class, tree, if_index, state, SpanningTreeMode::kMst};
+                         InconsistencyEventKind kind = InconsistencyEventKind::kLoop) {
+  return {kind, tree, if_index, state, SpanningTreeMode::kMst};
 }
 
 // As many events of different keys as there is room for: trees 1, 2, and so on, in state 1.
@@ -62,12 +61,12 @@ TEST(EventQueues, KeepEveryEventAndTheOrderWhileThereIsRoom) {
 
 TEST(EventQueues, KeepAllOfAnEvent) {
   EventQueue queue;
-  queue.push({17421, 4094, 369098752, 0x03000000, SpanningTreeMode::kRapidPvst});
+  queue.push({InconsistencyEventKind::kPvidAndType, 4094, 369098752, 3, SpanningTreeMode::kRapidPvst});
   const InconsistencyEvent &front = queue.front();
-  EXPECT_EQ(front.notification_class, 17421U);
+  EXPECT_EQ(front.kind, InconsistencyEventKind::kPvidAndType);
   EXPECT_EQ(front.tree, 4094U);
   EXPECT_EQ(front.if_index, 369098752U);
-  EXPECT_EQ(front.state, 0x03000000U);
+  EXPECT_EQ(front.state, 3U);
   EXPECT_EQ(front.mode, SpanningTreeMode::kRapidPvst);
 }
 
@@ -97,16 +96,16 @@ TEST(EventQueues, ReplaceTheLatestOfSeveralWaitingEventsOfAKey) {
   EXPECT_EQ(taken.at(2), (TreeState{1, 7})) << "the filling's, replaced";
 }
 
-TEST(EventQueues, TellClassTreeAndInterfaceApartWhenFull) {
+TEST(EventQueues, TellKindTreeAndInterfaceApartWhenFull) {
   EventQueue queue;
   fill(&queue);
   queue.push(event(1, 5, kPort + 1));
-  queue.push(event(1, 6, kPort, kClass + 1));
+  queue.push(event(1, 6, kPort, InconsistencyEventKind::kRoot));
   queue.push(event(EventQueue::kRoom + 1, 7));
   EXPECT_EQ(queue.size(), EventQueue::kRoom + 3) << "none of these keys waited";
   EXPECT_EQ(queue.take_replaced(), 0U);
   queue.push(event(1, 8, kPort + 1));
-  queue.push(event(1, 9, kPort, kClass + 1));
+  queue.push(event(1, 9, kPort, InconsistencyEventKind::kRoot));
   queue.push(event(1, 10));
   EXPECT_EQ(queue.size(), EventQueue::kRoom + 3);
   EXPECT_EQ(queue.take_replaced(), 3U);

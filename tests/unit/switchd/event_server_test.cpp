@@ -28,21 +28,26 @@ namespace {
 
 constexpr uint32_t kPort = 0x1A000000;
 
-InconsistencyEvent event(uint32_t notification_class, uint32_t tree, uint32_t state) {
-  return {notification_class, tree, kPort, state, SpanningTreeMode::kMst};
+constexpr InconsistencyEventKind kPortEvent = InconsistencyEventKind::kPvidAndType;
+constexpr InconsistencyEventKind kLoopEvent = InconsistencyEventKind::kLoop;
+constexpr InconsistencyEventKind kRootEvent = InconsistencyEventKind::kRoot;
+
+// What the payload has in its last word tells events apart that are alike otherwise.
+InconsistencyEvent event(InconsistencyEventKind kind, uint32_t tree, uint32_t number) {
+  return {kind, tree, kPort, 1, static_cast<SpanningTreeMode>(number)};
 }
 
 struct Received {
   uint32_t sequence;
   uint32_t notification_class;
   uint32_t tree;
-  uint32_t state;
+  uint32_t number;
   bool operator==(const Received &) const = default;
 };
 
 void PrintTo(const Received &received, std::ostream *out) {
   *out << "#" << received.sequence << " " << received.notification_class << " tree " << received.tree
-       << " state " << received.state;
+       << " number " << received.number;
 }
 
 Received read_event(const Packet &packet) {
@@ -55,7 +60,7 @@ Received read_event(const Packet &packet) {
   std::memcpy(&head, packet.data(), sizeof head);
   std::memcpy(&payload, packet.data() + sizeof head, sizeof payload);
   EXPECT_EQ(head.header.type, static_cast<uint16_t>(wire::MessageType::kEvent));
-  return {head.header.sequence, head.notification_class, ntohl(payload.tree), ntohl(payload.state)};
+  return {head.header.sequence, head.notification_class, ntohl(payload.tree), ntohl(payload.mode)};
 }
 
 class EventServers : public testing::Test {
@@ -80,8 +85,8 @@ class EventServers : public testing::Test {
     }
   }
 
-  void tell(uint32_t notification_class, uint32_t tree, uint32_t state) {
-    server_.tell({event(notification_class, tree, state)});
+  void tell(InconsistencyEventKind kind, uint32_t tree, uint32_t number) {
+    server_.tell({event(kind, tree, number)});
   }
 
   static Packet request(uint32_t sequence) {
@@ -104,9 +109,9 @@ class EventServers : public testing::Test {
 
 TEST_F(EventServers, TellASubscriberInOrder) {
   PacketClient client = subscriber();
-  server_.tell({event(kPortClass, 1, 0x01000000), event(kLoopClass, 2, 1)});
-  tell(kLoopClass, 2, 2);
-  EXPECT_EQ(read_event(client.receive()), (Received{1, kPortClass, 1, 0x01000000}));
+  server_.tell({event(kPortEvent, 1, 7), event(kLoopEvent, 2, 1)});
+  tell(kLoopEvent, 2, 2);
+  EXPECT_EQ(read_event(client.receive()), (Received{1, kPortClass, 1, 7}));
   EXPECT_EQ(read_event(client.receive()), (Received{2, kLoopClass, 2, 1}));
   EXPECT_EQ(read_event(client.receive()), (Received{3, kLoopClass, 2, 2}));
   EXPECT_FALSE(client.receive_now().has_value());
@@ -114,15 +119,15 @@ TEST_F(EventServers, TellASubscriberInOrder) {
 
 TEST_F(EventServers, TellNobodyWhoHasNotSubscribed) {
   PacketClient client = greeted();
-  tell(kRootClass, 1, 1);
+  tell(kRootEvent, 1, 1);
   EXPECT_EQ(reply_head(client.ask(request(1))).header.sequence, 1U);
   EXPECT_FALSE(client.receive_now().has_value());
 }
 
 TEST_F(EventServers, TellOnlyOfTheClassesSubscribedTo) {
   PacketClient client = subscriber({kRootClass, 1});
-  for (const uint32_t notification_class : {kPortClass, kLoopClass, kRootClass}) {
-    tell(notification_class, 9, 1);
+  for (const InconsistencyEventKind kind : {kPortEvent, kLoopEvent, kRootEvent}) {
+    tell(kind, 9, 1);
   }
   EXPECT_EQ(read_event(client.receive()), (Received{1, kRootClass, 9, 1}));
   EXPECT_FALSE(client.receive_now().has_value());
@@ -131,7 +136,7 @@ TEST_F(EventServers, TellOnlyOfTheClassesSubscribedTo) {
 TEST_F(EventServers, TellEachSubscriberWhatItWants) {
   PacketClient loops = subscriber({kLoopClass});
   PacketClient roots = subscriber({kRootClass});
-  server_.tell({event(kLoopClass, 1, 1), event(kRootClass, 2, 1), event(kLoopClass, 3, 1)});
+  server_.tell({event(kLoopEvent, 1, 1), event(kRootEvent, 2, 1), event(kLoopEvent, 3, 1)});
   EXPECT_EQ(read_event(loops.receive()), (Received{1, kLoopClass, 1, 1}));
   EXPECT_EQ(read_event(loops.receive()), (Received{2, kLoopClass, 3, 1}));
   EXPECT_EQ(read_event(roots.receive()), (Received{1, kRootClass, 2, 1}));
@@ -139,11 +144,11 @@ TEST_F(EventServers, TellEachSubscriberWhatItWants) {
 
 TEST_F(EventServers, LetASubscriberChooseAnew) {
   PacketClient client = subscriber({kLoopClass});
-  tell(kLoopClass, 1, 1);
+  tell(kLoopEvent, 1, 1);
   client.send(make_subscription({kRootClass}));
   let_the_server_work();
-  tell(kLoopClass, 2, 1);
-  tell(kRootClass, 3, 1);
+  tell(kLoopEvent, 2, 1);
+  tell(kRootEvent, 3, 1);
   EXPECT_EQ(read_event(client.receive()), (Received{1, kLoopClass, 1, 1}));
   EXPECT_EQ(read_event(client.receive()), (Received{2, kRootClass, 3, 1})) << "the numbers run on";
   EXPECT_FALSE(client.receive_now().has_value());
@@ -157,7 +162,7 @@ TEST_F(EventServers, AnswerRequestsBeforeASubscription) {
   EXPECT_EQ(reply_head(client.receive()).header.sequence, 1U);
   EXPECT_EQ(reply_head(client.receive()).header.sequence, 2U);
   let_the_server_work();
-  tell(kLoopClass, 1, 1);
+  tell(kLoopEvent, 1, 1);
   EXPECT_EQ(read_event(client.receive()), (Received{1, kLoopClass, 1, 1}));
 }
 
@@ -168,7 +173,7 @@ TEST_F(EventServers, SendALateReplyBeforeTheyTakeASubscription) {
   client.send(make_subscription({kLoopClass}));
   EXPECT_EQ(reply_head(client.receive()).header.sequence, 1U);
   let_the_server_work();
-  tell(kLoopClass, 1, 1);
+  tell(kLoopEvent, 1, 1);
   EXPECT_EQ(read_event(client.receive()), (Received{1, kLoopClass, 1, 1}));
 }
 
@@ -178,7 +183,7 @@ TEST_F(EventServers, DisconnectASubscriberThatAsks) {
   EXPECT_TRUE(client.ask(request(1)).empty());
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "stp-switchd: a subscriber sent 120 octets that are no subscription: disconnecting it\n");
-  tell(kLoopClass, 1, 1);
+  tell(kLoopEvent, 1, 1);
   expect_service();
 }
 
@@ -210,14 +215,14 @@ TEST_F(EventServers, SurviveSubscribersThatHangUpAtAnyPoint) {
     at_once.send(make_subscription({kLoopClass}));
     at_once.hang_up();
     PacketClient with_events = subscriber();
-    tell(kLoopClass, 1, 1);
+    tell(kLoopEvent, 1, 1);
     with_events.hang_up();
-    tell(kLoopClass, 1, 2);
+    tell(kLoopEvent, 1, 2);
     PacketClient half = subscriber();
     half.stop_sending();
-    tell(kLoopClass, 1, 1);
+    tell(kLoopEvent, 1, 1);
     let_the_server_work();
-    tell(kLoopClass, 1, 2);
+    tell(kLoopEvent, 1, 2);
   }
   expect_service();
 }
@@ -233,8 +238,8 @@ TEST_F(EventServers, TellTheOthersWhenOneIsGone) {
   for (const uint32_t gone : {0U, 2U, 4U}) {
     clients[gone].hang_up();
   }
-  tell(kLoopClass, 1, 1);
-  tell(kLoopClass, 1, 2);
+  tell(kLoopEvent, 1, 1);
+  tell(kLoopEvent, 1, 2);
   for (const uint32_t left : {1U, 3U}) {
     EXPECT_EQ(read_event(clients[left].receive()), (Received{1, kLoopClass, 1, 1}));
     EXPECT_EQ(read_event(clients[left].receive()), (Received{2, kLoopClass, 1, 2}));
@@ -255,7 +260,7 @@ TEST_F(EventServers, CountSubscribersAmongTheConnections) {
   for (size_t i = 0; i < 64; ++i) {
     clients.push_back(subscriber());
   }
-  tell(kLoopClass, 1, 1);
+  tell(kLoopEvent, 1, 1);
   for (PacketClient &client : clients) {
     EXPECT_EQ(read_event(client.receive()), (Received{1, kLoopClass, 1, 1}));
   }
@@ -271,7 +276,7 @@ TEST_F(EventServers, DoNotWaitForASubscriberThatDoesNotRead) {
   std::map<uint32_t, uint32_t> told;
   for (uint32_t i = 1; i <= kEvents; ++i) {
     told[i % kTrees] = i;
-    tell(kLoopClass, i % kTrees, i);
+    tell(kLoopEvent, i % kTrees, i);
     const Received received = read_event(fast.receive());
     ASSERT_EQ(received, (Received{i, kLoopClass, i % kTrees, i}));
   }
@@ -284,8 +289,8 @@ TEST_F(EventServers, DoNotWaitForASubscriberThatDoesNotRead) {
   while (seen != told) {
     const Received received = read_event(slow.receive());
     ASSERT_EQ(received.sequence, ++count);
-    ASSERT_GT(received.state, seen[received.tree]) << "order";
-    seen[received.tree] = received.state;
+    ASSERT_GT(received.number, seen[received.tree]) << "order";
+    seen[received.tree] = received.number;
   }
   let_the_server_work();
   EXPECT_FALSE(slow.receive_now().has_value());
@@ -295,8 +300,8 @@ TEST_F(EventServers, DoNotWaitForASubscriberThatDoesNotRead) {
                 std::to_string(kEvents - count) + "\n");
 
   // It is told of everything again.
-  tell(kRootClass, 1, 1);
-  tell(kRootClass, 1, 2);
+  tell(kRootEvent, 1, 1);
+  tell(kRootEvent, 1, 2);
   EXPECT_EQ(read_event(slow.receive()), (Received{count + 1, kRootClass, 1, 1}));
   EXPECT_EQ(read_event(slow.receive()), (Received{count + 2, kRootClass, 1, 2}));
 }
@@ -305,7 +310,7 @@ TEST_F(EventServers, ForgetASubscriberThatNeitherReadsNorStays) {
   constexpr uint32_t kEvents = 5000;
   PacketClient slow = subscriber();
   for (uint32_t i = 1; i <= kEvents; ++i) {
-    tell(kLoopClass, 1, i);
+    tell(kLoopEvent, 1, i);
   }
   testing::internal::CaptureStderr();
   slow.hang_up();
@@ -313,7 +318,7 @@ TEST_F(EventServers, ForgetASubscriberThatNeitherReadsNorStays) {
   EXPECT_THAT(testing::internal::GetCapturedStderr(),
               MatchesRegex("stp-switchd: a subscriber has left; events replaced by later ones while they "
                            "waited: [0-9]+\n"));
-  tell(kLoopClass, 1, 1);
+  tell(kLoopEvent, 1, 1);
   expect_service();
 }
 
@@ -322,7 +327,7 @@ TEST_F(EventServers, TellOfMoreThanTheSocketTakesAtOnce) {
   PacketClient client = subscriber();
   std::vector<InconsistencyEvent> events;
   for (uint32_t tree = 1; tree <= kTrees; ++tree) {
-    events.push_back(event(kRootClass, tree, 1));
+    events.push_back(event(kRootEvent, tree, 1));
   }
   server_.tell(events);
   for (uint32_t tree = 1; tree <= kTrees; ++tree) {

@@ -36,6 +36,9 @@ vlans = "1,10"
 
 constexpr uint32_t kPort = 0x1A000000;
 constexpr uint32_t kChannel = 0x16000000;
+constexpr InconsistencyEventKind kPvidAndType = InconsistencyEventKind::kPvidAndType;
+constexpr InconsistencyEventKind kLoop = InconsistencyEventKind::kLoop;
+constexpr InconsistencyEventKind kRoot = InconsistencyEventKind::kRoot;
 constexpr SpanningTreeMode kMst = SpanningTreeMode::kMst;
 constexpr SpanningTreeMode kRapidPvst = SpanningTreeMode::kRapidPvst;
 
@@ -75,8 +78,9 @@ class InconsistencyEvents : public testing::Test {
 
 // What a failing test shows.
 void show(const InconsistencyEvent &event, std::ostream *out) {
-  *out << event.notification_class << ": tree " << event.tree << ", interface " << std::hex << event.if_index
-       << ", state " << event.state << std::dec << ", mode " << static_cast<uint32_t>(event.mode);
+  *out << "kind " << static_cast<int>(event.kind) << ": tree " << event.tree << ", interface " << std::hex
+       << event.if_index << ", state " << event.state << std::dec << ", mode "
+       << static_cast<uint32_t>(event.mode);
 }
 
 }  // namespace
@@ -92,38 +96,39 @@ namespace {
 using Event = InconsistencyEvent;
 
 TEST_F(InconsistencyEvents, TellThatARootInconsistencyAppearsAndVanishes) {
-  EXPECT_THAT(set("port.1.root_inconsistent", "10"), ElementsAre(Event{17423, 10, kPort + 1, 1, kRapidPvst}));
-  EXPECT_THAT(set("port.1.root_inconsistent", ""), ElementsAre(Event{17423, 10, kPort + 1, 2, kRapidPvst}));
+  EXPECT_THAT(set("port.1.root_inconsistent", "10"), ElementsAre(Event{kRoot, 10, kPort + 1, 1, kRapidPvst}));
+  EXPECT_THAT(set("port.1.root_inconsistent", ""), ElementsAre(Event{kRoot, 10, kPort + 1, 0, kRapidPvst}));
 }
 
 TEST_F(InconsistencyEvents, TellThatALoopInconsistencyAppearsAndVanishes) {
   EXPECT_THAT(set("port_channel.2.loop_inconsistent", "1"),
-              ElementsAre(Event{17422, 1, kChannel + 2, 1, kRapidPvst}));
+              ElementsAre(Event{kLoop, 1, kChannel + 2, 1, kRapidPvst}));
   EXPECT_THAT(set("port_channel.2.loop_inconsistent", ""),
-              ElementsAre(Event{17422, 1, kChannel + 2, 2, kRapidPvst}));
+              ElementsAre(Event{kLoop, 1, kChannel + 2, 0, kRapidPvst}));
 }
 
-TEST_F(InconsistencyEvents, TellTheBitsOfPortVlanIdentifierAndTypeInTheFirstOctet) {
+TEST_F(InconsistencyEvents, TellWhichOfPortVlanIdentifierAndTypeAreLeft) {
   EXPECT_THAT(set("port.1.pvid_inconsistent", "10"),
-              ElementsAre(Event{17421, 10, kPort + 1, 0x0100'0000, kRapidPvst}));
+              ElementsAre(Event{kPvidAndType, 10, kPort + 1, 1, kRapidPvst}));
   EXPECT_THAT(set("port.1.type_inconsistent", "10"),
-              ElementsAre(Event{17421, 10, kPort + 1, 0x0300'0000, kRapidPvst}));
+              ElementsAre(Event{kPvidAndType, 10, kPort + 1, 3, kRapidPvst}));
   EXPECT_THAT(set("port.1.pvid_inconsistent", ""),
-              ElementsAre(Event{17421, 10, kPort + 1, 0x0200'0000, kRapidPvst}));
-  EXPECT_THAT(set("port.1.type_inconsistent", ""), ElementsAre(Event{17421, 10, kPort + 1, 0, kRapidPvst}));
+              ElementsAre(Event{kPvidAndType, 10, kPort + 1, 2, kRapidPvst}));
+  EXPECT_THAT(set("port.1.type_inconsistent", ""),
+              ElementsAre(Event{kPvidAndType, 10, kPort + 1, 0, kRapidPvst}));
 }
 
 TEST_F(InconsistencyEvents, TellWhatBecameOfEachTree) {
   set("port.1.root_inconsistent", "1,10");
   EXPECT_THAT(
       set("port.1.root_inconsistent", "10,20"),
-      ElementsAre(Event{17423, 1, kPort + 1, 2, kRapidPvst}, Event{17423, 20, kPort + 1, 1, kRapidPvst}));
+      ElementsAre(Event{kRoot, 1, kPort + 1, 0, kRapidPvst}, Event{kRoot, 20, kPort + 1, 1, kRapidPvst}));
 }
 
 TEST_F(InconsistencyEvents, OneBitForAnotherIsOneEvent) {
   set("port.1.pvid_inconsistent", "10");
   EXPECT_THAT(set({{"port.1.pvid_inconsistent", ""}, {"port.1.type_inconsistent", "10"}}),
-              ElementsAre(Event{17421, 10, kPort + 1, 0x0200'0000, kRapidPvst}));
+              ElementsAre(Event{kPvidAndType, 10, kPort + 1, 2, kRapidPvst}));
 }
 
 TEST_F(InconsistencyEvents, OfOneChangeAreOrdered) {
@@ -133,11 +138,11 @@ TEST_F(InconsistencyEvents, OfOneChangeAreOrdered) {
            {"port.1.loop_inconsistent", "20"},
            {"port.2.pvid_inconsistent", "10"},
            {"port.1.type_inconsistent", "10,20"}}),
-      ElementsAre(Event{17421, 10, kPort + 1, 0x0200'0000, kRapidPvst},
-                  Event{17421, 10, kPort + 2, 0x0100'0000, kRapidPvst},
-                  Event{17421, 20, kPort + 1, 0x0200'0000, kRapidPvst},
-                  Event{17422, 20, kPort + 1, 1, kRapidPvst}, Event{17423, 1, kPort + 1, 1, kRapidPvst},
-                  Event{17423, 10, kChannel + 2, 1, kRapidPvst}, Event{17423, 10, kPort + 1, 1, kRapidPvst}));
+      ElementsAre(Event{kPvidAndType, 10, kPort + 1, 2, kRapidPvst},
+                  Event{kPvidAndType, 10, kPort + 2, 1, kRapidPvst},
+                  Event{kPvidAndType, 20, kPort + 1, 2, kRapidPvst},
+                  Event{kLoop, 20, kPort + 1, 1, kRapidPvst}, Event{kRoot, 1, kPort + 1, 1, kRapidPvst},
+                  Event{kRoot, 10, kChannel + 2, 1, kRapidPvst}, Event{kRoot, 10, kPort + 1, 1, kRapidPvst}));
 }
 
 TEST_F(InconsistencyEvents, DoNotComeOfWhatIsNoEntry) {
@@ -159,30 +164,30 @@ TEST_F(InconsistencyEvents, DoNotComeOfOtherChanges) {
 
 TEST_F(InconsistencyEvents, ComeOfMembershipOfVlans) {
   set({{"port.1.root_inconsistent", "10,30"}, {"port.1.loop_inconsistent", "1"}});
-  EXPECT_THAT(set("port.1.vlans", "1,30"), ElementsAre(Event{17423, 10, kPort + 1, 2, kRapidPvst},
-                                                       Event{17423, 30, kPort + 1, 1, kRapidPvst}));
+  EXPECT_THAT(set("port.1.vlans", "1,30"), ElementsAre(Event{kRoot, 10, kPort + 1, 0, kRapidPvst},
+                                                       Event{kRoot, 30, kPort + 1, 1, kRapidPvst}));
 }
 
 TEST_F(InconsistencyEvents, ComeOfVlansWhoseSpanningTreeIsSwitchedOff) {
   set("port.1.type_inconsistent", "1,10");
   EXPECT_THAT(set("rapid_pvst.disabled_vlans", "10"),
-              ElementsAre(Event{17421, 10, kPort + 1, 0, kRapidPvst}));
+              ElementsAre(Event{kPvidAndType, 10, kPort + 1, 0, kRapidPvst}));
   EXPECT_THAT(set("rapid_pvst.disabled_vlans", ""),
-              ElementsAre(Event{17421, 10, kPort + 1, 0x0200'0000, kRapidPvst}));
+              ElementsAre(Event{kPvidAndType, 10, kPort + 1, 2, kRapidPvst}));
 }
 
 TEST_F(InconsistencyEvents, ComeOfPortsThatJoinAPortChannelOrLeaveBridging) {
   set({{"port.1.root_inconsistent", "1"}, {"port.2.root_inconsistent", "10"}});
-  EXPECT_THAT(set("port.1.channel", "2"), ElementsAre(Event{17423, 1, kPort + 1, 2, kRapidPvst}));
-  EXPECT_THAT(set("port.1.channel", "0"), ElementsAre(Event{17423, 1, kPort + 1, 1, kRapidPvst}));
-  EXPECT_THAT(set("port.2.switchport", "false"), ElementsAre(Event{17423, 10, kPort + 2, 2, kRapidPvst}));
+  EXPECT_THAT(set("port.1.channel", "2"), ElementsAre(Event{kRoot, 1, kPort + 1, 0, kRapidPvst}));
+  EXPECT_THAT(set("port.1.channel", "0"), ElementsAre(Event{kRoot, 1, kPort + 1, 1, kRapidPvst}));
+  EXPECT_THAT(set("port.2.switchport", "false"), ElementsAre(Event{kRoot, 10, kPort + 2, 0, kRapidPvst}));
 }
 
 TEST_F(InconsistencyEvents, ComeOfPortsThatVanish) {
   set("port.2.loop_inconsistent", "10");
   SwitchState state = switch_.state();
   state.ports.erase(2);
-  EXPECT_THAT(replace(state), ElementsAre(Event{17422, 10, kPort + 2, 2, kRapidPvst}));
+  EXPECT_THAT(replace(state), ElementsAre(Event{kLoop, 10, kPort + 2, 0, kRapidPvst}));
 }
 
 // Port 1 is in tree 10 in both modes: as a member of VLAN 10, and of VLAN 20, which instance 10 carries.
@@ -191,20 +196,19 @@ TEST_F(InconsistencyEvents, ComeOfAChangeOfMode) {
        {"port.2.loop_inconsistent", "10"},
        {"port.1.pvid_inconsistent", "10"}});
   EXPECT_THAT(set("switch.mode", "mst"),
-              ElementsAre(Event{17421, 10, kPort + 1, 0, kMst}, Event{17422, 10, kPort + 2, 2, kMst},
-                          Event{17423, 0, kPort + 1, 1, kMst}, Event{17423, 1, kPort + 1, 2, kMst}));
-  EXPECT_THAT(
-      set("switch.mode", "rapid-pvst"),
-      ElementsAre(Event{17421, 10, kPort + 1, 0x0100'0000, kRapidPvst},
-                  Event{17422, 10, kPort + 2, 1, kRapidPvst}, Event{17423, 0, kPort + 1, 2, kRapidPvst},
-                  Event{17423, 1, kPort + 1, 1, kRapidPvst}));
+              ElementsAre(Event{kPvidAndType, 10, kPort + 1, 0, kMst}, Event{kLoop, 10, kPort + 2, 0, kMst},
+                          Event{kRoot, 0, kPort + 1, 1, kMst}, Event{kRoot, 1, kPort + 1, 0, kMst}));
+  EXPECT_THAT(set("switch.mode", "rapid-pvst"), ElementsAre(Event{kPvidAndType, 10, kPort + 1, 1, kRapidPvst},
+                                                            Event{kLoop, 10, kPort + 2, 1, kRapidPvst},
+                                                            Event{kRoot, 0, kPort + 1, 0, kRapidPvst},
+                                                            Event{kRoot, 1, kPort + 1, 1, kRapidPvst}));
 }
 
 TEST_F(InconsistencyEvents, ComeOfVlansThatChangeTheirInstance) {
   set("switch.mode", "mst");
   EXPECT_THAT(set("port.2.root_inconsistent", "10"), ElementsAre());
-  EXPECT_THAT(set("mst.instance.10.vlans", "10,20"), ElementsAre(Event{17423, 10, kPort + 2, 1, kMst}));
-  EXPECT_THAT(set("mst.instance.10.vlans", ""), ElementsAre(Event{17423, 10, kPort + 2, 2, kMst}));
+  EXPECT_THAT(set("mst.instance.10.vlans", "10,20"), ElementsAre(Event{kRoot, 10, kPort + 2, 1, kMst}));
+  EXPECT_THAT(set("mst.instance.10.vlans", ""), ElementsAre(Event{kRoot, 10, kPort + 2, 0, kMst}));
 }
 
 TEST_F(InconsistencyEvents, ComeAfterTheChangeHasBeenPublished) {
