@@ -2,7 +2,6 @@
 // none.
 #include "commands/command.h"
 #include "commands/rows.h"
-#include "model/derived.h"
 
 namespace stpswitch {
 
@@ -16,7 +15,7 @@ cmd_result answer_mst_instances(const Switch &the_switch, const CommandRequest &
     return CMD_BAD_REQUEST;
   }
   const SwitchState &state = the_switch.state();
-  const auto rows = mst_remaining_hops(state);
+  const auto &rows = the_switch.mst_remaining_hops();
   const auto row = find_row(rows, request.action, *asked);
   if (state.settings.mode != SpanningTreeMode::kMst || row == rows.end()) {
     return CMD_NO_ENTRY;

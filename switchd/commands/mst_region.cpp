@@ -3,15 +3,14 @@
 #include <algorithm>
 
 #include "commands/command.h"
-#include "model/derived.h"
 
 namespace stpswitch {
 namespace {
 
 constexpr unsigned kOctetBits = 8;
 
-void add_vlan_map(const SwitchState &state, ReplyBuilder *reply) {
-  for (const auto &[id, vlans] : mst_vlan_map(state)) {
+void add_vlan_map(const Switch &the_switch, ReplyBuilder *reply) {
+  for (const auto &[id, vlans] : the_switch.mst_vlan_map()) {
     stp_mst_vlans map{{static_cast<uint8_t>(id >> kOctetBits), static_cast<uint8_t>(id)}, {}};
     std::copy(vlans.octets().begin(), vlans.octets().end(), map.vlans);
     reply->add_octets(STP_ATTRIBUTE_MST_VLAN_MAP, {reinterpret_cast<const uint8_t *>(&map), sizeof map});
@@ -34,7 +33,7 @@ cmd_result answer_mst_region(const Switch &the_switch, const CommandRequest &req
   reply->add_octets(STP_ATTRIBUTE_MST_CONFIG_DIGEST, the_switch.config_digest());
   reply->add_octets(STP_ATTRIBUTE_MST_PRE_STANDARD_DIGEST, the_switch.pre_standard_digest());
   if (wants_everything) {
-    add_vlan_map(the_switch.state(), reply);
+    add_vlan_map(the_switch, reply);
   }
   return CMD_OK;
 }

@@ -6,6 +6,8 @@ namespace stpswitch {
 
 Switch::Derived::Derived(const SwitchState &state)
     : config_digest(mst_config_digest(state)),
+      mst_vlan_map(stpswitch::mst_vlan_map(state)),
+      mst_remaining_hops(stpswitch::mst_remaining_hops(state)),
       bridge_ports(stpswitch::bridge_ports(state)),
       vlans_in_use(stpswitch::vlans_in_use(bridge_ports)),
       running_trees(stpswitch::running_trees(state, vlans_in_use)),

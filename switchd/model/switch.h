@@ -1,7 +1,9 @@
 // The running switch: its state, what is computed from it once a change, and who is told of changes.
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <utility>
 #include <vector>
 
@@ -21,6 +23,9 @@ class Switch {
   const SwitchState &state() const { return state_; }
   const MstDigest &config_digest() const { return derived_.config_digest; }
   const MstDigest &pre_standard_digest() const;
+  // By instance, the CIST included.
+  const std::map<uint32_t, VlanSet> &mst_vlan_map() const { return derived_.mst_vlan_map; }
+  const std::map<uint32_t, uint32_t> &mst_remaining_hops() const { return derived_.mst_remaining_hops; }
   const BridgePorts &bridge_ports() const { return derived_.bridge_ports; }
   const std::set<uint32_t> &vlans_in_use() const { return derived_.vlans_in_use; }
   const TreeSet &running_trees() const { return derived_.running_trees; }
@@ -43,6 +48,8 @@ class Switch {
     explicit Derived(const SwitchState &state);
 
     MstDigest config_digest;
+    std::map<uint32_t, VlanSet> mst_vlan_map;
+    std::map<uint32_t, uint32_t> mst_remaining_hops;
     BridgePorts bridge_ports;
     std::set<uint32_t> vlans_in_use;
     TreeSet running_trees;

@@ -52,7 +52,7 @@ void SnapshotPublisher::seal() const {
 }
 
 void SnapshotPublisher::publish() {
-  fill_snapshot_slot(switch_.state(), next_slot_);
+  fill_snapshot_slot(switch_, next_slot_);
   const uint64_t generation = head_->generation.load(std::memory_order_relaxed) + 1;
   // Readers of the slot that is overwritten must see the generation that left it before they see new data.
   std::atomic_thread_fence(std::memory_order_release);

@@ -75,7 +75,8 @@ uint32_t interface_count(const SwitchState &state) {
   return static_cast<uint32_t>(state.ports.size() + state.port_channels.size());
 }
 
-void fill_snapshot_slot(const SwitchState &state, std::span<uint8_t> slot) {
+void fill_snapshot_slot(const Switch &the_switch, std::span<uint8_t> slot) {
+  const SwitchState &state = the_switch.state();
   SlotFiller filler(slot);
   const std::set<uint32_t> channels_up = port_channels_up(state);
   for (const auto &[number, channel] : state.port_channels) {
@@ -84,7 +85,7 @@ void fill_snapshot_slot(const SwitchState &state, std::span<uint8_t> slot) {
   for (const auto &[number, port] : state.ports) {
     filler.add(port_interface(number, port));
   }
-  for (const auto &[id, vlans] : mst_vlan_map(state)) {
+  for (const auto &[id, vlans] : the_switch.mst_vlan_map()) {
     filler.add_mst_instance(id, vlans);
   }
   filler.finish();

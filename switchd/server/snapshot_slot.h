@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <span>
 
-#include "model/switch_state.h"
+#include "model/switch.h"
 
 namespace stpswitch {
 
@@ -12,6 +12,6 @@ namespace stpswitch {
 uint32_t interface_count(const SwitchState &state);
 
 // Fills a slot (platform/wire/snapshot.h) of the right size for interface_count().
-void fill_snapshot_slot(const SwitchState &state, std::span<uint8_t> slot);
+void fill_snapshot_slot(const Switch &the_switch, std::span<uint8_t> slot);
 
 }  // namespace stpswitch
