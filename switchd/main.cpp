@@ -5,7 +5,7 @@
 #include <string>
 
 #include "base/log.h"
-#include "control/protocol.h"
+#include "control/control_protocol.h"
 #include "scenario/loader.h"
 #include "server/switch_process.h"
 #include "wire/message.h"

@@ -1,7 +1,7 @@
 // Commands 116, 120 and 121: the ports of trees whose port VLAN identifier or type is not the neighbour's,
 // which is for trees of single VLANs only, which root guard blocks, and which loop guard blocks.
 #include "commands/command.h"
-#include "commands/rows.h"
+#include "commands/ordered_entries.h"
 
 namespace stpswitch {
 namespace {

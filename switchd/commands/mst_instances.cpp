@@ -1,7 +1,7 @@
 // Command 122: the trees of the MST region, for the CIST and each MST instance. Outside MST mode there are
 // none.
 #include "commands/command.h"
-#include "commands/rows.h"
+#include "commands/ordered_entries.h"
 
 namespace stpswitch {
 

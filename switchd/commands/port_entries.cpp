@@ -2,7 +2,7 @@
 // ports whatever the mode is. Command 111: the ports of the CIST and the MST instances and, asked by
 // interface alone, the bridge ports in MST mode.
 #include "commands/command.h"
-#include "commands/rows.h"
+#include "commands/ordered_entries.h"
 
 namespace stpswitch {
 namespace {

@@ -1,7 +1,7 @@
 // Commands 117, 118 and 119: what is configured on each bridge port: root guard, loop guard, and how it deals
 // with its link and its neighbour.
 #include "commands/command.h"
-#include "commands/rows.h"
+#include "commands/ordered_entries.h"
 
 namespace stpswitch {
 namespace {

@@ -1,7 +1,7 @@
 // Command 115: the spanning trees of single VLANs, for each VLAN in use. In MST mode there are none, whatever
 // VLAN is asked for.
 #include "commands/command.h"
-#include "commands/rows.h"
+#include "commands/ordered_entries.h"
 
 namespace stpswitch {
 

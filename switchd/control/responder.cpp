@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "base/log.h"
-#include "control/protocol.h"
+#include "control/control_protocol.h"
 #include "model/refusal.h"
 #include "scenario/config_error.h"
 #include "scenario/keys.h"

@@ -9,7 +9,7 @@
 #include <chrono>
 #include <cstring>
 
-#include "control/protocol.h"
+#include "control/control_protocol.h"
 #include "wire/owned_fd.h"
 
 namespace stpswitch {

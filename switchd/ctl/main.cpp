@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "control/protocol.h"
+#include "control/control_protocol.h"
 #include "ctl/control_client.h"
 
 namespace {

@@ -45,17 +45,17 @@ void CommandServer::take(stpplatform::OwnedFd fd) {
 
 void CommandServer::take_subscriber(stpplatform::OwnedFd fd, NotificationClasses classes) {
   const auto position = subscribers_.emplace(subscribers_.end());
-  *position =
-      std::make_unique<EventConnection>(&loop_, std::move(fd), std::move(classes), buffer_, [this, position] {
-        subscribers_.erase(position);
-        acceptor_.connection_closed();
-      });
+  *position = std::make_unique<SubscriberConnection>(&loop_, std::move(fd), std::move(classes), buffer_,
+                                                     [this, position] {
+                                                       subscribers_.erase(position);
+                                                       acceptor_.connection_closed();
+                                                     });
 }
 
 void CommandServer::tell(const std::vector<InconsistencyEvent> &events) {
   for (auto next = subscribers_.begin(); next != subscribers_.end();) {
     // A subscriber that is gone goes out of the list.
-    EventConnection &subscriber = **next;
+    SubscriberConnection &subscriber = **next;
     ++next;
     subscriber.tell(events);
   }

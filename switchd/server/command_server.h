@@ -8,8 +8,8 @@
 
 #include "server/acceptor.h"
 #include "server/command_connection.h"
-#include "server/event_connection.h"
 #include "server/snapshot_publisher.h"
+#include "server/subscriber_connection.h"
 
 namespace stpswitch {
 
@@ -34,7 +34,7 @@ class CommandServer {
   std::vector<uint8_t> buffer_;
   Acceptor acceptor_;
   std::list<std::unique_ptr<CommandConnection>> connections_;
-  std::list<std::unique_ptr<EventConnection>> subscribers_;
+  std::list<std::unique_ptr<SubscriberConnection>> subscribers_;
 };
 
 }  // namespace stpswitch

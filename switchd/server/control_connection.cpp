@@ -8,7 +8,7 @@
 #include <string>
 #include <utility>
 
-#include "control/protocol.h"
+#include "control/control_protocol.h"
 
 namespace stpswitch {
 namespace {

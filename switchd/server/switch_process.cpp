@@ -1,3 +1,4 @@
+#include "base/system_failure.h"
 #include "server/switch_process.h"
 
 #include <grp.h>
@@ -8,8 +9,7 @@
 #include <optional>
 
 #include "base/log.h"
-#include "base/system_failure.h"
-#include "control/protocol.h"
+#include "control/control_protocol.h"
 #include "control/responder.h"
 #include "scenario/loader.h"
 #include "server/command_server.h"

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "control/protocol.h"
+#include "control/control_protocol.h"
 #include "support/packet_client.h"
 #include "support/temporary_folder.h"
 

@@ -1,4 +1,4 @@
-#include "commands/rows.h"
+#include "commands/ordered_entries.h"
 
 #include <algorithm>
 #include <cstring>

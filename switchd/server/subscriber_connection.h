@@ -13,14 +13,14 @@
 
 namespace stpswitch {
 
-class EventConnection {
+class SubscriberConnection {
  public:
   // `buffer` takes one packet and may serve all connections. `closed` is called once, as the last thing, and
   // may destroy the connection.
-  EventConnection(EventLoop *loop, stpplatform::OwnedFd fd, NotificationClasses classes,
-                  std::span<uint8_t> buffer, std::function<void()> closed);
-  EventConnection(const EventConnection &) = delete;
-  EventConnection &operator=(const EventConnection &) = delete;
+  SubscriberConnection(EventLoop *loop, stpplatform::OwnedFd fd, NotificationClasses classes,
+                       std::span<uint8_t> buffer, std::function<void()> closed);
+  SubscriberConnection(const SubscriberConnection &) = delete;
+  SubscriberConnection &operator=(const SubscriberConnection &) = delete;
 
   // Sends those that the subscriber wants, as soon as it takes them.
   void tell(const std::vector<InconsistencyEvent> &events);

@@ -1,4 +1,4 @@
-#include "server/event_connection.h"
+#include "server/subscriber_connection.h"
 
 #include <sys/socket.h>
 
@@ -10,6 +10,7 @@
 #include "base/log.h"
 #include "server/send_failure.h"
 #include "wire/message.h"
+#include "wire/owned_fd.h"
 
 namespace stpswitch {
 namespace {
@@ -23,18 +24,18 @@ void log_replaced(const std::string &what, uint64_t replaced) {
 
 }  // namespace
 
-EventConnection::EventConnection(EventLoop *loop, stpplatform::OwnedFd fd, NotificationClasses classes,
-                                 std::span<uint8_t> buffer, std::function<void()> closed)
+SubscriberConnection::SubscriberConnection(EventLoop *loop, stpplatform::OwnedFd fd, NotificationClasses classes,
+                                           std::span<uint8_t> buffer, std::function<void()> closed)
     : fd_(std::move(fd)),
       classes_(std::move(classes)),
       buffer_(buffer),
       closed_(std::move(closed)),
-      readable_(loop->make_event<&EventConnection::read_packet>(fd_.get(), EV_READ | EV_PERSIST, this)),
-      writable_(loop->make_event<&EventConnection::send_waiting>(fd_.get(), EV_WRITE, this)) {
+      readable_(loop->make_event<&SubscriberConnection::read_packet>(fd_.get(), EV_READ | EV_PERSIST, this)),
+      writable_(loop->make_event<&SubscriberConnection::send_waiting>(fd_.get(), EV_WRITE, this)) {
   wait_for(readable_);
 }
 
-void EventConnection::tell(const std::vector<InconsistencyEvent> &events) {
+void SubscriberConnection::tell(const std::vector<InconsistencyEvent> &events) {
   for (const InconsistencyEvent &event : events) {
     if (classes_.contains(class_of(event.kind))) {
       queue_.push(event);
@@ -44,7 +45,7 @@ void EventConnection::tell(const std::vector<InconsistencyEvent> &events) {
 }
 
 // Only another subscription is due here.
-void EventConnection::read_packet() {
+void SubscriberConnection::read_packet() {
   const ssize_t got = ::recv(fd_.get(), buffer_.data(), buffer_.size(), MSG_TRUNC | MSG_DONTWAIT);
   if (got < 0 && (errno == EAGAIN || errno == EINTR)) {
     return;
@@ -64,7 +65,7 @@ void EventConnection::read_packet() {
   classes_ = std::move(*classes);
 }
 
-void EventConnection::send_waiting() {
+void SubscriberConnection::send_waiting() {
   while (!queue_.is_empty()) {
     const uint32_t sequence = stpplatform::wire::next_sequence(sequence_);
     const Packet packet = make_event_packet(queue_.front(), sequence);
@@ -83,7 +84,7 @@ void EventConnection::send_waiting() {
   log_replaced("has caught up", queue_.take_replaced());
 }
 
-void EventConnection::close() {
+void SubscriberConnection::close() {
   log_replaced("has left", queue_.take_replaced());
   const auto closed = std::move(closed_);
   closed();
