@@ -6,8 +6,11 @@
 #include <sys/stat.h>
 #include <sys/un.h>
 
+#include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <filesystem>
+#include <thread>
 
 #include "base/system_failure.h"
 
@@ -16,6 +19,11 @@ namespace {
 
 constexpr int kBacklog = 64;
 constexpr mode_t kAllPermissions = 0777;
+
+// Others of this program are done with the socket's directory in a moment. Whoever holds it longer is
+// somebody else, whose end nobody knows.
+constexpr std::chrono::seconds kLockPatience{2};
+constexpr std::chrono::milliseconds kLockInterval{20};
 
 sockaddr_un address_of(const std::string &path) {
   sockaddr_un address{};
@@ -53,6 +61,18 @@ class CreationMode {
   mode_t old_mask_;
 };
 
+// Returns with errno EWOULDBLOCK when somebody else has kept the lock all the time.
+bool try_to_lock(int fd) {
+  const auto give_up = std::chrono::steady_clock::now() + kLockPatience;
+  while (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
+    if (errno != EWOULDBLOCK || std::chrono::steady_clock::now() >= give_up) {
+      return false;
+    }
+    std::this_thread::sleep_for(kLockInterval);
+  }
+  return true;
+}
+
 // Keeps others of this program from replacing the same socket at the same time. Gone with the descriptor.
 stpplatform::OwnedFd lock_directory_of(const std::string &path) {
   const std::filesystem::path parent = std::filesystem::path(path).parent_path();
@@ -61,7 +81,11 @@ stpplatform::OwnedFd lock_directory_of(const std::string &path) {
   if (!lock.is_open()) {
     throw system_failure(path + ": the socket's directory " + directory + " cannot be opened");
   }
-  if (::flock(lock.get(), LOCK_EX) != 0) {
+  if (!try_to_lock(lock.get())) {
+    if (errno == EWOULDBLOCK) {
+      throw std::runtime_error(path + ": the socket's directory " + directory +
+                               " is locked by another process");
+    }
     throw system_failure(path + ": the socket's directory " + directory + " cannot be locked");
   }
   return lock;

@@ -2,11 +2,14 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 
 #include <filesystem>
 #include <memory>
+#include <string>
+#include <thread>
 
 #include "support/temporary_folder.h"
 
@@ -116,6 +119,36 @@ TEST_F(UnixListeners, NameAFolderThatIsMissing) {
   path_ = folder_.path("none") + "/test.sock";
   EXPECT_EQ(error_of(options()), path_ + ": the socket's directory " + folder_.path("none") +
                                      " cannot be opened: No such file or directory");
+}
+
+class LockedFolder {
+ public:
+  explicit LockedFolder(const std::string &folder)
+      : fd_(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    EXPECT_EQ(::flock(fd_.get(), LOCK_EX), 0);
+  }
+  void unlock() { fd_ = {}; }
+
+ private:
+  FileDescriptor fd_;
+};
+
+TEST_F(UnixListeners, NameAFolderThatSomebodyElseKeepsLocked) {
+  const LockedFolder locked(folder_.path("."));
+  EXPECT_EQ(error_of(options()), path_ + ": the socket's directory " +
+                                     std::filesystem::path(path_).parent_path().string() +
+                                     " is locked by another process");
+  EXPECT_FALSE(exists());
+}
+
+// Whether or not the listener comes before the lock goes.
+TEST_F(UnixListeners, WaitForAFolderThatIsLockedForAMoment) {
+  LockedFolder locked(folder_.path("."));
+  std::string error = "not tried";
+  std::thread starting([&] { error = error_of(options()); });
+  locked.unlock();
+  starting.join();
+  EXPECT_EQ(error, "no error");
 }
 
 TEST_F(UnixListeners, NameAPathThatIsTooLongOrEmpty) {
