@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <utility>
 
-#include "base/log.h"
 #include "commands/dispatch.h"
 #include "faults/garbage.h"
 #include "server/send_failure.h"
@@ -21,7 +20,7 @@ CommandConnection::CommandConnection(EventLoop *loop, stpplatform::OwnedFd fd, c
       buffer_(buffer),
       ends_(std::move(ends)),
       readable_(loop->make_event<&CommandConnection::read_packet>(fd_.get(), EV_READ | EV_PERSIST, this)),
-      hung_up_(loop->make_event<&CommandConnection::close>(fd_.get(), EV_CLOSED, this)),
+      hung_up_(loop->make_event<&CommandConnection::hung_up>(fd_.get(), EV_CLOSED, this)),
       writable_(loop->make_event<&CommandConnection::send_pending>(fd_.get(), EV_WRITE, this)),
       delay_over_(loop->make_event<&CommandConnection::send_pending>(-1, 0, this)) {
   wait_for(readable_);
@@ -33,7 +32,7 @@ void CommandConnection::read_packet() {
     return;
   }
   if (got <= 0) {
-    close();
+    hung_up();
     return;
   }
   const auto sent_size = static_cast<size_t>(got);
@@ -44,8 +43,7 @@ void CommandConnection::read_packet() {
   }
   auto reply = answer_packet(switch_, packet, sent_size);
   if (!reply) {
-    log_line("a client sent " + std::to_string(sent_size) + " octets that are no message: disconnecting it");
-    close();
+    close("a client sent " + std::to_string(sent_size) + " octets that are no message: disconnecting it");
     return;
   }
   deliver(std::move(*reply));
@@ -54,9 +52,8 @@ void CommandConnection::read_packet() {
 void CommandConnection::subscribe(std::span<const uint8_t> packet, size_t sent_size) {
   auto classes = read_subscription(packet, sent_size);
   if (!classes) {
-    log_line("a client sent a malformed subscription of " + std::to_string(sent_size) +
-             " octets: disconnecting it");
-    close();
+    close("a client sent a malformed subscription of " + std::to_string(sent_size) +
+          " octets: disconnecting it");
     return;
   }
   // The socket goes to somebody else, who must not find this connection's events on it.
@@ -73,7 +70,7 @@ void CommandConnection::deliver(Packet reply) {
     case FaultKind::kDrop:
       return;
     case FaultKind::kDisconnect:
-      close();
+      close({});
       return;
     case FaultKind::kDelay:
       pending_ = std::move(reply);
@@ -99,8 +96,7 @@ void CommandConnection::send_pending() {
     stop_reading();
     wait_for(writable_);
   } else {
-    log_send_failure("cannot send a reply");
-    close();
+    close(describe_send_failure("cannot send a reply"));
   }
 }
 
@@ -110,9 +106,11 @@ void CommandConnection::stop_reading() {
   wait_for(hung_up_);
 }
 
-void CommandConnection::close() {
+void CommandConnection::hung_up() { close({}); }
+
+void CommandConnection::close(const std::string &why) {
   const auto closed = std::move(ends_.closed);
-  closed();
+  closed(why);
 }
 
 }  // namespace stpswitch

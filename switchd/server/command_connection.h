@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <span>
+#include <string>
 
 #include "commands/packet.h"
 #include "faults/faults.h"
@@ -19,7 +20,7 @@ class CommandConnection {
   // What ends the connection: a subscription, which takes the socket along, or anything else.
   struct Ends {
     std::function<void(stpplatform::OwnedFd, NotificationClasses)> subscribed;
-    std::function<void()> closed;
+    std::function<void(const std::string &why)> closed;  // an empty `why` is not worth a line in the log
   };
 
   // `buffer` takes one packet and may serve all connections. One of `ends` is called once, as the last thing,
@@ -35,7 +36,8 @@ class CommandConnection {
   void deliver(Packet reply);
   void send_pending();
   void stop_reading();
-  void close();
+  void hung_up();
+  void close(const std::string &why);
 
   stpplatform::OwnedFd fd_;
   const Switch &switch_;

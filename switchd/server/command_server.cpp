@@ -9,6 +9,7 @@
 
 #include "server/send_failure.h"
 #include "wire/message.h"
+#include "wire/owned_fd.h"
 
 namespace stpswitch {
 
@@ -21,12 +22,12 @@ CommandServer::CommandServer(EventLoop *loop, UnixSocketOptions options, const S
       snapshot_(*snapshot),
       faults_(*faults),
       buffer_(wire::kMaxMessageSize),
+      log_(loop, options.path),
       acceptor_(loop, std::move(options), [this](stpplatform::OwnedFd fd) { take(std::move(fd)); }) {}
 
 void CommandServer::take(stpplatform::OwnedFd fd) {
   if (!send_hello(fd.get())) {
-    log_send_failure("cannot greet a client");
-    acceptor_.connection_closed();
+    connection_closed(describe_send_failure("cannot greet a client"));
     return;
   }
   const auto position = connections_.emplace(connections_.end());
@@ -35,20 +36,27 @@ void CommandServer::take(stpplatform::OwnedFd fd) {
     connections_.erase(position);
     take_subscriber(std::move(socket), std::move(classes));
   };
-  ends.closed = [this, position] {
+  ends.closed = [this, position](const std::string &why) {
     connections_.erase(position);
-    acceptor_.connection_closed();
+    connection_closed(why);
   };
   *position = std::make_unique<CommandConnection>(&loop_, std::move(fd), &switch_, &faults_, buffer_,
                                                   std::move(ends));
 }
 
+void CommandServer::connection_closed(const std::string &why) {
+  acceptor_.connection_closed();
+  if (!why.empty()) {
+    log_.log(why);
+  }
+}
+
 void CommandServer::take_subscriber(stpplatform::OwnedFd fd, NotificationClasses classes) {
   const auto position = subscribers_.emplace(subscribers_.end());
   *position = std::make_unique<SubscriberConnection>(&loop_, std::move(fd), std::move(classes), buffer_,
-                                                     [this, position] {
+                                                     [this, position](const std::string &why) {
                                                        subscribers_.erase(position);
-                                                       acceptor_.connection_closed();
+                                                       connection_closed(why);
                                                      });
 }
 

@@ -4,12 +4,15 @@
 
 #include <list>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "server/acceptor.h"
 #include "server/command_connection.h"
 #include "server/snapshot_publisher.h"
 #include "server/subscriber_connection.h"
+#include "server/throttled_log.h"
+#include "wire/owned_fd.h"
 
 namespace stpswitch {
 
@@ -24,6 +27,7 @@ class CommandServer {
 
  private:
   void take(stpplatform::OwnedFd fd);
+  void connection_closed(const std::string &why);
   bool send_hello(int fd) const;
   void take_subscriber(stpplatform::OwnedFd fd, NotificationClasses classes);
 
@@ -32,6 +36,7 @@ class CommandServer {
   const SnapshotPublisher &snapshot_;
   Faults &faults_;
   std::vector<uint8_t> buffer_;
+  ThrottledLog log_;
   Acceptor acceptor_;
   std::list<std::unique_ptr<CommandConnection>> connections_;
   std::list<std::unique_ptr<SubscriberConnection>> subscribers_;

@@ -1,11 +1,12 @@
-// What the servers of the command socket log when a message does not get through.
+// What the servers of the command socket say when a message does not get through.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace stpswitch {
 
-// Logs why a message could not be sent, as errno says, unless the client is simply gone.
-void log_send_failure(std::string_view what);
+// Why a message could not be sent, as errno says. Nothing when the client is simply gone.
+std::string describe_send_failure(std::string_view what);
 
 }  // namespace stpswitch

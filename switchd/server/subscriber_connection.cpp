@@ -25,7 +25,8 @@ void log_replaced(const std::string &what, uint64_t replaced) {
 }  // namespace
 
 SubscriberConnection::SubscriberConnection(EventLoop *loop, stpplatform::OwnedFd fd, NotificationClasses classes,
-                                           std::span<uint8_t> buffer, std::function<void()> closed)
+                                           std::span<uint8_t> buffer,
+                                           std::function<void(const std::string &why)> closed)
     : fd_(std::move(fd)),
       classes_(std::move(classes)),
       buffer_(buffer),
@@ -51,15 +52,14 @@ void SubscriberConnection::read_packet() {
     return;
   }
   if (got <= 0) {
-    close();
+    close({});
     return;
   }
   const auto sent_size = static_cast<size_t>(got);
   auto classes = read_subscription(buffer_.first(std::min(sent_size, buffer_.size())), sent_size);
   if (!classes) {
-    log_line("a subscriber sent " + std::to_string(sent_size) +
-             " octets that are no subscription: disconnecting it");
-    close();
+    close("a subscriber sent " + std::to_string(sent_size) +
+          " octets that are no subscription: disconnecting it");
     return;
   }
   classes_ = std::move(*classes);
@@ -73,8 +73,7 @@ void SubscriberConnection::send_waiting() {
       if (errno == EAGAIN || errno == EINTR) {
         wait_for(writable_);
       } else {
-        log_send_failure("cannot send an event");
-        close();
+        close(describe_send_failure("cannot send an event"));
       }
       return;
     }
@@ -84,10 +83,10 @@ void SubscriberConnection::send_waiting() {
   log_replaced("has caught up", queue_.take_replaced());
 }
 
-void SubscriberConnection::close() {
+void SubscriberConnection::close(const std::string &why) {
   log_replaced("has left", queue_.take_replaced());
   const auto closed = std::move(closed_);
-  closed();
+  closed(why);
 }
 
 }  // namespace stpswitch

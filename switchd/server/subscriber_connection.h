@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "model/events.h"
@@ -16,9 +17,9 @@ namespace stpswitch {
 class SubscriberConnection {
  public:
   // `buffer` takes one packet and may serve all connections. `closed` is called once, as the last thing, and
-  // may destroy the connection.
+  // may destroy the connection; an empty `why` is not worth a line in the log.
   SubscriberConnection(EventLoop *loop, stpplatform::OwnedFd fd, NotificationClasses classes,
-                       std::span<uint8_t> buffer, std::function<void()> closed);
+                       std::span<uint8_t> buffer, std::function<void(const std::string &why)> closed);
   SubscriberConnection(const SubscriberConnection &) = delete;
   SubscriberConnection &operator=(const SubscriberConnection &) = delete;
 
@@ -28,12 +29,12 @@ class SubscriberConnection {
  private:
   void read_packet();
   void send_waiting();
-  void close();
+  void close(const std::string &why);
 
   stpplatform::OwnedFd fd_;
   NotificationClasses classes_;
   std::span<uint8_t> buffer_;
-  std::function<void()> closed_;
+  std::function<void(const std::string &why)> closed_;
   EventQueue queue_;
   uint32_t sequence_ = 0;  // of the latest event that was sent
   Event readable_;

@@ -7,7 +7,10 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <optional>
 #include <random>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "scenario/loader.h"
@@ -53,7 +56,9 @@ class CommandServers : public testing::Test {
   Switch switch_{load_scenario(SCENARIOS "/mst-small.toml")};
   SnapshotPublisher snapshot_{&switch_};
   Faults faults_;
-  CommandServer server_{&loop_, {path_, SOCK_SEQPACKET, 0660, std::nullopt}, &switch_, &snapshot_, &faults_};
+  std::optional<CommandServer> server_{
+      std::in_place, &loop_,     UnixSocketOptions{path_, SOCK_SEQPACKET, 0660, std::nullopt},
+      &switch_,      &snapshot_, &faults_};
 };
 
 TEST_F(CommandServers, GreetWithTheSnapshot) {
@@ -119,6 +124,22 @@ TEST_F(CommandServers, DisconnectWhoeverSendsNoMessage) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "stp-switchd: a client sent 10 octets that are no message: disconnecting it\n");
   expect_service();
+}
+
+TEST_F(CommandServers, DoNotFillTheLogWithWhatClientsSend) {
+  testing::internal::CaptureStderr();
+  for (int i = 0; i < 100; ++i) {
+    EXPECT_TRUE(greeted().ask(octets("00112233445566778899")).empty());
+  }
+  std::string expected;
+  for (int i = 0; i < 10; ++i) {
+    expected += "stp-switchd: a client sent 10 octets that are no message: disconnecting it\n";
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), expected);
+  testing::internal::CaptureStderr();
+  server_.reset();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "stp-switchd: " + path_ + ": lines about clients that were left out: 90\n");
 }
 
 TEST_F(CommandServers, AnswerAClientThatOnlyReceivesAnyMore) {
