@@ -6,6 +6,7 @@
 
 #include "base/log.h"
 #include "base/system_failure.h"
+#include "wire/owned_fd.h"
 
 namespace stpswitch {
 namespace {
@@ -14,9 +15,11 @@ constexpr std::chrono::milliseconds kPauseAfterError{1000};
 
 }  // namespace
 
-Acceptor::Acceptor(EventLoop *loop, UnixSocketOptions options, std::function<void(stpplatform::OwnedFd)> take)
+Acceptor::Acceptor(EventLoop *loop, UnixSocketOptions options, std::function<void(stpplatform::OwnedFd)> take,
+                   std::function<void()> make_room)
     : listener_(std::move(options)),
       take_(std::move(take)),
+      make_room_(std::move(make_room)),
       accepting_(evconnlistener_new(loop->base(), &Acceptor::on_connection, this, LEV_OPT_CLOSE_ON_EXEC, 0,
                                     listener_.fd())),
       resume_timer_(loop->make_event<&Acceptor::resume>(-1, 0, this)) {
@@ -41,6 +44,9 @@ void Acceptor::on_error(evconnlistener * /*handle*/, void *self) noexcept {
 }
 
 void Acceptor::accept(stpplatform::OwnedFd fd) {
+  if (open_connections_ == kMaxConnections && make_room_) {
+    make_room_();
+  }
   if (open_connections_ == kMaxConnections) {
     if (!is_refusing_) {
       log_line(path() + ": refusing further connections: " + std::to_string(kMaxConnections) + " are open");

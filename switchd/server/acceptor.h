@@ -18,8 +18,10 @@ inline constexpr size_t kMaxConnections = 64;
 
 class Acceptor {
  public:
-  // Gives each connection, nonblocking, to `take`, and counts it until connection_closed is called.
-  Acceptor(EventLoop *loop, UnixSocketOptions options, std::function<void(stpplatform::OwnedFd)> take);
+  // Gives each connection, nonblocking, to `take`, and counts it until connection_closed is called. At the
+  // limit `make_room` may close one before; without it, further connections are refused.
+  Acceptor(EventLoop *loop, UnixSocketOptions options, std::function<void(stpplatform::OwnedFd)> take,
+           std::function<void()> make_room = {});
 
   void connection_closed();
 
@@ -39,6 +41,7 @@ class Acceptor {
 
   UnixListener listener_;
   std::function<void(stpplatform::OwnedFd)> take_;
+  std::function<void()> make_room_;
   std::unique_ptr<evconnlistener, FreeListener> accepting_;
   Event resume_timer_;
   size_t open_connections_ = 0;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <tuple>
 #include <utility>
 
 #include "commands/dispatch.h"
@@ -26,6 +27,10 @@ CommandConnection::CommandConnection(EventLoop *loop, stpplatform::OwnedFd fd, c
   wait_for(readable_);
 }
 
+bool CommandConnection::is_less_in_use_than(const CommandConnection &other) const {
+  return std::tie(has_asked_, heard_at_) < std::tie(other.has_asked_, other.heard_at_);
+}
+
 void CommandConnection::read_packet() {
   const ssize_t got = ::recv(fd_.get(), buffer_.data(), buffer_.size(), MSG_TRUNC | MSG_DONTWAIT);
   if (got < 0 && (errno == EAGAIN || errno == EINTR)) {
@@ -46,6 +51,8 @@ void CommandConnection::read_packet() {
     close("a client sent " + std::to_string(sent_size) + " octets that are no message: disconnecting it");
     return;
   }
+  has_asked_ = true;
+  heard_at_ = std::chrono::steady_clock::now();
   deliver(std::move(*reply));
 }
 

@@ -2,6 +2,7 @@
 // events.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <span>
 #include <string>
@@ -30,6 +31,13 @@ class CommandConnection {
   CommandConnection(const CommandConnection &) = delete;
   CommandConnection &operator=(const CommandConnection &) = delete;
 
+  // Orders connections by what their clients lose with them: least with one that has never asked for
+  // anything, then with the one that has been silent longest.
+  bool is_less_in_use_than(const CommandConnection &other) const;
+
+  // Ends it.
+  void close(const std::string &why);
+
  private:
   void read_packet();
   void subscribe(std::span<const uint8_t> packet, size_t sent_size);
@@ -37,13 +45,14 @@ class CommandConnection {
   void send_pending();
   void stop_reading();
   void hung_up();
-  void close(const std::string &why);
 
   stpplatform::OwnedFd fd_;
   const Switch &switch_;
   Faults &faults_;
   std::span<uint8_t> buffer_;
   Ends ends_;
+  bool has_asked_ = false;
+  std::chrono::steady_clock::time_point heard_at_ = std::chrono::steady_clock::now();
   Packet pending_;  // the reply that is late, or that does not fit into the socket yet
   Event readable_;
   // While a reply is pending nothing is read, and a hang-up shows here.

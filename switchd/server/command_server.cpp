@@ -3,6 +3,7 @@
 #include <sys/socket.h>
 #include <sys/uio.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <utility>
@@ -15,6 +16,9 @@ namespace stpswitch {
 
 namespace wire = stpplatform::wire;
 
+// The other connections are for commands, whatever subscribers there are.
+constexpr size_t kMaxSubscribers = kMaxConnections / 2;
+
 CommandServer::CommandServer(EventLoop *loop, UnixSocketOptions options, const Switch *the_switch,
                              const SnapshotPublisher *snapshot, Faults *faults)
     : loop_(*loop),
@@ -23,7 +27,9 @@ CommandServer::CommandServer(EventLoop *loop, UnixSocketOptions options, const S
       faults_(*faults),
       buffer_(wire::kMaxMessageSize),
       log_(loop, options.path),
-      acceptor_(loop, std::move(options), [this](stpplatform::OwnedFd fd) { take(std::move(fd)); }) {}
+      acceptor_(
+          loop, std::move(options), [this](stpplatform::OwnedFd fd) { take(std::move(fd)); },
+          [this] { make_room(); }) {}
 
 void CommandServer::take(stpplatform::OwnedFd fd) {
   if (!send_hello(fd.get())) {
@@ -44,6 +50,17 @@ void CommandServer::take(stpplatform::OwnedFd fd) {
                                                   std::move(ends));
 }
 
+// Whoever keeps connections that it does not use must not lock out an agent that comes later. Subscribers,
+// which are silent by nature, are never so many that there is nobody else.
+void CommandServer::make_room() {
+  const auto least_in_use =
+      std::min_element(connections_.begin(), connections_.end(),
+                       [](const auto &one, const auto &other) { return one->is_less_in_use_than(*other); });
+  (*least_in_use)
+      ->close(acceptor_.path() + ": " + std::to_string(kMaxConnections) +
+              " connections are open: disconnecting the one least in use for another");
+}
+
 void CommandServer::connection_closed(const std::string &why) {
   acceptor_.connection_closed();
   if (!why.empty()) {
@@ -52,6 +69,10 @@ void CommandServer::connection_closed(const std::string &why) {
 }
 
 void CommandServer::take_subscriber(stpplatform::OwnedFd fd, NotificationClasses classes) {
+  if (subscribers_.size() == kMaxSubscribers) {
+    subscribers_.front()->close(acceptor_.path() + ": there are " + std::to_string(kMaxSubscribers) +
+                                " subscribers: disconnecting the first of them for another");
+  }
   const auto position = subscribers_.emplace(subscribers_.end());
   *position = std::make_unique<SubscriberConnection>(&loop_, std::move(fd), std::move(classes), buffer_,
                                                      [this, position](const std::string &why) {

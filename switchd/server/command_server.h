@@ -28,6 +28,7 @@ class CommandServer {
  private:
   void take(stpplatform::OwnedFd fd);
   void connection_closed(const std::string &why);
+  void make_room();
   bool send_hello(int fd) const;
   void take_subscriber(stpplatform::OwnedFd fd, NotificationClasses classes);
 
@@ -39,7 +40,7 @@ class CommandServer {
   ThrottledLog log_;
   Acceptor acceptor_;
   std::list<std::unique_ptr<CommandConnection>> connections_;
-  std::list<std::unique_ptr<SubscriberConnection>> subscribers_;
+  std::list<std::unique_ptr<SubscriberConnection>> subscribers_;  // as they subscribed
 };
 
 }  // namespace stpswitch

@@ -26,10 +26,12 @@ class SubscriberConnection {
   // Sends those that the subscriber wants, as soon as it takes them.
   void tell(const std::vector<InconsistencyEvent> &events);
 
+  // Ends it.
+  void close(const std::string &why);
+
  private:
   void read_packet();
   void send_waiting();
-  void close(const std::string &why);
 
   stpplatform::OwnedFd fd_;
   NotificationClasses classes_;

@@ -50,6 +50,16 @@ class CommandServers : public testing::Test {
     EXPECT_EQ(sequence_of(client.ask(request(4711))), 4711U);
   }
 
+  // What is logged when so many connections are given to others.
+  std::string disconnected(int count) const {
+    std::string text;
+    for (int i = 0; i < count; ++i) {
+      text += "stp-switchd: " + path_ +
+              ": 64 connections are open: disconnecting the one least in use for another\n";
+    }
+    return text;
+  }
+
   TemporaryFolder folder_;
   std::string path_ = folder_.path("switch.sock");
   EventLoop loop_;
@@ -163,23 +173,56 @@ TEST_F(CommandServers, SurviveClientsThatHangUpAtAnyPoint) {
   expect_service();
 }
 
-TEST_F(CommandServers, RefuseConnectionsAboveTheLimit) {
+TEST_F(CommandServers, GiveTheConnectionThatIsSilentLongestToANewClient) {
   std::vector<PacketClient> clients;
   for (size_t i = 0; i < 64; ++i) {
     clients.push_back(greeted());
   }
-  testing::internal::CaptureStderr();
-  for (int i = 0; i < 3; ++i) {
-    PacketClient refused = connect();
-    EXPECT_TRUE(refused.receive().empty());
-  }
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "stp-switchd: " + path_ + ": refusing further connections: 64 are open\n");
   for (PacketClient &client : clients) {
     EXPECT_EQ(sequence_of(client.ask(request(1))), 1U);
   }
-  clients.pop_back();
-  ASSERT_TRUE(run_until(loop_, [this] { return !connect().receive().empty(); }));
+  EXPECT_EQ(sequence_of(clients[0].ask(request(2))), 2U);
+  testing::internal::CaptureStderr();
+  clients.push_back(greeted());
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), disconnected(1));
+  EXPECT_TRUE(clients[1].receive().empty());
+  clients.erase(clients.begin() + 1);
+  for (PacketClient &client : clients) {
+    EXPECT_EQ(sequence_of(client.ask(request(3))), 3U);
+  }
+}
+
+TEST_F(CommandServers, SpareAClientThatHasAskedForThoseThatNeverDid) {
+  PacketClient agent = greeted();
+  EXPECT_EQ(sequence_of(agent.ask(request(1))), 1U);
+  std::vector<PacketClient> idle;
+  for (size_t i = 0; i < 63; ++i) {
+    idle.push_back(greeted());
+  }
+  testing::internal::CaptureStderr();
+  for (int i = 0; i < 3; ++i) {
+    idle.push_back(greeted());
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), disconnected(3));
+  for (size_t i = 0; i < 3; ++i) {
+    EXPECT_TRUE(idle[i].receive().empty());
+  }
+  EXPECT_FALSE(idle[3].receive_now().has_value());
+  EXPECT_EQ(sequence_of(agent.ask(request(2))), 2U);
+}
+
+TEST_F(CommandServers, GiveAConnectionThatWaitsForALateReplyToANewClient) {
+  std::vector<PacketClient> clients;
+  faults_.order(FaultKind::kDelay, kLongDelay, 64);
+  for (size_t i = 0; i < 64; ++i) {
+    clients.push_back(greeted());
+    clients.back().send(request(1));
+    ASSERT_TRUE(run_until(loop_, [turns = 0]() mutable { return ++turns > 3; }));
+  }
+  testing::internal::CaptureStderr();
+  expect_service();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), disconnected(1));
+  EXPECT_TRUE(clients[0].receive().empty());
 }
 
 TEST_F(CommandServers, AcceptLaterWhatTheyCannotAcceptNow) {
@@ -224,10 +267,12 @@ TEST_F(CommandServers, ForgetAClientThatNeitherReadsNorStays) {
       return !was_taken;
     }));
   }
+  testing::internal::CaptureStderr();
   std::vector<PacketClient> clients;
   for (size_t i = 0; i < 64; ++i) {
     clients.push_back(greeted());
   }
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "the lazy one still counts";
 }
 
 TEST_F(CommandServers, ReplyLateWhenOrderedAndServeOthersMeanwhile) {
@@ -264,12 +309,14 @@ TEST_F(CommandServers, AnswerAClientThatOnlyReceivesAnyMoreAfterALateReply) {
 
 TEST_F(CommandServers, ForgetClientsThatDoNotWaitForALateReply) {
   faults_.order(FaultKind::kDelay, kLongDelay, 200);
+  testing::internal::CaptureStderr();
   for (int i = 0; i < 200; ++i) {
     PacketClient impatient = greeted();
     impatient.send(request(1));
     ASSERT_TRUE(run_until(loop_, [turns = 0]() mutable { return ++turns > 3; }));
   }
   expect_service();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "those who are gone still count";
 }
 
 TEST_F(CommandServers, DropRepliesWhenOrdered) {

@@ -21,7 +21,6 @@
 
 using namespace stpswitch;
 namespace wire = stpplatform::wire;
-using testing::HasSubstr;
 using testing::MatchesRegex;
 
 namespace {
@@ -247,19 +246,55 @@ TEST_F(EventServers, TellTheOthersWhenOneIsGone) {
 }
 
 TEST_F(EventServers, CountSubscribersAmongTheConnections) {
+  testing::internal::CaptureStderr();
+  for (int round = 0; round < 2; ++round) {
+    std::vector<PacketClient> clients;
+    for (size_t i = 0; i < 32; ++i) {
+      clients.push_back(subscriber());
+    }
+    for (size_t i = 0; i < 32; ++i) {
+      clients.push_back(greeted());
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "round " << round;
+    testing::internal::CaptureStderr();
+    clients.push_back(greeted());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "stp-switchd: " + path_ +
+                  ": 64 connections are open: disconnecting the one least in use for another\n");
+    testing::internal::CaptureStderr();
+    tell(kLoopEvent, 1, 1);
+    for (size_t i = 0; i < 32; ++i) {
+      EXPECT_EQ(read_event(clients[i].receive()), (Received{1, kLoopClass, 1, 1}));
+    }
+    clients.clear();
+    let_the_server_work();
+  }
+  testing::internal::GetCapturedStderr();
+}
+
+TEST_F(EventServers, SpareASubscriberForConnectionsThatAreInUse) {
+  PacketClient client = subscriber();
+  std::vector<PacketClient> others;
+  for (uint32_t i = 0; i < 70; ++i) {
+    others.push_back(greeted());
+    EXPECT_EQ(reply_head(others.back().ask(request(i))).header.sequence, i);
+  }
+  tell(kLoopEvent, 1, 1);
+  EXPECT_EQ(read_event(client.receive()), (Received{1, kLoopClass, 1, 1}));
+}
+
+TEST_F(EventServers, GiveThePlaceOfTheFirstOfTooManySubscribersToANewOne) {
   std::vector<PacketClient> clients;
-  for (size_t i = 0; i < 64; ++i) {
+  for (size_t i = 0; i < 32; ++i) {
     clients.push_back(subscriber());
   }
   testing::internal::CaptureStderr();
-  PacketClient refused(&loop_, path_);
-  EXPECT_TRUE(refused.receive().empty());
-  EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("refusing further connections: 64 are open"));
-  clients.clear();
-  let_the_server_work();
-  for (size_t i = 0; i < 64; ++i) {
-    clients.push_back(subscriber());
-  }
+  clients.push_back(subscriber());
+  EXPECT_EQ(
+      testing::internal::GetCapturedStderr(),
+      "stp-switchd: " + path_ + ": there are 32 subscribers: disconnecting the first of them for another\n");
+  EXPECT_TRUE(clients[0].receive().empty());
+  clients.erase(clients.begin());
   tell(kLoopEvent, 1, 1);
   for (PacketClient &client : clients) {
     EXPECT_EQ(read_event(client.receive()), (Received{1, kLoopClass, 1, 1}));
