@@ -44,6 +44,7 @@ void Acceptor::on_error(evconnlistener * /*handle*/, void *self) noexcept {
 }
 
 void Acceptor::accept(stpplatform::OwnedFd fd) {
+  is_failing_ = false;
   if (open_connections_ == kMaxConnections && make_room_) {
     make_room_();
   }
@@ -60,7 +61,10 @@ void Acceptor::accept(stpplatform::OwnedFd fd) {
 
 // Most likely this process is out of file descriptors: trying again at once would only spin.
 void Acceptor::pause() {
-  log_line(system_failure(path() + ": cannot accept a connection").what());
+  if (!is_failing_) {
+    log_line(system_failure(path() + ": cannot accept a connection").what());
+    is_failing_ = true;
+  }
   evconnlistener_disable(accepting_.get());
   wait_for(resume_timer_, kPauseAfterError);
 }

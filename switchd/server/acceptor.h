@@ -45,7 +45,9 @@ class Acceptor {
   std::unique_ptr<evconnlistener, FreeListener> accepting_;
   Event resume_timer_;
   size_t open_connections_ = 0;
+  // What has been logged already.
   bool is_refusing_ = false;
+  bool is_failing_ = false;
 };
 
 }  // namespace stpswitch
