@@ -78,7 +78,7 @@ constexpr size_t snapshot_size(size_t interface_capacity) {
 inline constexpr size_t kMaxSnapshotSize = snapshot_size(kMaxInterfaces);
 
 constexpr size_t snapshot_slot_offset(size_t interface_capacity, uint64_t generation) {
-  return sizeof(SnapshotHead) + (generation % 2) * snapshot_slot_size(interface_capacity);
+  return sizeof(SnapshotHead) + static_cast<size_t>(generation % 2) * snapshot_slot_size(interface_capacity);
 }
 
 }  // namespace stpplatform::wire

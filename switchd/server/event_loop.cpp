@@ -68,7 +68,8 @@ void wait_for(const Event &event) {
 
 void wait_for(const Event &event, std::chrono::milliseconds time) {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time);
-  const timeval delay{seconds.count(), std::chrono::microseconds(time - seconds).count()};
+  const auto microseconds = std::chrono::microseconds(time - seconds);
+  const timeval delay{static_cast<time_t>(seconds.count()), static_cast<suseconds_t>(microseconds.count())};
   if (event_add(event.get(), &delay) != 0) {
     throw std::runtime_error("cannot wait for a time");
   }

@@ -1,12 +1,16 @@
 // libevent's loop and events, owned.
 #pragma once
 
+#include <event2/event-config.h>
 #include <event2/event.h>
 
 #include <chrono>
+#include <ctime>
 #include <memory>
 
 namespace stpswitch {
+
+static_assert(sizeof(std::time_t) == EVENT__SIZEOF_TIME_T, "libevent was built with another struct timeval");
 
 struct FreeEvent {
   void operator()(event *handle) const { event_free(handle); }

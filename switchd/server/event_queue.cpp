@@ -13,7 +13,7 @@ void EventQueue::push(const InconsistencyEvent &event) {
   if (waiting_.size() >= kRoom) {
     const auto latest = latest_of_.find(key);
     if (latest != latest_of_.end()) {
-      waiting_[latest->second - popped_] = event;
+      waiting_[static_cast<size_t>(latest->second - popped_)] = event;
       ++replaced_;
       return;
     }

@@ -3,12 +3,17 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
 #include "wire/owned_fd.h"
 
 namespace stpswitch {
+
+// Or else the class has one layout here and another one where somebody has defined _FILE_OFFSET_BITS.
+static_assert(sizeof(ino_t) == sizeof(uint64_t) && sizeof(off_t) == sizeof(uint64_t),
+              "every source file is compiled with _FILE_OFFSET_BITS=64");
 
 struct UnixSocketOptions {
   std::string path;
