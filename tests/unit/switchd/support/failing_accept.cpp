@@ -8,19 +8,22 @@
 
 namespace {
 
-bool accept_fails = false;
+FailingAccept *failing = nullptr;
 
 }  // namespace
 
-FailingAccept::FailingAccept() { accept_fails = true; }
+FailingAccept::FailingAccept() { failing = this; }
 
-FailingAccept::~FailingAccept() { accept_fails = false; }
+FailingAccept::~FailingAccept() { failing = nullptr; }
+
+int FailingAccept::fail() {
+  ++failures_;
+  errno = EMFILE;
+  return -1;
+}
 
 // Takes the place of the C library's, for libevent too.
 extern "C" int accept4(int fd, sockaddr *address, socklen_t *length, int flags) {
-  if (accept_fails) {
-    errno = EMFILE;
-    return -1;
-  }
-  return static_cast<int>(::syscall(SYS_accept4, fd, address, length, flags));
+  return failing != nullptr ? failing->fail()
+                            : static_cast<int>(::syscall(SYS_accept4, fd, address, length, flags));
 }
