@@ -170,7 +170,7 @@ TEST_F(Programs, CtlTellsThatNoSwitchAnswers) {
 
 TEST_F(Programs, CtlDoesNotWaitForeverForAHungSwitch) {
   const auto program = start_switch();
-  program->signal(SIGSTOP);
+  program->suspend();
   const ProgramResult result = ctl({"ping"});
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(result.errors, "stp-switchctl: " + control_ + ": the switch does not answer\n");

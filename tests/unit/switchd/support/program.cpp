@@ -36,6 +36,11 @@ Program::~Program() {
 
 void Program::signal(int number) const { ::kill(process_, number); }
 
+void Program::suspend() const {
+  signal(SIGSTOP);
+  ::waitpid(process_, nullptr, WUNTRACED);
+}
+
 bool Program::has_ended() {
   is_running_ = is_running_ && ::waitpid(process_, &status_, WNOHANG) != process_;
   return !is_running_;

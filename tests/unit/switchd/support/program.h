@@ -21,6 +21,9 @@ class Program {
   Program &operator=(const Program &) = delete;
 
   void signal(int number) const;
+
+  // Stops it; it has stopped when this returns.
+  void suspend() const;
   bool has_ended();
   ProgramResult wait();
 
