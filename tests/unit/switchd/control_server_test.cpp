@@ -14,6 +14,7 @@
 #include "control/control_protocol.h"
 #include "support/packet_client.h"
 #include "support/temporary_folder.h"
+#include "wire/owned_fd.h"
 
 using namespace stpswitch;
 using testing::EndsWith;
@@ -47,21 +48,16 @@ class StreamClient {
 
   // One line with its end; less when the server hung up.
   std::string receive_line() {
-    std::string line;
+    size_t searched = 0;
+    size_t end = std::string::npos;
     EXPECT_TRUE(run_until(loop_, [&] {
-      while (line.empty() || line.back() != '\n') {
-        char octet = 0;
-        const ssize_t got = ::recv(fd_.get(), &octet, 1, 0);
-        if (got < 0 && errno == EAGAIN) {
-          return false;
-        }
-        if (got <= 0) {
-          return true;
-        }
-        line += octet;
-      }
-      return true;
+      const bool is_connected = receive_more();
+      end = waiting_.find('\n', searched);
+      searched = waiting_.size();
+      return !is_connected || end != std::string::npos;
     })) << "the server neither answers nor hangs up";
+    std::string line = waiting_.substr(0, end == std::string::npos ? end : end + 1);
+    waiting_.erase(0, line.size());
     return line;
   }
 
@@ -82,8 +78,19 @@ class StreamClient {
   }
 
  private:
+  // False when the server hung up.
+  bool receive_more() {
+    std::array<char, 65536> block{};
+    const ssize_t got = ::recv(fd_.get(), block.data(), block.size(), 0);
+    if (got > 0) {
+      waiting_.append(block.data(), static_cast<size_t>(got));
+    }
+    return got > 0 || (got < 0 && errno == EAGAIN);
+  }
+
   const EventLoop &loop_;
   stpplatform::OwnedFd fd_;
+  std::string waiting_;  // received, and not returned yet
 };
 
 class ControlServers : public testing::Test {
