@@ -1,0 +1,63 @@
+"""./test refuses what it does not know, and a run that fails names the tests."""
+
+import subprocess
+
+import pytest
+from harness.build import PROJECT
+
+RESULTS = '''\
+<testsuite>
+<testcase name="good_tests" status="run"><system-out>[ RUN      ] Good.one
+[  FAILED  ] Good.that_only_talks_of_a_failure
+</system-out></testcase>
+<testcase name="module_tests.2" status="fail"><system-out>[ RUN      ] Table.first
+[       OK ] Table.first (0 ms)
+[ RUN      ] All/Table.second/1
+[  FAILED  ] All/Table.second/1, where GetParam() = 3 (1 ms)
+[ RUN      ] Table.third
+[       OK ] Table.third (0 ms)
+[  FAILED  ] 1 test, listed below:
+[  FAILED  ] All/Table.second/1, where GetParam() = 3
+</system-out></testcase>
+<testcase name="switch_tests" status="fail"><system-out>[ RUN      ] Servers.one
+[       OK ] Servers.one (0 ms)
+[ RUN      ] Servers.two
+==1==ERROR: AddressSanitizer: heap-use-after-free
+</system-out></testcase>
+<testcase name="e2e.traps" status="fail"><system-out>
+FAILED tests/e2e/test_traps.py::test_one - assert 1 == 2
+ERROR tests/e2e/test_traps.py::test_two
+</system-out></testcase>
+<testcase name="platform.unload" status="fail"><system-out/></testcase>
+</testsuite>
+'''
+
+
+@pytest.mark.parametrize(('arguments', 'unknown'), [
+    (['--fast'], '--fast'), (['quick'], 'quick'), (['--quick', '--all'], '--all'), (['--all', 'x'], 'x'),
+])
+def test_wrong_command_line_is_refused(tmp_path, arguments, unknown):
+    result = subprocess.run([PROJECT / 'test', *arguments], cwd=tmp_path, check=False, text=True, capture_output=True)
+    assert result.returncode == 2
+    assert result.stdout == ''
+    assert result.stderr == f"test: unknown argument '{unknown}' (see --help)\n"
+
+
+def test_help_starts_with_the_usage(tmp_path):
+    shown = subprocess.run([PROJECT / 'test', '--help'], cwd=tmp_path, check=True, text=True, capture_output=True).stdout
+    assert shown.startswith('Usage: ./test [--quick | --all]\n')
+
+
+def test_failed_tests_are_named_with_what_failed_within_them(tmp_path):
+    (tmp_path / 'results.xml').write_text(RESULTS, encoding='utf-8')
+    shown = subprocess.run([PROJECT / 'scripts/failed-tests', tmp_path / 'results.xml'],
+                           check=True, text=True, capture_output=True).stdout
+    assert shown == ('module_tests.2 (All/Table.second/1); switch_tests (Servers.two); '
+                     'e2e.traps (tests/e2e/test_traps.py::test_one, tests/e2e/test_traps.py::test_two); platform.unload\n')
+
+
+def test_results_that_cannot_be_read_are_refused(tmp_path):
+    result = subprocess.run([PROJECT / 'scripts/failed-tests', tmp_path / 'none.xml'],
+                            check=False, text=True, capture_output=True)
+    assert result.returncode == 1
+    assert result.stderr == f'failed-tests: cannot read {tmp_path}/none.xml\n'
