@@ -29,6 +29,7 @@ inline constexpr char kCount[] = "count";
 inline constexpr char kPing[] = "ping";
 inline constexpr char kShow[] = "show";
 inline constexpr char kSet[] = "set";
+inline constexpr char kReset[] = "reset";
 
 // Values of kFault, when that is the operation too.
 inline constexpr char kFaultNone[] = "none";

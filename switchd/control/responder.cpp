@@ -91,6 +91,14 @@ json answer_set(const Request &request, Switch *the_switch) {
   return success();
 }
 
+json answer_reset(const Request &request, const SwitchState &scenario, Switch *the_switch, Faults *faults) {
+  request.allow_members({control::kOperation});
+  faults->order(FaultKind::kNone, {}, std::nullopt);
+  the_switch->replace(scenario);
+  log_line("reset");
+  return success();
+}
+
 constexpr std::array<std::pair<const char *, FaultKind>, 5> kFaultKinds = {
     {{control::kFaultNone, FaultKind::kNone},
      {control::kFaultDelay, FaultKind::kDelay},
@@ -135,6 +143,9 @@ std::string ControlResponder::answer(std::string_view text) {
     }
     if (operation == control::kSet) {
       return answer_set(request, &switch_).dump();
+    }
+    if (operation == control::kReset) {
+      return answer_reset(request, scenario_, &switch_, &faults_).dump();
     }
     if (operation == control::kFault) {
       return answer_fault(request, &faults_).dump();

@@ -44,6 +44,7 @@ EXAMPLES
   stp-switchctl set mst.region -- -odd-     a value that begins with a dash
   stp-switchctl fault delay 300 --count 2
   stp-switchctl fault none
+  stp-switchctl reset
 
 SEE ALSO
   stp-switchd --help
@@ -106,6 +107,10 @@ void add_commands(CLI::App *app, CommandLine *line) {
     line->request = {
         {control::kOperation, control::kSet}, {control::kKey, line->key}, {control::kValue, line->value}};
   });
+
+  CLI::App *const reset = app->add_subcommand(
+      "reset", "Go back to the scenario that the switch was started with, without faults");
+  reset->callback([line] { line->request = {{control::kOperation, control::kReset}}; });
 
   CLI::App *const ping = app->add_subcommand("ping", "Succeed when the switch answers");
   ping->callback([line] { line->request = {{control::kOperation, control::kPing}}; });

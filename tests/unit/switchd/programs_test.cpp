@@ -154,7 +154,8 @@ TEST_F(Programs, NameWhatIsWrongWithACommandLine) {
       {{"fault", "delay", "soon"}, "soon"},
       {{"fault", "drop", "--count", "0"}, "--count"},
       {{"set", "switch.mode"}, "VALUE"},
-      {{"set", "switch.mode", "mst", "rapid-pvst"}, "rapid-pvst"}};
+      {{"set", "switch.mode", "mst", "rapid-pvst"}, "rapid-pvst"},
+      {{"reset", "port.3"}, "port.3"}};
   for (const auto &[arguments, offender] : wrong) {
     const ProgramResult result = ctl(arguments);
     EXPECT_EQ(result.status, 2);
@@ -226,6 +227,16 @@ TEST_F(Programs, CtlSets) {
               AllOf(HasSubstr("switch.mode = rapid-pvst\n"), HasSubstr("mst.region = \n"),
                     HasSubstr("port.3.name = -odd-\n"), HasSubstr("access.refused_users = guest,ops\n")));
   EXPECT_THAT(program->errors(), HasSubstr("stp-switchd: switch.mode = rapid-pvst\n"));
+}
+
+TEST_F(Programs, CtlResets) {
+  const auto program = start_switch();
+  const std::string before = ctl({"show"}).output;
+  EXPECT_EQ(ctl({"set", "switch.mode", "rapid-pvst"}).status, 0);
+  EXPECT_EQ(ctl({"fault", "drop"}).status, 0);
+  EXPECT_EQ(ctl({"reset"}).status, 0);
+  EXPECT_EQ(ctl({"show"}).output, before);
+  EXPECT_THAT(program->errors(), EndsWith("stp-switchd: fault drop\nstp-switchd: reset\n"));
 }
 
 TEST_F(Programs, CtlTellsWhatTheSwitchRefuses) {

@@ -52,6 +52,51 @@ TEST_F(Responder, SetsNothingWhenACheckFails) {
   EXPECT_EQ(print_vlans(switch_.state().mst_instances.at(1).vlans), "10-19,30");
 }
 
+TEST_F(Responder, ResetsEveryKeyToTheScenario) {
+  const std::string before = answer(R"({"op":"show"})");
+  for (const char *const change : {R"({"op":"set","key":"switch.mode","value":"rapid-pvst"})",
+                                   R"({"op":"set","key":"mst.region","value":"elsewhere"})",
+                                   R"({"op":"set","key":"port.3.link","value":"down"})",
+                                   R"({"op":"set","key":"port_channel.2.vlans","value":"7"})",
+                                   R"({"op":"set","key":"access.refused_users","value":""})"}) {
+    EXPECT_EQ(answer(change), R"({"ok":true})") << change;
+  }
+  EXPECT_NE(answer(R"({"op":"show"})"), before);
+  for (int time = 1; time <= 2; ++time) {
+    EXPECT_EQ(answer(R"({"op":"reset"})"), R"({"ok":true})");
+    EXPECT_EQ(answer(R"({"op":"show"})"), before);
+  }
+}
+
+TEST_F(Responder, TellsOfAResetAsOfAnyChange) {
+  constexpr uint32_t kLoopClass = 17422;
+  constexpr uint32_t kRootClass = 17423;
+  constexpr uint32_t kPort2 = 0x1A000002;
+  constexpr uint32_t kAppeared = 1;
+  constexpr uint32_t kVanished = 2;
+  answer(R"({"op":"set","key":"port.2.root_inconsistent","value":"1"})");
+  answer(R"({"op":"set","key":"port.2.loop_inconsistent","value":"0"})");
+  int changes = 0;
+  std::vector<InconsistencyEvent> events;
+  switch_.on_change([&changes] { ++changes; });
+  switch_.on_inconsistencies([&events](const auto &told) { events = told; });
+  answer(R"({"op":"reset"})");
+  EXPECT_EQ(changes, 1);
+  EXPECT_EQ(events,
+            (std::vector<InconsistencyEvent>{{kLoopClass, 0, kPort2, kVanished, SpanningTreeMode::kMst},
+                                             {kRootClass, 0, kPort2, kAppeared, SpanningTreeMode::kMst}}));
+}
+
+TEST_F(Responder, EndsFaultsWithAReset) {
+  answer(R"({"op":"fault","fault":"garbage"})");
+  EXPECT_EQ(faults_.next().turn, 0U);
+  EXPECT_EQ(faults_.next().turn, 1U);
+  answer(R"({"op":"reset"})");
+  EXPECT_EQ(faults_.next().kind, FaultKind::kNone);
+  answer(R"({"op":"fault","fault":"garbage","count":1})");
+  EXPECT_EQ(faults_.next().turn, 0U);
+}
+
 TEST_F(Responder, OrdersFaults) {
   EXPECT_EQ(answer(R"({"op":"fault","fault":"delay","delay_ms":250,"count":1})"), R"({"ok":true})");
   const Fault fault = faults_.next();
@@ -99,6 +144,8 @@ TEST_F(Responder, RefusesWhatIsNoRequest) {
   EXPECT_EQ(answer(R"({"op":3})"), R"({"error":"op: expected a string","ok":false})");
   EXPECT_EQ(answer(R"({"op":"stop"})"), R"({"error":"op: 'stop' is unknown","ok":false})");
   EXPECT_EQ(answer(R"({"op":"ping","key":"x"})"),
+            R"({"error":"key: unknown member of the request","ok":false})");
+  EXPECT_EQ(answer(R"({"op":"reset","key":"port.3"})"),
             R"({"error":"key: unknown member of the request","ok":false})");
   EXPECT_EQ(answer(R"({"op":"show","key":3})"), R"({"error":"key: expected a string","ok":false})");
   EXPECT_EQ(answer(R"({"op":"set","key":"port.3.link"})"),
