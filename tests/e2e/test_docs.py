@@ -11,11 +11,11 @@ from pathlib import Path
 
 import golden
 import pytest
-from harness.agent import PORT_ATTEMPTS, free_port
 from harness.build import BUILD, ENTERPRISE, PROJECT, ROOT, SMI_BASE
 from harness.lab import run_lab
 from harness.oids import below, is_below
 from harness.polling import wait_until
+from harness.ports import PORT_ATTEMPTS, free_port
 from harness.process import Process
 from harness.questions import CountedAgent
 from harness.switch import Switch

@@ -9,10 +9,10 @@ import urllib.request
 
 import golden
 import pytest
-from harness.agent import PORT_ATTEMPTS
 from harness.build import BUILD, PROJECT, ROOT, SMI_BASE
 from harness.lab import run_lab
 from harness.polling import wait_until
+from harness.ports import PORT_ATTEMPTS, free_port
 from harness.process import Process
 
 PROMETHEUS = PROJECT / 'monitoring/prometheus'
@@ -125,12 +125,6 @@ def parse_series(text):
     return series
 
 
-def free_tcp_port():
-    with socket.socket() as probe:
-        probe.bind(('127.0.0.1', 0))
-        return probe.getsockname()[1]
-
-
 class Exporter:
     """A private SNMP exporter on a loopback port, with the module for this build's enterprise number."""
 
@@ -143,7 +137,7 @@ class Exporter:
 
     def __enter__(self):
         for _ in range(PORT_ATTEMPTS):
-            self._address = f'127.0.0.1:{free_tcp_port()}'
+            self._address = f'127.0.0.1:{free_port(socket.SOCK_STREAM)}'
             self._process = Process(
                 ['prometheus-snmp-exporter', f'--config.file={self._configuration}',
                  f'--web.listen-address={self._address}'], self._log)

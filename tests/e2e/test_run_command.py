@@ -12,9 +12,9 @@ from pathlib import Path
 
 import golden
 import pytest
-from harness.agent import free_port
 from harness.build import PROJECT, SCENARIOS
 from harness.polling import wait_until
+from harness.ports import free_port
 from harness.process import die_with_parent
 
 # The first run of a checkout builds.

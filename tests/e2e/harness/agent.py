@@ -3,14 +3,12 @@
 import os
 import re
 import signal
-import socket
 from pathlib import Path
 
 from . import build
 from .polling import wait_until
+from .ports import PORT_ATTEMPTS, free_port
 from .process import Process
-
-PORT_ATTEMPTS = 10
 
 # Long enough that no busy machine makes a request fail that should not; tests of silent switches shorten it.
 PATIENT_DEADLINE_MS = 20000
@@ -53,12 +51,6 @@ exec setpriv --pdeathsig KILL "$@"
 
 # What no log may hold, unless the test has asked for the trouble.
 TROUBLE = re.compile(r'Sanitizer|runtime error:|undefined symbol|Segmentation|dlopen|[Ee]rror')
-
-
-def free_port():
-    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as probe:
-        probe.bind(('127.0.0.1', 0))
-        return probe.getsockname()[1]
 
 
 class Agent:
@@ -224,4 +216,7 @@ class _Daemon:
         return 0
 
     def kill(self):
-        self.signal(signal.SIGKILL)
+        try:
+            self.signal(signal.SIGKILL)
+        except ProcessLookupError:
+            pass  # it has ended, and nobody waits for a process that is no child

@@ -4,6 +4,8 @@ import ctypes
 import signal
 import subprocess
 
+from .polling import GUARD_SECONDS
+
 PR_SET_PDEATHSIG = 1
 LIBC = ctypes.CDLL(None)
 
@@ -39,7 +41,7 @@ class Process:
 
     def wait(self):
         try:
-            return self._child.wait(timeout=60)
+            return self._child.wait(timeout=GUARD_SECONDS)
         except subprocess.TimeoutExpired:
             self._child.kill()
             self._child.wait()

@@ -8,10 +8,10 @@ import threading
 from pathlib import Path
 from typing import NamedTuple
 
-from .agent import PORT_ATTEMPTS, free_port
 from .build import ROOT
 from .oids import is_below
 from .polling import wait_until
+from .ports import PORT_ATTEMPTS, free_port
 from .process import Process
 from .raw_snmp import INTEGER, LARGEST_DATAGRAM, OCTETS, OID, decode_oid, trap_bindings
 from .snmp_tools import Binding, parse_binding
@@ -41,6 +41,8 @@ class TrapReceiver:
         self._directory = Path(tempfile.mkdtemp(prefix='stp-e2e-traps-'))
         self._log = self._directory / 'snmptrapd.log'
         self._port = self._process = None
+        self._length_read = 0
+        self._traps = []
         (self._directory / 'snmptrapd.conf').write_text('authCommunity log public\n', encoding='ascii')
 
     @property
@@ -62,7 +64,7 @@ class TrapReceiver:
                        'snmptrapd listens or gives up')
             if self._process.is_alive():
                 return self
-            self._process.kill()
+            self._log.unlink(missing_ok=True)
         raise AssertionError(f'snmptrapd did not start:\n{self._read_log()}')
 
     def __exit__(self, *_):
@@ -75,11 +77,15 @@ class TrapReceiver:
 
     def received(self):
         """The module's traps so far, in the order in which they came."""
-        # The last line may be incomplete.
-        lines = self._read_log().split('\n')[:-1]
+        with open(self._log, 'rb') as log:
+            log.seek(self._length_read)
+            # The last line may be incomplete.
+            whole_lines = log.read().rpartition(b'\n')
+        self._length_read += len(whole_lines[0] + whole_lines[1])
         traps = [make_trap([parse_binding(binding) for binding in line.split(SEPARATOR)])
-                 for line in lines if line.startswith(SYS_UP_TIME)]
-        return [trap for trap in traps if trap]
+                 for line in whole_lines[0].decode().split('\n') if line.startswith(SYS_UP_TIME)]
+        self._traps += [trap for trap in traps if trap]
+        return list(self._traps)
 
 
 class TrapCollector:
