@@ -5,23 +5,24 @@ import time
 import golden
 import pytest
 from harness.build import ROOT
-from harness.lab import run_impatient_lab
 from harness.snmp_tools import Binding
 
 MAX_HOP_COUNT = ROOT + '.1.14.8.0'
 # Beyond the short deadline: when nobody waits any more, and when the next request already does.
-LATE_MS = 4000
+LATE_MS = 2000
 A_LITTLE_LATE_MS = 1500
 
 # At least one of each kind of malformed reply, which the switch sends in turn.
 GARBAGE_KINDS = 12
 
+MST_LAB, RAPID_PVST_LAB = 'impatient_lab', 'impatient_rapid_pvst_lab'
+
 # One of each table whose answer is a single reply of the switch, and a scalar.
 OBJECTS = {
-    'max-hop-count': ('mst.toml', Binding(MAX_HOP_COUNT, 'Gauge32', 25)),
-    'root-guard-setting': ('mst.toml', golden.column_of(golden.MST, golden.ROOT_GUARD_SETTING)[-1]),
-    'loop-guard-setting': ('mst.toml', golden.column_of(golden.MST, golden.LOOP_GUARD_SETTING)[-1]),
-    'pvst-vlan-state': ('rapid-pvst.toml', golden.column_of(golden.RAPID_PVST, golden.PVST_VLAN_STATE)[4]),
+    'max-hop-count': (MST_LAB, Binding(MAX_HOP_COUNT, 'Gauge32', 25)),
+    'root-guard-setting': (MST_LAB, golden.column_of(golden.MST, golden.ROOT_GUARD_SETTING)[-1]),
+    'loop-guard-setting': (MST_LAB, golden.column_of(golden.MST, golden.LOOP_GUARD_SETTING)[-1]),
+    'pvst-vlan-state': (RAPID_PVST_LAB, golden.column_of(golden.RAPID_PVST, golden.PVST_VLAN_STATE)[4]),
 }
 
 
@@ -36,59 +37,61 @@ def unasked_of(expected):
 
 def test_one_dropped_reply_costs_one_request(impatient_lab):
     lab = impatient_lab
-    lab.switch.fault('drop', '--count', '1')
+    lab.switch.fault('drop', count=1)
     assert lab.snmp.get(MAX_HOP_COUNT) == [Binding(MAX_HOP_COUNT, 'noSuchInstance')]
     lab.wait_for(MAX_HOP_COUNT, 25)
 
 
-@pytest.mark.parametrize('scenario, wanted', OBJECTS.values(), ids=OBJECTS)
+@pytest.mark.parametrize('lab_name, wanted', OBJECTS.values(), ids=OBJECTS)
 @pytest.mark.parametrize('kind, rounds', [('garbage', GARBAGE_KINDS), ('disconnect', 3)])
 def test_malformed_reply_or_closed_connection_is_no_such_instance_then_right_again(
-        kind, rounds, scenario, wanted):
-    with run_impatient_lab(scenario) as lab:
-        for _ in range(rounds):
-            lab.switch.fault(kind, '--count', '1')
-            assert lab.snmp.get(wanted.oid) == [Binding(wanted.oid, 'noSuchInstance')]
-            lab.wait_for(wanted.oid, wanted.value)
+        kind, rounds, lab_name, wanted, request):
+    lab = request.getfixturevalue(lab_name)
+    for _ in range(rounds):
+        lab.switch.fault(kind, count=1)
+        assert lab.snmp.get(wanted.oid) == [Binding(wanted.oid, 'noSuchInstance')]
+        lab.wait_for(wanted.oid, wanted.value)
 
 
-@pytest.mark.parametrize('scenario, expected', [
-    ('mst.toml', golden.MST), ('rapid-pvst.toml', golden.RAPID_PVST)], ids=['mst', 'rapid-pvst'])
-@pytest.mark.parametrize('fault', [('drop',), ('garbage',), ('disconnect',), ('delay', str(LATE_MS))],
-                         ids=lambda fault: fault[0])
-def test_no_table_has_a_row_during_a_fault_and_all_are_back_after_it(fault, scenario, expected):
+@pytest.mark.parametrize('lab_name, expected', [
+    (MST_LAB, golden.MST), (RAPID_PVST_LAB, golden.RAPID_PVST)], ids=['mst', 'rapid-pvst'])
+@pytest.mark.parametrize('fault, details', [
+    ('drop', {}), ('garbage', {}), ('disconnect', {}), ('delay', {'delay_ms': LATE_MS})],
+    ids=['drop', 'garbage', 'disconnect', 'delay'])
+def test_no_table_has_a_row_during_a_fault_and_all_are_back_after_it(
+        fault, details, lab_name, expected, request):
     asked = golden.asked_of(expected)
-    with run_impatient_lab(scenario) as lab:
-        lab.switch.fault(*fault)
-        assert lab.snmp.get(*(binding.oid for binding in asked)) == [
-            Binding(binding.oid, 'noSuchInstance') for binding in asked]
-        for walked in (lab.snmp.walk(ROOT), lab.snmp.bulk_walk(ROOT)):
-            assert without(unasked_of(expected), walked) == golden.CONSTANTS
-        for column in golden.VALUE_COLUMNS:
-            assert without(unasked_of(expected), lab.snmp.walk(column)) == []
-        lab.switch.fault('none')
-        lab.wait_for(MAX_HOP_COUNT, dict((oid, value) for oid, _, value in expected)[MAX_HOP_COUNT])
-        assert lab.snmp.walk(ROOT) == expected
+    lab = request.getfixturevalue(lab_name)
+    lab.switch.fault(fault, **details)
+    assert lab.snmp.get(*(binding.oid for binding in asked)) == [
+        Binding(binding.oid, 'noSuchInstance') for binding in asked]
+    for walked in (lab.snmp.walk(ROOT), lab.snmp.bulk_walk(ROOT)):
+        assert without(unasked_of(expected), walked) == golden.CONSTANTS
+    for column in golden.VALUE_COLUMNS:
+        assert without(unasked_of(expected), lab.snmp.walk(column)) == []
+    lab.switch.fault('none')
+    lab.wait_for(MAX_HOP_COUNT, dict((oid, value) for oid, _, value in expected)[MAX_HOP_COUNT])
+    assert lab.snmp.walk(ROOT) == expected
 
 
 @pytest.mark.parametrize('kind', ['drop', 'garbage', 'disconnect'])
-def test_fault_within_a_walk_leaves_objects_out_and_shows_no_wrong_one(kind):
-    with run_impatient_lab('rapid-pvst.toml') as lab:
-        lab.switch.fault(kind, '--count', '1')
-        walked = lab.snmp.walk(ROOT)
-        assert walked == [binding for binding in golden.RAPID_PVST if binding in walked]
-        lab.wait_for(MAX_HOP_COUNT, 20)
-        assert lab.snmp.walk(ROOT) == golden.RAPID_PVST
+def test_fault_within_a_walk_leaves_objects_out_and_shows_no_wrong_one(impatient_rapid_pvst_lab, kind):
+    lab = impatient_rapid_pvst_lab
+    lab.switch.fault(kind, count=1)
+    walked = lab.snmp.walk(ROOT)
+    assert walked == [binding for binding in golden.RAPID_PVST if binding in walked]
+    lab.wait_for(MAX_HOP_COUNT, 20)
+    assert lab.snmp.walk(ROOT) == golden.RAPID_PVST
 
 
 def test_reply_delayed_within_the_deadline_is_served(lab):
-    lab.switch.fault('delay', '300')
+    lab.switch.fault('delay', delay_ms=300)
     assert lab.snmp.get(MAX_HOP_COUNT) == [Binding(MAX_HOP_COUNT, 'Gauge32', 25)]
 
 
 def test_reply_after_the_deadline_is_no_such_instance_and_answers_no_later_request(impatient_lab):
     lab = impatient_lab
-    lab.switch.fault('delay', str(LATE_MS), '--count', '1')
+    lab.switch.fault('delay', delay_ms=LATE_MS, count=1)
     late = time.monotonic() + 2 * LATE_MS / 1000
     assert lab.snmp.get(MAX_HOP_COUNT) == [Binding(MAX_HOP_COUNT, 'noSuchInstance')]
     lab.switch.set('mst.max_hops', '31')
@@ -99,8 +102,8 @@ def test_reply_after_the_deadline_is_no_such_instance_and_answers_no_later_reque
 
 def test_reply_that_arrives_while_the_next_request_waits_does_not_answer_it(impatient_lab):
     lab = impatient_lab
-    lab.switch.fault('delay', str(A_LITTLE_LATE_MS))
-    enough = time.monotonic() + 4 * A_LITTLE_LATE_MS / 1000
+    lab.switch.fault('delay', delay_ms=A_LITTLE_LATE_MS)
+    enough = time.monotonic() + 2 * A_LITTLE_LATE_MS / 1000
     assert lab.snmp.get(MAX_HOP_COUNT) == [Binding(MAX_HOP_COUNT, 'noSuchInstance')]
     lab.switch.set('mst.max_hops', '31')
     while time.monotonic() < enough:

@@ -3,7 +3,6 @@
 import golden
 import pytest
 from harness.build import ROOT
-from harness.lab import run_lab
 from harness.snmp_tools import Binding
 
 REGION_NAME = ROOT + '.1.11.2.0'
@@ -34,13 +33,13 @@ def test_ended_switch_is_no_such_instance_and_its_values_return_with_it(lab, end
     check_everything_is_served_again(lab)
 
 
-def test_tables_of_a_rapid_pvst_switch_are_empty_without_it_and_return_with_it():
-    with run_lab('rapid-pvst.toml') as lab:
-        assert lab.snmp.walk(ROOT) == golden.RAPID_PVST
-        lab.switch.kill()
-        check_only_constants_are_served(lab, golden.RAPID_PVST)
-        lab.switch.start()
-        check_everything_is_served_again(lab, golden.RAPID_PVST)
+def test_tables_of_a_rapid_pvst_switch_are_empty_without_it_and_return_with_it(rapid_pvst_lab):
+    lab = rapid_pvst_lab
+    assert lab.snmp.walk(ROOT) == golden.RAPID_PVST
+    lab.switch.kill()
+    check_only_constants_are_served(lab, golden.RAPID_PVST)
+    lab.switch.start()
+    check_everything_is_served_again(lab, golden.RAPID_PVST)
 
 
 def test_switch_that_ended_before_the_first_request(lab):

@@ -10,19 +10,12 @@ from golden import (
     PRE_STANDARD, PVID, PVID_AND_TYPE, ROLE_DISABLED, ROOT_PORT, SEND_AUTO, SEND_PRE_STANDARD, SHARED,
     STANDARD, TRUE, TYPE, UNGUARDED, UNKNOWN, channel, flags, half_bitmap, port, vlans)
 from harness.build import ROOT
-from harness.lab import run_lab
 from harness.oids import below
 from harness.polling import wait_until
 from harness.snmp_tools import Binding
 
 ALL_VLANS = vlans((1, 4094))
 PVST_VLAN_TABLE, MST_INSTANCE_TABLE = ROOT + '.1.2.2', ROOT + '.1.14.5'
-
-
-@pytest.fixture(name='rapid_pvst_lab')
-def fixture_rapid_pvst_lab():
-    with run_lab('rapid-pvst.toml') as lab:
-        yield lab
 
 
 def index_of(oid):

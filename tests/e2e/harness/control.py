@@ -1,4 +1,4 @@
-"""The switch's control socket, for changes in quick succession: stp-switchctl costs a process for each."""
+"""The switch's control socket, as stp-switchctl uses it, without a process for each change."""
 
 import json
 import socket
@@ -10,7 +10,11 @@ class ControlClient:
     def __init__(self, path):
         self._socket = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
         self._socket.settimeout(ANSWER_SECONDS)
-        self._socket.connect(str(path))
+        try:
+            self._socket.connect(str(path))
+        except OSError:
+            self._socket.close()
+            raise
         self._answers = self._socket.makefile('r', encoding='utf-8')
 
     def __enter__(self):
@@ -20,8 +24,20 @@ class ControlClient:
         self._answers.close()
         self._socket.close()
 
+    def _order(self, **request):
+        self._socket.sendall(f'{json.dumps(request)}\n'.encode())
+        answer = self._answers.readline()
+        assert answer == '{"ok":true}\n', f'{request}: {answer or "no answer"}'
+
+    def ping(self):
+        self._order(op='ping')
+
     def set(self, key, value):
-        request = json.dumps({'op': 'set', 'key': key, 'value': value})
-        self._socket.sendall(f'{request}\n'.encode())
-        answer = json.loads(self._answers.readline())
-        assert answer == {'ok': True}, f'{key} = {value!r}: {answer}'
+        self._order(op='set', key=key, value=value)
+
+    def fault(self, kind, **details):
+        """`details`: `count`, and of a delay `delay_ms`."""
+        self._order(op='fault', fault=kind, **details)
+
+    def reset(self):
+        self._order(op='reset')

@@ -22,6 +22,12 @@ class Lab:
     def raw_client(self, community='public'):
         return RawClient(self.agent.endpoint, community)
 
+    def reset(self):
+        """As it was started: the switch in its scenario, the agent with a module that remembers nothing."""
+        self.switch.reset()
+        self.agent.resume()
+        self.agent.hang_up()
+
     def wait_for(self, oid, value):
         """Asks until the agent serves this value, as it must after an outage."""
         wait_until(lambda: self.snmp.get(oid)[0].value == value, f'{oid} is served as {value!r}')

@@ -5,7 +5,7 @@ import subprocess
 
 from .build import BUILD
 from .control import ControlClient
-from .polling import wait_until
+from .polling import GUARD_SECONDS, wait_until
 from .process import Process
 
 
@@ -25,16 +25,20 @@ class Switch:
         assert self._process.is_alive(), f'stp-switchd did not start: {self._log.read_text()}'
 
     def _answers_or_ended(self):
-        return not self._process.is_alive() or self._control_command('ping').returncode == 0
-
-    def _control_command(self, *arguments):
-        return subprocess.run([BUILD / 'bin/stp-switchctl', '--control', self._control, *arguments],
-                              stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False,
-                              timeout=120)
+        if not self._process.is_alive():
+            return True
+        try:
+            with self.control_client() as control:
+                control.ping()
+        except (FileNotFoundError, ConnectionRefusedError):
+            return False
+        return True
 
     def control(self, *arguments):
         """Runs stp-switchctl, which must succeed."""
-        result = self._control_command(*arguments)
+        result = subprocess.run([BUILD / 'bin/stp-switchctl', '--control', self._control, *arguments],
+                                stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False,
+                                timeout=GUARD_SECONDS)
         assert result.returncode == 0, f'stp-switchctl {arguments}: {result.stderr}'
         return result.stdout
 
@@ -42,10 +46,22 @@ class Switch:
         return ControlClient(self._control)
 
     def set(self, key, value):
-        self.control('set', key, value)
+        with self.control_client() as control:
+            control.set(key, value)
 
-    def fault(self, *arguments):
-        self.control('fault', *arguments)
+    def fault(self, kind, **details):
+        with self.control_client() as control:
+            control.fault(kind, **details)
+
+    def reset(self):
+        """As it was started, running and without faults, whatever has become of it."""
+        if self._process and self._process.is_alive():
+            self.resume()
+            with self.control_client() as control:
+                control.reset()
+        else:
+            self.kill()
+            self.start()
 
     def stop(self):
         if self._process:
