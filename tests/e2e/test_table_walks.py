@@ -1,7 +1,5 @@
 """The tables from every side: each prefix, each row, what lies before, between and behind the rows."""
 
-from contextlib import contextmanager
-
 import golden
 import pytest
 from harness.build import ROOT
@@ -384,30 +382,21 @@ def test_get_of_a_port_of_tree_0_is_no_such_instance_in_rapid_pvst_mode(rapid_pv
 # Which rows a walk of an inconsistency table does not reach. It asks for the next bridge port's row, and
 # else goes on in the order of the switch, where a tree's port-channels come first. A GET always answers.
 
-LOOPS_OF_SCENARIO = {
-    'rapid-pvst.toml': ('port.1', 'port.2', 'port_channel.7'),
-    'mst.toml': ('port.1', 'port.300', 'port_channel.5'),
-}
+
+def remove_loops(lab, interfaces):
+    set_loop_inconsistencies(lab, {key: '' for key in interfaces})
+    assert lab.snmp.walk(golden.LOOP_STATE) == []
+    return lab
 
 
-@contextmanager
-def run_lab_without_loops(scenario):
-    with run_lab(scenario) as lab:
-        set_loop_inconsistencies(lab, {key: '' for key in LOOPS_OF_SCENARIO[scenario]})
-        assert lab.snmp.walk(golden.LOOP_STATE) == []
-        yield lab
+@pytest.fixture(name='rapid_pvst_lab_without_loops')
+def fixture_rapid_pvst_lab_without_loops(rapid_pvst_lab):
+    return remove_loops(rapid_pvst_lab, ('port.1', 'port.2', 'port_channel.7'))
 
 
-@pytest.fixture(name='rapid_pvst_lab')
-def fixture_rapid_pvst_lab():
-    with run_lab_without_loops('rapid-pvst.toml') as lab:
-        yield lab
-
-
-@pytest.fixture(name='mst_lab')
-def fixture_mst_lab():
-    with run_lab_without_loops('mst.toml') as lab:
-        yield lab
+@pytest.fixture(name='mst_lab_without_loops')
+def fixture_mst_lab_without_loops(lab):
+    return remove_loops(lab, ('port.1', 'port.300', 'port_channel.5'))
 
 
 def set_loop_inconsistencies(lab, trees_of_interface):
@@ -419,8 +408,8 @@ def loop_rows(*indexes):
     return [Binding(golden.instance(golden.LOOP_STATE, index), 'INTEGER', 1) for index in indexes]
 
 
-def test_port_channel_before_further_physical_ports_and_a_later_tree_is_passed_over(rapid_pvst_lab):
-    lab = rapid_pvst_lab
+def test_port_channel_before_further_physical_ports_and_a_later_tree_is_passed_over(rapid_pvst_lab_without_loops):
+    lab = rapid_pvst_lab_without_loops
     set_loop_inconsistencies(lab, {'port.1': '1-2', 'port_channel.7': '1'})
     first, passed_over, last = loop_rows((1, 129), (1, 4103), (2, 129))
     assert lab.snmp.walk(golden.LOOP_STATE) == [first, last]
@@ -430,24 +419,24 @@ def test_port_channel_before_further_physical_ports_and_a_later_tree_is_passed_o
     assert lab.snmp.walk(golden.LOOP_STATE) == [first, passed_over]
 
 
-def test_port_channel_behind_the_last_physical_port_is_not_passed_over(mst_lab):
-    lab = mst_lab
+def test_port_channel_behind_the_last_physical_port_is_not_passed_over(mst_lab_without_loops):
+    lab = mst_lab_without_loops
     lab.switch.set('port.300.vlans', '1,10')
     set_loop_inconsistencies(lab, {'port.300': '1', 'port_channel.5': '1-2', 'port.1': '2'})
     rows = loop_rows((1, 428), (1, 4101), (2, 129), (2, 4101))
     assert lab.snmp.walk(golden.LOOP_STATE) == rows
 
 
-def test_walk_ends_before_trees_in_which_only_port_channels_have_rows(rapid_pvst_lab):
-    lab = rapid_pvst_lab
+def test_walk_ends_before_trees_in_which_only_port_channels_have_rows(rapid_pvst_lab_without_loops):
+    lab = rapid_pvst_lab_without_loops
     set_loop_inconsistencies(lab, {'port.1': '1', 'port_channel.7': '2048'})
     first, not_reached = loop_rows((1, 129), (2048, 4103))
     assert lab.snmp.walk(golden.LOOP_STATE) == [first]
     assert lab.snmp.get(not_reached.oid) == [not_reached]
 
 
-def test_only_row_of_a_table_is_not_reached_when_it_is_a_port_channels(rapid_pvst_lab):
-    lab = rapid_pvst_lab
+def test_only_row_of_a_table_is_not_reached_when_it_is_a_port_channels(rapid_pvst_lab_without_loops):
+    lab = rapid_pvst_lab_without_loops
     set_loop_inconsistencies(lab, {'port_channel.7': '1'})
     [row] = loop_rows((1, 4103))
     assert lab.snmp.walk(golden.LOOP_STATE) == []
@@ -455,16 +444,16 @@ def test_only_row_of_a_table_is_not_reached_when_it_is_a_port_channels(rapid_pvs
     assert lab.snmp.get_next(f'{golden.LOOP_STATE}.1') == [row]
 
 
-def test_tree_in_which_only_a_port_channel_has_a_row_is_reached_from_before_the_tree(rapid_pvst_lab):
-    lab = rapid_pvst_lab
+def test_tree_in_which_only_a_port_channel_has_a_row_is_reached_from_before_the_tree(rapid_pvst_lab_without_loops):
+    lab = rapid_pvst_lab_without_loops
     set_loop_inconsistencies(lab, {'port_channel.7': '1', 'port.1': '2'})
     rows = loop_rows((1, 4103), (2, 129))
     assert lab.snmp.walk(golden.LOOP_STATE) == rows
     assert lab.snmp.get_next(f'{golden.LOOP_STATE}.1') == rows[1:]
 
 
-def test_port_channel_of_tree_0_is_reached_from_the_last_physical_port_only(mst_lab):
-    lab = mst_lab
+def test_port_channel_of_tree_0_is_reached_from_the_last_physical_port_only(mst_lab_without_loops):
+    lab = mst_lab_without_loops
     set_loop_inconsistencies(lab, {'port.1': '0', 'port_channel.5': '0'})
     port_1, port_300, port_channel = loop_rows((0, 129), (0, 428), (0, 4101))
     assert lab.snmp.walk(golden.LOOP_STATE) == [port_1]
@@ -494,8 +483,8 @@ TREES_1_TO_8 = [(1, 129), (1, 130), (1, 4103), (2, 129), (3, 129), (4, 129), (7,
 @pytest.mark.parametrize('column, values', [
     (golden.PORT_ROLE, [golden.ROLE_DISABLED, golden.BACKUP]),
     (golden.RPVST_FLAGS, [golden.flags(golden.EDGE, golden.PEER), golden.flags(golden.PEER)])])
-def test_walk_ends_at_a_vlan_in_which_no_port_has_a_link(rapid_pvst_lab, column, values):
-    lab = rapid_pvst_lab
+def test_walk_ends_at_a_vlan_in_which_no_port_has_a_link(rapid_pvst_lab_without_loops, column, values):
+    lab = rapid_pvst_lab_without_loops
     lab.switch.set('port.2.link', 'down')
     reached = [index for index in TREES_1_TO_8 if index != (1, 130)]
     assert indexes_walked(lab, column) == reached
@@ -507,9 +496,9 @@ def test_walk_ends_at_a_vlan_in_which_no_port_has_a_link(rapid_pvst_lab, column,
 
 
 @pytest.mark.parametrize('column', golden.PORT_OF_TREE_COLUMNS)
-def test_first_vlan_is_passed_over_when_no_port_has_a_link_in_it(rapid_pvst_lab, column):
+def test_first_vlan_is_passed_over_when_no_port_has_a_link_in_it(rapid_pvst_lab_without_loops, column):
     """Of two such VLANs in a row, the second one is the end."""
-    lab = rapid_pvst_lab
+    lab = rapid_pvst_lab_without_loops
     for key in ('port.1', 'port.2', 'port.3'):
         lab.switch.set(f'{key}.link', 'down')
     lab.switch.set('port.5.link', 'up')
@@ -520,8 +509,8 @@ def test_first_vlan_is_passed_over_when_no_port_has_a_link_in_it(rapid_pvst_lab,
     assert indexes_after(lab, column, (2,)) == [(3, 133)]
 
 
-def test_walk_ends_at_an_mst_instance_in_which_no_port_has_a_link(mst_lab):
-    lab = mst_lab
+def test_walk_ends_at_an_mst_instance_in_which_no_port_has_a_link(mst_lab_without_loops):
+    lab = mst_lab_without_loops
     lab.switch.set('port.1.vlans', '1,20')
     lab.switch.set('port.2.link', 'down')
     assert indexes_walked(lab, golden.PORT_ROLE) == [(0, 129), (0, 428)]
@@ -531,9 +520,9 @@ def test_walk_ends_at_an_mst_instance_in_which_no_port_has_a_link(mst_lab):
     assert indexes_after(lab, golden.PORT_ROLE, (1,), (1, 4101)) == [(2, 129), (2, 129)]
 
 
-def test_mst_instances_without_ports_do_not_end_a_walk(mst_lab):
+def test_mst_instances_without_ports_do_not_end_a_walk(mst_lab_without_loops):
     """The switch knows of no row in them. Those with ports that have no link are the ones that do."""
-    lab = mst_lab
+    lab = mst_lab_without_loops
     lab.switch.set('port.300.vlans', '1,4094')
     lab.switch.set('mst.instance.64.vlans', '2049')
     lab.switch.set('mst.instance.4094.vlans', '4094')
@@ -541,8 +530,8 @@ def test_mst_instances_without_ports_do_not_end_a_walk(mst_lab):
     assert indexes_after(lab, golden.PORT_ROLE, (3,), (64,), (64, 428), (65, 8191)) == [(4094, 428)] * 4
 
 
-def test_port_in_no_vlan_of_the_cist_is_found_there_by_get_only(mst_lab):
-    lab = mst_lab
+def test_port_in_no_vlan_of_the_cist_is_found_there_by_get_only(mst_lab_without_loops):
+    lab = mst_lab_without_loops
     lab.switch.set('port.300.vlans', '10')
     assert indexes_walked(lab, golden.PORT_ROLE) == [
         (0, 129), (0, 4101), (1, 129), (1, 428), (1, 4101), (2, 129), (2, 4101)]

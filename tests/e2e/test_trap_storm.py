@@ -97,6 +97,7 @@ def fixture_collector():
 @pytest.fixture(name='lab')
 def fixture_lab(collector):
     with run_trap_lab(collector, trap_word=ALL_ENABLED) as lab:
+        assert lab.wait_until_connected() == []
         yield lab
 
 

@@ -22,14 +22,28 @@ BY_GUARD = pytest.mark.parametrize('noti', [ROOT_CLASS, LOOP_CLASS], ids=['root'
 
 
 @contextmanager
-def run_snmptrapd_lab(noti=ROOT_CLASS, **agent_options):
-    with TrapReceiver() as receiver, run_trap_lab(receiver, noti, **agent_options) as lab:
+def run_snmptrapd_lab(**agent_options):
+    with TrapReceiver() as receiver, run_trap_lab(receiver, **agent_options) as lab:
+        yield lab
+
+
+@pytest.fixture(name='shared_trap_lab', scope='module')
+def fixture_shared_trap_lab():
+    """Its trap word is what each test writes."""
+    with run_snmptrapd_lab(trap_word=ALL_ENABLED) as lab:
         yield lab
 
 
 @pytest.fixture(name='lab')
-def fixture_lab():
-    with run_snmptrapd_lab(trap_word=ALL_ENABLED) as lab:
+def fixture_lab(shared_trap_lab):
+    shared_trap_lab.reset(trap_word=ALL_ENABLED)
+    return shared_trap_lab
+
+
+@pytest.fixture(name='shared_lab_with_loop_class', scope='module')
+def fixture_shared_lab_with_loop_class():
+    """Something else than the word enables that class."""
+    with run_snmptrapd_lab(trap_word=ALL_ENABLED, enabled_classes=[LOOP_CLASS.number]) as lab:
         yield lab
 
 
@@ -140,50 +154,56 @@ def raise_each_class(lab):
 
 
 @BY_CLASS
-def test_each_bit_of_the_trap_word_enables_its_class_alone(noti):
-    with run_snmptrapd_lab(noti, trap_word=noti.word) as lab:
-        raise_each_class(lab)
-        assert lab.new_traps() == [raised_trap(noti, 10, 129)]
+def test_each_bit_of_the_trap_word_enables_its_class_alone(shared_trap_lab, noti):
+    lab = shared_trap_lab
+    lab.reset(noti, trap_word=noti.word)
+    raise_each_class(lab)
+    assert lab.new_traps() == [raised_trap(noti, 10, 129)]
 
 
 @pytest.mark.parametrize('word, noti', [
     ('0x2', LOOP_CLASS), ('fffffff9\n', ROOT_CLASS), (' 00000004 and more', PORT_CLASS)])
-def test_trap_word_is_hexadecimal_and_other_bits_do_not_matter(word, noti):
-    with run_snmptrapd_lab(noti, trap_word=word) as lab:
-        raise_each_class(lab)
-        assert lab.new_traps() == [raised_trap(noti, 10, 129)]
+def test_trap_word_is_hexadecimal_and_other_bits_do_not_matter(shared_trap_lab, word, noti):
+    lab = shared_trap_lab
+    lab.reset(noti, trap_word=word)
+    raise_each_class(lab)
+    assert lab.new_traps() == [raised_trap(noti, 10, 129)]
 
 
 @BY_CLASS
 def test_without_a_trap_word_a_class_is_sent_only_when_something_else_enables_it(noti):
-    with run_snmptrapd_lab(noti, enabled_classes=[noti.number]) as lab:
+    with run_snmptrapd_lab(enabled_classes=[noti.number]) as lab:
+        lab.reset(noti)
         raise_each_class(lab)
         assert lab.new_traps() == [raised_trap(noti, 10, 129)]
 
 
 @pytest.mark.parametrize('word', ['0', 'fffffff8', 'yes', ''])
-def test_trap_word_without_the_bits_enables_nothing(word):
-    with run_snmptrapd_lab(LOOP_CLASS, trap_word=word, enabled_classes=[LOOP_CLASS.number]) as lab:
-        raise_each_class(lab)
-        assert lab.new_traps() == [raised_trap(LOOP_CLASS, 10, 129)]
+def test_trap_word_without_the_bits_enables_nothing(shared_lab_with_loop_class, word):
+    lab = shared_lab_with_loop_class
+    lab.reset(LOOP_CLASS, trap_word=word)
+    raise_each_class(lab)
+    assert lab.new_traps() == [raised_trap(LOOP_CLASS, 10, 129)]
 
 
 def test_classes_that_the_word_and_that_something_else_enables_are_all_sent():
     with run_snmptrapd_lab(trap_word=ROOT_CLASS.word, enabled_classes=[PORT_CLASS.number]) as lab:
-        raise_each_class(lab)
-        assert lab.new_traps() == [raised_trap(ROOT_CLASS, 10, 129), raised_trap(PORT_CLASS, 10, 129)]
-
-
-def test_trap_word_is_read_anew_after_a_hang_up():
-    with run_snmptrapd_lab(trap_word='5') as lab:
-        raise_each_class(lab)
-        assert lab.new_traps() == [raised_trap(ROOT_CLASS, 10, 129), raised_trap(PORT_CLASS, 10, 129)]
-        lab.agent.write_trap_word('3')
-        lab.agent.hang_up()
         assert lab.wait_until_connected() == []
-        for noti in CLASSES.values():
-            set_inconsistency(lab, noti, '')
-        assert lab.new_traps() == [vanished_trap(ROOT_CLASS, 10, 129), vanished_trap(LOOP_CLASS, 10, 129)]
+        raise_each_class(lab)
+        assert lab.new_traps() == [raised_trap(ROOT_CLASS, 10, 129), raised_trap(PORT_CLASS, 10, 129)]
+
+
+def test_trap_word_is_read_anew_after_a_hang_up(shared_trap_lab):
+    lab = shared_trap_lab
+    lab.reset(trap_word='5')
+    raise_each_class(lab)
+    assert lab.new_traps() == [raised_trap(ROOT_CLASS, 10, 129), raised_trap(PORT_CLASS, 10, 129)]
+    lab.agent.write_trap_word('3')
+    lab.agent.hang_up()
+    assert lab.wait_until_connected() == []
+    for noti in CLASSES.values():
+        set_inconsistency(lab, noti, '')
+    assert lab.new_traps() == [vanished_trap(ROOT_CLASS, 10, 129), vanished_trap(LOOP_CLASS, 10, 129)]
 
 
 # Traps go on, each once, whatever happens to the switch or to the agent.
@@ -224,11 +244,13 @@ def test_traps_come_when_the_switch_starts_after_the_module(lab):
 def test_traps_come_without_any_request():
     """The probe asks nothing, and neither does anybody else here: the module waits for no manager."""
     with run_snmptrapd_lab(trap_word=ALL_ENABLED, with_probe=False) as lab:
+        assert lab.wait_until_connected() == []
         check_each_class_is_sent_once(lab)
 
 
 def test_daemon_sends_traps():
     with run_snmptrapd_lab(trap_word=ALL_ENABLED, agent_class=DaemonAgent) as lab:
+        assert lab.wait_until_connected() == []
         check_each_class_is_sent_once(lab)
         lab.agent.hang_up()
         assert lab.wait_until_connected() == []
@@ -239,12 +261,15 @@ def test_daemon_sends_traps():
         check_each_class_is_sent_once(lab)
 
 
-def test_unloaded_module_sends_nothing_and_loaded_again_it_does(lab):
-    with lab.raw_client('private') as client:
-        assert client.set_integer(DLMOD_STATUS, UNLOAD).error_status == 0
-        raise_each_class(lab)
-        assert client.set_integer(DLMOD_STATUS, LOAD).error_status == 0
-    assert lab.wait_until_connected() == []
-    for noti in CLASSES.values():
-        set_inconsistency(lab, noti, '')
-    assert lab.new_traps() == [vanished_trap(noti, 10, 129) for noti in CLASSES.values()]
+def test_unloaded_module_sends_nothing_and_loaded_again_it_does():
+    """An agent of its own: each hang-up gives the module another number."""
+    with run_snmptrapd_lab(trap_word=ALL_ENABLED) as lab:
+        assert lab.wait_until_connected() == []
+        with lab.raw_client('private') as client:
+            assert client.set_integer(DLMOD_STATUS, UNLOAD).error_status == 0
+            raise_each_class(lab)
+            assert client.set_integer(DLMOD_STATUS, LOAD).error_status == 0
+        assert lab.wait_until_connected() == []
+        for noti in CLASSES.values():
+            set_inconsistency(lab, noti, '')
+        assert lab.new_traps() == [vanished_trap(noti, 10, 129) for noti in CLASSES.values()]

@@ -9,6 +9,9 @@ BUILD = Path(os.environ.get('STPSNMP_BUILD_DIR', PROJECT / 'build/dev'))
 # The sanitizers' runtime, where the build has one: snmpd itself is not built with it.
 PRELOAD = os.environ.get('STPSNMP_PRELOAD', '')
 
+# Whether a test that does something many times shall do it as often as it ever does.
+THOROUGH = os.environ.get('STPSNMP_TEST_ALL') == '1'
+
 # What the MIB file imports; the same for all builds.
 SMI_BASE = PROJECT / 'build/smi'
 

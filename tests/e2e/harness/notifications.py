@@ -16,7 +16,7 @@ APPEARED, VANISHED = 1, 2
 # Where scenarios/traps.toml has the port that only markers use: its key, its bridge port number, its VLANs.
 MARKER_PORT = 'port.3'
 MARKER_BRIDGE_PORT = 131
-FIRST_MARKER_TREE = 3001
+FIRST_MARKER_TREE, LAST_MARKER_TREE = 3001, 4000
 SOON_SECONDS = 0.1
 
 
@@ -53,54 +53,67 @@ class Markers:
     """Inconsistencies of a port of their own, each in another tree. The switch tells of one thing after
     another: when a marker's trap is there, everything that was to be sent before it is there, too."""
 
-    def __init__(self, lab, receiver, noti):
+    def __init__(self, lab, receiver):
         self._lab = lab
         self._receiver = receiver
+        self._noti = ROOT_CLASS
+        self._tree = FIRST_MARKER_TREE
+
+    def use(self, noti):
         self._noti = noti
-        self._tree = FIRST_MARKER_TREE - 1
 
     def _set_next(self):
-        self._tree += 1
+        """Another tree than those of the markers before, and after the last one the first again. Returns its OID."""
+        self._tree = self._tree + 1 if self._tree < LAST_MARKER_TREE else FIRST_MARKER_TREE
         self._lab.switch.set(f'{MARKER_PORT}.{self._noti.key}', str(self._tree))
+        return self._noti.state(self._tree, MARKER_BRIDGE_PORT)
 
-    def _count(self, first_tree):
-        """The traps of the markers in this tree and the later ones."""
-        oids = {self._noti.state(tree, MARKER_BRIDGE_PORT) for tree in range(first_tree, self._tree + 1)}
-        return sum(trap.bindings[0].oid in oids for trap in self._receiver.received())
+    def _has_arrived(self, oids, known):
+        """Whether a marker is among the traps behind those that were known before it was set."""
+        return any(trap.bindings[0].oid in oids for trap in self._receiver.received()[known:])
 
     def wait_until_connected(self):
         """The agent subscribes at a time of its own: until then, nobody hears of a marker."""
-        first = self._tree + 1
+        known = len(self._receiver.received())
+        oids = []
 
         def one_arrives():
-            self._set_next()
+            oids.append(self._set_next())
             try:
-                return wait_until(lambda: self._count(first), 'a marker has arrived', SOON_SECONDS)
+                return wait_until(lambda: self._has_arrived(oids, known), 'a marker has arrived', SOON_SECONDS)
             except AssertionError:
                 return False
 
         wait_until(one_arrives, 'traps arrive')
-        self._wait_for_newest()
-
-    def _wait_for_newest(self):
-        wait_until(lambda: self._count(self._tree), f'marker {self._tree} has arrived')
+        wait_until(lambda: self._has_arrived(oids[-1:], known), 'the newest marker has arrived')
 
     def set_and_wait(self):
-        self._set_next()
-        self._wait_for_newest()
+        known = len(self._receiver.received())
+        oid = self._set_next()
+        wait_until(lambda: self._has_arrived([oid], known), 'the marker has arrived')
 
 
 class TrapLab:
     """A lab, who receives its traps, and what has been received since the last look."""
 
-    def __init__(self, lab, receiver, noti):
+    def __init__(self, lab, receiver):
+        self._lab = lab
         self.switch = lab.switch
         self.agent = lab.agent
         self.snmp = lab.snmp
         self.raw_client = lab.raw_client
         self._receiver = receiver
-        self._markers = Markers(lab, receiver, noti)
+        self._markers = Markers(lab, receiver)
         self._seen = 0
+
+    def reset(self, noti=ROOT_CLASS, trap_word=None):
+        """As it was started: the switch in its scenario, the module loaded anew with this trap word, if any, and no
+        trap on its way. `noti` is an enabled class: the markers are of this one."""
+        if trap_word is not None:
+            self.agent.write_trap_word(trap_word)
+        self._lab.reset()
+        self._markers.use(noti)
+        self.wait_until_connected()
 
     def wait_until_connected(self):
         """After this, no trap is on its way. Returns those that came meanwhile."""
@@ -119,9 +132,6 @@ class TrapLab:
 
 
 @contextmanager
-def run_trap_lab(receiver, noti=ROOT_CLASS, **agent_options):
-    """`noti` is an enabled class: the markers are of this one."""
+def run_trap_lab(receiver, **agent_options):
     with run_lab('traps.toml', trap_endpoint=receiver.endpoint, **agent_options) as lab:
-        trap_lab = TrapLab(lab, receiver, noti)
-        assert trap_lab.wait_until_connected() == []
-        yield trap_lab
+        yield TrapLab(lab, receiver)
