@@ -1,5 +1,6 @@
 """A private snmpd on a loopback port, with the module and, as a rule, the request probe loaded."""
 
+import hashlib
 import os
 import re
 import signal
@@ -9,10 +10,23 @@ from . import build
 from .polling import wait_until
 from .ports import PORT_ATTEMPTS, free_port
 from .process import Process
+from .snmp_tools import passphrase_of, private_environment
 
 # Long enough that no busy machine makes a request fail that should not; tests of silent switches shorten it.
 PATIENT_DEADLINE_MS = 20000
 SHORT_DEADLINE_MS = 1000
+
+# What a passphrase is repeated to before it is hashed (RFC 3414, A.2.2).
+EXPANDED_LENGTH = 1 << 20
+
+
+def create_user(name):
+    """With the key of the passphrase, from which the agent would compute it anew with each reading."""
+    passphrase = passphrase_of(name).encode()
+    expanded = (passphrase * (EXPANDED_LENGTH // len(passphrase) + 1))[:EXPANDED_LENGTH]
+    key = f'0x{hashlib.sha1(expanded).hexdigest()}'
+    return f'createUser {name} SHA -m {key} AES -m {key}'
+
 
 # Security names: reader, guest and writer for communities; alice, bob and guest for SNMPv3.
 CONFIGURATION = f'''
@@ -33,9 +47,9 @@ group all usm bob
 group all usm guest
 view everything included .1
 access all "" any noauth prefix everything everything none
-createUser alice SHA alice-passphrase AES alice-passphrase
-createUser bob SHA bob-passphrase AES bob-passphrase
-createUser guest SHA guest-passphrase AES guest-passphrase
+{create_user('alice')}
+{create_user('bob')}
+{create_user('guest')}
 dlmod stp_extensions_mib {build.MODULE}
 '''
 PROBE_CONFIGURATION = f'dlmod agent_probe {build.PROBE}\n'
@@ -65,10 +79,7 @@ class Agent:
         self._process = None
         self._port = None
         self._environment = {
-            **os.environ,
-            'MIBS': '',
-            'SNMPCONFPATH': str(directory),
-            'SNMP_PERSISTENT_DIR': str(directory / 'persistent'),
+            **private_environment(directory, directory / 'persistent'),
             'STPPLATFORM_SOCKET': str(switch_socket),
             'STPPLATFORM_DEADLINE_MS': str(deadline_ms),
             'AGENT_PROBE_ENABLE': ' '.join(str(number) for number in enabled_classes),

@@ -35,8 +35,12 @@ def v2c(community):
     return ['-v2c', '-c', community]
 
 
+def passphrase_of(user):
+    return f'{user}-passphrase'
+
+
 def v3(user, context=''):
-    passphrase = f'{user}-passphrase'
+    passphrase = passphrase_of(user)
     return ['-v3', '-l', 'authPriv', '-u', user, '-n', context, '-a', 'SHA', '-A', passphrase,
             '-x', 'AES', '-X', passphrase]
 
@@ -58,11 +62,17 @@ def parse_binding(line):
     return Binding(oid, kind, int(value) if value.isdecimal() else value)
 
 
+def private_environment(configuration, persistent):
+    """For net-snmp's programs: nothing of the machine's, and no MIB files, which each of them would look through even
+    if it is to load none."""
+    return {**os.environ, 'MIBS': '', 'MIBDIRS': '/nonexistent', 'SNMPCONFPATH': str(configuration),
+            'SNMP_PERSISTENT_DIR': str(persistent)}
+
+
 class SnmpTools:
     def __init__(self, endpoint, directory):
         self._endpoint = endpoint
-        self._environment = {**os.environ, 'MIBS': '', 'SNMPCONFPATH': str(directory),
-                             'SNMP_PERSISTENT_DIR': str(directory)}
+        self._environment = private_environment(directory, directory)
 
     def _run(self, tool, who, options, operands):
         result = subprocess.run(

@@ -1,6 +1,5 @@
 """Who receives the agent's traps: the stock snmptrapd, or a thread that keeps up with thousands of them."""
 
-import os
 import shutil
 import socket
 import tempfile
@@ -14,7 +13,7 @@ from .polling import wait_until
 from .ports import PORT_ATTEMPTS, free_port
 from .process import Process
 from .raw_snmp import INTEGER, LARGEST_DATAGRAM, OCTETS, OID, decode_oid, trap_bindings
-from .snmp_tools import Binding, parse_binding
+from .snmp_tools import Binding, parse_binding, private_environment
 
 TRAPS = ROOT + '.2.0'
 SYS_UP_TIME, SNMP_TRAP_OID = '.1.3.6.1.2.1.1.3.0', '.1.3.6.1.6.3.1.1.4.1.0'
@@ -50,8 +49,7 @@ class TrapReceiver:
         return f'127.0.0.1:{self._port}'
 
     def __enter__(self):
-        environment = {**os.environ, 'MIBS': '', 'SNMPCONFPATH': str(self._directory),
-                       'SNMP_PERSISTENT_DIR': str(self._directory / 'persistent')}
+        environment = private_environment(self._directory, self._directory / 'persistent')
         for _ in range(PORT_ATTEMPTS):
             self._port = free_port()
             self._process = Process(
