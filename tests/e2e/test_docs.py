@@ -18,6 +18,7 @@ from harness.polling import wait_until
 from harness.ports import PORT_ATTEMPTS, free_port
 from harness.process import Process
 from harness.questions import CountedAgent
+from harness.raw_snmp import make_binding
 from harness.switch import Switch
 
 DOCUMENTS = sorted((PROJECT / 'docs').glob('*.md'))
@@ -339,14 +340,15 @@ def columns_of(oid):
 def questions_of_rows(lab, oid):
     """Of the GETs of all rows below the object, and of the GETNEXTs that lead to them."""
     gets, steps, asked = set(), set(), oid
-    for row in below(lab.served, oid):
-        count, answer = lab.agent.questions_of(lambda row=row: lab.snmp.get(row.oid))
-        assert answer == [row]
-        gets.add(count)
-        count, answer = lab.agent.questions_of(lambda asked=asked: lab.snmp.get_next(asked))
-        assert answer == [row]
-        steps.add(count)
-        asked = row.oid
+    with lab.raw_client() as client:
+        for row in below(lab.served, oid):
+            count, answer = lab.agent.questions_of(lambda row=row: client.get(row.oid))
+            assert make_binding(row.oid, answer.tag, answer.value) == row
+            gets.add(count)
+            count, exchange = lab.agent.questions_of(lambda asked=asked: client.get_next(asked))
+            assert exchange.bindings == [row]
+            steps.add(count)
+            asked = row.oid
     return gets, steps
 
 

@@ -419,7 +419,7 @@ def test_walks_find_bridge_ports_that_come_and_miss_those_without_a_vlan_within_
     expected = (129, 130, 131, 132, 4101, 4105)
     rows = [f'{golden.LOOP_GUARD_SETTING}.{bridge_port}' for bridge_port in expected]
     with lab.raw_client() as client:
-        wait_until(lambda: rows == [name for name, *_ in client.get_bulk(
+        wait_until(lambda: rows == [binding.oid for binding in client.get_bulk(
             golden.LOOP_GUARD_SETTING, len(rows)).bindings], 'walks find all bridge ports that are in VLANs')
     assert bridge_ports_walked(lab) == expected
     without_vlan = Binding(f'{golden.LOOP_GUARD_SETTING}.428', 'INTEGER', AS_SWITCH)

@@ -1,6 +1,5 @@
 """A private snmpd on a loopback port, with the module and, as a rule, the request probe loaded."""
 
-import hashlib
 import os
 import re
 import signal
@@ -10,22 +9,15 @@ from . import build
 from .polling import wait_until
 from .ports import PORT_ATTEMPTS, free_port
 from .process import Process
-from .snmp_tools import passphrase_of, private_environment
+from .snmp_tools import key_of, private_environment
 
 # Long enough that no busy machine makes a request fail that should not; tests of silent switches shorten it.
 PATIENT_DEADLINE_MS = 20000
 SHORT_DEADLINE_MS = 1000
 
-# What a passphrase is repeated to before it is hashed (RFC 3414, A.2.2).
-EXPANDED_LENGTH = 1 << 20
-
 
 def create_user(name):
-    """With the key of the passphrase, from which the agent would compute it anew with each reading."""
-    passphrase = passphrase_of(name).encode()
-    expanded = (passphrase * (EXPANDED_LENGTH // len(passphrase) + 1))[:EXPANDED_LENGTH]
-    key = f'0x{hashlib.sha1(expanded).hexdigest()}'
-    return f'createUser {name} SHA -m {key} AES -m {key}'
+    return f'createUser {name} SHA -m {key_of(name)} AES -m {key_of(name)}'
 
 
 # Security names: reader, guest and writer for communities; alice, bob and guest for SNMPv3.

@@ -6,8 +6,10 @@ import socket
 import time
 from typing import NamedTuple
 
+from .snmp_tools import Binding
+
 INTEGER, OCTETS, NULL, OID, SEQUENCE = 0x02, 0x04, 0x05, 0x06, 0x30
-UNSIGNED = 0x42
+UNSIGNED, TIME_TICKS = 0x42, 0x43
 GET, GET_NEXT, SET, GET_BULK, TRAP = 0xA0, 0xA1, 0xA3, 0xA5, 0xA7
 EXCEPTIONS = {0x80: 'noSuchObject', 0x81: 'noSuchInstance', 0x82: 'endOfMibView'}
 V2C = 1
@@ -34,7 +36,13 @@ class Exchange(NamedTuple):
     sent: float
     received: float
     error_status: int
-    bindings: list  # name, tag and content of each
+    variables: list  # name, tag and content of each
+
+    @property
+    def bindings(self):
+        """As the tools give them."""
+        assert self.error_status == 0
+        return [make_binding(*variable) for variable in self.variables]
 
 
 def encode(tag, content):
@@ -96,11 +104,27 @@ def parse_message(datagram):
         for _, binding in elements(bindings) for (_, name), (tag, value) in [elements(binding)]]
 
 
+def decode_number(content):
+    return int.from_bytes(content, 'big', signed=True)
+
+
+# How the tools name a type, and its value.
+TYPES = {INTEGER: ('INTEGER', decode_number), UNSIGNED: ('Gauge32', decode_number),
+         TIME_TICKS: ('Timeticks', decode_number), OCTETS: ('OCTET STRING', bytes), OID: ('OID', decode_oid)}
+
+
+def make_binding(name, tag, content):
+    """As the tools' output becomes one."""
+    if tag in EXCEPTIONS:
+        return Binding(name, EXCEPTIONS[tag])
+    kind, decode = TYPES[tag]
+    return Binding(name, kind, decode(content))
+
+
 def trap_bindings(datagram):
-    """Name, tag and content of each variable binding in a trap."""
     kind, _request_id, _error_status, bindings = parse_message(datagram)
     assert kind == TRAP, f'not a trap: {datagram.hex()}'
-    return bindings
+    return [make_binding(*binding) for binding in bindings]
 
 
 class RawClient:
@@ -132,7 +156,7 @@ class RawClient:
 
     @staticmethod
     def _answer(exchange):
-        [(_name, tag, value)] = exchange.bindings
+        [(_name, tag, value)] = exchange.variables
         return Answer(exchange.error_status, tag, value)
 
     def _request(self, kind, oid, value=encode(NULL, b''), community=None, numbers=(0, 0)):

@@ -1,14 +1,19 @@
 """The stock SNMP tools, and their output as values."""
 
+import hashlib
 import os
 import re
 import subprocess
+from functools import cache
 from typing import NamedTuple
 
 LINE = re.compile(r'(\.[0-9.]+) = (.*)')
 
 # The tools take 128 in one request; fewer, so that the answer never exceeds what a datagram holds.
 OIDS_IN_A_REQUEST = 100
+# What a passphrase is repeated to before it is hashed (RFC 3414, A.2.2).
+EXPANDED_LENGTH = 1 << 20
+
 EXCEPTIONS = {
     'No Such Instance currently exists at this OID': 'noSuchInstance',
     'No Such Object available on this agent at this OID': 'noSuchObject',
@@ -35,14 +40,17 @@ def v2c(community):
     return ['-v2c', '-c', community]
 
 
-def passphrase_of(user):
-    return f'{user}-passphrase'
+@cache
+def key_of(user):
+    """From a passphrase, which agents and tools would hash anew each time."""
+    passphrase = f'{user}-passphrase'.encode()
+    expanded = (passphrase * (EXPANDED_LENGTH // len(passphrase) + 1))[:EXPANDED_LENGTH]
+    return f'0x{hashlib.sha1(expanded).hexdigest()}'
 
 
 def v3(user, context=''):
-    passphrase = passphrase_of(user)
-    return ['-v3', '-l', 'authPriv', '-u', user, '-n', context, '-a', 'SHA', '-A', passphrase,
-            '-x', 'AES', '-X', passphrase]
+    return ['-v3', '-l', 'authPriv', '-u', user, '-n', context, '-a', 'SHA', '-3m', key_of(user),
+            '-x', 'AES', '-3M', key_of(user)]
 
 
 READER = v2c('public')

@@ -12,8 +12,8 @@ from .oids import is_below
 from .polling import wait_until
 from .ports import PORT_ATTEMPTS, free_port
 from .process import Process
-from .raw_snmp import INTEGER, LARGEST_DATAGRAM, OCTETS, OID, decode_oid, trap_bindings
-from .snmp_tools import Binding, parse_binding, private_environment
+from .raw_snmp import LARGEST_DATAGRAM, trap_bindings
+from .snmp_tools import parse_binding, private_environment
 
 TRAPS = ROOT + '.2.0'
 SYS_UP_TIME, SNMP_TRAP_OID = '.1.3.6.1.2.1.1.3.0', '.1.3.6.1.6.3.1.1.4.1.0'
@@ -95,10 +95,6 @@ class TrapCollector:
     # What a datagram of this size takes of the buffer, generously: the kernel counts its own structures, too.
     BUFFER_OF_A_TRAP = 2048
 
-    KINDS = {INTEGER: ('INTEGER', lambda content: int.from_bytes(content, 'big', signed=True)),
-             OCTETS: ('OCTET STRING', bytes), OID: ('OID', decode_oid),
-             0x43: ('Timeticks', lambda content: int.from_bytes(content, 'big'))}
-
     def __init__(self):
         self._datagrams = []
         self._decoded = []
@@ -144,10 +140,5 @@ class TrapCollector:
     def received(self):
         """The module's traps so far, in the order in which they came."""
         for datagram in self._datagrams[len(self._decoded):]:
-            bindings = [self._binding(*binding) for binding in trap_bindings(datagram)]
-            self._decoded.append(make_trap(bindings))
+            self._decoded.append(make_trap(trap_bindings(datagram)))
         return [trap for trap in self._decoded if trap]
-
-    def _binding(self, name, tag, content):
-        kind, convert = self.KINDS[tag]
-        return Binding(name, kind, convert(content))
