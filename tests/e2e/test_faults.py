@@ -12,8 +12,8 @@ MAX_HOP_COUNT = ROOT + '.1.14.8.0'
 LATE_MS = 2000
 A_LITTLE_LATE_MS = 1500
 
-# At least one of each kind of malformed reply, which the switch sends in turn.
-GARBAGE_KINDS = 12
+# Each order of malformed replies begins with the same kind; all kinds are sent where no count ends them.
+ROUNDS = 3
 
 MST_LAB, RAPID_PVST_LAB = 'impatient_lab', 'impatient_rapid_pvst_lab'
 
@@ -43,11 +43,11 @@ def test_one_dropped_reply_costs_one_request(impatient_lab):
 
 
 @pytest.mark.parametrize('lab_name, wanted', OBJECTS.values(), ids=OBJECTS)
-@pytest.mark.parametrize('kind, rounds', [('garbage', GARBAGE_KINDS), ('disconnect', 3)])
+@pytest.mark.parametrize('kind', ['garbage', 'disconnect'])
 def test_malformed_reply_or_closed_connection_is_no_such_instance_then_right_again(
-        kind, rounds, lab_name, wanted, request):
+        kind, lab_name, wanted, request):
     lab = request.getfixturevalue(lab_name)
-    for _ in range(rounds):
+    for _ in range(ROUNDS):
         lab.switch.fault(kind, count=1)
         assert lab.snmp.get(wanted.oid) == [Binding(wanted.oid, 'noSuchInstance')]
         lab.wait_for(wanted.oid, wanted.value)
