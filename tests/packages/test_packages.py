@@ -71,7 +71,7 @@ def test_pages_tell_every_option(unpacked):
     switchctl, switchd = unpacked / 'usr/bin/stp-switchctl', unpacked / 'usr/sbin/stp-switchd'
     assert page_options(page_text(unpacked, 'man8/stp-switchd.8')) == help_options(switchd)
     options = set()
-    for command in ['', 'show', 'set', 'ping', 'fault', 'fault delay', 'fault drop', 'fault garbage',
+    for command in ['', 'show', 'set', 'reset', 'ping', 'fault', 'fault delay', 'fault drop', 'fault garbage',
                     'fault disconnect', 'fault none']:
         options |= help_options(switchctl, *command.split())
     assert page_options(page_text(unpacked, 'man1/stp-switchctl.1')) == options
