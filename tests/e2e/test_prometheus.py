@@ -9,7 +9,7 @@ import urllib.request
 
 import golden
 import pytest
-from harness.build import BUILD, PROJECT, ROOT, SMI_BASE
+from harness.build import PROJECT, ROOT, SMI_BASE
 from harness.lab import run_lab
 from harness.polling import wait_until
 from harness.ports import PORT_ATTEMPTS, free_port
