@@ -130,7 +130,7 @@ class LockedFolder {
   void unlock() { fd_ = {}; }
 
  private:
-  FileDescriptor fd_;
+  stpplatform::OwnedFd fd_;
 };
 
 TEST_F(UnixListeners, NameAFolderThatSomebodyElseKeepsLocked) {
