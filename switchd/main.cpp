@@ -2,10 +2,12 @@
 #include <CLI/CLI.hpp>
 #include <cstdlib>
 #include <exception>
+#include <iostream>
 #include <string>
 
 #include "base/log.h"
 #include "control/control_protocol.h"
+#include "scenario/key_list.h"
 #include "scenario/loader.h"
 #include "server/switch_process.h"
 #include "wire/message.h"
@@ -30,11 +32,12 @@ DESCRIPTION
   is missing, with mode 0750 and the socket's group.
 
 EXIT STATUS
-  0  stopped by a signal, or the scenario passed --check
+  0  stopped by a signal, or the scenario passed --check, or the keys are listed
   1  the scenario has an error, or the switch cannot start: one line on standard error says why
   2  wrong command line
 
 EXAMPLES
+  stp-switchd --keys | grep root_guard
   stp-switchd --scenario scenarios/mst-small.toml --check
   stp-switchd --scenario scenarios/mst-small.toml --socket-group Debian-snmp
   stp-switchd --scenario lab.toml --socket /tmp/lab/switch.sock --control /tmp/lab/control.sock
@@ -55,6 +58,12 @@ int run(const stpswitch::ProcessOptions &options, bool only_check) {
     stpswitch::log_line(error.what());
     return EXIT_FAILURE;
   }
+}
+
+// As --help does: whatever else is on the command line, or is missing there.
+void list_keys_and_exit() {
+  std::cout << stpswitch::list_keys();
+  throw CLI::Success();
 }
 
 int parse_and_run(int argc, char **argv) {
@@ -78,6 +87,7 @@ int parse_and_run(int argc, char **argv) {
                  "The group that may send commands (default: the process's own)")
       ->type_name("GROUP");
   app.add_flag("--check", only_check, "Check the scenario and exit");
+  app.add_flag_callback("--keys", list_keys_and_exit, "List sections and keys of scenarios and exit");
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError &error) {

@@ -11,6 +11,10 @@ bool is_control(char octet) {
 
 }  // namespace
 
+std::string range_text(int64_t min, int64_t max) {
+  return std::to_string(min) + " to " + std::to_string(max);
+}
+
 uint32_t number_in(const Value &value, int64_t min, int64_t max) {
   const int64_t number = std::get<int64_t>(value);
   if (number < min || number > max) {

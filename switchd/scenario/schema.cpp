@@ -33,6 +33,10 @@ constexpr Choices<PathCostMethod, 2> kPathCostMethods = {
 
 constexpr size_t kDigitsPerOctet = 2;
 
+std::string domain_of_digest() {
+  return std::to_string(kDigitsPerOctet * MstDigest{}.size()) + " hexadecimal digits";
+}
+
 std::optional<MstDigest> digest_of(const Value &value) {
   const auto &text = std::get<std::string>(value);
   if (text.empty()) {
@@ -40,14 +44,17 @@ std::optional<MstDigest> digest_of(const Value &value) {
   }
   MstDigest digest{};
   if (!parse_hex_octets(text, "", digest)) {
-    throw Refusal("'" + text + "' is not " + std::to_string(kDigitsPerOctet * digest.size()) +
-                  " hexadecimal digits");
+    throw Refusal("'" + text + "' is not " + domain_of_digest());
   }
   return digest;
 }
 
 std::string print_digest(const std::optional<MstDigest> &digest) {
   return digest ? print_hex_octets(*digest, "") : "";
+}
+
+std::string domain_of_users() {
+  return "list of names of 1 to " + std::to_string(CMD_USER_MAX) + " octets, without commas";
 }
 
 TextList users_of(const Value &value) {
@@ -65,44 +72,60 @@ TextList users_of(const Value &value) {
 }
 
 template <class Owner>
-constexpr Field<Owner> kRemainingHopsField =
-    number_field<Owner, &Owner::remaining_hops, kMinRemainingHops, kMaxMaxHops>("remaining_hops");
+constexpr Field<Owner> remaining_hops_field(std::string_view meaning) {
+  return number_field<Owner, &Owner::remaining_hops, kMinRemainingHops, kMaxMaxHops>("remaining_hops",
+                                                                                     meaning);
+}
 
 // The rows of the schema.
 
 constexpr std::array<Field<Settings>, 4> kSwitchFields = {
-    {text_field<Settings, &Settings::name, kMaxNameLength>("name"),
-     required(choice_field<Settings, &Settings::mode, kModes>("mode")),
-     choice_field<Settings, &Settings::path_cost_method, kPathCostMethods>("path_cost_method"),
-     flag_field<Settings, &Settings::loop_guard_default>("loop_guard_default")}};
+    {text_field<Settings, &Settings::name, kMaxNameLength>("name", "What people call the switch."),
+     required(choice_field<Settings, &Settings::mode, kModes>("mode", "The spanning tree protocol.")),
+     choice_field<Settings, &Settings::path_cost_method, kPathCostMethods>(
+         "path_cost_method",
+         "Path costs of 16 or of 32 bits. In mode mst they have 32 bits, whatever this says."),
+     flag_field<Settings, &Settings::loop_guard_default>(
+         "loop_guard_default", "Whether loop guard watches the interfaces that leave it to the switch.")}};
 
 constexpr std::array<Field<MstRegion>, 4> kMstFields = {
-    {text_field<MstRegion, &MstRegion::name, kMaxRegionNameLength>("region"),
-     number_field<MstRegion, &MstRegion::revision, 0, kMaxRevision>("revision"),
-     number_field<MstRegion, &MstRegion::max_hops, kMinMaxHops, kMaxMaxHops>("max_hops"),
-     {"pre_standard_digest", ValueType::kText, false,
+    {text_field<MstRegion, &MstRegion::name, kMaxRegionNameLength>("region", "The name of the region."),
+     number_field<MstRegion, &MstRegion::revision, 0, kMaxRevision>("revision",
+                                                                    "The revision of the region."),
+     number_field<MstRegion, &MstRegion::max_hops, kMinMaxHops, kMaxMaxHops>(
+         "max_hops", "How many hops information travels from the regional root."),
+     {"pre_standard_digest",
+      "The digest of the region that equipment from before the standard computes. Empty, it is equal to the "
+      "standard one, which the switch computes itself.",
+      ValueType::kText, domain_of_digest, false,
       [](MstRegion &mst, const Value &value) { mst.pre_standard_digest = digest_of(value); },
       [](const MstRegion &mst) -> Value { return print_digest(mst.pre_standard_digest); }}}};
 
 constexpr std::array<Field<MstCist>, 4> kMstCistFields = {
-    {kRemainingHopsField<MstCist>,
-     number_field<MstCist, &MstCist::regional_root_priority, 0, kMaxPriority>("regional_root_priority"),
-     {"regional_root_mac", ValueType::kText, false,
+    {remaining_hops_field<MstCist>("How many of max_hops are left at this switch."),
+     number_field<MstCist, &MstCist::regional_root_priority, 0, kMaxPriority>(
+         "regional_root_priority", "The priority of the regional root."),
+     {"regional_root_mac", "The address of the regional root.", ValueType::kText,
+      []() -> std::string { return "six pairs of hexadecimal digits between colons"; }, false,
       [](MstCist &cist, const Value &value) {
         cist.regional_root_mac = parse_mac_address(std::get<std::string>(value));
       },
       [](const MstCist &cist) -> Value { return print_mac_address(cist.regional_root_mac); }},
      number_field<MstCist, &MstCist::internal_root_path_cost, 0, kMaxRootPathCost>(
-         "internal_root_path_cost")}};
+         "internal_root_path_cost", "The path cost from here to the regional root.")}};
 
 constexpr std::array<Field<MstInstance>, 2> kMstInstanceFields = {
-    {vlans_field<MstInstance, &MstInstance::vlans>("vlans"), kRemainingHopsField<MstInstance>}};
+    {vlans_field<MstInstance, &MstInstance::vlans>(
+         "vlans", "What the instance carries. A VLAN belongs to one instance at most."),
+     remaining_hops_field<MstInstance>(
+         "How many hops are left at this switch, counted from the root of the instance.")}};
 
 constexpr std::array<Field<RapidPvst>, 1> kRapidPvstFields = {
-    {vlans_field<RapidPvst, &RapidPvst::disabled_vlans>("disabled_vlans")}};
+    {vlans_field<RapidPvst, &RapidPvst::disabled_vlans>(
+        "disabled_vlans", "VLANs on which spanning tree is switched off. Counts in mode rapid-pvst.")}};
 
 constexpr std::array<Field<Access>, 1> kAccessFields = {
-    {{"refused_users", ValueType::kTextList, false,
+    {{"refused_users", "SNMP users whose requests are refused.", ValueType::kTextList, domain_of_users, false,
       [](Access &access, const Value &value) { access.refused_users = users_of(value); },
       [](const Access &access) -> Value { return access.refused_users; }}}};
 
@@ -110,13 +133,28 @@ MstInstance make_mst_instance(uint32_t /*number*/) { return {}; }
 
 }  // namespace
 
-const SingleSection<Settings> kSwitchSection = {"switch", &SwitchState::settings, kSwitchFields};
-const SingleSection<MstRegion> kMstSection = {"mst", &SwitchState::mst, kMstFields};
-const SingleSection<MstCist> kMstCistSection = {"mst.cist", &SwitchState::mst_cist, kMstCistFields};
+const SingleSection<Settings> kSwitchSection = {"switch", "The whole switch.", &SwitchState::settings,
+                                                kSwitchFields};
+const SingleSection<MstRegion> kMstSection = {
+    "mst", "The MST region: what a neighbour must have in common to be in it, and what the region computes.",
+    &SwitchState::mst, kMstFields};
+const SingleSection<MstCist> kMstCistSection = {
+    "mst.cist", "Where the switch stands in the CIST, which spans all regions.", &SwitchState::mst_cist,
+    kMstCistFields};
 const ListSection<MstInstance> kMstInstanceSection = {
-    "mst.instance",    &SwitchState::mst_instances, "id", 1, kMaxMstInstance, kMaxMstInstances,
-    make_mst_instance, kMstInstanceFields};
-const SingleSection<RapidPvst> kRapidPvstSection = {"rapid_pvst", &SwitchState::rapid_pvst, kRapidPvstFields};
-const SingleSection<Access> kAccessSection = {"access", &SwitchState::access, kAccessFields};
+    "mst.instance",
+    "An MST instance. VLANs that no instance claims belong to the CIST, instance 0.",
+    &SwitchState::mst_instances,
+    "id",
+    1,
+    kMaxMstInstance,
+    kMaxMstInstances,
+    make_mst_instance,
+    kMstInstanceFields};
+const SingleSection<RapidPvst> kRapidPvstSection = {
+    "rapid_pvst", "One spanning tree for each VLAN that an interface is a member of.",
+    &SwitchState::rapid_pvst, kRapidPvstFields};
+const SingleSection<Access> kAccessSection = {"access", "Who may not read the switch.", &SwitchState::access,
+                                              kAccessFields};
 
 }  // namespace stpswitch

@@ -1,11 +1,12 @@
-// The schema: every section of a scenario and every key in it, with its type, check and print. Scenario
-// files, `show` and `set` are all driven by it, so that a new key is one more row in schema.cpp or
-// interface_schema.cpp.
+// The schema: every section of a scenario and every key in it, with its meaning, type, check and print.
+// Scenario files, `show`, `set` and the list of keys are all driven by it, so that a new key is one more row
+// in schema.cpp or interface_schema.cpp.
 #pragma once
 
 #include <cstdint>
 #include <map>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "model/switch_state.h"
@@ -17,7 +18,9 @@ namespace stpswitch {
 template <class Owner>
 struct Field {
   std::string_view name;
+  std::string_view meaning;  // whole sentences, for whoever writes a scenario
   ValueType type;
+  std::string (*domain)();                 // what assign takes, in words: "6 to 40"
   bool required;                           // a scenario must state it
   void (*assign)(Owner &, const Value &);  // throws Refusal; the value has the field's type
   Value (*read)(const Owner &);            // what assign would take
@@ -27,6 +30,7 @@ struct Field {
 template <class Owner>
 struct SingleSection {
   std::string_view path;
+  std::string_view meaning;
   Owner SwitchState::*part;
   std::span<const Field<Owner>> fields;
 };
@@ -35,6 +39,7 @@ struct SingleSection {
 template <class Owner>
 struct ListSection {
   std::string_view path;
+  std::string_view meaning;
   std::map<uint32_t, Owner> SwitchState::*part;
   std::string_view number_name;  // the key that holds the entry's number
   uint32_t min_number;

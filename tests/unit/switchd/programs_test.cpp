@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "model/derived.h"
+#include "scenario/key_list.h"
 #include "scenario/loader.h"
 #include "support/program.h"
 #include "support/temporary_folder.h"
@@ -109,6 +110,13 @@ TEST_F(Programs, SwitchChecksScenarios) {
   EXPECT_EQ(started.status, 1);
   EXPECT_EQ(started.errors, checked.errors);
   EXPECT_FALSE(std::filesystem::exists(socket_));
+}
+
+TEST_F(Programs, SwitchListsTheKeysOfScenarios) {
+  const ProgramResult result = run_program(STP_SWITCHD, {"--keys"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.errors, "");
+  EXPECT_EQ(result.output, stpswitch::list_keys());
 }
 
 TEST_F(Programs, SwitchNamesAGroupThatDoesNotExist) {
