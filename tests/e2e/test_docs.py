@@ -51,8 +51,21 @@ def table(text, *headings):
     return wanted
 
 
-KEYS = {key.strip('`'): cells for key, *cells in
-        table(read('scenario.md'), 'key', 'value', 'default', 'what it may be')}
+def described_keys():
+    """What each key may be and its default; and, by their sections, the names and limits of entries' numbers."""
+    listed = subprocess.run([BUILD / 'bin/stp-switchd', '--keys'], check=True, capture_output=True, text=True,
+                            timeout=60).stdout
+    keys, numbers = {}, {}
+    for title, name, domain, default, _ in (line.split('\t') for line in listed.splitlines()):
+        path = title.strip('[]')
+        if name and path in ENTRIES and name == ENTRIES[path][0]:
+            numbers[title] = (name, domain)
+        elif name:
+            keys[f'{path}.N.{name}' if path in ENTRIES else f'{path}.{name}'] = (domain, default)
+    return keys, numbers
+
+
+KEYS, ENTRY_NUMBERS = described_keys()
 
 
 def check(directory, scenario):
@@ -111,40 +124,42 @@ def fixture_shown():
 
 # The scenario format.
 
-def test_every_key_is_documented_and_no_other(shown):
+def test_the_documents_tell_what_the_program_does():
+    result = subprocess.run([PROJECT / 'scripts/write-keys', '--check', BUILD / 'bin/stp-switchd'], check=False,
+                            capture_output=True, text=True, timeout=60)
+    assert (result.returncode, result.stdout, result.stderr) == (0, '', '')
+
+
+def test_every_key_is_described_and_no_other(shown):
     assert list(KEYS) == list(shown.keys())
 
 
-def test_every_default_is_the_documented_one(shown):
-    for documented, key in shown.keys().items():
-        default = KEYS[documented][1]
-        if default.endswith('it must be there'):
-            continue
-        literal = re.match(r'`(.*?)`|\d+|empty|none', default)
-        value = literal[1] or literal[0].replace('empty', '').replace('none', '')
-        if default.endswith('and the number'):
-            value += key.split('.')[-2]
-        assert shown.switch.control('show', key) == f'{key} = {value}\n'
+def test_every_default_is_the_described_one(shown):
+    for described, key in shown.keys().items():
+        default = KEYS[described][1]
+        if default != 'required':
+            number = key.split('.')[-2]
+            assert shown.values[key] == json.loads(re.sub('N"$', f'{number}"', default))
 
 
-def test_required_keys_are_the_documented_ones(tmp_path):
-    required = [key for key, row in KEYS.items() if row[1].endswith('it must be there')]
-    assert required == ['switch.mode']
+def test_required_keys_are_the_described_ones(tmp_path):
+    assert [key for key, (_, default) in KEYS.items() if default == 'required'] == ['switch.mode']
     assert 'switch.mode: the key is missing' in check(tmp_path, '').stderr
 
 
-def test_numbers_are_taken_within_the_documented_ranges(shown):
-    numbers = {shown.keys()[key]: row[2] for key, row in KEYS.items() if row[0] == 'number'}
-    assert len(numbers) > 5
-    for key, limits in numbers.items():
-        first, last = map(int, re.match(r'(\d+) to (\d+)', limits).groups())
+def test_numbers_are_taken_within_the_described_ranges(shown):
+    ranges = {shown.keys()[key]: re.fullmatch(r'(\d+) to (\d+)', domain) for key, (domain, _) in KEYS.items()}
+    ranges = {key: found.groups() for key, found in ranges.items() if found}
+    assert len(ranges) > 5
+    for key, limits in ranges.items():
+        first, last = map(int, limits)
         taken = [shown.takes(key, str(number)) for number in (first, last)]
         refused = [shown.takes(key, str(number)) for number in (last + 1, *([first - 1] if first else []))]
         assert (key, all(taken), any(refused)) == (key, True, False)
 
 
-def test_texts_are_taken_up_to_the_documented_lengths(shown):
-    lengths = {shown.keys()[key]: re.search(r'(\d+) octets', row[2]) for key, row in KEYS.items()}
+def test_texts_are_taken_up_to_the_described_lengths(shown):
+    lengths = {shown.keys()[key]: re.search(r'(\d+) octets', domain) for key, (domain, _) in KEYS.items()}
     lengths = {key: int(length[1]) for key, length in lengths.items() if length}
     assert len(lengths) > 2
     for key, length in lengths.items():
@@ -152,26 +167,26 @@ def test_texts_are_taken_up_to_the_documented_lengths(shown):
         assert (key, taken) == (key, [True, False])
 
 
-def test_choices_are_the_documented_ones(shown):
-    choices = {shown.keys()[key]: re.match('(`[a-z-]+`(, )?)+', row[2]) for key, row in KEYS.items()
-               if row[0] == 'text'}
-    choices = {key: re.findall('`(.*?)`', found[0]) for key, found in choices.items() if found}
+def test_choices_are_the_described_ones(shown):
+    choices = {shown.keys()[key]: re.findall('"(.*?)"', domain) for key, (domain, _) in KEYS.items()}
+    choices = {key: words for key, words in choices.items() if words}
     assert len(choices) > 3
     for key, words in choices.items():
         assert (key, [shown.takes(key, word) for word in words]) == (key, [True] * len(words))
         assert (key, shown.takes(key, 'other')) == (key, False)
 
 
-@pytest.mark.parametrize('section, key, limits, most',
-                         table(read('scenario.md'), 'section', 'number', 'range', 'at most'))
-def test_entries_have_the_documented_numbers(tmp_path, section, key, limits, most):
-    section, key = section.strip('`'), key.strip('`')
-    first, last = map(int, limits.split(' to '))
+@pytest.mark.parametrize('section', ENTRY_NUMBERS)
+def test_entries_have_the_described_numbers(tmp_path, section):
+    key, domain = ENTRY_NUMBERS[section]
+    first, last, most = re.fullmatch(r'(\d+) to (\d+)(?:, at most (\d+) entries)?', domain).groups()
+    first, last = int(first), int(last)
+    most = int(most or last)
     def entries(numbers):
         return MODE + ''.join(f'{section}\n{key} = {number}\n' for number in numbers)
     assert check(tmp_path, entries([first, last])).returncode == 0
     assert [check(tmp_path, entries([number])).returncode for number in (first - 1, last + 1)] == [1, 1]
-    numbers = range(first, first + int(most))
+    numbers = range(first, first + most)
     assert check(tmp_path, entries(numbers)).returncode == 0
     assert check(tmp_path, entries([*numbers, numbers[-1] + 1])).returncode == 1
     assert check(tmp_path, MODE + f'{section}\n').returncode == 1
