@@ -1,4 +1,4 @@
-"""What docs/ says, held against the programs: keys, examples, names, paths, commands, what requests cost."""
+"""What README.md and docs/ say, held against the programs: keys, examples, names, paths, commands, what requests cost."""
 
 import json
 import os
@@ -21,7 +21,7 @@ from harness.questions import CountedAgent
 from harness.raw_snmp import make_binding
 from harness.switch import Switch
 
-DOCUMENTS = sorted((PROJECT / 'docs').glob('*.md'))
+DOCUMENTS = [PROJECT / 'README.md', *sorted((PROJECT / 'docs').glob('*.md'))]
 MODULE = 'VANTREL-STP-EXTENSIONS-MIB'
 MIB = (PROJECT / f'mibs/{MODULE}.txt').read_text(encoding='ascii')
 DOCUMENTED_ENTERPRISE = '.1.3.6.1.4.1.32473'
@@ -212,6 +212,15 @@ def test_documented_changes_are_taken():
             switch.control(*shlex.split(command.strip('`')))
 
 
+def test_documented_commands_are_taken():
+    commands = [line.split()[1:] for block in blocks(read('scenario.md'), 'sh') for line in block.splitlines()
+                if line.startswith('stp-switchctl ')]
+    assert len(commands) > 2
+    with run_switch(SCENARIOS['mst'].read_text(encoding='ascii')) as switch:
+        for command in commands:
+            switch.control(*command)
+
+
 # Names.
 
 @pytest.mark.parametrize('document', DOCUMENTS, ids=lambda path: path.name)
@@ -272,6 +281,22 @@ def test_commands_print_what_is_documented(tmp_path, mode):
                                     env=environment, timeout=60)
             printed = ''.join(f'{line.rstrip()}\n' for line in result.stdout.splitlines())
             assert (command, printed) == (command, output)
+
+
+def test_the_walk_of_the_readme_is_what_is_shown():
+    """Some of its lines, in their order: each `...` stands for those between."""
+    text = (PROJECT / 'README.md').read_text(encoding='utf-8').replace(DOCUMENTED_ENTERPRISE, ENTERPRISE)
+    [walk] = [block for block in blocks(text, '') if block.startswith('stpx')]
+    with run_lab(SCENARIOS['mst'], with_probe=False) as lab:
+        shown = subprocess.run(
+            f'snmpwalk -v2c -c public -On -Oe -Ox --hexOutputLength=0 {lab.agent.endpoint} {ROOT} | '
+            f'{PROJECT}/scripts/show-walk {PROJECT}/mibs/object-names.tsv {ROOT}',
+            shell=True, check=True, capture_output=True, text=True, timeout=60).stdout
+    parts = walk.removesuffix('...\n').split('...\n')
+    assert len(parts) > 2
+    for part in parts:
+        assert part in shown
+        shown = shown.partition(part)[2]
 
 
 @contextmanager
