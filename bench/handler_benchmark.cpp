@@ -5,8 +5,8 @@
 
 #include <benchmark/benchmark.h>
 
-#include "stpsnmp/agent.h"
 #include "instant_platform.h"
+#include "stpsnmp/agent.h"
 #include "stpsnmp/lookup_handlers.h"
 #include "stpsnmp/object_table.h"
 

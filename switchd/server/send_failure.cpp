@@ -1,8 +1,7 @@
-#include "base/system_failure.h"
 #include "server/send_failure.h"
+#include "base/system_failure.h"
 
 #include <cerrno>
-
 
 namespace stpswitch {
 

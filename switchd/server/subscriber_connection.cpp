@@ -24,8 +24,8 @@ void log_replaced(const std::string &what, uint64_t replaced) {
 
 }  // namespace
 
-SubscriberConnection::SubscriberConnection(EventLoop *loop, stpplatform::OwnedFd fd, NotificationClasses classes,
-                                           std::span<uint8_t> buffer,
+SubscriberConnection::SubscriberConnection(EventLoop *loop, stpplatform::OwnedFd fd,
+                                           NotificationClasses classes, std::span<uint8_t> buffer,
                                            std::function<void(const std::string &why)> closed)
     : fd_(std::move(fd)),
       classes_(std::move(classes)),

@@ -1,5 +1,5 @@
-#include "base/system_failure.h"
 #include "server/switch_process.h"
+#include "base/system_failure.h"
 
 #include <grp.h>
 #include <sys/socket.h>

@@ -1,5 +1,5 @@
-#include "protocol_numbers.h"
 #include "support/requests.h"
+#include "protocol_numbers.h"
 
 #include <gtest/gtest.h>
 
