@@ -13,6 +13,7 @@
 #include "search_test.h"
 #include "stpsnmp/lookup_handlers.h"
 #include "table_test.h"
+#include "walk_test.h"
 
 namespace {
 
@@ -42,7 +43,9 @@ constexpr uint32_t kStatusToken = 0x0202A02E;
 
 constexpr uint8_t kDown = 2;
 
-constexpr unsigned kSwitches = 80;  // for each column, and each column has its own
+// Switches to draw, for each column, and each column has its own.
+constexpr unsigned kFewSwitches = 16;
+constexpr unsigned kAllSwitches = 80;
 
 struct Column {
   const char *name;
@@ -276,7 +279,9 @@ class BasePortWalk : public TableTest, public ::testing::WithParamInterface<Colu
  protected:
   BasePortWalk() : TableTest(GetParam().handler) {}
 
-  static unsigned first_seed() { return GetParam().magic * kSwitches; }
+  static unsigned first_seed() { return GetParam().magic * kAllSwitches; }
+  static unsigned end_of_seeds() { return first_seed() + switches(); }
+  static unsigned switches() { return drawn_switches(kFewSwitches, kAllSwitches); }
 
   void install(const Switch &installed) {
     empty_base_port_cache();
@@ -334,7 +339,7 @@ class BasePortWalk : public TableTest, public ::testing::WithParamInterface<Colu
 TEST_P(BasePortWalk, ServesWhatTheModelSays) {
   size_t served = 0;
   size_t walks_that_end_early = 0;
-  for (unsigned seed = first_seed(); seed < first_seed() + kSwitches && !HasFailure(); ++seed) {
+  for (unsigned seed = first_seed(); seed < end_of_seeds() && !HasFailure(); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     const Switch drawn = Generator(seed).draw();
     const Model model(drawn, GetParam());
@@ -357,7 +362,7 @@ TEST_P(BasePortWalk, ServesWhatTheModelSays) {
     }
     EXPECT_EQ(get_port(999), std::nullopt) << "no such port";
   }
-  EXPECT_GT(served, kSwitches) << "the switches have too few rows";
+  EXPECT_GT(served, switches()) << "the switches have too few rows";
   EXPECT_GT(walks_that_end_early, 0U) << "no port is without an entry";
 }
 
@@ -365,7 +370,7 @@ TEST_P(BasePortWalk, GetNextFromAnywhere) {
   constexpr std::array<uint16_t, 20> kPositions = {0,    1,    2,    128,  129,   130,  131,
                                                    132,  133,  140,  4094, 4095,  4096, 4097,
                                                    4098, 4099, 8190, 8191, 65534, 65535};
-  for (unsigned seed = first_seed(); seed < first_seed() + kSwitches && !HasFailure(); ++seed) {
+  for (unsigned seed = first_seed(); seed < end_of_seeds() && !HasFailure(); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     const Switch drawn = Generator(seed).draw();
     const Model model(drawn, GetParam());

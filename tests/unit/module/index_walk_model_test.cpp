@@ -26,7 +26,9 @@ constexpr uint16_t kHighestChannel = 8191;
 constexpr uint32_t kChannelIndexes = 0x16000000;
 constexpr uint32_t kPhysicalIndexes = 0x1A000000;
 
-constexpr unsigned kSwitches = 400;  // for each table, and each table has its own
+// Switches to draw, for each table, and each table has its own.
+constexpr unsigned kFewSwitches = 80;
+constexpr unsigned kAllSwitches = 400;
 
 struct Table {
   const char *name;
@@ -218,7 +220,9 @@ class IndexWalk : public WalkTest, public ::testing::WithParamInterface<Table> {
  protected:
   IndexWalk() : WalkTest(GetParam().handler, GetParam().column) {}
 
-  static unsigned first_seed() { return GetParam().column * kSwitches; }
+  static unsigned first_seed() { return GetParam().column * kAllSwitches; }
+  static unsigned end_of_seeds() { return first_seed() + switches(); }
+  static unsigned switches() { return drawn_switches(kFewSwitches, kAllSwitches); }
 
   void install(const Switch &installed) {
     install_interfaces(installed.interfaces);
@@ -296,7 +300,7 @@ class IndexWalk : public WalkTest, public ::testing::WithParamInterface<Table> {
 TEST_P(IndexWalk, ServesWhatTheModelSays) {
   size_t served = 0;
   std::array<size_t, Model::kReasons> unreached{};
-  for (unsigned seed = first_seed(); seed < first_seed() + kSwitches && !HasFailure(); ++seed) {
+  for (unsigned seed = first_seed(); seed < end_of_seeds() && !HasFailure(); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     const Switch drawn = Generator(seed).draw(true);
     const Model model(drawn, GetParam().has_tree_zero);
@@ -318,7 +322,7 @@ TEST_P(IndexWalk, ServesWhatTheModelSays) {
     served += expected.size();
     expect_gets(drawn, model);
   }
-  EXPECT_GT(served, kSwitches) << "the switches have too few rows";
+  EXPECT_GT(served, switches()) << "the switches have too few rows";
   // Every reason occurs where it can.
   for (const auto reason :
        {Model::kOtherPort, Model::kNoPhysicalPort, Model::kLastTree, Model::kMissingPort}) {
@@ -333,7 +337,7 @@ TEST_P(IndexWalk, GetNextFromAnywhere) {
   constexpr std::array<uint32_t, 10> kTrees = {0, 1, 2, 3, 4, 7, 8, 4093, 4094, 4095};
   constexpr std::array<uint16_t, 16> kPorts = {0,    1,    128,  129,  130,  131,  139,  4094,
                                                4095, 4096, 4097, 4098, 8190, 8191, 8192, 65535};
-  for (unsigned seed = first_seed(); seed < first_seed() + kSwitches && !HasFailure(); ++seed) {
+  for (unsigned seed = first_seed(); seed < end_of_seeds() && !HasFailure(); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     Generator generator(seed);
     const Switch drawn = generator.draw(true);
@@ -354,7 +358,7 @@ TEST_P(IndexWalk, GetNextFromAnywhere) {
 // Where interface indexes do not ascend with the ports, rows may stay away; a walk holds its promises all the
 // same.
 TEST_P(IndexWalk, AscendsAndEndsWhateverTheInterfaceIndexes) {
-  for (unsigned seed = first_seed(); seed < first_seed() + kSwitches && !HasFailure(); ++seed) {
+  for (unsigned seed = first_seed(); seed < end_of_seeds() && !HasFailure(); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     const Switch drawn = Generator(seed).draw(false);
     install(drawn);

@@ -50,6 +50,9 @@ class Dice {
   std::mt19937 random_;
 };
 
+// How many switches a test draws: the first few, or all where the environment asks for the long run.
+unsigned drawn_switches(unsigned few, unsigned all);
+
 class WalkTest : public TableTest {
  protected:
   WalkTest(FindVarMethod *handler, uint8_t column) : TableTest(handler), column_(column) {}
