@@ -25,8 +25,6 @@ constexpr uint32_t kPort3 = 0x1A000003;
 struct TableUnderTest {
   const char *name;
   FindVarMethod *handler;
-  uint8_t tree_column;
-  uint8_t port_column;
   uint8_t state_column;
   const char *column_oid;
   uint32_t command;
@@ -36,8 +34,6 @@ struct TableUnderTest {
 
 constexpr TableUnderTest kLoop = {"stpxLoopInconsistencyTable",
                                   get_stpxLoopInconsistencyTable,
-                                  50,
-                                  51,
                                   52,
                                   ".1.8.2.1.3",
                                   121,
@@ -45,8 +41,6 @@ constexpr TableUnderTest kLoop = {"stpxLoopInconsistencyTable",
                                   "commandId"};
 constexpr TableUnderTest kRoot = {"stpxRootInconsistencyTable",
                                   get_stpxRootInconsistencyTable,
-                                  68,
-                                  69,
                                   70,
                                   ".1.5.2.1.3",
                                   120,
@@ -54,8 +48,6 @@ constexpr TableUnderTest kRoot = {"stpxRootInconsistencyTable",
                                   "commandId"};
 constexpr TableUnderTest kPorts = {"stpxInconsistencyTable",
                                    get_stpxInconsistencyTable,
-                                   118,
-                                   119,
                                    120,
                                    ".1.3.1.1.3",
                                    116,
@@ -170,19 +162,6 @@ class InconsistencyTest : public TableTest {
     EXPECT_THAT(trace, Contains("cmd_req_cmdId_set(request, " + std::to_string(table_.command) + ")"));
   }
 
-  void expect_get_with_three_arcs_fails_at_once() {
-    EXPECT_EQ(get(table_.state_column, {10, 129, 0}), std::nullopt);
-    EXPECT_EQ(answered(), std::string(table_.column_oid) + ".10.129.0");
-    EXPECT_THAT(fake::taken_trace(), ElementsAre(logged("exact 1 *length 17 vp_namelen 14\\n")));
-  }
-
-  void expect_index_columns_have_no_value() {
-    for (const uint8_t column : {table_.tree_column, table_.port_column}) {
-      EXPECT_EQ(get(column, {10, 129}), std::nullopt);
-      EXPECT_EQ(fake::taken_trace().back(), "snmp_set_detail(\"\")");
-    }
-  }
-
   void expect_failed_searches() {
     fake::platform().interfaces = {};
     EXPECT_EQ(get(table_.state_column, {10, 129}), std::nullopt);
@@ -247,17 +226,6 @@ class InconsistencyTest : public TableTest {
     fake::taken_trace();
   }
 
-  void expect_reply_without_the_state_fails() {
-    reply_lacks(kState);
-    EXPECT_EQ(get(table_.state_column, {10, 129}), std::nullopt);
-    EXPECT_EQ(answered(), std::string(table_.column_oid) + ".10.129");
-    const Trace trace = fake::taken_trace();
-    ASSERT_GE(trace.size(), 5U);
-    EXPECT_THAT(Trace(trace.end() - 5, trace.end()),
-                ElementsAre("cmd_rsp_attr_get(0x1402A006)", "cmd_rsp_attr_get(0x0C02A001)",
-                            "cmd_rsp_attr_get(0x1402A015)", "cmd_snmp_free_rx_hndl", parse_failure()));
-  }
-
   void expect_reply_without_the_tree_answers_with_the_tree_asked_for() {
     reply_lacks(kTree);
     EXPECT_NE(get(table_.state_column, {10, 129}), std::nullopt);
@@ -281,23 +249,20 @@ const std::string kThree("\x03\0\0\0", 4);
 const std::string kBothBits("\xC0", 1);
 
 // The state as it is, for loop and root; as BITS for port inconsistencies.
-#define TEST_EACH_TABLE(Fixture, served)                                                            \
-  TEST_F(Fixture, GetOfARow) { expect_get_of_a_row(served); }                                       \
-  TEST_F(Fixture, GetNextOfTheBareColumnStartsFromTree0AndPort0) {                                  \
-    expect_get_next_of_the_bare_column(served);                                                     \
-  }                                                                                                 \
-  TEST_F(Fixture, GetNextOfTheBareColumnSearchesFromTheStart) { expect_search_from_the_start(); }   \
-  TEST_F(Fixture, GetNextOfATreeAloneStartsFromItsPort0) {                                          \
-    expect_get_next_of_a_tree_alone_starts_at_port_0();                                             \
-  }                                                                                                 \
-  TEST_F(Fixture, GetWithThreeIndexArcsFailsAtOnce) { expect_get_with_three_arcs_fails_at_once(); } \
-  TEST_F(Fixture, IndexColumnsHaveNoValue) { expect_index_columns_have_no_value(); }                \
-  TEST_F(Fixture, FailedSearches) { expect_failed_searches(); }                                     \
-  TEST_F(Fixture, NextRowThatDoesNotAdvanceIsRefused) { expect_walk_must_advance(); }               \
-  TEST_F(Fixture, FailuresOfTheSpanningTreeType) { expect_failures_of_the_type(); }                 \
-  TEST_F(Fixture, ReplyWithoutTheStateFails) { expect_reply_without_the_state_fails(); }            \
-  TEST_F(Fixture, ReplyWithoutTheTreeAnswersWithTheTreeAskedFor) {                                  \
-    expect_reply_without_the_tree_answers_with_the_tree_asked_for();                                \
+#define TEST_EACH_TABLE(Fixture, served)                                                          \
+  TEST_F(Fixture, GetOfARow) { expect_get_of_a_row(served); }                                     \
+  TEST_F(Fixture, GetNextOfTheBareColumnStartsFromTree0AndPort0) {                                \
+    expect_get_next_of_the_bare_column(served);                                                   \
+  }                                                                                               \
+  TEST_F(Fixture, GetNextOfTheBareColumnSearchesFromTheStart) { expect_search_from_the_start(); } \
+  TEST_F(Fixture, GetNextOfATreeAloneStartsFromItsPort0) {                                        \
+    expect_get_next_of_a_tree_alone_starts_at_port_0();                                           \
+  }                                                                                               \
+  TEST_F(Fixture, FailedSearches) { expect_failed_searches(); }                                   \
+  TEST_F(Fixture, NextRowThatDoesNotAdvanceIsRefused) { expect_walk_must_advance(); }             \
+  TEST_F(Fixture, FailuresOfTheSpanningTreeType) { expect_failures_of_the_type(); }               \
+  TEST_F(Fixture, ReplyWithoutTheTreeAnswersWithTheTreeAskedFor) {                                \
+    expect_reply_without_the_tree_answers_with_the_tree_asked_for();                              \
   }
 
 TEST_EACH_TABLE(LoopInconsistency, kThree)
@@ -345,13 +310,6 @@ TEST_F(PortInconsistency, StateWithoutEitherBitEndsTheWalk) {
                                      logged_at_100("parse_reply_stpxInconsistencyTable(LINE) "
                                                    "stpxInconsistentState is 0. Return FAILURE.\\n"),
                                      parse_failure()}));
-}
-
-TEST_F(LoopInconsistency, StateIsServedUnchanged) {
-  for (const int32_t state : {0, 1, 2, -1, 2147483647}) {
-    reply_holds(kState, static_cast<uint32_t>(state));
-    EXPECT_EQ(number(get(52, {10, 129})), state);
-  }
 }
 
 TEST_F(LoopInconsistency, PortOfTheIndexIsTakenWith16Bits) {
