@@ -4,6 +4,7 @@
 #include "fake_platform.h"
 #include "stpsnmp/header_routines.h"
 #include "stpsnmp/lookup_handlers.h"
+#include "search_test.h"
 #include "table_test.h"
 
 namespace {
@@ -54,8 +55,6 @@ constexpr TableUnderTest kPorts = {"stpxInconsistencyTable",
                                    "STP_CMDID_SHOW_PVID_TYPE_INCONSISTENT",
                                    "command_id"};
 
-std::string logged_at_100(const std::string &text) { return "log(0x00730000, 100) \"" + text + "\""; }
-
 class InconsistencyTest : public TableTest {
  protected:
   explicit InconsistencyTest(const TableUnderTest &table) : TableTest(table.handler), table_(table) {}
@@ -102,8 +101,11 @@ class InconsistencyTest : public TableTest {
         header_line(" get_stpxSpanningTreeType() returns " + std::to_string(type) + " \\n")};
   }
 
-  Trace searched(const std::string &result) const {
-    return {"gettimeofday", "gettimeofday",
+  Trace searched(const std::string &result) const { return Trace{"gettimeofday"} + timed(result); }
+
+  // What follows a search.
+  Trace timed(const std::string &result) const {
+    return {"gettimeofday",
             header_line(": get_next_stp_dual_indices_entry_from_im() begin: (sec=1000, usec=7), end: "
                         "(sec=1001, usec=7)"),
             header_line(" get_next_stp_dual_indices_entry_from_im() returns: " + result)};
@@ -217,11 +219,11 @@ class InconsistencyTest : public TableTest {
     EXPECT_EQ(get(table_.state_column, {10, 129}), std::nullopt);
     const std::string in_header = "header_" + std::string(table_.name) + "(LINE)";
     EXPECT_EQ(fake::taken_trace().back(),
-              logged_at_100(in_header + " get_stpxSpanningTreeType() failed rc: 5\\n"));
+              logged_rejection(in_header + " get_stpxSpanningTreeType() failed rc: 5\\n"));
     reply_holds(kType, 3);
     EXPECT_EQ(get_next(table_.state_column, {}), std::nullopt);
     EXPECT_EQ(fake::taken_trace().back(),
-              logged_at_100(in_header + " get_stpxSpanning_tree_type() retun wrong type: 3\\n"));
+              logged_rejection(in_header + " get_stpxSpanning_tree_type() retun wrong type: 3\\n"));
     EXPECT_NE(get(table_.state_column, {10, 129}), std::nullopt) << "a GET looks at MST mode alone";
     fake::taken_trace();
   }
@@ -269,6 +271,59 @@ TEST_EACH_TABLE(LoopInconsistency, kThree)
 TEST_EACH_TABLE(RootInconsistency, kThree)
 TEST_EACH_TABLE(PortInconsistency, kBothBits)
 
+TEST_F(LoopInconsistency, GetNextWholeTrace) {
+  entry_is(10, kPort2, 3);
+  EXPECT_EQ(get_next(52, {10, 129}), kThree);
+  EXPECT_EQ(answered(), ".1.8.2.1.3.10.130");
+  const auto listed = [](const std::string &text) {
+    return logged("stp_get_next_dot1dportnum[LINE]" + text);
+  };
+  const auto port = [](const std::string &text) {
+    return logged_rejection("validate_port_id_for_snmp_search_from_im(LINE) " + text + "\\n");
+  };
+  const auto search = [](const std::string &text) {
+    return logged("\\nget_next_stp_dual_indices_entry_from_im(LINE)" + text + "\\n");
+  };
+  EXPECT_THAT(
+      fake::taken_trace(),
+      ElementsAreArray(
+          Trace{logged("exact 0 *length 16 vp_namelen 14\\n"), header_line(" port_id: 129, tree_id:10\\n")} +
+          sent(104, 1, "0x01020227", "00000000") +
+          Trace{"free(16000)",
+                "cmd_rsp_attr_get(0x0202B001)",
+                logged("value 5\\n"),
+                "cmd_snmp_free_rx_hndl",
+                header_line(" get_stpxSpanningTreeType() returns 5 \\n"),
+                "gettimeofday",
+                search(": get stp dual indices entry."),
+                listed("received base_port=129"),
+                "im_get_next_ifindex(0x00000000)",
+                "check_if_valid_base_port_ifindex(0x1A000001, 0)",
+                "stp_ifindex2dot1dportnum(0x1A000001)",
+                "im_get_next_ifindex(0x1A000001)",
+                "check_if_valid_base_port_ifindex(0x1A000002, 0)",
+                "stp_ifindex2dot1dportnum(0x1A000002)",
+                listed("(tmp_base_port=130, if_index=0x1a000001next_base_port=65535, "
+                       "next_if_index=0x1a000002"),
+                "im_get_next_ifindex(0x1A000002)",
+                listed("(base_port=129, if_index=0x1a000002next_base_port=130, next_if_index=0x0"),
+                port("base_port:129, stp_flag:0, stp_get_next_dot1dportnum() next_port:130"),
+                "stp_dot1dportnum2ifindex(130)",
+                port("return SUCCESS"),
+                logged("\\nvalidate_port_id_for_snmp_search_from_im(LINE): returning port_id(130), "
+                       "in_if_index(436207618), ret_if_index(436207618)\\n"),
+                "if_index_get_type(0x1A000002)",
+                search(": get_next look for ifIndex(436207618) in tree (10)"),
+                search(" if_index type: 26")} +
+          queried_and_found(121, 1, 10, kPort2, 10, kPort2) +
+          Trace{logged("\\nget_stp_entry_from_if_index(LINE): value 3\\n"), search(" Get Successful"),
+                "stp_ifindex2dot1dportnum(0x1A000002)",
+                search(": returning tree_index: 10, port_index: 130")} +
+          timed("0") +
+          Trace{"cmd_rsp_attr_get(0x1402A006)", "cmd_rsp_attr_get(0x0C02A001)",
+                "cmd_rsp_attr_get(0x1402A015)", value_line("3"), "cmd_snmp_free_rx_hndl"}));
+}
+
 TEST_F(LoopInconsistency, IsWalkedInMstMode) {
   reply_holds(kType, 4);
   EXPECT_EQ(get_next(52, {}), kThree);
@@ -307,8 +362,8 @@ TEST_F(PortInconsistency, StateWithoutEitherBitEndsTheWalk) {
   EXPECT_THAT(header_lines(),
               ElementsAreArray(begun(0, 14, "port_id: 0, tree_id:0", 5) + searched("0") +
                                Trace{value_line("4"), "cmd_snmp_free_rx_hndl",
-                                     logged_at_100("parse_reply_stpxInconsistencyTable(LINE) "
-                                                   "stpxInconsistentState is 0. Return FAILURE.\\n"),
+                                     logged_rejection("parse_reply_stpxInconsistencyTable(LINE) "
+                                                      "stpxInconsistentState is 0. Return FAILURE.\\n"),
                                      parse_failure()}));
 }
 
