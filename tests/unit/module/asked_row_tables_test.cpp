@@ -1,8 +1,9 @@
 // Tables whose rows, and their order, are the spanning-tree process's own: the whole trace of the path, and
 // what is particular to each.
 #include "fake_platform.h"
-#include "stpsnmp/header_routines.h"
-#include "stpsnmp/lookup_handlers.h"
+#include "header_routines.h"
+#include "lookup_handlers.h"
+#include "protocol_numbers.h"
 #include "table_test.h"
 
 namespace {
@@ -15,8 +16,6 @@ using ::testing::ElementsAreArray;
 constexpr uint8_t kRootGuardSetting = 63;
 
 constexpr char kInterfaceKey[] = "0x0C020105";
-constexpr uint32_t kAnsweredInterface = 0x0C02A001;
-constexpr uint32_t kRootGuardToken = 0x0202A01A;
 
 class RootGuard : public TableTest {
  protected:
@@ -24,8 +23,8 @@ class RootGuard : public TableTest {
 
   void SetUp() override {
     TableTest::SetUp();
-    reply_holds(kAnsweredInterface, 7);
-    reply_holds(kRootGuardToken, 2);
+    reply_holds(protocol::kInterface, 7);
+    reply_holds(protocol::kGuard, 2);
   }
 };
 
@@ -55,7 +54,7 @@ TEST_F(RootGuard, GetOfTheBareColumnGoesOnWithIndexZero) {
 }
 
 TEST_F(RootGuard, ReplyWithoutTheIndexAnswersWithTheIndexSent) {
-  reply_lacks(kAnsweredInterface);
+  reply_lacks(protocol::kInterface);
   EXPECT_EQ(number(get_next(kRootGuardSetting, {11})), 2);
   EXPECT_EQ(answered(), ".1.5.1.1.2.11");
 }
@@ -65,9 +64,6 @@ TEST_F(RootGuard, ReplyWithoutTheIndexAnswersWithTheIndexSent) {
 constexpr uint8_t kState = 100;
 
 constexpr char kVlanKey[] = "0x130200B4";
-constexpr uint32_t kMode = 0x0202B001;
-constexpr uint32_t kAnsweredVlan = 0x14029001;
-constexpr uint32_t kStateToken = 4140;
 
 const std::string kParseFailure = logged("parse_reply_stpxPVSTVlanTable failed\\n");
 
@@ -80,9 +76,9 @@ class PvstVlan : public TableTest {
 
   void SetUp() override {
     TableTest::SetUp();
-    reply_holds(kMode, 5);
-    reply_holds(kAnsweredVlan, 20);
-    reply_holds(kStateToken, 1);
+    reply_holds(protocol::kMode, 5);
+    reply_holds(protocol::kTree, 20);
+    reply_holds(protocol::kVlanTreeState, 1);
   }
 
   // The trace of a GET of VLAN 20, up to the reply.
@@ -93,17 +89,17 @@ class PvstVlan : public TableTest {
 };
 
 TEST_F(PvstVlan, StateOneIsTrueAndEveryOtherStateIsFalse) {
-  reply_holds(kStateToken, 1);
+  reply_holds(protocol::kVlanTreeState, 1);
   EXPECT_EQ(number(get(kState, {20})), 1);
   for (const uint32_t state : {0U, 2U, 3U, 257U, 0xFFFFFFFFU}) {
-    reply_holds(kStateToken, state);
+    reply_holds(protocol::kVlanTreeState, state);
     EXPECT_EQ(number(get(kState, {20})), 2) << state;
   }
   EXPECT_THAT(fake::taken_trace(), Contains(logged("value -1\\n")));
 }
 
 TEST_F(PvstVlan, InMstModeEveryGetAndGetNextYieldsNoInstance) {
-  reply_holds(kMode, 4);
+  reply_holds(protocol::kMode, 4);
   EXPECT_EQ(get(kState, {20}), std::nullopt);
   EXPECT_EQ(answered(), ".1.2.2.1.2.20");
   EXPECT_THAT(
@@ -119,13 +115,13 @@ TEST_F(PvstVlan, InMstModeEveryGetAndGetNextYieldsNoInstance) {
 
 TEST_F(PvstVlan, AnyModeButMstIsServed) {
   for (const uint32_t mode : {0U, 1U, 3U, 5U, 6U}) {
-    reply_holds(kMode, mode);
+    reply_holds(protocol::kMode, mode);
     EXPECT_EQ(number(get(kState, {20})), 1) << mode;
   }
 }
 
 TEST_F(PvstVlan, ReplyWithoutTheMode) {
-  reply_lacks(kMode);
+  reply_lacks(protocol::kMode);
   EXPECT_EQ(get(kState, {20}), std::nullopt);
   EXPECT_THAT(fake::taken_trace(),
               ElementsAreArray(asked() +
@@ -142,7 +138,7 @@ TEST_F(PvstVlan, ReplyWithoutTheMode) {
 }
 
 TEST_F(PvstVlan, ReplyWithoutTheVlanAnswersWithTheVlanSent) {
-  reply_lacks(kAnsweredVlan);
+  reply_lacks(protocol::kTree);
   EXPECT_EQ(number(get_next(kState, {33})), 1);
   EXPECT_EQ(answered(), ".1.2.2.1.2.33");
 }

@@ -5,8 +5,9 @@
 #include "base_port_trace.h"
 #include "every_column.h"
 #include "fake_platform.h"
-#include "stpsnmp/header_routines.h"
-#include "stpsnmp/lookup_handlers.h"
+#include "header_routines.h"
+#include "lookup_handlers.h"
+#include "protocol_numbers.h"
 #include "search_test.h"
 #include "table_test.h"
 
@@ -140,8 +141,8 @@ class BasePortTable : public TableTest {
                                    {.if_index = kPort130, .port = 130, .vlans = {20}},
                                    {.if_index = kChannel3, .port = 4099, .type = 22, .vlans = {10}}};
     fake::platform().answer = [this](const fake::Request &request) {
-      if (request.command == 104) {
-        return fake::Send{.attributes = fake::Attributes{{0x0202B001, fake::number(mode_)}}};
+      if (request.command == protocol::kGlobalSettings) {
+        return fake::Send{.attributes = fake::Attributes{{protocol::kMode, fake::number(mode_)}}};
       }
       fake::Attributes attributes = row_;
       attributes[kAnsweredInterface] = request.keys.begin()->second;
@@ -164,8 +165,6 @@ class BasePortTable : public TableTest {
 
 constexpr uint8_t kLoopGuardSetting = 117;
 
-constexpr uint32_t kLoopGuardToken = 0x0202A01A;
-
 Trace queried(uint32_t if_index) { return port_queried_and_found(118, "0x0C020105", if_index); }
 
 Trace value_read(const std::string &value) {
@@ -175,7 +174,7 @@ Trace value_read(const std::string &value) {
 
 class LoopGuard : public BasePortTable {
  protected:
-  LoopGuard() : BasePortTable(get_stpxLoopGuardConfigTable, {kLoopGuardToken}) {}
+  LoopGuard() : BasePortTable(get_stpxLoopGuardConfigTable, {protocol::kGuard}) {}
 };
 
 TEST_F(LoopGuard, GetAsksForExactlyThatPort) {
@@ -219,8 +218,6 @@ TEST_F(LoopGuard, FailedQuery) {
 constexpr uint8_t kRstpIndex = 54;
 constexpr uint8_t kLinkType = 56;
 
-constexpr uint32_t kPointToPointToken = 0x0202A01E;
-
 constexpr char kPortKey[] = "0x0C020105";
 
 std::string in_header_rejected(const std::string &text) {
@@ -238,7 +235,7 @@ Trace link_type_read(const std::string &value) {
 
 class RstpPort : public BasePortTable {
  protected:
-  RstpPort() : BasePortTable(get_stpxRSTPPortTable, {kPointToPointToken}) {}
+  RstpPort() : BasePortTable(get_stpxRSTPPortTable, {protocol::kPointToPoint}) {}
 };
 
 TEST_F(RstpPort, GetOfTheLinkTypeAsksForExactlyThatPort) {
@@ -251,7 +248,7 @@ TEST_F(RstpPort, GetOfTheLinkTypeAsksForExactlyThatPort) {
 
 TEST_F(RstpPort, LinkTypeIsOneForAnyValueButZero) {
   for (const int32_t value : {1, 2, 256, 2147483647, -1}) {
-    row_holds(kPointToPointToken, static_cast<uint32_t>(value));
+    row_holds(protocol::kPointToPoint, static_cast<uint32_t>(value));
     EXPECT_EQ(number(get(kLinkType, {129})), 1);
     EXPECT_THAT(fake::taken_trace(),
                 ElementsAreArray(Trace{traced(1, 15)} + exact_port(129, kPort129) + link_asked(kPort129) +
@@ -260,14 +257,14 @@ TEST_F(RstpPort, LinkTypeIsOneForAnyValueButZero) {
 }
 
 TEST_F(RstpPort, ReplyWithoutTheLinkTypeAnswersThree) {
-  row_lacks(kPointToPointToken);
+  row_lacks(protocol::kPointToPoint);
   EXPECT_EQ(number(get(kLinkType, {129})), 3);
   EXPECT_EQ(answered(), ".1.12.1.1.3.129");
   EXPECT_THAT(fake::taken_trace(),
               ElementsAreArray(Trace{traced(1, 15)} + exact_port(129, kPort129) + link_asked(kPort129) +
                                link_type_queried(kPort129) +
                                Trace{"cmd_rsp_attr_get(0x0202A01E)", "cmd_snmp_free_rx_hndl"}));
-  fake::platform().attributes_without_value[kPointToPointToken] = 4;
+  fake::platform().attributes_without_value[protocol::kPointToPoint] = 4;
   EXPECT_EQ(number(get(kLinkType, {129})), 3);
 }
 
@@ -319,13 +316,8 @@ constexpr uint8_t kStatus = 92;
 
 constexpr char kMstPortKey[] = "0x0C02018B";
 
-constexpr uint32_t kAdminModeToken = 0x010200AA;
-constexpr uint32_t kEdgeToken = 0x0202A01D;
-constexpr uint32_t kBoundaryToken = 0x0202A028;
-constexpr uint32_t kPeerToken = 0x0202A027;
-constexpr uint32_t kDisputeToken = 0x0202A02D;
-constexpr uint32_t kStatusToken = 0x0202A02E;
-constexpr uint32_t kFlagTokens[] = {kEdgeToken, kBoundaryToken, kPeerToken, kDisputeToken};
+constexpr uint32_t kFlagTokens[] = {protocol::kEdge, protocol::kBoundary, protocol::kPeer,
+                                    protocol::kDispute};
 
 std::string in_header(const std::string &text) { return logged("header_stpxSMSTPortTable(LINE)" + text); }
 
@@ -351,22 +343,25 @@ const Trace kFlagsRead{"cmd_rsp_attr_get(0x0C02A001)", "cmd_rsp_attr_get(0x0202A
 class SmstPort : public BasePortTable {
  protected:
   SmstPort()
-      : BasePortTable(get_stpxSMSTPortTable, {kAdminModeToken, kEdgeToken, kBoundaryToken, kPeerToken,
-                                              kDisputeToken, kStatusToken}) {}
+      : BasePortTable(get_stpxSMSTPortTable,
+                      {protocol::kPreStandardMst, protocol::kEdge, protocol::kBoundary, protocol::kPeer,
+                       protocol::kDispute, protocol::kPreStandardPeer}) {}
 };
 
 TEST_F(SmstPort, AdminModeIsOneForAnyValueButZero) {
   for (const uint32_t value : {1U, 2U, 0x100U, 0x80000000U, 0xFFFFFFFFU}) {
-    row_holds(kAdminModeToken, value);
+    row_holds(protocol::kPreStandardMst, value);
     EXPECT_EQ(number(get(kAdminMode, {129})), 1);
   }
-  row_holds(kAdminModeToken, 0);
+  row_holds(protocol::kPreStandardMst, 0);
   EXPECT_EQ(number(get(kAdminMode, {129})), 2);
 }
 
 TEST_F(SmstPort, FlagsAreBitsOfAnOctet) {
-  const std::pair<uint32_t, char> bits[] = {
-      {kEdgeToken, '\x80'}, {kBoundaryToken, '\x40'}, {kPeerToken, '\x10'}, {kDisputeToken, '\x08'}};
+  const std::pair<uint32_t, char> bits[] = {{protocol::kEdge, '\x80'},
+                                            {protocol::kBoundary, '\x40'},
+                                            {protocol::kPeer, '\x10'},
+                                            {protocol::kDispute, '\x08'}};
   for (const auto &[set, bit] : bits) {
     for (const uint32_t token : kFlagTokens) {
       row_holds(token, token == set ? 1 : 0);
@@ -404,25 +399,25 @@ TEST_F(SmstPort, AnyMissingFlagClearsAllAndLeavesTheStatus) {
 }
 
 TEST_F(SmstPort, FlagWithoutAValueIsMissing) {
-  fake::platform().attributes_without_value[kPeerToken] = 4;
+  fake::platform().attributes_without_value[protocol::kPeer] = 4;
   EXPECT_EQ(get(kFlags, {129}), std::string(1, '\0'));
 }
 
 TEST_F(SmstPort, StatusIsThreeForZeroAndTwoForAnyOtherValue) {
   for (const uint32_t value : {1U, 2U, 3U, 0x80000000U}) {
-    row_holds(kStatusToken, value);
+    row_holds(protocol::kPreStandardPeer, value);
     EXPECT_EQ(number(get(kStatus, {129})), 2);
   }
-  row_holds(kStatusToken, 0);
+  row_holds(protocol::kPreStandardPeer, 0);
   EXPECT_EQ(number(get(kStatus, {129})), 3);
 }
 
 TEST_F(SmstPort, MissingStatusIsOneAndLeavesTheFlags) {
-  row_lacks(kStatusToken);
+  row_lacks(protocol::kPreStandardPeer);
   EXPECT_EQ(number(get(kStatus, {129})), 1);
   EXPECT_EQ(get(kFlags, {129}), "\xD8");
-  row_holds(kStatusToken, 0);
-  fake::platform().attributes_without_value[kStatusToken] = 4;
+  row_holds(protocol::kPreStandardPeer, 0);
+  fake::platform().attributes_without_value[protocol::kPreStandardPeer] = 4;
   EXPECT_EQ(number(get(kStatus, {129})), 1);
 }
 

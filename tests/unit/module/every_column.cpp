@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "ledger.h"
+#include "protocol_numbers.h"
 #include "search_test.h"
 
 namespace {
@@ -15,12 +16,6 @@ using ::testing::AllOf;
 using ::testing::Each;
 using ::testing::HasSubstr;
 using ::testing::Not;
-
-constexpr uint32_t kGlobalSettings = 104;
-constexpr uint32_t kMode = 0x0202B001;
-constexpr uint32_t kMstTreeKey = 0x13020131;
-constexpr uint32_t kMstInterfaceKey = 0x0C02018B;
-constexpr uint32_t kAnsweredVlanOrInstance = 0x14029001;
 
 using Key = std::pair<uint32_t, uint32_t>;  // tree and interface, 0 where the table has none
 
@@ -118,18 +113,18 @@ fake::Send EveryColumn::answer(const fake::Request &request) {
   if (number == failing_query_) {
     return failure_;
   }
-  if (request.command == kGlobalSettings) {
-    return {.attributes = fake::Attributes{{kMode, fake::number(column().mode)}}};
+  if (request.command == protocol::kGlobalSettings) {
+    return {.attributes = fake::Attributes{{protocol::kMode, fake::number(column().mode)}}};
   }
   return entry_of(request);
 }
 
 fake::Send EveryColumn::entry_of(const fake::Request &request) const {
   fake::Attributes attributes = value_;
-  const auto tree = word(request, {kTreeKey, kMstTreeKey}, 2);
-  const auto if_index = word(request, {kInterfaceKey, kMstInterfaceKey}, 0);
+  const auto tree = word(request, {kTreeKey, protocol::kMstTreeKey}, 2);
+  const auto if_index = word(request, {kInterfaceKey, protocol::kMstInterfaceKey}, 0);
   if (tree || if_index) {
-    const bool has_cist = !if_index && request.keys.contains(kMstTreeKey);
+    const bool has_cist = !if_index && request.keys.contains(protocol::kMstTreeKey);
     const std::set<Key> keys = entries(tree.has_value(), if_index.has_value(), has_cist);
     const Key asked{tree.value_or(0), if_index.value_or(0)};
     const auto found = request.action == kGet ? keys.find(asked) : keys.upper_bound(asked);
@@ -139,7 +134,7 @@ fake::Send EveryColumn::entry_of(const fake::Request &request) const {
     attributes[kAnsweredInterface] = fake::number(named_if_index_.value_or(found->second));
     if (!lacks_tree_) {
       attributes[kAnsweredTree] = fake::number(named_tree_.value_or(found->first));
-      attributes[kAnsweredVlanOrInstance] = fake::number(found->first);
+      attributes[protocol::kTree] = fake::number(found->first);
     }
   }
   return {.attributes = attributes};

@@ -8,7 +8,8 @@
 #include "every_column.h"
 #include "fake_platform.h"
 #include "ledger.h"
-#include "stpsnmp/lookup_handlers.h"
+#include "lookup_handlers.h"
+#include "protocol_numbers.h"
 #include "search_test.h"
 
 namespace {
@@ -16,10 +17,6 @@ namespace {
 using ::testing::Contains;
 using ::testing::ElementsAreArray;
 using ::testing::Not;
-
-constexpr uint32_t kGlobalSettings = 104;
-constexpr uint32_t kMode = 0x0202B001;
-constexpr uint32_t kAnsweredVlanOrInstance = 0x14029001;
 
 // With an arc that no row has.
 std::vector<oid> too_long(std::vector<oid> index) {
@@ -167,7 +164,7 @@ class EveryNeededValue : public EveryColumn {};
 
 TEST_P(EveryNeededValue, MissingYieldsNoInstance) {
   value_.erase(column().needed);
-  lacks_tree_ = column().needed == kAnsweredVlanOrInstance;
+  lacks_tree_ = column().needed == protocol::kTree;
   EXPECT_EQ(get_row(), std::nullopt);
   EXPECT_EQ(answered(), row_oid());
   const Trace trace = lines();
@@ -182,7 +179,7 @@ TEST_P(EveryNeededValue, MissingYieldsNoInstance) {
 
 TEST_P(EveryNeededValue, MissingIsTheResultOfTheHeaderRoutine) {
   value_.erase(column().needed);
-  lacks_tree_ = column().needed == kAnsweredVlanOrInstance;
+  lacks_tree_ = column().needed == protocol::kTree;
   fake::platform().missing_attribute_result = 1234;
   EXPECT_EQ(column().header(column().index, 1, column().magic).result, 1234);
   const HeaderAnswer next = column().header(column().index, 0, column().magic);
@@ -308,16 +305,17 @@ class EveryIndexColumn : public TableTest, public ::testing::WithParamInterface<
     TableTest::SetUp();
     fake::platform().interfaces = {{.if_index = kPort129, .port = 129}};
     fake::platform().answer = [](const fake::Request &request) {
-      if (request.command == kGlobalSettings) {
+      if (request.command == protocol::kGlobalSettings) {
         const bool is_mst = GetParam().magic == 86;
-        return fake::Send{.attributes = fake::Attributes{{kMode, fake::number(is_mst ? 4 : 5)}}};
+        return fake::Send{.attributes = fake::Attributes{{protocol::kMode, fake::number(is_mst ? 4 : 5)}}};
       }
       fake::Send row = entry(10, kPort129);
-      for (const uint32_t token : {0x0202A01AU, 0x0000102CU, 0x1402A015U, 0x0202A003U, 0x0202A027U}) {
+      for (const uint32_t token : {protocol::kGuard, protocol::kVlanTreeState, protocol::kInconsistency,
+                                   protocol::kPortRole, protocol::kPeer}) {
         (*row.attributes)[token] = fake::number(1);
       }
-      (*row.attributes)[kMode] = fake::number(5);
-      (*row.attributes)[kAnsweredVlanOrInstance] = fake::number(10);
+      (*row.attributes)[protocol::kMode] = fake::number(5);
+      (*row.attributes)[protocol::kTree] = fake::number(10);
       return row;
     };
   }

@@ -2,8 +2,9 @@
 #include <algorithm>
 
 #include "fake_platform.h"
-#include "stpsnmp/header_routines.h"
-#include "stpsnmp/lookup_handlers.h"
+#include "header_routines.h"
+#include "lookup_handlers.h"
+#include "protocol_numbers.h"
 #include "search_test.h"
 #include "table_test.h"
 
@@ -13,11 +14,6 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 using ::testing::Not;
-
-constexpr uint32_t kType = 0x0202B001;
-constexpr uint32_t kTree = 0x1402A006;
-constexpr uint32_t kInterfaceToken = 0x0C02A001;
-constexpr uint32_t kState = 0x1402A015;
 
 constexpr uint32_t kPort1 = 0x1A000001;
 constexpr uint32_t kPort2 = 0x1A000002;
@@ -62,15 +58,15 @@ class InconsistencyTest : public TableTest {
   void SetUp() override {
     TableTest::SetUp();
     fake::platform().interfaces = {{kPort1, 129}, {kPort2, 130}};
-    reply_holds(kType, 5);
+    reply_holds(protocol::kMode, 5);
     entry_is(10, kPort1, 3);
   }
 
   // The entry that every lookup finds.
   static void entry_is(uint32_t tree, uint32_t if_index, uint32_t state) {
-    reply_holds(kTree, tree);
-    reply_holds(kInterfaceToken, if_index);
-    reply_holds(kState, state);
+    reply_holds(protocol::kPortTree, tree);
+    reply_holds(protocol::kInterface, if_index);
+    reply_holds(protocol::kInconsistency, state);
   }
 
   std::string header_line(const std::string &text) const {
@@ -220,7 +216,7 @@ class InconsistencyTest : public TableTest {
     const std::string in_header = "header_" + std::string(table_.name) + "(LINE)";
     EXPECT_EQ(fake::taken_trace().back(),
               logged_rejection(in_header + " get_stpxSpanningTreeType() failed rc: 5\\n"));
-    reply_holds(kType, 3);
+    reply_holds(protocol::kMode, 3);
     EXPECT_EQ(get_next(table_.state_column, {}), std::nullopt);
     EXPECT_EQ(fake::taken_trace().back(),
               logged_rejection(in_header + " get_stpxSpanning_tree_type() retun wrong type: 3\\n"));
@@ -229,7 +225,7 @@ class InconsistencyTest : public TableTest {
   }
 
   void expect_reply_without_the_tree_answers_with_the_tree_asked_for() {
-    reply_lacks(kTree);
+    reply_lacks(protocol::kPortTree);
     EXPECT_NE(get(table_.state_column, {10, 129}), std::nullopt);
     EXPECT_EQ(answered(), std::string(table_.column_oid) + ".10.129");
   }
@@ -325,19 +321,19 @@ TEST_F(LoopInconsistency, GetNextWholeTrace) {
 }
 
 TEST_F(LoopInconsistency, IsWalkedInMstMode) {
-  reply_holds(kType, 4);
+  reply_holds(protocol::kMode, 4);
   EXPECT_EQ(get_next(52, {}), kThree);
   EXPECT_EQ(get(52, {0, 129}), kThree) << "the CIST has rows";
 }
 
 TEST_F(RootInconsistency, IsWalkedInMstMode) {
-  reply_holds(kType, 4);
+  reply_holds(protocol::kMode, 4);
   EXPECT_EQ(get_next(70, {}), kThree);
   EXPECT_EQ(get(70, {0, 129}), kThree) << "the CIST has rows";
 }
 
 TEST_F(PortInconsistency, YieldsNothingInMstMode) {
-  reply_holds(kType, 4);
+  reply_holds(protocol::kMode, 4);
   for (const int exact : {0, 1}) {
     EXPECT_EQ(ask_below_root(120, {1, 3, 1, 1, 3, 10, 129}, exact), std::nullopt);
     const Trace trace = fake::taken_trace();
@@ -350,7 +346,7 @@ TEST_F(PortInconsistency, YieldsNothingInMstMode) {
 TEST_F(PortInconsistency, BitsAreTheTwoLowOnesInSnmpOrder) {
   for (const auto &[state, served] :
        {std::pair<uint32_t, char>{1, '\x80'}, {2, '\x40'}, {3, '\xC0'}, {5, '\x80'}, {0xFFFFFFFE, '\x40'}}) {
-    reply_holds(kState, state);
+    reply_holds(protocol::kInconsistency, state);
     EXPECT_EQ(get(120, {10, 129}), std::string(1, served)) << state;
   }
 }

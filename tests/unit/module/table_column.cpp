@@ -2,8 +2,9 @@
 
 #include <cstring>
 
-#include "stpsnmp/header_routines.h"
-#include "stpsnmp/lookup_handlers.h"
+#include "header_routines.h"
+#include "lookup_handlers.h"
+#include "protocol_numbers.h"
 #include "search_test.h"
 
 namespace {
@@ -171,7 +172,7 @@ TableColumn root_guard() {
           .column = {1, 5, 1, 1, 2},
           .header = ask_for_row<RootGuardConfigRow, header_stpxRootGuardConfigTable>,
           .mode = kMst,
-          .value = {{0x0202A01A, fake::number(2)}},
+          .value = {{protocol::kGuard, fake::number(2)}},
           .index = {436207617},
           .served = number_octets(2),
           .row = "436207617 2",
@@ -183,7 +184,7 @@ TableColumn root_guard() {
           .next_queries = {"GETNEXT 117 0x0C020105=0100001a"},
           .walk = {"436207617", "436207618"},
           .failures = {row_failures("header_stpxRootGuardConfigTable", "stpxRootGuardConfigTable")},
-          .needed = 0x0202A01A,
+          .needed = protocol::kGuard,
           .without_needed = {kReleased, parse_failure("stpxRootGuardConfigTable")},
           .is_served_unchanged = true};
 }
@@ -195,7 +196,7 @@ TableColumn pvst_vlan() {
           .column = {1, 2, 2, 1, 2},
           .header = ask_for_row<PvstVlanRow, header_stpxPVSTVlanTable>,
           .mode = kRapidPvst,
-          .value = {{0x0202B001, fake::number(kRapidPvst)}, {0x0000102C, fake::number(1)}},
+          .value = {{protocol::kMode, fake::number(kRapidPvst)}, {protocol::kVlanTreeState, fake::number(1)}},
           .index = {10},
           .served = number_octets(1),
           .row = "10 1",
@@ -207,7 +208,7 @@ TableColumn pvst_vlan() {
           .next_queries = {"GETNEXT 115 0x130200B4=00000000010000000a0000000a000000"},
           .walk = {"10", "20"},
           .failures = {row_failures("header_stpxPVSTVlanTable", "stpxPVSTVlanTable")},
-          .needed = 0x0000102C,
+          .needed = protocol::kVlanTreeState,
           .without_needed = {kReleased, parse_failure("stpxPVSTVlanTable")}};
 }
 
@@ -220,7 +221,7 @@ TableColumn loop_guard() {
           .column = {1, 8, 1, 1, 3},
           .header = ask_for_row<LoopGuardConfigRow, header_stpxLoopGuardConfigTable>,
           .mode = kMst,
-          .value = {{0x0202A01A, fake::number(2)}},
+          .value = {{protocol::kGuard, fake::number(2)}},
           .index = {129},
           .served = number_octets(2),
           .row = "129 0 2",
@@ -232,7 +233,7 @@ TableColumn loop_guard() {
           .next_queries = {"GET 118 0x0C020105=0200001a"},
           .walk = {"129", "130"},
           .failures = {port_failures()},
-          .needed = 0x0202A01A,
+          .needed = protocol::kGuard,
           .without_needed = {kReleased, parse_failure("stpxLoopGuardConfigTable")},
           .is_served_unchanged = true};
 }
@@ -244,7 +245,7 @@ TableColumn rstp_setting() {
           .column = {1, 12, 1, 1, 2},
           .header = ask_for_column<RstpPortRow, header_stpxRSTPPortTable>,
           .mode = kMst,
-          .value = {{0x0202A019, fake::number(3)}},
+          .value = {{protocol::kLinkType, fake::number(3)}},
           .index = {129},
           .served = number_octets(3),
           .row = "129 3 0 0",
@@ -255,7 +256,7 @@ TableColumn rstp_setting() {
           .next_queries = {"GET 119 0x0C020105=0200001a"},
           .walk = {"129", "130"},
           .failures = {port_failures()},
-          .needed = 0x0202A019,
+          .needed = protocol::kLinkType,
           .without_needed = {kReleased, parse_failure("stpxRSTPPortTable")},
           .is_served_unchanged = true};
 }
@@ -271,7 +272,7 @@ TableColumn link_type() {
           .column = {1, 12, 1, 1, 3},
           .header = ask_for_column<RstpPortRow, header_stpxRSTPPortTable>,
           .mode = kMst,
-          .value = {{0x0202A01E, fake::number(1)}},
+          .value = {{protocol::kPointToPoint, fake::number(1)}},
           .index = {129},
           .served = number_octets(1),
           .row = "129 0 1 0",
@@ -295,11 +296,11 @@ TableColumn smst_state(const char *name, uint8_t magic, oid column, const std::s
           .column = {1, 14, 7, 1, column},
           .header = ask_for_column<SmstPortRow, header_stpxSMSTPortTable>,
           .mode = kMst,
-          .value = {{0x0202A01D, fake::number(1)},
-                    {0x0202A028, fake::number(1)},
-                    {0x0202A027, fake::number(1)},
-                    {0x0202A02D, fake::number(1)},
-                    {0x0202A02E, fake::number(1)}},
+          .value = {{protocol::kEdge, fake::number(1)},
+                    {protocol::kBoundary, fake::number(1)},
+                    {protocol::kPeer, fake::number(1)},
+                    {protocol::kDispute, fake::number(1)},
+                    {protocol::kPreStandardPeer, fake::number(1)}},
           .index = {129},
           .served = served,
           .row = "129 216 0 2",
@@ -322,7 +323,7 @@ TableColumn admin_mode() {
           .column = {1, 14, 7, 1, 6},
           .header = ask_for_column<SmstPortRow, header_stpxSMSTPortTable>,
           .mode = kMst,
-          .value = {{0x010200AA, fake::number(1)}},
+          .value = {{protocol::kPreStandardMst, fake::number(1)}},
           .index = {129},
           .served = number_octets(1),
           .row = "129 0 1 0",
@@ -333,7 +334,7 @@ TableColumn admin_mode() {
           .next_queries = {kModeQuery, "GET 119 0x0C020105=0200001a"},
           .walk = {"129", "130"},
           .failures = {mode_failures("header_stpxSMSTPortTable"), port_failures()},
-          .needed = 0x010200AA,
+          .needed = protocol::kPreStandardMst,
           .without_needed = {kReleased, parse_failure("stpxSMSTPortAdminMSTMode")}};
 }
 
@@ -356,7 +357,7 @@ TableColumn rpvst_flags() {
       .column = {1, 13, 1, 1, 3},
       .header = ask_for_row<RpvstPortRow, header_stpxRPVSTPortTable>,
       .mode = kRapidPvst,
-      .value = {{0x0202A01D, fake::number(1)}, {0x0202A027, fake::number(1)}},
+      .value = {{protocol::kEdge, fake::number(1)}, {protocol::kPeer, fake::number(1)}},
       .index = {10, 129},
       .served = "\x90",
       .row = "10 129 144",
@@ -369,7 +370,7 @@ TableColumn rpvst_flags() {
       .walk = kTreeWalk,
       .failures = {tree_port_failures(
           {from("header_stpxRPVSTPortTable", " get_exact_stp_dual_indices_entry() failed")})},
-      .needed = 0x0202A027,
+      .needed = protocol::kPeer,
       .without_needed = {kReleased, parse_failure("stpxRPVSTPortTable")}};
 }
 
@@ -388,7 +389,7 @@ TableColumn port_role(uint32_t mode) {
           .column = {1, 12, 2, 1, 3},
           .header = ask_for_row<RstpPortRoleRow, header_stpxRSTPPortRoleTable>,
           .mode = mode,
-          .value = {{0x0202A003, fake::number(3)}},
+          .value = {{protocol::kPortRole, fake::number(3)}},
           .index = {10, 129},
           .served = number_octets(3),
           .row = "10 129 3",
@@ -401,7 +402,7 @@ TableColumn port_role(uint32_t mode) {
           .walk = kTreeWalk,
           .failures = {mode_failures(header, {null}), tree_port_failures({failure, null})},
           .refused = {null},
-          .needed = 0x0202A003,
+          .needed = protocol::kPortRole,
           .without_needed = {kReleased, parse_failure("stpxRSTPPortRoleTable"), null},
           .is_served_unchanged = true};
 }
@@ -429,7 +430,7 @@ TableColumn inconsistency(const Inconsistency &table) {
       .column = table.column,
       .header = table.header,
       .mode = kRapidPvst,
-      .value = {{0x1402A015, fake::number(3)}},
+      .value = {{protocol::kInconsistency, fake::number(3)}},
       .index = {10, 129},
       .served = table.served,
       .row = is_bits ? "10 129 192" : "10 129 3",
@@ -444,7 +445,7 @@ TableColumn inconsistency(const Inconsistency &table) {
                    tree_port_failures({from(header, std::string(" get_exact_stp_dual_indices_entry() "
                                                                 "failed, commandId: ") +
                                                         table.command_name)})},
-      .needed = 0x1402A015,
+      .needed = protocol::kInconsistency,
       .without_needed = {kReleased, logged(parse + " failed\\n")},
       .is_served_unchanged = !is_bits};
 }
@@ -492,10 +493,10 @@ TableColumn instance_value() {
           .column = {1, 14, 5, 1, 4},
           .header = ask_for_column<SmstInstanceRow, header_stpxSMSTInstanceTable>,
           .mode = kMst,
-          .value = {{0x14029027, fake::number(19)},
-                    {0x0F029023, fake::octets("\x02\x11\x22\x33\x44\x55")},
-                    {0x14029024, fake::number(0x6123)},
-                    {0x14029025, fake::number(2000)}},
+          .value = {{protocol::kHops, fake::number(19)},
+                    {protocol::kRegionalRootMac, fake::octets("\x02\x11\x22\x33\x44\x55")},
+                    {protocol::kRegionalRootPriority, fake::number(0x6123)},
+                    {protocol::kInternalRootPathCost, fake::number(2000)}},
           .index = {10},
           .served = number_octets(19),
           .row = "10 0000..0000 0000..0000 19 6123021122334455 2000",
@@ -508,7 +509,7 @@ TableColumn instance_value() {
           .next_queries = {kModeQuery, kModeQuery, "GETNEXT 122 0x13020131=00000000010000000a0000000a000000"},
           .walk = {"0", "10", "20"},
           .failures = instance_table_failures(),
-          .needed = 0x14029001,
+          .needed = protocol::kTree,
           .without_needed = {kReleased, parse_failure("stpxSMSTInstanceTable")}};
 }
 

@@ -8,8 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include "stpsnmp/header_routines.h"
-#include "stpsnmp/lookup_handlers.h"
+#include "header_routines.h"
+#include "lookup_handlers.h"
+#include "protocol_numbers.h"
 #include "scripted_process.h"
 #include "table_test.h"
 #include "tree_walk_test.h"
@@ -21,8 +22,6 @@ using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 using ::testing::Not;
 
-constexpr uint32_t kGlobalSettings = 104;
-constexpr uint32_t kSpanningTreeType = 0x0202B001;
 constexpr char kTypeAsked[] = "asked for the mode";
 
 constexpr uint32_t kMst = 4;
@@ -86,12 +85,12 @@ void TreeTableTest::SetUp() {
       {.if_index = kChannel, .port = 4097, .type = 22, .vlans = {20}},
   };
   fake::platform().answer = [this](const fake::Request &request) {
-    if (request.command != kGlobalSettings) {
+    if (request.command != protocol::kGlobalSettings) {
       return process_.answer(request);
     }
     fake::trace(kTypeAsked);
     return fake::Send{.result = type_result_,
-                      .attributes = fake::Attributes{{kSpanningTreeType, fake::number(type_)}}};
+                      .attributes = fake::Attributes{{protocol::kMode, fake::number(type_)}}};
   };
 }
 
@@ -174,8 +173,6 @@ HeaderRequest<Row> ask_header(int (*header)(const oid *, size_t, oid *, size_t *
 constexpr uint8_t kFlagsColumn = 109;
 
 constexpr uint32_t kCommand = 105;
-constexpr uint32_t kEdge = 0x0202A01D;
-constexpr uint32_t kPeer = 0x0202A027;
 
 const std::string kEdgeBit("\x80", 1);
 const std::string kBothBits("\x90", 1);
@@ -189,7 +186,8 @@ class RpvstPort : public TreeTableTest {
       : TreeTableTest("stpxRPVSTPortTable", get_stpxRPVSTPortTable, kCommand, kInterfaceKey, kTreeKey) {}
 
   static fake::Send flags(uint32_t tree, uint32_t if_index, uint32_t edge, uint32_t peer) {
-    return row(tree, if_index, {{kEdge, fake::number(edge)}, {kPeer, fake::number(peer)}});
+    return row(tree, if_index,
+               {{protocol::kEdge, fake::number(edge)}, {protocol::kPeer, fake::number(peer)}});
   }
 
   static fake::Send edge_port(uint32_t tree, uint32_t if_index) { return flags(tree, if_index, 1, 0); }
@@ -251,18 +249,18 @@ TEST_F(RpvstPort, FlagsOfTheReply) {
 }
 
 TEST_F(RpvstPort, FlagsOfTheFormerRowAreForgotten) {
-  script({flags(10, kPort1, 1, 1), row(10, kPort1, {{kPeer, fake::number(0)}})});
+  script({flags(10, kPort1, 1, 1), row(10, kPort1, {{protocol::kPeer, fake::number(0)}})});
   EXPECT_EQ(get(kFlagsColumn, {10, 129}), kBothBits);
   EXPECT_EQ(get(kFlagsColumn, {10, 129}), kNoBit);
 }
 
 TEST_F(RpvstPort, ReplyWithoutTheEdgeFlag) {
-  script({row(10, kPort1, {{kPeer, fake::number(1)}})});
+  script({row(10, kPort1, {{protocol::kPeer, fake::number(1)}})});
   EXPECT_EQ(get(kFlagsColumn, {10, 129}), std::string(1, '\x10'));
 }
 
 TEST_F(RpvstPort, NextReplyWithoutATreeAnswersWithTheRequestedOne) {
-  const fake::Send bare{.attributes = fake::Attributes{{kPeer, fake::number(0)}}};
+  const fake::Send bare{.attributes = fake::Attributes{{protocol::kPeer, fake::number(0)}}};
   // The search has moved on to tree 20; the row does not say so.
   script({no_entry(), entry(20, kPort1), bare});
   EXPECT_EQ(get_next(kFlagsColumn, {15, 0}), kNoBit);
@@ -277,9 +275,10 @@ TEST_F(RpvstPort, NextReplyWithoutATreeAnswersWithTheRequestedOne) {
 
 TEST_F(RpvstPort, GetNextWholeTrace) {
   fake::platform().answer = nullptr;
-  fake::platform().next_sends = {{.attributes = fake::Attributes{{0x0202B001, fake::number(kRapidPvst)}}},
-                                 edge_port(10, kPort1),
-                                 edge_port(10, kPort2)};
+  fake::platform().next_sends = {
+      {.attributes = fake::Attributes{{protocol::kMode, fake::number(kRapidPvst)}}},
+      edge_port(10, kPort1),
+      edge_port(10, kPort2)};
   EXPECT_EQ(get_next(kFlagsColumn, {10, 129}), kEdgeBit);
   EXPECT_EQ(answered(), ".1.13.1.1.3.10.130");
   const auto search_line = [](const std::string &text) {
@@ -416,8 +415,6 @@ TEST_F(RpvstPort, LoopCheckTakesTreesUnsigned) {
 
 constexpr uint8_t kRoleColumn = 60;
 
-constexpr uint32_t kRole = 0x0202A003;
-
 const RstpPortRoleRow kStaleRoleRow{99, 99, 99};
 
 class RstpPortRole : public TreeTableTest {
@@ -433,7 +430,7 @@ class RstpPortRole : public TreeTableTest {
   }
 
   static fake::Send role(uint32_t tree, uint32_t if_index, uint32_t role) {
-    return row(tree, if_index, {{kRole, fake::number(role)}});
+    return row(tree, if_index, {{protocol::kPortRole, fake::number(role)}});
   }
 
   Trace started(int exact, int length, uint32_t tree, int port) const {
@@ -514,7 +511,7 @@ TEST_F(RstpPortRoleMst, GetHasNoLoopCheckAndNoClock) {
 // The reply.
 
 TEST_F(RstpPortRoleRpvst, ReplyWithoutATreeAnswersWithTheRequestedOne) {
-  const fake::Send bare{.attributes = fake::Attributes{{kRole, fake::number(2)}}};
+  const fake::Send bare{.attributes = fake::Attributes{{protocol::kPortRole, fake::number(2)}}};
   script({bare});
   EXPECT_EQ(number(get(kRoleColumn, {10, 129})), 2);
   EXPECT_EQ(answered(), ".1.12.2.1.3.10.129");
@@ -528,7 +525,7 @@ TEST_F(RstpPortRoleRpvst, ReplyWithoutATreeAnswersWithTheRequestedOne) {
 }
 
 TEST_F(RstpPortRoleMst, NextReplyWithoutATreeAnswersWithTheRequestedOne) {
-  const fake::Send bare{.attributes = fake::Attributes{{kRole, fake::number(2)}}};
+  const fake::Send bare{.attributes = fake::Attributes{{protocol::kPortRole, fake::number(2)}}};
   script({no_entry(), entry(20, kPort1), bare});
   EXPECT_EQ(number(get_next(kRoleColumn, {15, 0})), 2);
   EXPECT_EQ(answered(), ".1.12.2.1.3.15.129");
@@ -622,7 +619,7 @@ TEST_F(RstpPortRoleMst, GetNextOfTheBareColumnStartsFromTheCist) {
 
 TEST_F(RstpPortRoleMst, GetNextWholeTrace) {
   fake::platform().answer = nullptr;
-  fake::platform().next_sends = {{.attributes = fake::Attributes{{0x0202B001, fake::number(kMst)}}},
+  fake::platform().next_sends = {{.attributes = fake::Attributes{{protocol::kMode, fake::number(kMst)}}},
                                  role(10, kPort1, 3),
                                  role(10, kPort2, 3)};
   EXPECT_EQ(number(get_next(kRoleColumn, {10, 129})), 3);
