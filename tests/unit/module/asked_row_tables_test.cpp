@@ -59,6 +59,12 @@ TEST_F(RootGuard, ReplyWithoutTheIndexAnswersWithTheIndexSent) {
   EXPECT_EQ(answered(), ".1.5.1.1.2.11");
 }
 
+TEST_F(RootGuard, SettingIsLoggedAsASignedNumber) {
+  reply_holds(protocol::kGuard, 0xFFFFFFFF);
+  EXPECT_EQ(number(get(kRootGuardSetting, {7})), -1);
+  EXPECT_THAT(fake::taken_trace(), Contains(logged("value -1\\n")));
+}
+
 // PVST: the state of a VLAN, and the mode that every reply tells.
 
 constexpr uint8_t kState = 100;
@@ -87,6 +93,14 @@ class PvstVlan : public TableTest {
            Trace{"free(16000)"};
   }
 };
+
+TEST_F(PvstVlan, BareColumnSendsTheRangeZero) {
+  for (const int exact : {0, 1}) {
+    EXPECT_NE(ask_below_root(kState, {1, 2, 2, 1, 2}, exact), std::nullopt);
+    EXPECT_THAT(fake::taken_trace(),
+                Contains("cmd_req_attr_add(request, 0x130200B4, " + vlan_range(0) + ")"));
+  }
+}
 
 TEST_F(PvstVlan, StateOneIsTrueAndEveryOtherStateIsFalse) {
   reply_holds(protocol::kVlanTreeState, 1);

@@ -204,6 +204,12 @@ TEST_F(LoopGuard, WalkEndsBehindTheLastPort) {
                                                     walked_to_the_end(kList) + Trace{kNoPort}));
 }
 
+TEST_F(LoopGuard, SettingIsLoggedAsASignedNumber) {
+  row_holds(protocol::kGuard, 0xFFFFFFFF);
+  EXPECT_EQ(number(get(kLoopGuardSetting, {129})), -1);
+  EXPECT_THAT(fake::taken_trace(), Contains(logged("value -1\\n")));
+}
+
 TEST_F(LoopGuard, FailedQuery) {
   fake::platform().next_sends = {no_entry()};
   EXPECT_EQ(get_next(kLoopGuardSetting, {129}), std::nullopt);

@@ -89,7 +89,7 @@ std::vector<oid> EveryColumn::answered_index() const {
 }
 
 Trace EveryColumn::lines() {
-  const Trace trace = fake::taken_trace();
+  Trace trace = fake::taken_trace();
   EXPECT_THAT(trace, Each(AllOf(Not(HasSubstr("FREE OF UNKNOWN")), Not(HasSubstr("FREED ")))));
   EXPECT_EQ(ledger::outstanding(), 0U) << "request buffers left";
   EXPECT_EQ(fake::live_replies(), 0U) << "replies left";
