@@ -16,8 +16,6 @@ namespace {
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
-using ::testing::HasSubstr;
-using ::testing::Not;
 
 constexpr uint32_t kChannel3 = 0x16000003;
 constexpr char kList[] = "129-130,4099";
