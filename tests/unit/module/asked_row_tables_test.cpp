@@ -1,9 +1,9 @@
 // Tables whose rows, and their order, are the spanning-tree process's own: the whole trace of the path, and
 // what is particular to each.
 #include "fake_platform.h"
-#include "header_routines.h"
-#include "lookup_handlers.h"
 #include "protocol_numbers.h"
+#include "stpsnmp/header_routines.h"
+#include "stpsnmp/lookup_handlers.h"
 #include "table_test.h"
 
 namespace {

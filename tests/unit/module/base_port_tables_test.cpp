@@ -5,10 +5,10 @@
 #include "base_port_trace.h"
 #include "every_column.h"
 #include "fake_platform.h"
-#include "header_routines.h"
-#include "lookup_handlers.h"
 #include "protocol_numbers.h"
 #include "search_test.h"
+#include "stpsnmp/header_routines.h"
+#include "stpsnmp/lookup_handlers.h"
 #include "table_test.h"
 
 namespace {
@@ -143,7 +143,7 @@ class BasePortTable : public TableTest {
         return fake::Send{.attributes = fake::Attributes{{protocol::kMode, fake::number(mode_)}}};
       }
       fake::Attributes attributes = row_;
-      attributes[kAnsweredInterface] = request.keys.begin()->second;
+      attributes[protocol::kInterface] = request.keys.begin()->second;
       return fake::Send{.attributes = attributes};
     };
   }

@@ -10,6 +10,7 @@
 #include <set>
 
 #include "fake_platform.h"
+#include "protocol_numbers.h"
 #include "search_test.h"
 #include "stpsnmp/lookup_handlers.h"
 #include "table_test.h"
@@ -17,12 +18,8 @@
 
 namespace {
 
-constexpr uint32_t kGlobalSettings = 104;
-constexpr uint32_t kSpanningTreeType = 0x0202B001;
 constexpr uint32_t kMst = 4;
 constexpr uint32_t kRapidPvst = 5;
-
-constexpr uint32_t kMstInterfaceKey = 0x0C02018B;
 
 constexpr uint8_t kLoopGuard = 117;
 constexpr uint8_t kRstpSetting = 55;
@@ -30,16 +27,6 @@ constexpr uint8_t kLinkType = 56;
 constexpr uint8_t kSmstFlags = 87;
 constexpr uint8_t kAdminMode = 91;
 constexpr uint8_t kStatus = 92;
-
-constexpr uint32_t kLoopGuardToken = 0x0202A01A;
-constexpr uint32_t kRstpSettingToken = 0x0202A019;
-constexpr uint32_t kPointToPointToken = 0x0202A01E;
-constexpr uint32_t kAdminModeToken = 0x010200AA;
-constexpr uint32_t kEdgeToken = 0x0202A01D;
-constexpr uint32_t kBoundaryToken = 0x0202A028;
-constexpr uint32_t kPeerToken = 0x0202A027;
-constexpr uint32_t kDisputeToken = 0x0202A02D;
-constexpr uint32_t kStatusToken = 0x0202A02E;
 
 constexpr uint8_t kDown = 2;
 
@@ -122,8 +109,9 @@ class Generator {
 
   Values values(bool is_sound) {
     Values drawn;
-    for (const uint32_t token : {kLoopGuardToken, kRstpSettingToken, kPointToPointToken, kAdminModeToken,
-                                 kEdgeToken, kBoundaryToken, kPeerToken, kDisputeToken, kStatusToken}) {
+    for (const uint32_t token : {protocol::kGuard, protocol::kLinkType, protocol::kPointToPoint,
+                                 protocol::kPreStandardMst, protocol::kEdge, protocol::kBoundary,
+                                 protocol::kPeer, protocol::kDispute, protocol::kPreStandardPeer}) {
       if (is_sound || !happens_once_in(8)) {
         drawn[token] = below(4) < 3 ? below(3) : static_cast<uint32_t>(random_());
       }
@@ -238,26 +226,26 @@ class Model {
     switch (column_.magic) {
       case kLoopGuard:
       case kRstpSetting: {
-        const auto setting = held(column_.magic == kLoopGuard ? kLoopGuardToken : kRstpSettingToken);
+        const auto setting = held(column_.magic == kLoopGuard ? protocol::kGuard : protocol::kLinkType);
         return setting ? as_octets(*setting) : std::nullopt;
       }
       case kLinkType: {
-        const auto is_point_to_point = held(kPointToPointToken);
+        const auto is_point_to_point = held(protocol::kPointToPoint);
         return as_octets(!is_point_to_point ? 3 : *is_point_to_point != 0 ? 1 : 2);
       }
       case kAdminMode: {
-        const auto mode = held(kAdminModeToken);
+        const auto mode = held(protocol::kPreStandardMst);
         return mode ? as_octets(*mode != 0 ? 1 : 2) : std::nullopt;
       }
       case kStatus: {
-        const auto status = held(kStatusToken);
+        const auto status = held(protocol::kPreStandardPeer);
         return as_octets(!status ? 1 : *status == 0 ? 3 : 2);
       }
       default: {
-        const auto edge = held(kEdgeToken);
-        const auto boundary = held(kBoundaryToken);
-        const auto peer = held(kPeerToken);
-        const auto dispute = held(kDisputeToken);
+        const auto edge = held(protocol::kEdge);
+        const auto boundary = held(protocol::kBoundary);
+        const auto peer = held(protocol::kPeer);
+        const auto dispute = held(protocol::kDispute);
         if (!edge || !boundary || !peer || !dispute) {
           return std::string(1, '\0');
         }
@@ -310,8 +298,8 @@ class BasePortWalk : public TableTest, public ::testing::WithParamInterface<Colu
  private:
   // The spanning-tree process: entries of this column's command by this column's key.
   fake::Send answer(const fake::Request &request) {
-    if (request.command == kGlobalSettings) {
-      return {.attributes = fake::Attributes{{kSpanningTreeType, fake::number(type_)}}};
+    if (request.command == protocol::kGlobalSettings) {
+      return {.attributes = fake::Attributes{{protocol::kMode, fake::number(type_)}}};
     }
     const auto key = request.keys.find(GetParam().key);
     if (request.command != GetParam().command || request.action != kGet || key == request.keys.end() ||
@@ -325,7 +313,7 @@ class BasePortWalk : public TableTest, public ::testing::WithParamInterface<Colu
     if (found == entries_.end()) {
       return no_entry();
     }
-    fake::Attributes attributes{{kAnsweredInterface, key->second}};
+    fake::Attributes attributes{{protocol::kInterface, key->second}};
     for (const auto &[token, value] : found->second) {
       attributes[token] = fake::number(value);
     }
@@ -386,13 +374,13 @@ TEST_P(BasePortWalk, GetNextFromAnywhere) {
 
 INSTANTIATE_TEST_SUITE_P(
     Columns, BasePortWalk,
-    ::testing::Values(Column{"loop_guard", get_stpxLoopGuardConfigTable, kLoopGuard, 118, kInterfaceKey},
-                      Column{"rstp_setting", get_stpxRSTPPortTable, kRstpSetting, 119, kInterfaceKey},
-                      Column{"link_type", get_stpxRSTPPortTable, kLinkType, 105, kInterfaceKey, true, true},
-                      Column{"smst_flags", get_stpxSMSTPortTable, kSmstFlags, 111, kMstInterfaceKey, false,
-                             true},
-                      Column{"admin_mode", get_stpxSMSTPortTable, kAdminMode, 119, kInterfaceKey, false},
-                      Column{"status", get_stpxSMSTPortTable, kStatus, 111, kMstInterfaceKey, false, true}),
+    ::testing::Values(
+        Column{"loop_guard", get_stpxLoopGuardConfigTable, kLoopGuard, 118, protocol::kInterfaceKey},
+        Column{"rstp_setting", get_stpxRSTPPortTable, kRstpSetting, 119, protocol::kInterfaceKey},
+        Column{"link_type", get_stpxRSTPPortTable, kLinkType, 105, protocol::kInterfaceKey, true, true},
+        Column{"smst_flags", get_stpxSMSTPortTable, kSmstFlags, 111, protocol::kMstInterfaceKey, false, true},
+        Column{"admin_mode", get_stpxSMSTPortTable, kAdminMode, 119, protocol::kInterfaceKey, false},
+        Column{"status", get_stpxSMSTPortTable, kStatus, 111, protocol::kMstInterfaceKey, false, true}),
     [](const ::testing::TestParamInfo<Column> &column) { return column.param.name; });
 
 }  // namespace

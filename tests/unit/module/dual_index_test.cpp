@@ -2,6 +2,7 @@
 #include <deque>
 
 #include "ledger.h"
+#include "protocol_numbers.h"
 #include "scripted_process.h"
 #include "search/next_row.h"
 #include "search_test.h"
@@ -14,9 +15,6 @@ using ::testing::Each;
 using ::testing::ElementsAreArray;
 using ::testing::Not;
 using ::testing::StartsWith;
-
-constexpr uint32_t kLoopCommand = 121;
-constexpr uint32_t kInconsistencyCommand = 116;
 
 constexpr uint32_t kFirst = 2001;
 constexpr uint32_t kSecond = 2002;
@@ -42,9 +40,11 @@ constexpr char kReleased[] = "cmd_snmp_free_rx_hndl";
 using ::get_next_of;
 using ::get_of;
 
-std::string get_of(uint32_t tree, uint32_t if_index) { return get_of(tree, if_index, kLoopCommand); }
+std::string get_of(uint32_t tree, uint32_t if_index) {
+  return get_of(tree, if_index, protocol::kLoopInconsistencies);
+}
 std::string get_next_of(uint32_t tree, uint32_t if_index) {
-  return get_next_of(tree, if_index, kLoopCommand);
+  return get_next_of(tree, if_index, protocol::kLoopInconsistencies);
 }
 
 class DualIndex : public SearchTest {
@@ -97,21 +97,23 @@ class DualIndex : public SearchTest {
   void *reply_ = nullptr;
 
  private:
-  ScriptedProcess process_{kInterfaceKey, kTreeKey};
+  ScriptedProcess process_{protocol::kInterfaceKey, protocol::kVlanTreeKey};
 };
 
 // The exact search.
 
 class ExactEntry : public DualIndex {
  protected:
-  int run(uint32_t tree, uint16_t port, uint32_t command = kLoopCommand) {
+  int run(uint32_t tree, uint16_t port, uint32_t command = protocol::kLoopInconsistencies) {
     return run_with(tree, port, &reply_, command);
   }
 
-  int run_with(uint32_t tree, uint16_t port, void **reply, uint32_t command = kLoopCommand) {
+  int run_with(uint32_t tree, uint16_t port, void **reply,
+               uint32_t command = protocol::kLoopInconsistencies) {
     tree_ = tree;
     port_ = port;
-    return get_exact_stp_dual_indices_entry(kInterfaceKey, &port_, kTreeKey, &tree_, reply, command);
+    return get_exact_stp_dual_indices_entry(protocol::kInterfaceKey, &port_, protocol::kVlanTreeKey, &tree_,
+                                            reply, command);
   }
 
   static std::string line(const std::string &text) {
@@ -139,9 +141,10 @@ TEST_F(ExactEntry, WholeTrace) {
                          logged(validated),
                          line(": look for ifIndex(2001) in tree (2)"),
                          line(" if_index type: 26")} +
-                   queried(kLoopCommand, 1, 2, kFirst) + Trace{get_of(2, kFirst)};
-  const Trace found = queried_and_found(kLoopCommand, 1, 2, kFirst, 2, kFirst);
-  expected.insert(expected.end(), found.begin() + std::ssize(queried(kLoopCommand, 1, 2, kFirst)),
+                   queried(protocol::kLoopInconsistencies, 1, 2, kFirst) + Trace{get_of(2, kFirst)};
+  const Trace found = queried_and_found(protocol::kLoopInconsistencies, 1, 2, kFirst, 2, kFirst);
+  expected.insert(expected.end(),
+                  found.begin() + std::ssize(queried(protocol::kLoopInconsistencies, 1, 2, kFirst)),
                   found.end());
   EXPECT_THAT(
       fake::taken_trace(),
@@ -198,10 +201,10 @@ TEST_F(ExactEntry, NoEntry) {
 }
 
 TEST_F(ExactEntry, TreeZeroIsRefusedOrAskedForAsItsCommandHasIt) {
-  EXPECT_EQ(run(0, 129, kInconsistencyCommand), -1);
+  EXPECT_EQ(run(0, 129, protocol::kPortInconsistencies), -1);
   EXPECT_THAT(story(), ElementsAreArray(looked_up("2001", "0", 26) + Trace{line(": returning FAILURE")}));
   script({entry(0, kFirst)});
-  EXPECT_EQ(run(0, 129, kLoopCommand), 0);
+  EXPECT_EQ(run(0, 129, protocol::kLoopInconsistencies), 0);
   expect_row(0, 129);
   take_reply();
 }
@@ -246,16 +249,16 @@ TEST_F(ExactEntry, NumbersAreShownSigned) {
 
 class NextEntry : public DualIndex {
  protected:
-  int run(uint32_t tree, uint16_t port, uint32_t command = kLoopCommand) {
+  int run(uint32_t tree, uint16_t port, uint32_t command = protocol::kLoopInconsistencies) {
     return run_with(tree, port, &reply_, command);
   }
 
-  int run_with(uint32_t tree, uint16_t port, void **reply, uint32_t command = kLoopCommand,
+  int run_with(uint32_t tree, uint16_t port, void **reply, uint32_t command = protocol::kLoopInconsistencies,
                uint8_t selector = 0) {
     tree_ = tree;
     port_ = port;
-    return get_next_stp_dual_indices_entry_from_im(kInterfaceKey, &port_, kTreeKey, &tree_, reply, command,
-                                                   selector);
+    return get_next_stp_dual_indices_entry_from_im(protocol::kInterfaceKey, &port_, protocol::kVlanTreeKey,
+                                                   &tree_, reply, command, selector);
   }
 
   static std::string line(const std::string &text) {
@@ -271,13 +274,15 @@ class NextEntry : public DualIndex {
   }
 
   // The candidate is asked for.
-  static Trace candidate(uint32_t tree, uint32_t if_index, int type, uint32_t command = kLoopCommand) {
+  static Trace candidate(uint32_t tree, uint32_t if_index, int type,
+                         uint32_t command = protocol::kLoopInconsistencies) {
     return {line(": get_next look for ifIndex(" + shown(if_index) + ") in tree (" + shown(tree) + ")"),
             line(" if_index type: " + std::to_string(type)), get_of(tree, if_index, command)};
   }
 
   // The candidate is asked for in vain, then what follows it.
-  static Trace missed(uint32_t tree, uint32_t if_index, int type, uint32_t command = kLoopCommand) {
+  static Trace missed(uint32_t tree, uint32_t if_index, int type,
+                      uint32_t command = protocol::kLoopInconsistencies) {
     return candidate(tree, if_index, type, command) +
            Trace{line(": NEXT on ifIndex(" + shown(if_index) + ") in tree (" + shown(tree) +
                       "), in_if_type (" + std::to_string(type) + ")"),
@@ -328,8 +333,8 @@ TEST_F(NextEntry, WholeTrace) {
   EXPECT_EQ(run(2, 0), 0);
   const std::string scan = "stp_get_next_dot1dportnum[LINE]";
   const std::string validate = "validate_port_id_for_snmp_search_from_im(LINE)";
-  const Trace asked = queried(kLoopCommand, 1, 2, kFirst);
-  const Trace found = queried_and_found(kLoopCommand, 1, 2, kFirst, 2, kFirst);
+  const Trace asked = queried(protocol::kLoopInconsistencies, 1, 2, kFirst);
+  const Trace found = queried_and_found(protocol::kLoopInconsistencies, 1, 2, kFirst, 2, kFirst);
   const Trace after(found.begin() + std::ssize(asked), found.end());
   EXPECT_THAT(
       fake::taken_trace(),
@@ -394,9 +399,9 @@ TEST_F(NextEntry, WithoutAPortAboveTheFollowingTreeIsStartedBelowEveryInterface)
 
 TEST_F(NextEntry, TreeZeroOfACommandWithoutItIsOnlyAskedForWhatFollows) {
   script({entry(1, kFirst)});
-  EXPECT_EQ(run(0, 0, kInconsistencyCommand), 0);
-  Trace candidate_alone = missed(0, kFirst, 26, kInconsistencyCommand);
-  std::erase(candidate_alone, get_of(0, kFirst, kInconsistencyCommand));
+  EXPECT_EQ(run(0, 0, protocol::kPortInconsistencies), 0);
+  Trace candidate_alone = missed(0, kFirst, 26, protocol::kPortInconsistencies);
+  std::erase(candidate_alone, get_of(0, kFirst, protocol::kPortInconsistencies));
   EXPECT_THAT(story(),
               ElementsAreArray(entered() + candidate_alone + followed(0, 1, kFirst, 26) + returned(1, 129)));
   expect_row(1, 129);

@@ -121,8 +121,8 @@ fake::Send EveryColumn::answer(const fake::Request &request) {
 
 fake::Send EveryColumn::entry_of(const fake::Request &request) const {
   fake::Attributes attributes = value_;
-  const auto tree = word(request, {kTreeKey, protocol::kMstTreeKey}, 2);
-  const auto if_index = word(request, {kInterfaceKey, protocol::kMstInterfaceKey}, 0);
+  const auto tree = word(request, {protocol::kVlanTreeKey, protocol::kMstTreeKey}, 2);
+  const auto if_index = word(request, {protocol::kInterfaceKey, protocol::kMstInterfaceKey}, 0);
   if (tree || if_index) {
     const bool has_cist = !if_index && request.keys.contains(protocol::kMstTreeKey);
     const std::set<Key> keys = entries(tree.has_value(), if_index.has_value(), has_cist);
@@ -131,9 +131,9 @@ fake::Send EveryColumn::entry_of(const fake::Request &request) const {
     if (found == keys.end()) {
       return no_entry();
     }
-    attributes[kAnsweredInterface] = fake::number(named_if_index_.value_or(found->second));
+    attributes[protocol::kInterface] = fake::number(named_if_index_.value_or(found->second));
     if (!lacks_tree_) {
-      attributes[kAnsweredTree] = fake::number(named_tree_.value_or(found->first));
+      attributes[protocol::kPortTree] = fake::number(named_tree_.value_or(found->first));
       attributes[protocol::kTree] = fake::number(found->first);
     }
   }

@@ -8,9 +8,9 @@
 #include "every_column.h"
 #include "fake_platform.h"
 #include "ledger.h"
-#include "lookup_handlers.h"
 #include "protocol_numbers.h"
 #include "search_test.h"
+#include "stpsnmp/lookup_handlers.h"
 
 namespace {
 

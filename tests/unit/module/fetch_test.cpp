@@ -6,6 +6,7 @@
 
 #include "fake_platform.h"
 #include "ledger.h"
+#include "protocol_numbers.h"
 #include "stpsnmp/scalars.h"
 
 namespace {
@@ -13,8 +14,6 @@ namespace {
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
-
-constexpr uint32_t kModeToken = 0x0202B001;
 
 class Fetch : public ::testing::Test {
  protected:
@@ -53,7 +52,7 @@ class Fetch : public ::testing::Test {
 };
 
 TEST_F(Fetch, Success) {
-  fake::platform().attributes[kModeToken] = fake::number(4);
+  fake::platform().attributes[protocol::kMode] = fake::number(4);
   EXPECT_EQ(fetch_type(), 0);
   EXPECT_EQ(record_.spanning_tree_type, 4);
   EXPECT_THAT(fake::taken_trace(), ElementsAreArray(with_request({
@@ -116,7 +115,7 @@ TEST_F(Fetch, MissingAttributeFreesTheReplyAndReturnsTheLibrarysCode) {
 }
 
 TEST_F(Fetch, NumberWithoutValueCountsAsMissingWithMinusOne) {
-  fake::platform().attributes_without_value[kModeToken] = 4;
+  fake::platform().attributes_without_value[protocol::kMode] = 4;
   EXPECT_EQ(fetch_type(), -1);
   EXPECT_THAT(fake::taken_trace(), ElementsAreArray(with_request({
                                        "free(16000)",
@@ -146,13 +145,13 @@ TEST_F(Fetch, MissingStringAttributeReturnsTheLibrarysCodeToo) {
 
 TEST_F(Fetch, KeyIsAsLongAsTheCommandLibrarySays) {
   fake::platform().value_length = 2;
-  fake::platform().attributes[kModeToken] = fake::number(4);
+  fake::platform().attributes[protocol::kMode] = fake::number(4);
   EXPECT_EQ(fetch_type(), 0);
   EXPECT_THAT(fake::taken_trace(), Contains("cmd_req_attr_add(request, 0x01020227, 0000)"));
 }
 
 TEST_F(Fetch, TraceShowsTheNumberAsSigned) {
-  fake::platform().attributes[kModeToken] = fake::number(0xFFFFFFFE);
+  fake::platform().attributes[protocol::kMode] = fake::number(0xFFFFFFFE);
   EXPECT_EQ(fetch_type(), 0);
   EXPECT_THAT(fake::taken_trace(), Contains("log(0x00730000, 101) \"value -2\\n\""));
 }
@@ -176,7 +175,7 @@ TEST_F(Fetch, MessagesCarryTheGettersOwnSourceLine) {
 TEST_F(Fetch, IsMadeForTheUserAndSessionBeingServed) {
   fake::platform().user = "auditor";
   fake::platform().session = 42;
-  fake::platform().attributes[kModeToken] = fake::number(5);
+  fake::platform().attributes[protocol::kMode] = fake::number(5);
   EXPECT_EQ(fetch_type(), 0);
   EXPECT_THAT(fake::taken_trace(),
               Contains("cmd_snmp_req_send_recv(0xFE000000, 171, request, auditor, 42, 0)"));

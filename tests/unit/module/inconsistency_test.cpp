@@ -2,10 +2,10 @@
 #include <algorithm>
 
 #include "fake_platform.h"
-#include "header_routines.h"
-#include "lookup_handlers.h"
 #include "protocol_numbers.h"
 #include "search_test.h"
+#include "stpsnmp/header_routines.h"
+#include "stpsnmp/lookup_handlers.h"
 #include "table_test.h"
 
 namespace {

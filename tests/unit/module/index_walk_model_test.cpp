@@ -7,14 +7,13 @@
 #include <set>
 
 #include "fake_platform.h"
+#include "protocol_numbers.h"
 #include "search_test.h"
 #include "stpsnmp/lookup_handlers.h"
 #include "walk_test.h"
 
 namespace {
 
-constexpr uint32_t kGlobalSettings = 104;
-constexpr uint32_t kSpanningTreeType = 0x0202B001;
 constexpr uint32_t kMst = 4;
 constexpr uint32_t kRapidPvst = 5;
 
@@ -277,19 +276,19 @@ class IndexWalk : public WalkTest, public ::testing::WithParamInterface<Table> {
  private:
   // The spanning-tree process: entries by tree and interface index.
   fake::Send answer(const fake::Request &request) {
-    if (request.command == kGlobalSettings) {
-      return {.attributes = fake::Attributes{{kSpanningTreeType, fake::number(type_)}}};
+    if (request.command == protocol::kGlobalSettings) {
+      return {.attributes = fake::Attributes{{protocol::kMode, fake::number(type_)}}};
     }
     constexpr size_t kFirstOfRange = 2 * sizeof(uint32_t);
     std::pair<uint32_t, uint32_t> key;
-    std::memcpy(&key.first, request.keys.at(kTreeKey).data() + kFirstOfRange, sizeof key.first);
-    std::memcpy(&key.second, request.keys.at(kInterfaceKey).data(), sizeof key.second);
+    std::memcpy(&key.first, request.keys.at(protocol::kVlanTreeKey).data() + kFirstOfRange, sizeof key.first);
+    std::memcpy(&key.second, request.keys.at(protocol::kInterfaceKey).data(), sizeof key.second);
     const auto found = request.action == kGet ? entries_.find(key) : entries_.upper_bound(key);
     if (found == entries_.end()) {
       return no_entry();
     }
     fake::Send send = entry(found->first.first, found->first.second);
-    (*send.attributes)[kAnsweredValue] = fake::number(found->second);
+    (*send.attributes)[protocol::kInconsistency] = fake::number(found->second);
     return send;
   }
 

@@ -1,5 +1,6 @@
 // Long path cost table: the handler without an answer, and the header routine that others call.
 #include "fake_platform.h"
+#include "protocol_numbers.h"
 #include "stpsnmp/header_routines.h"
 #include "stpsnmp/lookup_handlers.h"
 #include "table_test.h"
@@ -12,9 +13,6 @@ using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-constexpr uint32_t kInterfaceToken = 0x0C02A001;
-constexpr uint32_t kPathCost = 0x1402A008;
-
 constexpr uint32_t kPort1 = 0x1A000001;
 constexpr uint32_t kPort2 = 0x1A000002;
 constexpr uint32_t kChannel1 = 0x16000001;
@@ -24,7 +22,8 @@ const std::string kFailure = logged("\\nget_stp_entry_from_port_id(LINE): return
 
 fake::Send entry(uint32_t if_index, uint32_t cost) {
   return {0, true,
-          fake::Attributes{{kInterfaceToken, fake::number(if_index)}, {kPathCost, fake::number(cost)}}};
+          fake::Attributes{{protocol::kInterface, fake::number(if_index)},
+                           {protocol::kPathCost, fake::number(cost)}}};
 }
 
 class LongPathCost : public TableTest {
@@ -197,7 +196,7 @@ TEST_F(LongPathCost, AnswerOfAnInterfaceThatIsNoPortFails) {
 }
 
 TEST_F(LongPathCost, MissingPathCostIsServedAsZero) {
-  fake::platform().next_sends = {{0, true, fake::Attributes{{kInterfaceToken, fake::number(kPort1)}}}};
+  fake::platform().next_sends = {{0, true, fake::Attributes{{protocol::kInterface, fake::number(kPort1)}}}};
   EXPECT_EQ(header({129}, 1), 0);
   EXPECT_EQ(row_.index, 129U);
   EXPECT_EQ(row_.value, 0U);

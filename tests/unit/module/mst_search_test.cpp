@@ -3,6 +3,7 @@
 
 #include "ledger.h"
 #include "platform/cmd.h"
+#include "protocol_numbers.h"
 #include "search/tree_walk.h"
 #include "tree_walk_test.h"
 
@@ -14,11 +15,11 @@ using ::testing::ElementsAreArray;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-constexpr uint32_t kCommand = 111;
 class MstSearch : public TreeWalkTest {
  protected:
   MstSearch()
-      : TreeWalkTest("get_next_stp_dual_indices_entry_mst", kCommand, kMstInterfaceKey, kMstTreeKey) {}
+      : TreeWalkTest("get_next_stp_dual_indices_entry_mst", protocol::kMstPorts, protocol::kMstInterfaceKey,
+                     protocol::kMstTreeKey) {}
 
   void SetUp() override {
     TreeWalkTest::SetUp();
@@ -71,9 +72,10 @@ TEST_F(MstSearch, WholeTrace) {
   EXPECT_EQ(run(2, 0), 0);
   EXPECT_THAT(
       taken_lines(),
-      ElementsAreArray(Trace{context_of(2)} + with_mst_keys(queried_and_found(kCommand, 3, 2, 0, 2, kPort1)) +
+      ElementsAreArray(Trace{context_of(2)} +
+                       with_mst_keys(queried_and_found(protocol::kMstPorts, 3, 2, 0, 2, kPort1)) +
                        Trace{kReleased} + port_found("10", "129-132", 129, kPort1) +
-                       with_mst_keys(queried_and_found(kCommand, 1, 2, kPort1, 2, kPort1)) +
+                       with_mst_keys(queried_and_found(protocol::kMstPorts, 1, 2, kPort1, 2, kPort1)) +
                        Trace{line(" Get Successful"), "stp_ifindex2dot1dportnum(0x000007D1)",
                              line(": returning tree_index: 2, port_index: 129")}));
   expect_row(2, 129);
@@ -87,14 +89,15 @@ TEST_F(MstSearch, WholeTraceIntoTheNextTree) {
   EXPECT_EQ(run(2, 132), 0);
   EXPECT_THAT(
       taken_lines(),
-      ElementsAreArray(Trace{context_of(2)} + with_mst_keys(queried_and_found(kCommand, 3, 2, 0, 2, kPort1)) +
-                       Trace{kReleased} + no_port_found("10", "129-132") +
-                       with_mst_keys(queried_and_found(kCommand, 3, 2, kBehindLastPort, 3, kDownPort)) +
-                       Trace{logged("Found next tree id 3\\n"), context_of(3), kReleased} +
-                       port_found("19-21", "129,131-132", 129, kPort1) +
-                       with_mst_keys(queried_and_found(kCommand, 1, 3, kPort1, 3, kPort1)) +
-                       Trace{line(" Get Successful"), "stp_ifindex2dot1dportnum(0x000007D1)",
-                             line(": returning tree_index: 3, port_index: 129")}));
+      ElementsAreArray(
+          Trace{context_of(2)} + with_mst_keys(queried_and_found(protocol::kMstPorts, 3, 2, 0, 2, kPort1)) +
+          Trace{kReleased} + no_port_found("10", "129-132") +
+          with_mst_keys(queried_and_found(protocol::kMstPorts, 3, 2, kBehindLastPort, 3, kDownPort)) +
+          Trace{logged("Found next tree id 3\\n"), context_of(3), kReleased} +
+          port_found("19-21", "129,131-132", 129, kPort1) +
+          with_mst_keys(queried_and_found(protocol::kMstPorts, 1, 3, kPort1, 3, kPort1)) +
+          Trace{line(" Get Successful"), "stp_ifindex2dot1dportnum(0x000007D1)",
+                line(": returning tree_index: 3, port_index: 129")}));
   expect_row(3, 129);
   take_reply();
 }
@@ -356,14 +359,14 @@ TEST_F(MstSearch, RowOfAnInterfaceWithoutAPort) {
 
 TEST_F(MstSearch, ReplyThatIsHandedOverIsTheRows) {
   fake::Send tree_answer = entry(2, kPort1);
-  (*tree_answer.attributes)[kAnsweredValue] = fake::number(1);
+  (*tree_answer.attributes)[protocol::kInconsistency] = fake::number(1);
   fake::Send row_answer = entry(2, kPort1);
-  (*row_answer.attributes)[kAnsweredValue] = fake::number(2);
+  (*row_answer.attributes)[protocol::kInconsistency] = fake::number(2);
   script({tree_answer, row_answer});
   EXPECT_EQ(run(2, 0), 0);
   void *value = nullptr;
   uint32_t length = 0;
-  ASSERT_EQ(cmd_rsp_attr_get(reply_, kAnsweredValue, &value, &length), 0);
+  ASSERT_EQ(cmd_rsp_attr_get(reply_, protocol::kInconsistency, &value, &length), 0);
   EXPECT_EQ(fake::hex(value, length), bytes({2}));
   take_reply();
 }

@@ -1,5 +1,6 @@
 // The step that offers the first physical port in place of a port-channel: each path, and who holds which
 // reply.
+#include "protocol_numbers.h"
 #include "search_test.h"
 #include "stpsnmp/index_search.h"
 
@@ -10,9 +11,6 @@ using ::testing::Each;
 using ::testing::ElementsAreArray;
 using ::testing::Not;
 using ::testing::StartsWith;
-
-constexpr uint32_t kLoopCommand = 121;
-constexpr uint32_t kInconsistencyCommand = 116;
 
 constexpr uint32_t kChannel = 1001;
 constexpr uint16_t kChannelPort = 4097;
@@ -54,7 +52,7 @@ class PhysicalEntry : public SearchTest {
   }
 
   // Stands at the port-channel in the tree, with a reply in hand.
-  int run(uint32_t tree, uint32_t command = kLoopCommand) {
+  int run(uint32_t tree, uint32_t command = protocol::kLoopInconsistencies) {
     saved_ = held_reply();
     reply_ = saved_;
     return run_with(tree, command, &reply_);
@@ -64,8 +62,8 @@ class PhysicalEntry : public SearchTest {
     tree_ = tree;
     port_ = kChannelPort;
     if_index_ = kChannel;
-    return check_and_get_next_stp_physical_entry_for_logical(kTreeKey, &tree_, kInterfaceKey, &port_,
-                                                             &if_index_, reply, command);
+    return check_and_get_next_stp_physical_entry_for_logical(
+        protocol::kVlanTreeKey, &tree_, protocol::kInterfaceKey, &port_, &if_index_, reply, command);
   }
 
   void expect_position(uint32_t tree, uint16_t port, uint32_t if_index) const {
@@ -100,7 +98,7 @@ TEST_F(PhysicalEntry, EntryOfTheFirstPortReplacesTheCallers) {
   EXPECT_EQ(run(2), 0);
   EXPECT_THAT(fake::taken_trace(),
               ElementsAreArray(Trace{entered("2")} + first_port_found() +
-                               queried_and_found(kLoopCommand, 1, 2, kFirst, 2, kFirst) +
+                               queried_and_found(protocol::kLoopInconsistencies, 1, 2, kFirst, 2, kFirst) +
                                Trace{line("Returned tree_index: 2. Returning backend got values\\n"),
                                      "stp_ifindex2dot1dportnum(0x000007D1)", "cmd_snmp_free_rx_hndl",
                                      left_with("if_index: 2001, port_index: 129, tree_index: 2")}));
@@ -113,9 +111,9 @@ TEST_F(PhysicalEntry, EntryBehindTheFirstPortReplacesTheCallers) {
   EXPECT_EQ(run(2), 0);
   EXPECT_THAT(fake::taken_trace(),
               ElementsAreArray(Trace{entered("2")} + first_port_found() +
-                               queried_in_vain(kLoopCommand, 1, 2, kFirst) +
+                               queried_in_vain(protocol::kLoopInconsistencies, 1, 2, kFirst) +
                                Trace{line("returning FAILURE for GET\\n")} +
-                               queried_and_found(kLoopCommand, 3, 2, kFirst, 2, kSecond) +
+                               queried_and_found(protocol::kLoopInconsistencies, 3, 2, kFirst, 2, kSecond) +
                                Trace{line("Returned tree_index: 2. Returning backend got values\\n"),
                                      "stp_ifindex2dot1dportnum(0x000007D2)", "cmd_snmp_free_rx_hndl",
                                      left_with("if_index: 2002, port_index: 130, tree_index: 2")}));
@@ -126,13 +124,14 @@ TEST_F(PhysicalEntry, EntryBehindTheFirstPortReplacesTheCallers) {
 TEST_F(PhysicalEntry, EntryInALaterTreeIsReleasedAndTheCallersPositionKept) {
   fake::platform().next_sends = {no_entry(), entry(3, kSecond)};
   EXPECT_EQ(run(1), 0);
-  EXPECT_THAT(fake::taken_trace(),
-              ElementsAreArray(
-                  Trace{entered("1")} + first_port_found() + queried_in_vain(kLoopCommand, 1, 1, kFirst) +
-                  Trace{line("returning FAILURE for GET\\n")} +
-                  queried_and_found(kLoopCommand, 3, 1, kFirst, 3, kSecond) +
-                  Trace{line("Returned tree_index: 3. Returning saved\\n"), "cmd_snmp_free_rx_hndl",
-                        left_with("if_index: 1001, port_index: 4097, tree_index: 1")}));
+  EXPECT_THAT(
+      fake::taken_trace(),
+      ElementsAreArray(Trace{entered("1")} + first_port_found() +
+                       queried_in_vain(protocol::kLoopInconsistencies, 1, 1, kFirst) +
+                       Trace{line("returning FAILURE for GET\\n")} +
+                       queried_and_found(protocol::kLoopInconsistencies, 3, 1, kFirst, 3, kSecond) +
+                       Trace{line("Returned tree_index: 3. Returning saved\\n"), "cmd_snmp_free_rx_hndl",
+                             left_with("if_index: 1001, port_index: 4097, tree_index: 1")}));
   expect_position(1, kChannelPort, kChannel);
   expect_saved_reply();
 }
@@ -193,11 +192,12 @@ TEST_F(PhysicalEntry, WithoutAPhysicalPortPositionIsLeftAsTheSearchLeftIt) {
 TEST_F(PhysicalEntry, NeitherTheFirstPortNorAnythingBehindIt) {
   fake::platform().next_sends = {no_entry(), no_entry()};
   EXPECT_EQ(run(2), -1);
-  EXPECT_THAT(fake::taken_trace(), ElementsAreArray(Trace{entered("2")} + first_port_found() +
-                                                    queried_in_vain(kLoopCommand, 1, 2, kFirst) +
-                                                    Trace{line("returning FAILURE for GET\\n")} +
-                                                    queried_in_vain(kLoopCommand, 3, 2, kFirst) +
-                                                    Trace{line("returning FAILURE for GET_NEXT\\n")}));
+  EXPECT_THAT(fake::taken_trace(),
+              ElementsAreArray(Trace{entered("2")} + first_port_found() +
+                               queried_in_vain(protocol::kLoopInconsistencies, 1, 2, kFirst) +
+                               Trace{line("returning FAILURE for GET\\n")} +
+                               queried_in_vain(protocol::kLoopInconsistencies, 3, 2, kFirst) +
+                               Trace{line("returning FAILURE for GET_NEXT\\n")}));
   expect_position(2, kChannelPort, kChannel);
   expect_saved_reply();
 }
@@ -207,7 +207,7 @@ TEST_F(PhysicalEntry, AnsweredInterfaceWithoutAPort) {
   EXPECT_EQ(run(2), -1);
   EXPECT_THAT(fake::taken_trace(),
               ElementsAreArray(Trace{entered("2")} + first_port_found() +
-                               queried_and_found(kLoopCommand, 1, 2, kFirst, 1, 2999) +
+                               queried_and_found(protocol::kLoopInconsistencies, 1, 2, kFirst, 1, 2999) +
                                Trace{line("Returned tree_index: 1. Returning backend got values\\n"),
                                      "stp_ifindex2dot1dportnum(0x00000BB7)", "cmd_snmp_free_rx_hndl",
                                      line("returning FAILURE\\n")}));
@@ -217,7 +217,7 @@ TEST_F(PhysicalEntry, AnsweredInterfaceWithoutAPort) {
 
 TEST_F(PhysicalEntry, TreeZeroOfACommandWithoutIt) {
   fake::platform().next_sends = {entry(0, kSecond)};
-  EXPECT_EQ(run(0, kInconsistencyCommand), 0);
+  EXPECT_EQ(run(0, protocol::kPortInconsistencies), 0);
   const Trace trace = fake::taken_trace();
   EXPECT_THAT(trace, Contains(line("returning FAILURE for GET\\n")));
   EXPECT_THAT(trace, Contains("cmd_req_action_set(request, 3)"));
@@ -245,30 +245,30 @@ TEST_F(PhysicalEntry, TokensAreTheCallers) {
 
 TEST_F(PhysicalEntry, WithoutASavedReplyTheNewOneIsTaken) {
   fake::platform().next_sends = {entry(2, kFirst)};
-  EXPECT_EQ(run_with(2, kLoopCommand, &reply_), 0);
+  EXPECT_EQ(run_with(2, protocol::kLoopInconsistencies, &reply_), 0);
   EXPECT_THAT(fake::taken_trace(), Not(Contains("cmd_snmp_free_rx_hndl")));
   expect_new_reply();
 }
 
 TEST_F(PhysicalEntry, WithoutASavedReplyNothingIsKeptOfALaterTree) {
   fake::platform().next_sends = {entry(3, kFirst)};
-  EXPECT_EQ(run_with(2, kLoopCommand, &reply_), 0);
+  EXPECT_EQ(run_with(2, protocol::kLoopInconsistencies, &reply_), 0);
   expect_position(2, kChannelPort, kChannel);
   EXPECT_EQ(reply_, nullptr);
 }
 
 TEST_F(PhysicalEntry, WithoutAReplyVariableEveryPathReleasesWhatItGets) {
   fake::platform().next_sends = {entry(2, kFirst)};
-  EXPECT_EQ(run_with(2, kLoopCommand, nullptr), 0);
+  EXPECT_EQ(run_with(2, protocol::kLoopInconsistencies, nullptr), 0);
   expect_position(2, kFirstPort, kFirst);
   fake::platform().next_sends = {entry(3, kFirst)};
-  EXPECT_EQ(run_with(2, kLoopCommand, nullptr), 0);
+  EXPECT_EQ(run_with(2, protocol::kLoopInconsistencies, nullptr), 0);
   expect_position(2, kChannelPort, kChannel);
   fake::platform().next_sends = {entry(2, 2999)};
-  EXPECT_EQ(run_with(2, kLoopCommand, nullptr), -1);
+  EXPECT_EQ(run_with(2, protocol::kLoopInconsistencies, nullptr), -1);
   expect_position(2, kChannelPort, kChannel);
   fake::platform().next_sends = {no_entry(), no_entry()};
-  EXPECT_EQ(run_with(2, kLoopCommand, nullptr), -1);
+  EXPECT_EQ(run_with(2, protocol::kLoopInconsistencies, nullptr), -1);
   expect_position(2, kChannelPort, kChannel);
   EXPECT_THAT(fake::taken_trace(), Each(Not(StartsWith("FREED REPLY"))));
 }

@@ -28,16 +28,17 @@ class PortEntry : public SearchTest {
   void SetUp() override {
     SearchTest::SetUp();
     fake::platform().attributes = *entry(9, kNextPort).attributes;
-    fake::platform().attributes[kAnsweredValue] = fake::number(3);
+    fake::platform().attributes[protocol::kInconsistency] = fake::number(3);
   }
 
   int look_up(uint32_t action, uint8_t dual, uint32_t command) {
-    return get_stp_entry_from_if_index(action, dual, kInterfaceKey, &if_index_, kTreeKey, &tree_, &reply_,
-                                       command);
+    return get_stp_entry_from_if_index(action, dual, protocol::kInterfaceKey, &if_index_,
+                                       protocol::kVlanTreeKey, &tree_, &reply_, command);
   }
 
   int look_up_port_alone(uint32_t action, uint32_t command) {
-    return get_stp_entry_from_if_index(action, 0, kInterfaceKey, &if_index_, 0, nullptr, &reply_, command);
+    return get_stp_entry_from_if_index(action, 0, protocol::kInterfaceKey, &if_index_, 0, nullptr, &reply_,
+                                       command);
   }
 
   void expect_unchanged(uint32_t tree = 7) {
@@ -129,7 +130,7 @@ TEST_F(PortEntry, NumbersAreShownSigned) {
   tree_ = 0xFFFFFFFE;
   if_index_ = 0x80000000;
   fake::platform().attributes = *entry(0xFFFFFFFD, 0xFFFFFFFC).attributes;
-  fake::platform().attributes[kAnsweredValue] = fake::number(0xFFFFFFFB);
+  fake::platform().attributes[protocol::kInconsistency] = fake::number(0xFFFFFFFB);
   EXPECT_EQ(look_up(3, 1, 120), 0);
   EXPECT_THAT(
       fake::taken_trace(),
@@ -169,7 +170,9 @@ TEST_F(PortEntry, OtherActionsAreRefused) {
 }
 
 TEST_F(PortEntry, ActionIsCheckedFirst) {
-  EXPECT_EQ(get_stp_entry_from_if_index(2, 1, kInterfaceKey, nullptr, kTreeKey, nullptr, &reply_, 116), -1);
+  EXPECT_EQ(get_stp_entry_from_if_index(2, 1, protocol::kInterfaceKey, nullptr, protocol::kVlanTreeKey,
+                                        nullptr, &reply_, 116),
+            -1);
   EXPECT_THAT(fake::taken_trace(), ElementsAre(line(": invalid action requested")));
   expect_unchanged();
 }
@@ -177,9 +180,9 @@ TEST_F(PortEntry, ActionIsCheckedFirst) {
 TEST_F(PortEntry, TreeAndPortWithoutATreeAreRefusedBeforeTheInterfaceIsLookedAt) {
   for (const uint32_t action : {1U, 3U}) {
     for (const uint32_t command : {116U, 120U}) {
-      EXPECT_EQ(
-          get_stp_entry_from_if_index(action, 1, kInterfaceKey, nullptr, kTreeKey, nullptr, &reply_, command),
-          -1);
+      EXPECT_EQ(get_stp_entry_from_if_index(action, 1, protocol::kInterfaceKey, nullptr,
+                                            protocol::kVlanTreeKey, nullptr, &reply_, command),
+                -1);
       EXPECT_THAT(fake::taken_trace(), ElementsAre(rejection(": invalid tree_id pointer")));
       expect_unchanged();
     }
@@ -231,7 +234,9 @@ TEST_F(PortEntry, GetOfANegativeTreeIsRefusedForEveryCommand) {
 
 TEST_F(PortEntry, TreeIsCheckedBeforeTheInterface) {
   tree_ = 0;
-  EXPECT_EQ(get_stp_entry_from_if_index(1, 1, kInterfaceKey, nullptr, kTreeKey, &tree_, &reply_, 116), -1);
+  EXPECT_EQ(get_stp_entry_from_if_index(1, 1, protocol::kInterfaceKey, nullptr, protocol::kVlanTreeKey,
+                                        &tree_, &reply_, 116),
+            -1);
   EXPECT_THAT(fake::taken_trace(), ElementsAre(rejection(": invalid action requested or tree_id ")));
   expect_unchanged(0);
 }
@@ -272,12 +277,17 @@ TEST_F(PortEntry, TreeIsTracedForTheThreeCommandsWheneverThereIsOne) {
 }
 
 TEST_F(PortEntry, MissingInterfaceIsRefusedLast) {
-  EXPECT_EQ(get_stp_entry_from_if_index(1, 1, kInterfaceKey, nullptr, kTreeKey, &tree_, &reply_, 116), -1);
+  EXPECT_EQ(get_stp_entry_from_if_index(1, 1, protocol::kInterfaceKey, nullptr, protocol::kVlanTreeKey,
+                                        &tree_, &reply_, 116),
+            -1);
   EXPECT_THAT(fake::taken_trace(), ElementsAre(rejection(": invalid if_index pointer")));
-  EXPECT_EQ(get_stp_entry_from_if_index(3, 1, kInterfaceKey, nullptr, kTreeKey, &tree_, &reply_, 121), -1);
+  EXPECT_EQ(get_stp_entry_from_if_index(3, 1, protocol::kInterfaceKey, nullptr, protocol::kVlanTreeKey,
+                                        &tree_, &reply_, 121),
+            -1);
   EXPECT_THAT(fake::taken_trace(),
               ElementsAre(line(": for command id 121, tree_id:7"), rejection(": invalid if_index pointer")));
-  EXPECT_EQ(get_stp_entry_from_if_index(1, 0, kInterfaceKey, nullptr, 0, nullptr, &reply_, 121), -1);
+  EXPECT_EQ(get_stp_entry_from_if_index(1, 0, protocol::kInterfaceKey, nullptr, 0, nullptr, &reply_, 121),
+            -1);
   EXPECT_THAT(fake::taken_trace(), ElementsAre(rejection(": invalid if_index pointer")));
   expect_unchanged();
 }
@@ -314,7 +324,7 @@ TEST_F(PortEntry, EmptyReply) {
 // Replies that lack something.
 
 TEST_F(PortEntry, ReplyWithoutTheTree) {
-  fake::platform().attributes.erase(kAnsweredTree);
+  fake::platform().attributes.erase(protocol::kPortTree);
   EXPECT_EQ(look_up(3, 1, 116), 0);
   EXPECT_THAT(fake::taken_trace(),
               ElementsAreArray(queried(116, 3, 7, kPort) +
@@ -328,7 +338,7 @@ TEST_F(PortEntry, ReplyWithoutTheTree) {
 }
 
 TEST_F(PortEntry, ReplyWithoutTheInterface) {
-  fake::platform().attributes.erase(kAnsweredInterface);
+  fake::platform().attributes.erase(protocol::kInterface);
   EXPECT_EQ(look_up(3, 1, 116), 0);
   EXPECT_THAT(
       fake::taken_trace(),
@@ -358,7 +368,7 @@ TEST_F(PortEntry, EmptyAttributeListStillSucceedsAndAMissingValueIsSilent) {
 }
 
 TEST_F(PortEntry, AttributeWithoutAValueCountsAsMissing) {
-  for (const uint32_t token : {kAnsweredTree, kAnsweredInterface, kAnsweredValue}) {
+  for (const uint32_t token : {protocol::kPortTree, protocol::kInterface, protocol::kInconsistency}) {
     fake::platform().attributes_without_value[token] = 4;
   }
   EXPECT_EQ(look_up(1, 1, 116), 0);
@@ -375,7 +385,9 @@ TEST_F(PortEntry, AttributeWithoutAValueCountsAsMissing) {
 // Callers that want the index alone.
 
 TEST_F(PortEntry, ReplyThatNobodyWantsIsReleased) {
-  EXPECT_EQ(get_stp_entry_from_if_index(3, 1, kInterfaceKey, &if_index_, kTreeKey, &tree_, nullptr, 116), 0);
+  EXPECT_EQ(get_stp_entry_from_if_index(3, 1, protocol::kInterfaceKey, &if_index_, protocol::kVlanTreeKey,
+                                        &tree_, nullptr, 116),
+            0);
   EXPECT_THAT(fake::taken_trace(), ElementsAreArray(queried_and_found(116, 3, 7, kPort, 9, kNextPort) +
                                                     Trace{line(": value 3"), "cmd_snmp_free_rx_hndl"}));
   EXPECT_EQ(tree_, 9U);
@@ -385,7 +397,8 @@ TEST_F(PortEntry, ReplyThatNobodyWantsIsReleased) {
 TEST_F(PortEntry, FailuresWithoutAReplyVariable) {
   fake::platform().next_sends = {no_entry(), {.has_reply = false}};
   for (int failures = 0; failures < 2; ++failures) {
-    EXPECT_EQ(get_stp_entry_from_if_index(1, 1, kInterfaceKey, &if_index_, kTreeKey, &tree_, nullptr, 116),
+    EXPECT_EQ(get_stp_entry_from_if_index(1, 1, protocol::kInterfaceKey, &if_index_, protocol::kVlanTreeKey,
+                                          &tree_, nullptr, 116),
               -1);
   }
   expect_unchanged();

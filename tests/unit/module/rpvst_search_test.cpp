@@ -4,6 +4,7 @@
 
 #include "ledger.h"
 #include "platform/cmd.h"
+#include "protocol_numbers.h"
 #include "search/tree_walk.h"
 #include "tree_walk_test.h"
 
@@ -18,11 +19,11 @@ using ::testing::StartsWith;
 using namespace stpsnmp::search;
 using stpsnmp::query::Reply;
 
-constexpr uint32_t kCommand = 105;
-
 class RpvstSearch : public TreeWalkTest {
  protected:
-  RpvstSearch() : TreeWalkTest("get_next_stp_dual_indices_entry_rpvst", kCommand, kInterfaceKey, kTreeKey) {}
+  RpvstSearch()
+      : TreeWalkTest("get_next_stp_dual_indices_entry_rpvst", protocol::kRapidPvstPorts,
+                     protocol::kInterfaceKey, protocol::kVlanTreeKey) {}
 
   int run(uint32_t tree, uint16_t port, uint8_t selector = 1) {
     return run_with(tree, port, &reply_, selector);
@@ -71,9 +72,9 @@ TEST_F(RpvstSearch, WholeTrace) {
   fake::platform().next_sends = {entry(10, kPort1), entry(10, kPort1)};
   EXPECT_EQ(run(10, 0), 0);
   EXPECT_THAT(taken_lines(),
-              ElementsAreArray(queried_and_found(kCommand, 3, 10, 0, 10, kPort1) + Trace{kReleased} +
-                               port_found("10", "129-132", 129, kPort1) +
-                               queried_and_found(kCommand, 1, 10, kPort1, 10, kPort1) +
+              ElementsAreArray(queried_and_found(protocol::kRapidPvstPorts, 3, 10, 0, 10, kPort1) +
+                               Trace{kReleased} + port_found("10", "129-132", 129, kPort1) +
+                               queried_and_found(protocol::kRapidPvstPorts, 1, 10, kPort1, 10, kPort1) +
                                Trace{line(" Get Successful"), "stp_ifindex2dot1dportnum(0x000007D1)",
                                      line(": returning tree_index: 10, port_index: 129")}));
   expect_row(10, 129);
@@ -85,15 +86,16 @@ TEST_F(RpvstSearch, WholeTraceIntoTheNextTree) {
   fake::platform().interfaces.pop_back();
   fake::platform().next_sends = {entry(10, kPort1), entry(20, kDownPort), entry(20, kPort1)};
   EXPECT_EQ(run(10, 132), 0);
-  EXPECT_THAT(taken_lines(),
-              ElementsAreArray(queried_and_found(kCommand, 3, 10, 0, 10, kPort1) + Trace{kReleased} +
-                               no_port_found("10", "129-132") +
-                               queried_and_found(kCommand, 3, 10, kBehindLastPort, 20, kDownPort) +
-                               Trace{logged_rejection("Found next tree id 20\\n"), kReleased} +
-                               port_found("20", "129,131-132", 129, kPort1) +
-                               queried_and_found(kCommand, 1, 20, kPort1, 20, kPort1) +
-                               Trace{line(" Get Successful"), "stp_ifindex2dot1dportnum(0x000007D1)",
-                                     line(": returning tree_index: 20, port_index: 129")}));
+  EXPECT_THAT(
+      taken_lines(),
+      ElementsAreArray(queried_and_found(protocol::kRapidPvstPorts, 3, 10, 0, 10, kPort1) + Trace{kReleased} +
+                       no_port_found("10", "129-132") +
+                       queried_and_found(protocol::kRapidPvstPorts, 3, 10, kBehindLastPort, 20, kDownPort) +
+                       Trace{logged_rejection("Found next tree id 20\\n"), kReleased} +
+                       port_found("20", "129,131-132", 129, kPort1) +
+                       queried_and_found(protocol::kRapidPvstPorts, 1, 20, kPort1, 20, kPort1) +
+                       Trace{line(" Get Successful"), "stp_ifindex2dot1dportnum(0x000007D1)",
+                             line(": returning tree_index: 20, port_index: 129")}));
   expect_row(20, 129);
   take_reply();
 }
@@ -132,8 +134,9 @@ TEST_F(RpvstSearch, ExhaustedAtTheTreeCheckWholeTrace) {
   fake::platform().next_sends = {no_entry(), no_entry()};
   EXPECT_EQ(run(10, 0), -1);
   EXPECT_THAT(taken_lines(),
-              ElementsAreArray(queried_in_vain(kCommand, 3, 10, 0) + Trace{line(": invalid tree id")} +
-                               queried_in_vain(kCommand, 3, 10, kBehindLastPort) +
+              ElementsAreArray(queried_in_vain(protocol::kRapidPvstPorts, 3, 10, 0) +
+                               Trace{line(": invalid tree id")} +
+                               queried_in_vain(protocol::kRapidPvstPorts, 3, 10, kBehindLastPort) +
                                Trace{rejection(" Exhausted all instances of stp trees")}));
 }
 
@@ -450,14 +453,14 @@ TEST_F(RpvstSearch, RowOfAnInterfaceWithoutAPort) {
 
 TEST_F(RpvstSearch, ReplyThatIsHandedOverIsTheRows) {
   fake::Send tree_answer = entry(10, kPort1);
-  (*tree_answer.attributes)[kAnsweredValue] = fake::number(1);
+  (*tree_answer.attributes)[protocol::kInconsistency] = fake::number(1);
   fake::Send row_answer = entry(10, kPort1);
-  (*row_answer.attributes)[kAnsweredValue] = fake::number(2);
+  (*row_answer.attributes)[protocol::kInconsistency] = fake::number(2);
   script({tree_answer, row_answer});
   EXPECT_EQ(run(10, 0), 0);
   void *value = nullptr;
   uint32_t length = 0;
-  ASSERT_EQ(cmd_rsp_attr_get(reply_, kAnsweredValue, &value, &length), 0);
+  ASSERT_EQ(cmd_rsp_attr_get(reply_, protocol::kInconsistency, &value, &length), 0);
   EXPECT_EQ(fake::hex(value, length), bytes({2}));
   take_reply();
 }

@@ -8,6 +8,7 @@
 
 #include "fake_platform.h"
 #include "ledger.h"
+#include "protocol_numbers.h"
 #include "stpsnmp/lookup_handlers.h"
 #include "stpsnmp/object_table.h"
 
@@ -16,13 +17,6 @@ namespace {
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-constexpr uint32_t kRegionName = 0x3002B002;
-constexpr uint32_t kPreStandardDigest = 0x3002B006;
-constexpr uint32_t kConfigDigest = 0x3002B005;
-constexpr uint32_t kMode = 0x0202B001;
-constexpr uint32_t kMaxHops = 0x14029027;
-constexpr uint32_t kLoopGuardDefault = 0x0202A01F;
 
 class Scalars : public ::testing::Test {
  protected:
@@ -34,8 +28,9 @@ class Scalars : public ::testing::Test {
 
   // The module's record outlives a test; its strings keep bytes of what they held.
   void forget_served_strings() {
-    for (const auto &[magic, token] :
-         {std::pair<uint8_t, uint32_t>{9, kRegionName}, {17, kPreStandardDigest}, {22, kConfigDigest}}) {
+    for (const auto &[magic, token] : {std::pair<uint8_t, uint32_t>{9, protocol::kMstRegionName},
+                                       {17, protocol::kMstPreStandardDigest},
+                                       {22, protocol::kMstConfigDigest}}) {
       answer(token, fake::Bytes(CMD_ATTR_VALUE_MAX, 0));
       EXPECT_EQ(ask(magic), "");
     }
@@ -119,7 +114,7 @@ TEST_F(Scalars, WrongInstanceAnswersNullWithoutAQuery) {
 }
 
 TEST_F(Scalars, GetNextWritesTheInstance) {
-  answer(kMode, fake::number(4));
+  answer(protocol::kMode, fake::number(4));
   EXPECT_NE(ask(30, 0), std::nullopt);
   EXPECT_EQ(name_length_, 13U);
   EXPECT_EQ(name_[9], 1U);
@@ -223,24 +218,24 @@ TEST_F(Scalars, NumbersPassThroughUnchanged) {
 }
 
 TEST_F(Scalars, LoopGuardDefaultFiveIsServedAsOne) {
-  answer(kLoopGuardDefault, fake::number(5));
+  answer(protocol::kLoopGuardDefault, fake::number(5));
   EXPECT_EQ(ask_number(37), 1);
 }
 
 TEST_F(Scalars, LoopGuardDefaultZeroIsServedAsTwo) {
-  answer(kLoopGuardDefault, fake::number(0));
+  answer(protocol::kLoopGuardDefault, fake::number(0));
   EXPECT_EQ(ask_number(37), 2);
 }
 
 TEST_F(Scalars, LoopGuardGetterItselfKeepsTheFetchedValue) {
-  answer(kLoopGuardDefault, fake::number(5));
+  answer(protocol::kLoopGuardDefault, fake::number(5));
   ScalarValueRecord record{};
   EXPECT_EQ(get_stpxLoopGuardGlobalDefaultMode(&record), 0);
   EXPECT_EQ(record.loop_guard_default, 5);
 }
 
 TEST_F(Scalars, MaxHopCountIsNotServedFromThePreviousValueWhileTheSwitchIsDown) {
-  answer(kMaxHops, fake::number(20));
+  answer(protocol::kHops, fake::number(20));
   EXPECT_EQ(ask_number(21), 20);
   fake::platform().send_result = 4;
   EXPECT_EQ(ask(21), std::nullopt);
@@ -249,37 +244,37 @@ TEST_F(Scalars, MaxHopCountIsNotServedFromThePreviousValueWhileTheSwitchIsDown) 
 }
 
 TEST_F(Scalars, RegionNameOf32BytesFollowedByOneOf4IsServedWithLength5) {
-  answer(kRegionName, fake::octets("abcdefghijklmnopqrstuvwxyz012345"));
+  answer(protocol::kMstRegionName, fake::octets("abcdefghijklmnopqrstuvwxyz012345"));
   EXPECT_EQ(ask(9), "abcdefghijklmnopqrstuvwxyz012345");
-  answer(kRegionName, fake::octets("west"));
+  answer(protocol::kMstRegionName, fake::octets("west"));
   EXPECT_EQ(ask(9), "weste");
 }
 
 TEST_F(Scalars, ShorterRegionNameKeepsOneByteOfTheLongerOne) {
-  answer(kRegionName, fake::octets("ABCDEF"));
+  answer(protocol::kMstRegionName, fake::octets("ABCDEF"));
   EXPECT_EQ(ask(9), "ABCDEF");
-  answer(kRegionName, fake::octets("XY"));
+  answer(protocol::kMstRegionName, fake::octets("XY"));
   EXPECT_EQ(ask(9), "XYC");
 }
 
 TEST_F(Scalars, StringGetterWritesTheTerminatorBehindTheByteAfterTheValue) {
   ScalarValueRecord record;
   std::memset(&record, '#', sizeof record);
-  answer(kConfigDigest, fake::octets("0123456789ABCDEF"));
+  answer(protocol::kMstConfigDigest, fake::octets("0123456789ABCDEF"));
   EXPECT_EQ(get_stpxSMSTConfigDigest(&record), 0);
   EXPECT_EQ(std::string(record.config_digest, 19), std::string("0123456789ABCDEF#\0#", 19));
 }
 
 TEST_F(Scalars, StringIsCutShortAtAZeroByte) {
-  answer(kPreStandardDigest, fake::octets(std::string("AB\0CD", 5)));
+  answer(protocol::kMstPreStandardDigest, fake::octets(std::string("AB\0CD", 5)));
   EXPECT_EQ(ask(17), "AB");
 }
 
 TEST_F(Scalars, EmptyRegionNameIsServedAsTheOneByteThatWasThere) {
-  answer(kRegionName, fake::octets("Q"));
+  answer(protocol::kMstRegionName, fake::octets("Q"));
   EXPECT_EQ(ask(9), "Q");
   fake::taken_trace();
-  answer(kRegionName, fake::octets(""));
+  answer(protocol::kMstRegionName, fake::octets(""));
   EXPECT_EQ(ask(9), "Q");
   EXPECT_THAT(fake::taken_trace(), Contains("log(0x00730000, 101) \"value 0\\n\""));
 }
@@ -287,7 +282,7 @@ TEST_F(Scalars, EmptyRegionNameIsServedAsTheOneByteThatWasThere) {
 TEST_F(Scalars, EmptyStringWithoutValueIsNoFailure) {
   ScalarValueRecord record;
   std::memset(&record, '#', sizeof record);
-  fake::platform().attributes_without_value[kRegionName] = 0;
+  fake::platform().attributes_without_value[protocol::kMstRegionName] = 0;
   EXPECT_EQ(get_stpxMSTRegionName(&record), 0);
   EXPECT_EQ(std::string(record.region_name, 3), std::string("#\0#", 3));
 }
@@ -295,27 +290,27 @@ TEST_F(Scalars, EmptyStringWithoutValueIsNoFailure) {
 TEST_F(Scalars, StringWithoutValueCountsAsMissing) {
   ScalarValueRecord record;
   std::memset(&record, '#', sizeof record);
-  fake::platform().attributes_without_value[kRegionName] = 3;
+  fake::platform().attributes_without_value[protocol::kMstRegionName] = 3;
   EXPECT_EQ(get_stpxMSTRegionName(&record), -1);
   EXPECT_EQ(std::string(record.region_name, 3), "###");
 }
 
 TEST_F(Scalars, StringTraceShowsTheFirstFourBytesAsANumber) {
   ScalarValueRecord record{};
-  answer(kRegionName, fake::octets("AB"));
+  answer(protocol::kMstRegionName, fake::octets("AB"));
   EXPECT_EQ(get_stpxMSTRegionName(&record), 0);
   EXPECT_THAT(fake::taken_trace(), Contains("log(0x00730000, 101) \"value 16961\\n\""));
 }
 
 TEST_F(Scalars, RegionNameIsServedUpTo225Bytes) {
-  answer(kRegionName, fake::Bytes(300, 'n'));
+  answer(protocol::kMstRegionName, fake::Bytes(300, 'n'));
   EXPECT_EQ(ask(9), std::string(225, 'n'));
 }
 
 TEST_F(Scalars, DigestsAreServedUpTo128Bytes) {
-  answer(kConfigDigest, fake::Bytes(200, 'd'));
+  answer(protocol::kMstConfigDigest, fake::Bytes(200, 'd'));
   EXPECT_EQ(ask(22), std::string(128, 'd'));
-  answer(kPreStandardDigest, fake::Bytes(200, 'p'));
+  answer(protocol::kMstPreStandardDigest, fake::Bytes(200, 'p'));
   EXPECT_EQ(ask(17), std::string(128, 'p'));
 }
 
@@ -323,8 +318,8 @@ TEST_F(Scalars, TheLongestAttributeValueStaysInsideItsField) {
   ScalarValueRecord record{};
   record.max_instances = 65;
   record.max_instance_id = 4094;
-  answer(kRegionName, fake::Bytes(CMD_ATTR_VALUE_MAX, 'n'));
-  answer(kPreStandardDigest, fake::Bytes(CMD_ATTR_VALUE_MAX, 'p'));
+  answer(protocol::kMstRegionName, fake::Bytes(CMD_ATTR_VALUE_MAX, 'n'));
+  answer(protocol::kMstPreStandardDigest, fake::Bytes(CMD_ATTR_VALUE_MAX, 'p'));
   EXPECT_EQ(get_stpxMSTRegionName(&record), 0);
   EXPECT_EQ(get_stpxSMSTConfigPreStandardDigest(&record), 0);
   EXPECT_EQ(record.max_instances, 65U);

@@ -20,8 +20,8 @@ std::string shown(uint32_t number) { return std::to_string(static_cast<int32_t>(
 std::string logged_rejection(const std::string &text) { return "log(0x00730000, 100) \"" + text + "\""; }
 
 fake::Send entry(uint32_t tree, uint32_t if_index) {
-  return {.attributes = fake::Attributes{{kAnsweredTree, fake::number(tree)},
-                                         {kAnsweredInterface, fake::number(if_index)}}};
+  return {.attributes = fake::Attributes{{protocol::kPortTree, fake::number(tree)},
+                                         {protocol::kInterface, fake::number(if_index)}}};
 }
 
 fake::Send no_entry() { return {.result = CMD_NO_ENTRY}; }

@@ -9,15 +9,11 @@
 #include <gmock/gmock.h>
 
 #include "fake_platform.h"
+#include "protocol_numbers.h"
 #include "query/reply.h"
 #include "table_test.h"
 
 // Tokens of a row's keys, and of what a reply names it by.
-inline constexpr uint32_t kInterfaceKey = 0x0C020105;
-inline constexpr uint32_t kTreeKey = 0x130200B4;
-inline constexpr uint32_t kAnsweredTree = 0x1402A006;
-inline constexpr uint32_t kAnsweredInterface = 0x0C02A001;
-inline constexpr uint32_t kAnsweredValue = 0x1402A015;
 
 inline constexpr uint32_t kGet = 1;
 inline constexpr uint32_t kGetNext = 3;

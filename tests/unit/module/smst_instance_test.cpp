@@ -3,6 +3,7 @@
 
 #include "fake_platform.h"
 #include "ledger.h"
+#include "protocol_numbers.h"
 #include "stpsnmp/header_routines.h"
 #include "stpsnmp/lookup_handlers.h"
 #include "table_test.h"
@@ -22,12 +23,6 @@ constexpr uint8_t kBridgeId = 105;
 constexpr uint8_t kCounter = 106;
 
 constexpr char kInstanceKey[] = "0x13020131";
-constexpr uint32_t kType = 0x0202B001;
-constexpr uint32_t kAnsweredInstance = 0x14029001;
-constexpr uint32_t kValueToken = 0x14029027;
-constexpr uint32_t kMacToken = 0x0F029023;
-constexpr uint32_t kPriorityToken = 0x14029024;
-constexpr uint32_t kCounterToken = 0x14029025;
 
 const std::string kParseFailure = logged("parse_reply_stpxSMSTInstanceTable failed\\n");
 
@@ -59,12 +54,12 @@ class SmstInstance : public TableTest {
 
   void SetUp() override {
     TableTest::SetUp();
-    reply_holds(kType, 4);
-    reply_holds(kAnsweredInstance, 0);
-    reply_holds(kValueToken, 19);
-    fake::platform().attributes[kMacToken] = fake::octets("\x02\x11\x22\x33\x44\x55");
-    reply_holds(kPriorityToken, 0x6123);
-    reply_holds(kCounterToken, 2000);
+    reply_holds(protocol::kMode, 4);
+    reply_holds(protocol::kTree, 0);
+    reply_holds(protocol::kHops, 19);
+    fake::platform().attributes[protocol::kRegionalRootMac] = fake::octets("\x02\x11\x22\x33\x44\x55");
+    reply_holds(protocol::kRegionalRootPriority, 0x6123);
+    reply_holds(protocol::kInternalRootPathCost, 2000);
     fake::platform().mst_vlans.instance = 0;
     fake::platform().mst_vlans.vlans = {1, 8, 9, 10, 2049};
   }
@@ -216,7 +211,7 @@ TEST_F(SmstInstance, GetNextOfAnMstColumnStartsWithInstanceZeroExactlyAndThenFol
                        Trace{"free(16000)", "cmd_rsp_attr_get(0x14029027)", "cmd_rsp_attr_get(0x0F029023)",
                              "cmd_rsp_attr_get(0x14029024)", "cmd_rsp_attr_get(0x14029025)",
                              "cmd_rsp_attr_get(0x14029001)", "cmd_snmp_free_rx_hndl"}));
-  reply_holds(kAnsweredInstance, 4094);
+  reply_holds(protocol::kTree, 4094);
   EXPECT_EQ(number(get_next(kValue, {0})), 19);
   EXPECT_EQ(answered(), ".1.14.5.1.4.4094");
   const Trace trace = fake::taken_trace();
@@ -230,13 +225,13 @@ TEST_F(SmstInstance, BridgeIdIsThePriorityHighOctetFirstThenTheMacAddress) {
 
 TEST_F(SmstInstance, CounterIsServedUnchanged) {
   EXPECT_EQ(number(get(kCounter, {0})), 2000);
-  reply_holds(kCounterToken, 0xFFFFFFFF);
+  reply_holds(protocol::kInternalRootPathCost, 0xFFFFFFFF);
   EXPECT_EQ(number(get(kCounter, {0})), -1);
 }
 
 TEST_F(SmstInstance, BridgeIdAndCounterYieldNothingForAnyInstanceButZero) {
   for (const uint32_t instance : {1U, 2U, 4094U}) {
-    reply_holds(kAnsweredInstance, instance);
+    reply_holds(protocol::kTree, instance);
     EXPECT_EQ(number(get(kValue, {instance})), 19);
     EXPECT_EQ(get(kBridgeId, {instance}), std::nullopt);
     EXPECT_EQ(get(kCounter, {instance}), std::nullopt);
@@ -245,7 +240,7 @@ TEST_F(SmstInstance, BridgeIdAndCounterYieldNothingForAnyInstanceButZero) {
 
 TEST_F(SmstInstance, OutsideMstModeMstColumnsYieldNothingAndVlanColumnsAreServed) {
   for (const uint32_t type : {0U, 3U, 5U}) {
-    reply_holds(kType, type);
+    reply_holds(protocol::kMode, type);
     for (const uint8_t magic : {kValue, kBridgeId, kCounter}) {
       EXPECT_EQ(get(magic, {0}), std::nullopt);
       EXPECT_THAT(fake::taken_trace(), ElementsAreArray(entered(1, 15, "0", type))) << "no query of its own";
@@ -260,18 +255,19 @@ TEST_F(SmstInstance, OutsideMstModeMstColumnsYieldNothingAndVlanColumnsAreServed
 }
 
 TEST_F(SmstInstance, EveryMstValueButTheInstanceIsOptional) {
-  for (const uint32_t token : {kValueToken, kMacToken, kPriorityToken, kCounterToken}) {
+  for (const uint32_t token : {protocol::kHops, protocol::kRegionalRootMac, protocol::kRegionalRootPriority,
+                               protocol::kInternalRootPathCost}) {
     reply_lacks(token);
   }
   EXPECT_EQ(number(get(kValue, {0})), 0);
   EXPECT_EQ(get(kBridgeId, {0}), std::string(8, '\0'));
   EXPECT_EQ(number(get(kCounter, {0})), 0);
-  reply_holds(kPriorityToken, 0x8000);
+  reply_holds(protocol::kRegionalRootPriority, 0x8000);
   EXPECT_EQ(get(kBridgeId, {0}), std::string("\x80\0\0\0\0\0\0\0", 8));
 }
 
 TEST_F(SmstInstance, MacAddressWithoutAValueIsMissing) {
-  fake::platform().attributes_without_value[kMacToken] = 0;
+  fake::platform().attributes_without_value[protocol::kRegionalRootMac] = 0;
   EXPECT_EQ(get(kBridgeId, {0}), std::string("\x61\x23\0\0\0\0\0\0", 8));
 }
 
@@ -297,7 +293,8 @@ TEST_F(SmstInstance, IndexOfATraceIsSigned) {
 }
 
 TEST_F(SmstInstance, RowIsClearedForEachRequest) {
-  for (const uint32_t token : {kValueToken, kMacToken, kPriorityToken, kCounterToken}) {
+  for (const uint32_t token : {protocol::kHops, protocol::kRegionalRootMac, protocol::kRegionalRootPriority,
+                               protocol::kInternalRootPathCost}) {
     reply_lacks(token);
   }
   SmstInstanceRow row;
@@ -312,7 +309,7 @@ TEST_F(SmstInstance, RowIsClearedForEachRequest) {
 
 // The header routine reads the type anew, and the handler goes by what it found.
 TEST_F(SmstInstance, MstColumnYieldsNothingWhenTheModeChangesBetweenTheTwoReadings) {
-  const auto type = [](uint32_t value) { return fake::Attributes{{kType, fake::number(value)}}; };
+  const auto type = [](uint32_t value) { return fake::Attributes{{protocol::kMode, fake::number(value)}}; };
   for (const uint8_t magic : {kValue, kBridgeId, kCounter}) {
     fake::platform().next_sends = {{0, true, type(4)}, {0, true, type(5)}};
     EXPECT_EQ(get(magic, {0}), std::nullopt);
@@ -320,7 +317,7 @@ TEST_F(SmstInstance, MstColumnYieldsNothingWhenTheModeChangesBetweenTheTwoReadin
 }
 
 TEST_F(SmstInstance, PriorityWithoutAValueIsMissing) {
-  fake::platform().attributes_without_value[kPriorityToken] = 4;
+  fake::platform().attributes_without_value[protocol::kRegionalRootPriority] = 4;
   EXPECT_EQ(get(kBridgeId, {0}), std::string("\0\0\x02\x11\x22\x33\x44\x55", 8));
 }
 

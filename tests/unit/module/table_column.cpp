@@ -2,10 +2,10 @@
 
 #include <cstring>
 
-#include "header_routines.h"
-#include "lookup_handlers.h"
 #include "protocol_numbers.h"
 #include "search_test.h"
+#include "stpsnmp/header_routines.h"
+#include "stpsnmp/lookup_handlers.h"
 
 namespace {
 

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "protocol_numbers.h"
 #include "search_test.h"
 #include "stpsnmp/lookup_handlers.h"
 #include "tree_walk_test.h"
@@ -18,15 +19,6 @@ namespace {
 
 constexpr uint32_t kMst = 4;
 constexpr uint32_t kRapidPvst = 5;
-
-constexpr uint32_t kGlobalSettings = 104;
-constexpr uint32_t kVlanTreePorts = 105;
-constexpr uint32_t kMstPorts = 111;
-
-constexpr uint32_t kSpanningTreeType = 0x0202B001;
-constexpr uint32_t kRole = 0x0202A003;
-constexpr uint32_t kEdge = 0x0202A01D;
-constexpr uint32_t kPeer = 0x0202A027;
 
 constexpr uint8_t kDown = 2;
 
@@ -340,18 +332,21 @@ class TreeWalk : public WalkTest, public ::testing::WithParamInterface<Table> {
  private:
   // The spanning-tree process: entries by tree and interface index.
   fake::Send answer(const fake::Request &request) const {
-    if (request.command == kGlobalSettings) {
-      return {.attributes = fake::Attributes{{kSpanningTreeType, fake::number(GetParam().type)}}};
+    if (request.command == protocol::kGlobalSettings) {
+      return {.attributes = fake::Attributes{{protocol::kMode, fake::number(GetParam().type)}}};
     }
-    if (request.command != (GetParam().type == kMst ? kMstPorts : kVlanTreePorts)) {
+    if (request.command != (GetParam().type == kMst ? protocol::kMstPorts : protocol::kRapidPvstPorts)) {
       return no_entry();
     }
     constexpr size_t kFirstOfRange = 2 * sizeof(uint32_t);
-    const bool is_mst = request.command == kMstPorts;
+    const bool is_mst = request.command == protocol::kMstPorts;
     std::pair<uint32_t, uint32_t> key;
-    std::memcpy(&key.first, request.keys.at(is_mst ? kMstTreeKey : kTreeKey).data() + kFirstOfRange,
-                sizeof key.first);
-    std::memcpy(&key.second, request.keys.at(is_mst ? kMstInterfaceKey : kInterfaceKey).data(),
+    std::memcpy(
+        &key.first,
+        request.keys.at(is_mst ? protocol::kMstTreeKey : protocol::kVlanTreeKey).data() + kFirstOfRange,
+        sizeof key.first);
+    std::memcpy(&key.second,
+                request.keys.at(is_mst ? protocol::kMstInterfaceKey : protocol::kInterfaceKey).data(),
                 sizeof key.second);
     if (request.action == kGetNext && key.second == 0 && !trees_.contains(key.first)) {
       return no_entry();
@@ -362,8 +357,9 @@ class TreeWalk : public WalkTest, public ::testing::WithParamInterface<Table> {
     }
     fake::Send send = entry(found->first.first, found->first.second);
     const auto &[role, edge, peer] = found->second;
-    send.attributes->insert(
-        {{kRole, fake::number(role)}, {kEdge, fake::number(edge)}, {kPeer, fake::number(peer)}});
+    send.attributes->insert({{protocol::kPortRole, fake::number(role)},
+                             {protocol::kEdge, fake::number(edge)},
+                             {protocol::kPeer, fake::number(peer)}});
     return send;
   }
 

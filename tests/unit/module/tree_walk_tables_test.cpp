@@ -8,10 +8,10 @@
 #include <utility>
 #include <vector>
 
-#include "header_routines.h"
-#include "lookup_handlers.h"
 #include "protocol_numbers.h"
 #include "scripted_process.h"
+#include "stpsnmp/header_routines.h"
+#include "stpsnmp/lookup_handlers.h"
 #include "table_test.h"
 #include "tree_walk_test.h"
 
@@ -172,8 +172,6 @@ HeaderRequest<Row> ask_header(int (*header)(const oid *, size_t, oid *, size_t *
 
 constexpr uint8_t kFlagsColumn = 109;
 
-constexpr uint32_t kCommand = 105;
-
 const std::string kEdgeBit("\x80", 1);
 const std::string kBothBits("\x90", 1);
 const std::string kNoBit("\0", 1);
@@ -183,7 +181,8 @@ const RpvstPortRow kStaleRpvstRow{99, 99, 0xFF};
 class RpvstPort : public TreeTableTest {
  protected:
   RpvstPort()
-      : TreeTableTest("stpxRPVSTPortTable", get_stpxRPVSTPortTable, kCommand, kInterfaceKey, kTreeKey) {}
+      : TreeTableTest("stpxRPVSTPortTable", get_stpxRPVSTPortTable, protocol::kRapidPvstPorts,
+                      protocol::kInterfaceKey, protocol::kVlanTreeKey) {}
 
   static fake::Send flags(uint32_t tree, uint32_t if_index, uint32_t edge, uint32_t peer) {
     return row(tree, if_index,
@@ -289,9 +288,9 @@ TEST_F(RpvstPort, GetNextWholeTrace) {
       ElementsAreArray(Trace{begun(0, 16)} + sent(104, 1, "0x01020227", "00000000") +
                        Trace{"free(16000)", "cmd_rsp_attr_get(0x0202B001)", logged("value 5\\n"), kReleased,
                              header_line(" get_stpxSpanningTreeType() returns 5 ")} +
-                       queried_and_found(kCommand, 3, 10, 0, 10, kPort1) + Trace{kReleased} +
+                       queried_and_found(protocol::kRapidPvstPorts, 3, 10, 0, 10, kPort1) + Trace{kReleased} +
                        port_found("10", "129-131", 130, kPort2) +
-                       queried_and_found(kCommand, 1, 10, kPort2, 10, kPort2) +
+                       queried_and_found(protocol::kRapidPvstPorts, 1, 10, kPort2, 10, kPort2) +
                        Trace{search_line(" Get Successful"), "stp_ifindex2dot1dportnum(0x000007D2)",
                              search_line(": returning tree_index: 10, port_index: 130"),
                              "cmd_rsp_attr_get(0x1402A006)", "cmd_rsp_attr_get(0x0C02A001)",
@@ -455,12 +454,12 @@ class RstpPortRole : public TreeTableTest {
 
 class RstpPortRoleRpvst : public RstpPortRole {
  protected:
-  RstpPortRoleRpvst() : RstpPortRole(kRapidPvst, 105, kInterfaceKey, kTreeKey) {}
+  RstpPortRoleRpvst() : RstpPortRole(kRapidPvst, 105, protocol::kInterfaceKey, protocol::kVlanTreeKey) {}
 };
 
 class RstpPortRoleMst : public RstpPortRole {
  protected:
-  RstpPortRoleMst() : RstpPortRole(kMst, 111, kMstInterfaceKey, kMstTreeKey) {}
+  RstpPortRoleMst() : RstpPortRole(kMst, 111, protocol::kMstInterfaceKey, protocol::kMstTreeKey) {}
 };
 
 // GET, which makes its queries as the mode has it.

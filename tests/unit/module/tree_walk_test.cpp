@@ -56,8 +56,8 @@ std::string looked_at(uint32_t if_index, uint32_t selector) {
 
 Trace with_mst_keys(Trace lines) {
   for (std::string &line : lines) {
-    line = replaced(replaced(line, fake::hex(kInterfaceKey), fake::hex(kMstInterfaceKey)),
-                    fake::hex(kTreeKey), fake::hex(kMstTreeKey));
+    line = replaced(replaced(line, fake::hex(protocol::kInterfaceKey), fake::hex(protocol::kMstInterfaceKey)),
+                    fake::hex(protocol::kVlanTreeKey), fake::hex(protocol::kMstTreeKey));
   }
   return lines;
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "protocol_numbers.h"
 #include "scripted_process.h"
 #include "search_test.h"
 
@@ -30,8 +31,6 @@ std::string members_of(const std::string &vlans);
 std::string looked_at(uint32_t if_index, uint32_t selector = 1);
 
 // The keys of ports in MST instances, and the trace of a query as it is with them.
-inline constexpr uint32_t kMstInterfaceKey = 0x0C02018B;
-inline constexpr uint32_t kMstTreeKey = 0x13020131;
 Trace with_mst_keys(Trace lines);
 
 // The whole search for a tree's next port: where it finds one with its first candidate, and where no port is

@@ -4,6 +4,7 @@
 
 #include "base_port_trace.h"
 #include "ledger.h"
+#include "protocol_numbers.h"
 #include "search_test.h"
 
 namespace {
@@ -19,7 +20,6 @@ constexpr uint32_t kPort129 = 0x1A000001;
 constexpr uint32_t kPort130 = 0x1A000002;
 constexpr uint32_t kChannel3 = 0x16000003;
 
-constexpr uint32_t kCommand = 119;
 constexpr char kKey[] = "0x0C020105";
 
 constexpr bool kUp = false;  // whether the link is looked at
@@ -55,7 +55,7 @@ class VlanPortEntry : public SearchTest {
   // The process's entries name their interface.
   static void serve_entries() {
     fake::platform().answer = [](const fake::Request &request) {
-      return fake::Send{.attributes = fake::Attributes{{kAnsweredInterface, request.keys.begin()->second}}};
+      return fake::Send{.attributes = fake::Attributes{{protocol::kInterface, request.keys.begin()->second}}};
     };
   }
 
@@ -151,13 +151,15 @@ TEST_F(VlanPortEntry, WalkOfAllPortsFetchesThemOnce) {
   EXPECT_EQ(port_, 129);
   take_reply();
   EXPECT_EQ(look_up(kGetNext, 129), 0);
-  EXPECT_THAT(fake::taken_trace(), ElementsAreArray(base_ports_copied() + walked_to(130, kPort130, list) +
-                                                    port_queried_and_found(kCommand, kKey, kPort130)));
+  EXPECT_THAT(fake::taken_trace(),
+              ElementsAreArray(base_ports_copied() + walked_to(130, kPort130, list) +
+                               port_queried_and_found(protocol::kPortSettings, kKey, kPort130)));
   EXPECT_EQ(port_, 130);
   take_reply();
   EXPECT_EQ(look_up(kGetNext, 130), 0);
-  EXPECT_THAT(fake::taken_trace(), ElementsAreArray(base_ports_copied() + walked_to(4099, kChannel3, list) +
-                                                    port_queried_and_found(kCommand, kKey, kChannel3)));
+  EXPECT_THAT(fake::taken_trace(),
+              ElementsAreArray(base_ports_copied() + walked_to(4099, kChannel3, list) +
+                               port_queried_and_found(protocol::kPortSettings, kKey, kChannel3)));
   EXPECT_EQ(port_, 4099);
   take_reply();
   EXPECT_EQ(look_up(kGetNext, 4099), -1);
@@ -200,7 +202,7 @@ TEST_F(VlanPortEntry, EveryModeButOneMeansNextAndAsksForTheExactEntry) {
 
 // The row's port is that of the entry.
 TEST_F(VlanPortEntry, EntryOfAnotherInterfaceIsAnsweredWithThatOnesPort) {
-  fake::platform().attributes[kAnsweredInterface] = fake::number(kChannel3);
+  fake::platform().attributes[protocol::kInterface] = fake::number(kChannel3);
   for (const uint32_t mode : {kGet, kGetNext}) {
     EXPECT_EQ(look_up(mode, 129), 0);
     EXPECT_EQ(fake::taken_trace().back(), "stp_ifindex2dot1dportnum(0x16000003)");
@@ -261,7 +263,8 @@ TEST_F(VlanPortEntry, PortThatIsDownIsAskedForWhereTheLinkIsNotLookedAt) {
   fake::platform().interfaces[0].oper_status = 2;
   EXPECT_EQ(look_up(kGet, 129, kUp), 0);
   EXPECT_THAT(fake::taken_trace(),
-              ElementsAreArray(exact_port(129, kPort129) + port_queried_and_found(kCommand, kKey, kPort129)));
+              ElementsAreArray(exact_port(129, kPort129) +
+                               port_queried_and_found(protocol::kPortSettings, kKey, kPort129)));
   EXPECT_FALSE(is_down_);
   take_reply();
 }
@@ -271,8 +274,9 @@ TEST_F(VlanPortEntry, EveryStateButTwoIsUp) {
   for (const int status : {0, 1, 3, 7, 255}) {
     fake::platform().interfaces[0].oper_status = static_cast<uint8_t>(status);
     EXPECT_EQ(look_up(kGet, 129, kLook), 0);
-    EXPECT_THAT(fake::taken_trace(), ElementsAreArray(exact_port(129, kPort129) + link_asked(kPort129) +
-                                                      port_queried_and_found(kCommand, kKey, kPort129)));
+    EXPECT_THAT(fake::taken_trace(),
+                ElementsAreArray(exact_port(129, kPort129) + link_asked(kPort129) +
+                                 port_queried_and_found(protocol::kPortSettings, kKey, kPort129)));
     EXPECT_FALSE(is_down_);
     take_reply();
   }
@@ -287,7 +291,7 @@ TEST_F(VlanPortEntry, PortWhoseLinkCannotBeToldIsUp) {
               ElementsAreArray(exact_port(129, kPort129) + link_asked(kPort129) +
                                Trace{logged_rejection(
                                    "stp_get_port_oper_state(LINE) : Failed to read ifdb for 436207617\\n")} +
-                               port_queried_and_found(kCommand, kKey, kPort129)));
+                               port_queried_and_found(protocol::kPortSettings, kKey, kPort129)));
   EXPECT_FALSE(is_down_);
   take_reply();
 }
@@ -360,7 +364,7 @@ TEST_F(VlanPortEntry, PortThatTheProcessDoesNotKnow) {
   EXPECT_THAT(
       fake::taken_trace(),
       ElementsAreArray(
-          exact_port(129, kPort129) + sent(kCommand, 1, kKey, "0100001a") +
+          exact_port(129, kPort129) + sent(protocol::kPortSettings, 1, kKey, "0100001a") +
           Trace{logged("\\nget_stp_entry_from_if_index(LINE) cmd_req_snmp_send_recv() failed for GET\\n"),
                 "free(16000)", logged_rejection("get_stp_entry_from_if_index failed\\n")}));
   EXPECT_EQ(reply_, nullptr);
@@ -371,9 +375,10 @@ TEST_F(VlanPortEntry, PortThatTheProcessDoesNotKnow) {
 TEST_F(VlanPortEntry, NextPortThatTheProcessDoesNotKnowEndsTheSearch) {
   fake::platform().next_sends = {no_entry()};
   EXPECT_EQ(look_up(kGetNext, 129, kLook), -1);
-  EXPECT_THAT(fake::taken_trace(),
-              ElementsAreArray(base_ports_fetched() + walked_to(130, kPort130, "129-130,4099") +
-                               link_asked(kPort130) + port_queried_in_vain(kCommand, kKey, kPort130)));
+  EXPECT_THAT(
+      fake::taken_trace(),
+      ElementsAreArray(base_ports_fetched() + walked_to(130, kPort130, "129-130,4099") +
+                       link_asked(kPort130) + port_queried_in_vain(protocol::kPortSettings, kKey, kPort130)));
   EXPECT_EQ(reply_, nullptr);
 }
 
@@ -381,10 +386,10 @@ TEST_F(VlanPortEntry, EmptyReply) {
   fake::platform().answers_without_reply = true;
   EXPECT_EQ(look_up(kGet, 129), -1);
   EXPECT_THAT(fake::taken_trace(),
-              ElementsAreArray(exact_port(129, kPort129) + port_queried(kCommand, kKey, kPort129) +
-                               Trace{"free(16000)",
-                                     logged("\\nget_stp_entry_from_if_index(LINE): resp_h is NULL \\n"),
-                                     logged_rejection("get_stp_entry_from_if_index failed\\n")}));
+              ElementsAreArray(
+                  exact_port(129, kPort129) + port_queried(protocol::kPortSettings, kKey, kPort129) +
+                  Trace{"free(16000)", logged("\\nget_stp_entry_from_if_index(LINE): resp_h is NULL \\n"),
+                        logged_rejection("get_stp_entry_from_if_index failed\\n")}));
 }
 
 TEST_F(VlanPortEntry, RequestThatCannotBeAllocated) {
@@ -402,17 +407,18 @@ TEST_F(VlanPortEntry, ReplyThatTheCallerHeldIsReleasedWhenTheQueryFails) {
   fake::platform().send_result = 19;
   EXPECT_EQ(look_up(kGet, 129), -1);
   EXPECT_THAT(fake::taken_trace(),
-              ElementsAreArray(exact_port(129, kPort129) + port_queried_in_vain(kCommand, kKey, kPort129) +
+              ElementsAreArray(exact_port(129, kPort129) +
+                               port_queried_in_vain(protocol::kPortSettings, kKey, kPort129) +
                                Trace{"cmd_snmp_free_rx_hndl"}));
   EXPECT_EQ(fake::live_replies(), 0U);
 }
 
 TEST_F(VlanPortEntry, EntryOfAnInterfaceWithoutAPortIsReleased) {
-  fake::platform().attributes[kAnsweredInterface] = fake::number(0xAB);
+  fake::platform().attributes[protocol::kInterface] = fake::number(0xAB);
   EXPECT_EQ(look_up(kGet, 129), -1);
   EXPECT_THAT(fake::taken_trace(),
               ElementsAreArray(
-                  exact_port(129, kPort129) + port_queried(kCommand, kKey, kPort129) +
+                  exact_port(129, kPort129) + port_queried(protocol::kPortSettings, kKey, kPort129) +
                   Trace{"free(16000)", "cmd_rsp_attr_get(0x0C02A001)",
                         logged("\\nget_stp_entry_from_if_index(LINE) return if_index id: 171\\n"),
                         "cmd_rsp_attr_get(0x1402A015)", "stp_ifindex2dot1dportnum(0x000000AB)",
@@ -447,7 +453,7 @@ TEST_F(VlanPortEntryWithoutReply, FailsAsWithOne) {
   fake::platform().next_sends = {no_entry()};
   EXPECT_EQ(look_up_index(129), -1);
   EXPECT_EQ(fake::taken_trace().back(), logged_rejection("get_stp_entry_from_if_index failed\\n"));
-  fake::platform().attributes[kAnsweredInterface] = fake::number(0xAB);
+  fake::platform().attributes[protocol::kInterface] = fake::number(0xAB);
   EXPECT_EQ(look_up_index(129), -1);
   EXPECT_EQ(fake::taken_trace().back(),
             logged("\\nget_stp_entry_with_port_id_from_vlan_mgr(LINE): returning FAILURE\\n"));

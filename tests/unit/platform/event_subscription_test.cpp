@@ -27,15 +27,13 @@
 #include "platform/agent_ext.h"
 #include "platform/xport.h"
 #include "platform_test.h"
+#include "protocol_numbers.h"
 
 namespace wire = stpplatform::wire;
 using stpplatform::Backoff;
 
 namespace {
 
-constexpr uint32_t kPortClass = 17421;
-constexpr uint32_t kLoopClass = 17422;
-constexpr uint32_t kRootClass = 17423;
 constexpr EventWords kAppeared = {100, 0x1A000000, 1, 5};
 constexpr EventWords kVanished = {100, 0x1A000000, 2, 5};
 
@@ -92,14 +90,16 @@ class EventSubscriptions : public PlatformTest {
     EXPECT_FALSE(has_alarm());
   }
 
-  template <uint32_t kClass = kLoopClass>
+  template <uint32_t kClass = protocol::kLoopInconsistencyClass>
   static void subscribe() {
     ASSERT_EQ(register_for_notification(kClass, handle<kClass>), 0);
     ASSERT_EQ(set_notification_enable_disable_status(kClass, 1), 0);
   }
 
   static void unsubscribe_all() {
-    for (const uint32_t notification_class : {kPortClass, kLoopClass, kRootClass}) {
+    for (const uint32_t notification_class :
+         {protocol::kPortInconsistencyClass, protocol::kLoopInconsistencyClass,
+          protocol::kRootInconsistencyClass}) {
       unregister_for_notification(notification_class);
     }
   }
@@ -134,7 +134,7 @@ class EventSubscriptions : public PlatformTest {
   }
 
   void tell(uint32_t sequence, const EventWords &words = kAppeared,
-            uint32_t notification_class = kLoopClass) {
+            uint32_t notification_class = protocol::kLoopInconsistencyClass) {
     switch_.tell(make_event_packet(sequence, notification_class, words));
   }
 
@@ -174,13 +174,15 @@ TEST_F(EventSubscriptions, NothingIsDoneBeforeTheMainLoopRuns) {
 }
 
 TEST_F(EventSubscriptions, OneSubscriptionNamesAllClasses) {
-  subscribe<kPortClass>();
-  subscribe<kLoopClass>();
-  subscribe<kRootClass>();
+  subscribe<protocol::kPortInconsistencyClass>();
+  subscribe<protocol::kLoopInconsistencyClass>();
+  subscribe<protocol::kRootInconsistencyClass>();
   ASSERT_TRUE(connects());
   EXPECT_EQ(switch_.connections(), 1U);
   ASSERT_EQ(switch_.subscriptions().size(), 1U);
-  EXPECT_EQ(classes_of(switch_.subscriptions()[0]), (std::vector{kPortClass, kLoopClass, kRootClass}));
+  EXPECT_EQ(classes_of(switch_.subscriptions()[0]),
+            (std::vector{protocol::kPortInconsistencyClass, protocol::kLoopInconsistencyClass,
+                         protocol::kRootInconsistencyClass}));
   EXPECT_FALSE(has_alarm()) << "nothing is left to do";
   EXPECT_TRUE(LogCapture::take().empty());
 }
@@ -192,50 +194,52 @@ TEST_F(EventSubscriptions, ASubscriptionHasTheFormOfTheWire) {
 }
 
 TEST_F(EventSubscriptions, AppearingAndVanishingAreDeliveredInOrderWithTheirPayload) {
-  subscribe<kPortClass>();
-  subscribe<kLoopClass>();
+  subscribe<protocol::kPortInconsistencyClass>();
+  subscribe<protocol::kLoopInconsistencyClass>();
   ASSERT_TRUE(connects());
   constexpr EventWords kBits = {4094, 0x16000000, 0x03000000, 4};
   tell(1, kAppeared);
   tell(2, kVanished);
-  tell(3, kBits, kPortClass);
+  tell(3, kBits, protocol::kPortInconsistencyClass);
   ASSERT_TRUE(is_handled(3));
-  EXPECT_EQ(handled, (std::vector{expected(kLoopClass, kAppeared), expected(kLoopClass, kVanished),
-                                  expected(kPortClass, kBits)}));
+  EXPECT_EQ(handled, (std::vector{expected(protocol::kLoopInconsistencyClass, kAppeared),
+                                  expected(protocol::kLoopInconsistencyClass, kVanished),
+                                  expected(protocol::kPortInconsistencyClass, kBits)}));
   EXPECT_EQ(handled[2].payload, (Bytes{0, 0, 0x0F, 0xFE, 0x16, 0, 0, 0, 3, 0, 0, 0, 0, 0, 0, 4}));
 }
 
 TEST_F(EventSubscriptions, AnEventOfAClassThatIsNotEnabledIsDropped) {
   subscribe_and_connect();
-  ASSERT_EQ(set_notification_enable_disable_status(kLoopClass, 0), 0);
+  ASSERT_EQ(set_notification_enable_disable_status(protocol::kLoopInconsistencyClass, 0), 0);
   tell(1, kAppeared);
   EXPECT_EQ(run_main_loop_once(), 1);
   EXPECT_TRUE(handled.empty());
-  ASSERT_EQ(set_notification_enable_disable_status(kLoopClass, 1), 0);
+  ASSERT_EQ(set_notification_enable_disable_status(protocol::kLoopInconsistencyClass, 1), 0);
   tell(2, kVanished);
   ASSERT_TRUE(is_handled(1));
-  EXPECT_EQ(handled, std::vector{expected(kLoopClass, kVanished)});
+  EXPECT_EQ(handled, std::vector{expected(protocol::kLoopInconsistencyClass, kVanished)});
 }
 
 TEST_F(EventSubscriptions, AnEventOfAClassWithoutHandlerIsDropped) {
   subscribe_and_connect();
-  tell(1, kAppeared, kRootClass);
+  tell(1, kAppeared, protocol::kRootInconsistencyClass);
   tell(2, kVanished);
   ASSERT_TRUE(is_handled(1));
-  EXPECT_EQ(handled, std::vector{expected(kLoopClass, kVanished)});
+  EXPECT_EQ(handled, std::vector{expected(protocol::kLoopInconsistencyClass, kVanished)});
   EXPECT_TRUE(LogCapture::take().empty());
 }
 
 TEST_F(EventSubscriptions, AClassMoreOrLessIsANewSubscriptionOnTheSameConnection) {
   subscribe_and_connect();
-  subscribe<kRootClass>();
+  subscribe<protocol::kRootInconsistencyClass>();
   ASSERT_TRUE(connects());
-  EXPECT_EQ(classes_of(switch_.subscriptions()[1]), (std::vector{kLoopClass, kRootClass}));
-  ASSERT_EQ(unregister_for_notification(kLoopClass), 0);
+  EXPECT_EQ(classes_of(switch_.subscriptions()[1]),
+            (std::vector{protocol::kLoopInconsistencyClass, protocol::kRootInconsistencyClass}));
+  ASSERT_EQ(unregister_for_notification(protocol::kLoopInconsistencyClass), 0);
   ASSERT_TRUE(connects());
-  EXPECT_EQ(classes_of(switch_.subscriptions()[2]), (std::vector{kRootClass}));
+  EXPECT_EQ(classes_of(switch_.subscriptions()[2]), (std::vector{protocol::kRootInconsistencyClass}));
   EXPECT_EQ(switch_.connections(), 1U);
-  tell(1, kAppeared, kRootClass);
+  tell(1, kAppeared, protocol::kRootInconsistencyClass);
   ASSERT_TRUE(is_handled(1));
 }
 
@@ -248,17 +252,18 @@ TEST_F(EventSubscriptions, AnotherHandlerOfAClassIsNoNewSubscription) {
 TEST_F(EventSubscriptions, AClassThatIsSubscribedToWhileTheConnectionIsMadeIsNamed) {
   subscribe();
   ASSERT_TRUE(ring_next_alarm());
-  subscribe<kRootClass>();
+  subscribe<protocol::kRootInconsistencyClass>();
   ASSERT_TRUE(is_subscribed(1));
-  EXPECT_EQ(classes_of(switch_.subscriptions()[0]), (std::vector{kLoopClass, kRootClass}));
+  EXPECT_EQ(classes_of(switch_.subscriptions()[0]),
+            (std::vector{protocol::kLoopInconsistencyClass, protocol::kRootInconsistencyClass}));
 }
 
 TEST_F(EventSubscriptions, TheLastClassTakesEverythingAlong) {
   const size_t descriptors = open_descriptors();
   size_t made = 0;
   for (int i = 0; i < 100; ++i) {
-    subscribe<kPortClass>();
-    subscribe<kRootClass>();
+    subscribe<protocol::kPortInconsistencyClass>();
+    subscribe<protocol::kRootInconsistencyClass>();
     if (i % 3 != 0) {
       ++made;
       ASSERT_TRUE(ring_next_alarm());
@@ -510,7 +515,7 @@ TEST_F(EventSubscriptions, AHandlerMaySubscribeAnew) {
   subscribe_and_connect();
   in_handler = [] {
     unsubscribe_all();
-    subscribe<kRootClass>();
+    subscribe<protocol::kRootInconsistencyClass>();
     in_handler = nullptr;
   };
   tell(1);
@@ -518,8 +523,8 @@ TEST_F(EventSubscriptions, AHandlerMaySubscribeAnew) {
   ASSERT_TRUE(is_handled(1));
   EXPECT_EQ(handled.size(), 1U);
   ASSERT_TRUE(connects());
-  EXPECT_EQ(classes_of(switch_.subscriptions()[1]), std::vector{kRootClass});
-  tell(1, kAppeared, kRootClass);
+  EXPECT_EQ(classes_of(switch_.subscriptions()[1]), std::vector{protocol::kRootInconsistencyClass});
+  tell(1, kAppeared, protocol::kRootInconsistencyClass);
   EXPECT_TRUE(is_handled(2));
 }
 
@@ -547,7 +552,9 @@ const BadEventGreeting kBadEventGreetings[] = {
     {"OfAnotherVersion",
      [](Greeting *greeting) { greeting->packet[offsetof(wire::MessageHeader, version)] += 1; }},
     {"ThatIsAnEvent",
-     [](Greeting *greeting) { greeting->packet = make_event_packet(1, kLoopClass, kAppeared); }},
+     [](Greeting *greeting) {
+       greeting->packet = make_event_packet(1, protocol::kLoopInconsistencyClass, kAppeared);
+     }},
     {"TooShort", [](Greeting *greeting) { greeting->packet.pop_back(); }},
     {"TooLong", [](Greeting *greeting) { greeting->packet.push_back(0); }},
     {"LongerThanAnyEvent", [](Greeting *greeting) { greeting->packet.resize(4096); }},
@@ -585,20 +592,20 @@ struct BadSecond {
 void PrintTo(const BadSecond &parameter, std::ostream *out) { *out << parameter.name; }
 
 const BadSecond kBadSeconds[] = {
-    {"TheFirstOneAgain", [] { return make_event_packet(1, kLoopClass, kAppeared); }},
-    {"TheThirdOne", [] { return make_event_packet(3, kLoopClass, kAppeared); }},
+    {"TheFirstOneAgain", [] { return make_event_packet(1, protocol::kLoopInconsistencyClass, kAppeared); }},
+    {"TheThirdOne", [] { return make_event_packet(3, protocol::kLoopInconsistencyClass, kAppeared); }},
     {"AnUnknownClass", [] { return make_event_packet(2, 4711, kAppeared); }},
     {"AReply", [] { return make_reply_packet(2, CMD_OK); }},
     {"AHello", [] { return make_hello(4096); }},
     {"APartOfIt",
      [] {
-       Bytes packet = make_event_packet(2, kLoopClass, kAppeared);
+       Bytes packet = make_event_packet(2, protocol::kLoopInconsistencyClass, kAppeared);
        packet.resize(packet.size() / 2);
        return packet;
      }},
     {"MoreThanAnyEvent",
      [] {
-       Bytes packet = make_event_packet(2, kLoopClass, kAppeared);
+       Bytes packet = make_event_packet(2, protocol::kLoopInconsistencyClass, kAppeared);
        packet.resize(1000);
        put32(&packet, offsetof(wire::MessageHeader, length), 1000);
        return packet;
@@ -619,7 +626,7 @@ TEST_P(BadSecondEvents, EndsTheConnectionWithOneLine) {
   ASSERT_TRUE(connects());
   tell(1, kVanished);
   ASSERT_TRUE(is_handled(2));
-  EXPECT_EQ(handled[1], expected(kLoopClass, kVanished));
+  EXPECT_EQ(handled[1], expected(protocol::kLoopInconsistencyClass, kVanished));
 }
 
 INSTANTIATE_TEST_SUITE_P(Events, BadSecondEvents, testing::ValuesIn(kBadSeconds),
@@ -661,16 +668,16 @@ TEST_F(EventSubscriptions, NoDamagedEventIsBelieved) {
   constexpr int kRandomCases = 100;
   RecordProperty("seed", kSeed);
   Random random = seeded(kSeed);
-  const Bytes good = make_event_packet(1, kLoopClass, kAppeared);
+  const Bytes good = make_event_packet(1, protocol::kLoopInconsistencyClass, kAppeared);
   std::vector<Bytes> cases = damaged_everywhere(good);
   for (int i = 0; i < kRandomCases; ++i) {
     cases.push_back(good);
     mutate(&cases.back(), &random);
   }
   const size_t descriptors = open_descriptors();
-  subscribe<kPortClass>();
-  subscribe<kLoopClass>();
-  subscribe<kRootClass>();
+  subscribe<protocol::kPortInconsistencyClass>();
+  subscribe<protocol::kLoopInconsistencyClass>();
+  subscribe<protocol::kRootInconsistencyClass>();
   ASSERT_TRUE(connects());
   for (size_t i = 0; i < cases.size(); ++i) {
     SCOPED_TRACE("seed " + std::to_string(kSeed) + ", case " + std::to_string(i));
@@ -712,7 +719,8 @@ TEST_F(EventSubscriptions, ASubscriptionFromBeforeAForkWorksBehindIt) {
     char octet = 0;
     const bool is_started = read(started[0], &octet, 1) == 1;
     const bool rang = is_started && ring_next_alarm().has_value();
-    const bool works = rang && is_handled(1) && handled[0] == expected(kLoopClass, kAppeared);
+    const bool works =
+        rang && is_handled(1) && handled[0] == expected(protocol::kLoopInconsistencyClass, kAppeared);
     // Not by exiting: what the test itself has allocated is nobody's leak.
     kill(getpid(), works ? SIGKILL : SIGTERM);
   }

@@ -10,7 +10,6 @@ namespace wire = stpplatform::wire;
 
 namespace {
 
-constexpr uint32_t kRegionQuery = 112;
 constexpr uint16_t kUntouched = 0xABCD;
 
 AttributeValue vlan_map(uint16_t instance, uint16_t vlan) {
@@ -32,7 +31,7 @@ class MstVlanMaps : public PlatformTest {
     });
     alignas(max_align_t) uint8_t buffer[512];
     void *request = cmd_req_init(buffer, sizeof buffer);
-    cmd_req_cmdId_set(request, kRegionQuery);
+    cmd_req_cmdId_set(request, protocol::kMstRegion);
     ASSERT_EQ(cmd_snmp_req_send_recv(protocol::kDestination, protocol::kService, request, "", 1, &reply_, 0),
               CMD_OK);
   }

@@ -13,8 +13,6 @@ namespace wire = stpplatform::wire;
 
 namespace {
 
-constexpr uint32_t kRegionQuery = 112;
-constexpr uint32_t kDigestsKey = 0x0102'01C0;
 constexpr uint32_t kInstances = 64;
 
 // Instance i is number 60 * i and carries VLAN 62 * i.
@@ -50,11 +48,11 @@ class LongestReplies : public RunningSwitchTest {
   void ask(bool with_digests_key) {
     alignas(max_align_t) uint8_t buffer[512];
     void *request = cmd_req_init(buffer, sizeof buffer);
-    cmd_req_cmdId_set(request, kRegionQuery);
+    cmd_req_cmdId_set(request, protocol::kMstRegion);
     cmd_req_action_set(request, CMD_ACTION_GET);
     const uint32_t nothing = 0;
     if (with_digests_key) {
-      ASSERT_EQ(cmd_req_attr_add(request, kDigestsKey, &nothing, sizeof nothing), CMD_OK);
+      ASSERT_EQ(cmd_req_attr_add(request, protocol::kMstDigestsKey, &nothing, sizeof nothing), CMD_OK);
     }
     ASSERT_EQ(cmd_snmp_req_send_recv(protocol::kDestination, protocol::kService, request, "", 1, &reply_, 0),
               CMD_OK)

@@ -1,6 +1,7 @@
 // Commands 105 and 111 asked by interface alone: the bridge ports.
 #include <gmock/gmock.h>
 
+#include "protocol_numbers.h"
 #include "support/command_test.h"
 #include "support/octets.h"
 
@@ -46,8 +47,6 @@ number = 4095
 constexpr uint32_t kPort = 0x1A000000;
 constexpr uint32_t kChannel = 0x16000000;
 constexpr uint32_t kHighest = 0xFFFF'FFFF;
-constexpr uint32_t kInterface = 0x0C02'A001;
-constexpr uint32_t kPointToPoint = 0x0202'A01E;
 
 class BridgePortEntries : public CommandTest {
  protected:
@@ -59,14 +58,16 @@ class BridgePortEntries : public CommandTest {
 class BridgePortsCommand : public BridgePortEntries {
  protected:
   static RequestText request(uint32_t action, uint32_t if_index) {
-    return {105, action, {{kInterfaceKey, {if_index}}}};
+    return {105, action, {{protocol::kInterfaceKey, {if_index}}}};
   }
   static RequestText request_after(uint32_t if_index) { return request(kGetNext, if_index); }
 
-  std::vector<uint32_t> rows(uint32_t from = 0) const { return walk(request_after, from, kInterface); }
+  std::vector<uint32_t> rows(uint32_t from = 0) const {
+    return walk(request_after, from, protocol::kInterface);
+  }
 
   std::optional<uint32_t> link_of(uint32_t if_index) const {
-    return number_in_reply_to(request(kGet, if_index), kPointToPoint);
+    return number_in_reply_to(request(kGet, if_index), protocol::kPointToPoint);
   }
 };
 
@@ -190,11 +191,13 @@ TEST_F(BridgePortsCommand, FollowsTheFlags) {
 class MstBridgePortsCommand : public BridgePortEntries {
  protected:
   static RequestText request(uint32_t action, uint32_t if_index) {
-    return {111, action, {{kMstInterfaceKey, {if_index}}}};
+    return {111, action, {{protocol::kMstInterfaceKey, {if_index}}}};
   }
   static RequestText request_after(uint32_t if_index) { return request(kGetNext, if_index); }
 
-  std::vector<uint32_t> rows(uint32_t from = 0) const { return walk(request_after, from, kInterface); }
+  std::vector<uint32_t> rows(uint32_t from = 0) const {
+    return walk(request_after, from, protocol::kInterface);
+  }
 };
 
 constexpr char kMstPort1[] =
@@ -300,7 +303,7 @@ TEST_F(MstBridgePortsCommand, TellsEachFlagByItself) {
 
 TEST_F(MstBridgePortsCommand, TakesItsKeyOnly) {
   for (const uint32_t action : {kGet, kGetNext}) {
-    EXPECT_EQ(refusal_of({111, action, {{kInterfaceKey, {kPort + 1}}}}), CMD_UNKNOWN_KEY);
+    EXPECT_EQ(refusal_of({111, action, {{protocol::kInterfaceKey, {kPort + 1}}}}), CMD_UNKNOWN_KEY);
     EXPECT_EQ(refusal_of({111, action, {{0x0C02'A001, {kPort + 1}}}}), CMD_UNKNOWN_KEY);
   }
 }

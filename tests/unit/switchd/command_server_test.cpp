@@ -42,7 +42,7 @@ class CommandServers : public testing::Test {
   static uint32_t sequence_of(const Packet &reply) { return reply_head(reply).header.sequence; }
 
   static Packet request(uint32_t sequence) {
-    return make_request({104, 1, {kGlobalSettingsKey}, "operator", sequence});
+    return make_request({104, 1, {protocol::kGlobalSettingsKey}, "operator", sequence});
   }
 
   void expect_service() {
@@ -409,15 +409,15 @@ class Junk {
   KeyText random_key() {
     switch (number_below(5)) {
       case 0:
-        return kGlobalSettingsKey;
+        return protocol::kGlobalSettingsKey;
       case 1:
-        return {kInterfaceKey, {number_below(SIZE_MAX)}};
+        return {protocol::kInterfaceKey, {number_below(SIZE_MAX)}};
       case 3:
-        return {kMstInterfaceKey, {number_below(SIZE_MAX)}};
+        return {protocol::kMstInterfaceKey, {number_below(SIZE_MAX)}};
       case 2:
-        return one_tree(kVlanTreeKey, number_below(5000));
+        return one_tree(protocol::kVlanTreeKey, number_below(5000));
       default:
-        return one_tree(kMstInstanceKey, number_below(5000));
+        return one_tree(protocol::kMstTreeKey, number_below(5000));
     }
   }
 

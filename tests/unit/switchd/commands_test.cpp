@@ -51,9 +51,10 @@ TEST_F(Commands, GlobalSettingsHaveNoNextEntry) { EXPECT_EQ(refusal_of({104, kGe
 
 TEST_F(Commands, GlobalSettingsTakeTheirKeyOnly) {
   EXPECT_EQ(refusal_of({104, 1, {}}), CMD_UNKNOWN_KEY);
-  EXPECT_EQ(refusal_of({104, 1, {kMstDigestsKey}}), CMD_UNKNOWN_KEY);
-  EXPECT_EQ(refusal_of({104, 1, {kGlobalSettingsKey, kGlobalSettingsKey}}), CMD_UNKNOWN_KEY);
-  EXPECT_EQ(refusal_of({104, 1, {kGlobalSettingsKey, kMstDigestsKey}}), CMD_UNKNOWN_KEY);
+  EXPECT_EQ(refusal_of({104, 1, {protocol::kMstDigestsKey}}), CMD_UNKNOWN_KEY);
+  EXPECT_EQ(refusal_of({104, 1, {protocol::kGlobalSettingsKey, protocol::kGlobalSettingsKey}}),
+            CMD_UNKNOWN_KEY);
+  EXPECT_EQ(refusal_of({104, 1, {protocol::kGlobalSettingsKey, protocol::kMstDigestsKey}}), CMD_UNKNOWN_KEY);
 }
 
 TEST_F(Commands, RefuseUnknownNumbers) {
@@ -63,14 +64,14 @@ TEST_F(Commands, RefuseUnknownNumbers) {
 }
 
 TEST_F(Commands, RefuseListedUsersBeforeAnythingElseOfTheCommand) {
-  EXPECT_EQ(refusal_of({104, 1, {kGlobalSettingsKey}, "guest"}), CMD_REFUSED);
-  EXPECT_EQ(refusal_of({999, 1, {kMstDigestsKey}, "guest"}), CMD_REFUSED);
+  EXPECT_EQ(refusal_of({104, 1, {protocol::kGlobalSettingsKey}, "guest"}), CMD_REFUSED);
+  EXPECT_EQ(refusal_of({999, 1, {protocol::kMstDigestsKey}, "guest"}), CMD_REFUSED);
   EXPECT_EQ(refusal_of({104, 3, {}, "guest"}), CMD_REFUSED);
 }
 
 TEST_F(Commands, ServeUsersThatOnlyLookLikeListedOnes) {
   for (const char *const user : {"", "gues", "guest2", "Guest", " guest"}) {
-    EXPECT_EQ(reply_to({104, 1, {kGlobalSettingsKey}, user}), reply_to({})) << user;
+    EXPECT_EQ(reply_to({104, 1, {protocol::kGlobalSettingsKey}, user}), reply_to({})) << user;
   }
 }
 
@@ -79,7 +80,7 @@ TEST_F(Commands, KnowAUserNameOfFullLength) {
   SwitchState state = switch_.state();
   state.access.refused_users = {longest};
   switch_.replace(state);
-  EXPECT_EQ(refusal_of({104, 1, {kGlobalSettingsKey}, longest}), CMD_REFUSED);
+  EXPECT_EQ(refusal_of({104, 1, {protocol::kGlobalSettingsKey}, longest}), CMD_REFUSED);
 }
 
 TEST_F(Commands, RefuseMalformedHeads) {

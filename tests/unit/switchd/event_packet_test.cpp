@@ -57,7 +57,7 @@ TEST(Subscriptions, MayBeOfAnyClassAndOrderAndNumber) {
 }
 
 TEST(Subscriptions, MayHaveAnySequenceNumber) {
-  Packet packet = make_subscription({kLoopClass});
+  Packet packet = make_subscription({protocol::kLoopInconsistencyClass});
   put(&packet, offsetof(wire::MessageHeader, sequence), uint32_t{4711});
   EXPECT_TRUE(read(packet).has_value());
 }
@@ -119,7 +119,7 @@ const BadSubscription kBadSubscriptions[] = {
 class BadSubscriptions : public testing::TestWithParam<BadSubscription> {};
 
 TEST_P(BadSubscriptions, AreRefused) {
-  Packet packet = make_subscription({kPortClass, kLoopClass});
+  Packet packet = make_subscription({protocol::kPortInconsistencyClass, protocol::kLoopInconsistencyClass});
   GetParam().damage(&packet);
   EXPECT_FALSE(read(packet).has_value()) << hex(packet);
 }
@@ -128,7 +128,8 @@ INSTANTIATE_TEST_SUITE_P(Packets, BadSubscriptions, testing::ValuesIn(kBadSubscr
                          [](const auto &parameter) { return std::string(parameter.param.name); });
 
 TEST(Subscriptions, AreRefusedWhenTheyWereReceivedInPart) {
-  const Packet packet = make_subscription({kPortClass, kLoopClass});
+  const Packet packet =
+      make_subscription({protocol::kPortInconsistencyClass, protocol::kLoopInconsistencyClass});
   EXPECT_FALSE(read_subscription(packet, packet.size() + 4).has_value());
 }
 

@@ -70,7 +70,9 @@ class EventServers : public testing::Test {
     return client;
   }
 
-  PacketClient subscriber(const std::vector<uint32_t> &classes = {kPortClass, kLoopClass, kRootClass}) {
+  PacketClient subscriber(const std::vector<uint32_t> &classes = {protocol::kPortInconsistencyClass,
+                                                                  protocol::kLoopInconsistencyClass,
+                                                                  protocol::kRootInconsistencyClass}) {
     PacketClient client = greeted();
     client.send(make_subscription(classes));
     let_the_server_work();
@@ -89,7 +91,7 @@ class EventServers : public testing::Test {
   }
 
   static Packet request(uint32_t sequence) {
-    return make_request({104, 1, {kGlobalSettingsKey}, "operator", sequence});
+    return make_request({104, 1, {protocol::kGlobalSettingsKey}, "operator", sequence});
   }
 
   void expect_service() {
@@ -110,9 +112,9 @@ TEST_F(EventServers, TellASubscriberInOrder) {
   PacketClient client = subscriber();
   server_.tell({event(kPortEvent, 1, 7), event(kLoopEvent, 2, 1)});
   tell(kLoopEvent, 2, 2);
-  EXPECT_EQ(read_event(client.receive()), (Received{1, kPortClass, 1, 7}));
-  EXPECT_EQ(read_event(client.receive()), (Received{2, kLoopClass, 2, 1}));
-  EXPECT_EQ(read_event(client.receive()), (Received{3, kLoopClass, 2, 2}));
+  EXPECT_EQ(read_event(client.receive()), (Received{1, protocol::kPortInconsistencyClass, 1, 7}));
+  EXPECT_EQ(read_event(client.receive()), (Received{2, protocol::kLoopInconsistencyClass, 2, 1}));
+  EXPECT_EQ(read_event(client.receive()), (Received{3, protocol::kLoopInconsistencyClass, 2, 2}));
   EXPECT_FALSE(client.receive_now().has_value());
 }
 
@@ -124,32 +126,33 @@ TEST_F(EventServers, TellNobodyWhoHasNotSubscribed) {
 }
 
 TEST_F(EventServers, TellOnlyOfTheClassesSubscribedTo) {
-  PacketClient client = subscriber({kRootClass, 1});
+  PacketClient client = subscriber({protocol::kRootInconsistencyClass, 1});
   for (const InconsistencyEventKind kind : {kPortEvent, kLoopEvent, kRootEvent}) {
     tell(kind, 9, 1);
   }
-  EXPECT_EQ(read_event(client.receive()), (Received{1, kRootClass, 9, 1}));
+  EXPECT_EQ(read_event(client.receive()), (Received{1, protocol::kRootInconsistencyClass, 9, 1}));
   EXPECT_FALSE(client.receive_now().has_value());
 }
 
 TEST_F(EventServers, TellEachSubscriberWhatItWants) {
-  PacketClient loops = subscriber({kLoopClass});
-  PacketClient roots = subscriber({kRootClass});
+  PacketClient loops = subscriber({protocol::kLoopInconsistencyClass});
+  PacketClient roots = subscriber({protocol::kRootInconsistencyClass});
   server_.tell({event(kLoopEvent, 1, 1), event(kRootEvent, 2, 1), event(kLoopEvent, 3, 1)});
-  EXPECT_EQ(read_event(loops.receive()), (Received{1, kLoopClass, 1, 1}));
-  EXPECT_EQ(read_event(loops.receive()), (Received{2, kLoopClass, 3, 1}));
-  EXPECT_EQ(read_event(roots.receive()), (Received{1, kRootClass, 2, 1}));
+  EXPECT_EQ(read_event(loops.receive()), (Received{1, protocol::kLoopInconsistencyClass, 1, 1}));
+  EXPECT_EQ(read_event(loops.receive()), (Received{2, protocol::kLoopInconsistencyClass, 3, 1}));
+  EXPECT_EQ(read_event(roots.receive()), (Received{1, protocol::kRootInconsistencyClass, 2, 1}));
 }
 
 TEST_F(EventServers, LetASubscriberChooseAnew) {
-  PacketClient client = subscriber({kLoopClass});
+  PacketClient client = subscriber({protocol::kLoopInconsistencyClass});
   tell(kLoopEvent, 1, 1);
-  client.send(make_subscription({kRootClass}));
+  client.send(make_subscription({protocol::kRootInconsistencyClass}));
   let_the_server_work();
   tell(kLoopEvent, 2, 1);
   tell(kRootEvent, 3, 1);
-  EXPECT_EQ(read_event(client.receive()), (Received{1, kLoopClass, 1, 1}));
-  EXPECT_EQ(read_event(client.receive()), (Received{2, kRootClass, 3, 1})) << "the numbers run on";
+  EXPECT_EQ(read_event(client.receive()), (Received{1, protocol::kLoopInconsistencyClass, 1, 1}));
+  EXPECT_EQ(read_event(client.receive()), (Received{2, protocol::kRootInconsistencyClass, 3, 1}))
+      << "the numbers run on";
   EXPECT_FALSE(client.receive_now().has_value());
 }
 
@@ -157,23 +160,23 @@ TEST_F(EventServers, AnswerRequestsBeforeASubscription) {
   PacketClient client = greeted();
   client.send(request(1));
   client.send(request(2));
-  client.send(make_subscription({kLoopClass}));
+  client.send(make_subscription({protocol::kLoopInconsistencyClass}));
   EXPECT_EQ(reply_head(client.receive()).header.sequence, 1U);
   EXPECT_EQ(reply_head(client.receive()).header.sequence, 2U);
   let_the_server_work();
   tell(kLoopEvent, 1, 1);
-  EXPECT_EQ(read_event(client.receive()), (Received{1, kLoopClass, 1, 1}));
+  EXPECT_EQ(read_event(client.receive()), (Received{1, protocol::kLoopInconsistencyClass, 1, 1}));
 }
 
 TEST_F(EventServers, SendALateReplyBeforeTheyTakeASubscription) {
   PacketClient client = greeted();
   faults_.order(FaultKind::kDelay, std::chrono::milliseconds(20), 1);
   client.send(request(1));
-  client.send(make_subscription({kLoopClass}));
+  client.send(make_subscription({protocol::kLoopInconsistencyClass}));
   EXPECT_EQ(reply_head(client.receive()).header.sequence, 1U);
   let_the_server_work();
   tell(kLoopEvent, 1, 1);
-  EXPECT_EQ(read_event(client.receive()), (Received{1, kLoopClass, 1, 1}));
+  EXPECT_EQ(read_event(client.receive()), (Received{1, protocol::kLoopInconsistencyClass, 1, 1}));
 }
 
 TEST_F(EventServers, DisconnectASubscriberThatAsks) {
@@ -188,7 +191,7 @@ TEST_F(EventServers, DisconnectASubscriberThatAsks) {
 
 TEST_F(EventServers, DisconnectWhoeverSubscribesMalformed) {
   PacketClient client = greeted();
-  Packet malformed = make_subscription({kLoopClass});
+  Packet malformed = make_subscription({protocol::kLoopInconsistencyClass});
   put(&malformed, offsetof(wire::Subscribe, class_count), uint32_t{2});
   testing::internal::CaptureStderr();
   EXPECT_TRUE(client.ask(malformed).empty());
@@ -199,7 +202,7 @@ TEST_F(EventServers, DisconnectWhoeverSubscribesMalformed) {
 
 TEST_F(EventServers, DisconnectWhoeverSubscribesInMoreThanAMessage) {
   PacketClient client = greeted();
-  Packet huge = make_subscription({kLoopClass});
+  Packet huge = make_subscription({protocol::kLoopInconsistencyClass});
   huge.resize(wire::kMaxMessageSize + 1);
   put(&huge, offsetof(wire::MessageHeader, length), static_cast<uint32_t>(huge.size()));
   testing::internal::CaptureStderr();
@@ -211,7 +214,7 @@ TEST_F(EventServers, DisconnectWhoeverSubscribesInMoreThanAMessage) {
 TEST_F(EventServers, SurviveSubscribersThatHangUpAtAnyPoint) {
   for (int round = 0; round < 100; ++round) {
     PacketClient at_once = greeted();
-    at_once.send(make_subscription({kLoopClass}));
+    at_once.send(make_subscription({protocol::kLoopInconsistencyClass}));
     at_once.hang_up();
     PacketClient with_events = subscriber();
     tell(kLoopEvent, 1, 1);
@@ -240,8 +243,8 @@ TEST_F(EventServers, TellTheOthersWhenOneIsGone) {
   tell(kLoopEvent, 1, 1);
   tell(kLoopEvent, 1, 2);
   for (const uint32_t left : {1U, 3U}) {
-    EXPECT_EQ(read_event(clients[left].receive()), (Received{1, kLoopClass, 1, 1}));
-    EXPECT_EQ(read_event(clients[left].receive()), (Received{2, kLoopClass, 1, 2}));
+    EXPECT_EQ(read_event(clients[left].receive()), (Received{1, protocol::kLoopInconsistencyClass, 1, 1}));
+    EXPECT_EQ(read_event(clients[left].receive()), (Received{2, protocol::kLoopInconsistencyClass, 1, 2}));
   }
 }
 
@@ -264,7 +267,7 @@ TEST_F(EventServers, CountSubscribersAmongTheConnections) {
     testing::internal::CaptureStderr();
     tell(kLoopEvent, 1, 1);
     for (size_t i = 0; i < 32; ++i) {
-      EXPECT_EQ(read_event(clients[i].receive()), (Received{1, kLoopClass, 1, 1}));
+      EXPECT_EQ(read_event(clients[i].receive()), (Received{1, protocol::kLoopInconsistencyClass, 1, 1}));
     }
     clients.clear();
     let_the_server_work();
@@ -280,7 +283,7 @@ TEST_F(EventServers, SpareASubscriberForConnectionsThatAreInUse) {
     EXPECT_EQ(reply_head(others.back().ask(request(i))).header.sequence, i);
   }
   tell(kLoopEvent, 1, 1);
-  EXPECT_EQ(read_event(client.receive()), (Received{1, kLoopClass, 1, 1}));
+  EXPECT_EQ(read_event(client.receive()), (Received{1, protocol::kLoopInconsistencyClass, 1, 1}));
 }
 
 TEST_F(EventServers, GiveThePlaceOfTheFirstOfTooManySubscribersToANewOne) {
@@ -297,7 +300,7 @@ TEST_F(EventServers, GiveThePlaceOfTheFirstOfTooManySubscribersToANewOne) {
   clients.erase(clients.begin());
   tell(kLoopEvent, 1, 1);
   for (PacketClient &client : clients) {
-    EXPECT_EQ(read_event(client.receive()), (Received{1, kLoopClass, 1, 1}));
+    EXPECT_EQ(read_event(client.receive()), (Received{1, protocol::kLoopInconsistencyClass, 1, 1}));
   }
 }
 
@@ -313,7 +316,7 @@ TEST_F(EventServers, DoNotWaitForASubscriberThatDoesNotRead) {
     told[i % kTrees] = i;
     tell(kLoopEvent, i % kTrees, i);
     const Received received = read_event(fast.receive());
-    ASSERT_EQ(received, (Received{i, kLoopClass, i % kTrees, i}));
+    ASSERT_EQ(received, (Received{i, protocol::kLoopInconsistencyClass, i % kTrees, i}));
   }
   expect_service();
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
@@ -337,8 +340,8 @@ TEST_F(EventServers, DoNotWaitForASubscriberThatDoesNotRead) {
   // It is told of everything again.
   tell(kRootEvent, 1, 1);
   tell(kRootEvent, 1, 2);
-  EXPECT_EQ(read_event(slow.receive()), (Received{count + 1, kRootClass, 1, 1}));
-  EXPECT_EQ(read_event(slow.receive()), (Received{count + 2, kRootClass, 1, 2}));
+  EXPECT_EQ(read_event(slow.receive()), (Received{count + 1, protocol::kRootInconsistencyClass, 1, 1}));
+  EXPECT_EQ(read_event(slow.receive()), (Received{count + 2, protocol::kRootInconsistencyClass, 1, 2}));
 }
 
 TEST_F(EventServers, ForgetASubscriberThatNeitherReadsNorStays) {
@@ -366,7 +369,7 @@ TEST_F(EventServers, TellOfMoreThanTheSocketTakesAtOnce) {
   }
   server_.tell(events);
   for (uint32_t tree = 1; tree <= kTrees; ++tree) {
-    ASSERT_EQ(read_event(client.receive()), (Received{tree, kRootClass, tree, 1}));
+    ASSERT_EQ(read_event(client.receive()), (Received{tree, protocol::kRootInconsistencyClass, tree, 1}));
   }
 }
 

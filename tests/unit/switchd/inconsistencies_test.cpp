@@ -59,7 +59,7 @@ class InconsistencyCommands : public CommandTest {
   InconsistencyCommands() { switch_.replace(parse_scenario(kScenario, "test.toml")); }
 
   static RequestText request(uint32_t command, uint32_t action, uint32_t tree, uint32_t if_index) {
-    return {command, action, {one_tree(kVlanTreeKey, tree), {kInterfaceKey, {if_index}}}};
+    return {command, action, {one_tree(protocol::kVlanTreeKey, tree), {protocol::kInterfaceKey, {if_index}}}};
   }
 
   template <uint32_t kCommand>
@@ -90,8 +90,9 @@ TEST_F(InconsistencyCommands, AnswerForExactlyThePortOfTheTree) {
 }
 
 TEST_F(InconsistencyCommands, TakeTheirKeysInAnyOrder) {
-  EXPECT_EQ(reply_to({116, kGet, {{kInterfaceKey, {kPort + 1}}, one_tree(kVlanTreeKey, 10)}}),
-            row("0a000000", "0100001a", "03000000"));
+  EXPECT_EQ(
+      reply_to({116, kGet, {{protocol::kInterfaceKey, {kPort + 1}}, one_tree(protocol::kVlanTreeKey, 10)}}),
+      row("0a000000", "0100001a", "03000000"));
 }
 
 TEST_F(InconsistencyCommands, AnswerForTheNextPort) {
@@ -185,8 +186,8 @@ TEST_F(InconsistencyCommands, FollowMembershipAndTrees) {
 }
 
 TEST_F(InconsistencyCommands, TakeTheirKeysOnly) {
-  const KeyText tree = one_tree(kVlanTreeKey, 10);
-  const KeyText interface(kInterfaceKey, {kPort + 1});
+  const KeyText tree = one_tree(protocol::kVlanTreeKey, 10);
+  const KeyText interface(protocol::kInterfaceKey, {kPort + 1});
   for (const char *const mode : {"mst", "rapid-pvst"}) {
     set("switch.mode", mode);
     for (const uint32_t command : {116U, 120U, 121U}) {
@@ -195,8 +196,10 @@ TEST_F(InconsistencyCommands, TakeTheirKeysOnly) {
         EXPECT_EQ(refusal_of({command, action, {tree}}), CMD_UNKNOWN_KEY);
         EXPECT_EQ(refusal_of({command, action, {interface}}), CMD_UNKNOWN_KEY);
         EXPECT_EQ(refusal_of({command, action, {tree, interface, interface}}), CMD_UNKNOWN_KEY);
-        EXPECT_EQ(refusal_of({command, action, {one_tree(kMstInstanceKey, 10), interface}}), CMD_UNKNOWN_KEY);
-        EXPECT_EQ(refusal_of({command, action, {tree, {kMstInterfaceKey, {kPort + 1}}}}), CMD_UNKNOWN_KEY);
+        EXPECT_EQ(refusal_of({command, action, {one_tree(protocol::kMstTreeKey, 10), interface}}),
+                  CMD_UNKNOWN_KEY);
+        EXPECT_EQ(refusal_of({command, action, {tree, {protocol::kMstInterfaceKey, {kPort + 1}}}}),
+                  CMD_UNKNOWN_KEY);
       }
     }
   }
@@ -210,9 +213,11 @@ TEST_F(InconsistencyCommands, TakeAListOfExactlyOneTree) {
     for (const uint32_t command : {116U, 120U, 121U}) {
       for (const auto &list : lists) {
         for (const uint32_t action : {kGet, kGetNext}) {
-          EXPECT_EQ(
-              refusal_of({command, action, {range_list(kVlanTreeKey, list), {kInterfaceKey, {kPort + 1}}}}),
-              CMD_BAD_REQUEST);
+          EXPECT_EQ(refusal_of(
+                        {command,
+                         action,
+                         {range_list(protocol::kVlanTreeKey, list), {protocol::kInterfaceKey, {kPort + 1}}}}),
+                    CMD_BAD_REQUEST);
         }
       }
     }

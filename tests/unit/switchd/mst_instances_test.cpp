@@ -12,7 +12,7 @@ namespace {
 class MstInstancesCommand : public CommandTest {
  protected:
   static RequestText request(uint32_t action, uint32_t instance) {
-    return {122, action, {one_tree(kMstInstanceKey, instance)}};
+    return {122, action, {one_tree(protocol::kMstTreeKey, instance)}};
   }
   static RequestText request_after(uint32_t instance) { return request(kGetNext, instance); }
 
@@ -103,14 +103,14 @@ TEST_F(MstInstancesCommand, HasNoRowsOutsideMstMode) {
 }
 
 TEST_F(MstInstancesCommand, TakesItsKeyOnly) {
-  const KeyText key = one_tree(kMstInstanceKey, 2);
+  const KeyText key = one_tree(protocol::kMstTreeKey, 2);
   for (const char *const mode : {"mst", "rapid-pvst"}) {
     set("switch.mode", mode);
     for (const uint32_t action : {kGet, kGetNext}) {
       EXPECT_EQ(refusal_of({122, action, {}}), CMD_UNKNOWN_KEY);
       EXPECT_EQ(refusal_of({122, action, {key, key}}), CMD_UNKNOWN_KEY);
-      EXPECT_EQ(refusal_of({122, action, {one_tree(kVlanTreeKey, 2)}}), CMD_UNKNOWN_KEY);
-      EXPECT_EQ(refusal_of({122, action, {key, kMstDigestsKey}}), CMD_UNKNOWN_KEY);
+      EXPECT_EQ(refusal_of({122, action, {one_tree(protocol::kVlanTreeKey, 2)}}), CMD_UNKNOWN_KEY);
+      EXPECT_EQ(refusal_of({122, action, {key, protocol::kMstDigestsKey}}), CMD_UNKNOWN_KEY);
     }
   }
 }
@@ -123,7 +123,7 @@ TEST_F(MstInstancesCommand, TakesAListOfExactlyOneInstance) {
     set("switch.mode", mode);
     for (const auto &list : lists) {
       for (const uint32_t action : {kGet, kGetNext}) {
-        EXPECT_EQ(refusal_of({122, action, {range_list(kMstInstanceKey, list)}}), CMD_BAD_REQUEST);
+        EXPECT_EQ(refusal_of({122, action, {range_list(protocol::kMstTreeKey, list)}}), CMD_BAD_REQUEST);
       }
     }
   }

@@ -36,7 +36,7 @@ constexpr char kRegionWithoutKey[] =
     "06b00230 10000000 7d3c1b90a45e62f88c01d9b7f3a6520e";
 
 TEST_F(MstRegionCommand, AnswersTheDigestsKeyWithoutAVlanMap) {
-  EXPECT_EQ(reply_to({112, kGet, {kMstDigestsKey}}), reply(kRegionWithDigestsKey));
+  EXPECT_EQ(reply_to({112, kGet, {protocol::kMstDigestsKey}}), reply(kRegionWithDigestsKey));
 }
 
 // VLANs 10-19,30 and 20-29 and 100-199; all others from 1 to 4094 are the CIST's.
@@ -95,14 +95,14 @@ TEST_F(MstRegionCommand, MapsAsManyInstancesAsThereCanBe) {
 
 TEST_F(MstRegionCommand, HasNoNextEntry) {
   EXPECT_EQ(refusal_of({112, kGetNext, {}}), CMD_NO_ENTRY);
-  EXPECT_EQ(refusal_of({112, kGetNext, {kMstDigestsKey}}), CMD_NO_ENTRY);
+  EXPECT_EQ(refusal_of({112, kGetNext, {protocol::kMstDigestsKey}}), CMD_NO_ENTRY);
 }
 
 TEST_F(MstRegionCommand, TakesItsKeyOnly) {
-  EXPECT_EQ(refusal_of({112, kGet, {kGlobalSettingsKey}}), CMD_UNKNOWN_KEY);
-  EXPECT_EQ(refusal_of({112, kGet, {kMstDigestsKey, kMstDigestsKey}}), CMD_UNKNOWN_KEY);
-  EXPECT_EQ(refusal_of({112, kGet, {one_tree(kMstInstanceKey, 0)}}), CMD_UNKNOWN_KEY);
-  EXPECT_EQ(refusal_of({112, kGetNext, {kGlobalSettingsKey}}), CMD_UNKNOWN_KEY);
+  EXPECT_EQ(refusal_of({112, kGet, {protocol::kGlobalSettingsKey}}), CMD_UNKNOWN_KEY);
+  EXPECT_EQ(refusal_of({112, kGet, {protocol::kMstDigestsKey, protocol::kMstDigestsKey}}), CMD_UNKNOWN_KEY);
+  EXPECT_EQ(refusal_of({112, kGet, {one_tree(protocol::kMstTreeKey, 0)}}), CMD_UNKNOWN_KEY);
+  EXPECT_EQ(refusal_of({112, kGetNext, {protocol::kGlobalSettingsKey}}), CMD_UNKNOWN_KEY);
 }
 
 }  // namespace

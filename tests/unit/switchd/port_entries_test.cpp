@@ -72,7 +72,7 @@ class PortEntries : public CommandTest {
 class RapidPvstPortsCommand : public PortEntries {
  protected:
   static RequestText request(uint32_t action, uint32_t tree, uint32_t if_index) {
-    return {105, action, {one_tree(kVlanTreeKey, tree), {kInterfaceKey, {if_index}}}};
+    return {105, action, {one_tree(protocol::kVlanTreeKey, tree), {protocol::kInterfaceKey, {if_index}}}};
   }
   static RequestText request_after(const TreePortRow &row) {
     return request(kGetNext, row.first, row.second);
@@ -125,8 +125,9 @@ TEST_F(RapidPvstPortsCommand, AnswersForExactlyThePortOfTheTree) {
 }
 
 TEST_F(RapidPvstPortsCommand, TakesItsKeysInAnyOrder) {
-  EXPECT_EQ(reply_to({105, kGet, {{kInterfaceKey, {kPort + 1}}, one_tree(kVlanTreeKey, 1)}}),
-            hex(octets(kPort1InVlan1)));
+  EXPECT_EQ(
+      reply_to({105, kGet, {{protocol::kInterfaceKey, {kPort + 1}}, one_tree(protocol::kVlanTreeKey, 1)}}),
+      hex(octets(kPort1InVlan1)));
 }
 
 TEST_F(RapidPvstPortsCommand, AnswersForTheNextPortOfTheTree) {
@@ -255,8 +256,8 @@ TEST_F(RapidPvstPortsCommand, HasNoRowsOnASwitchWithoutPorts) {
 }
 
 TEST_F(RapidPvstPortsCommand, TakesItsKeysOnly) {
-  const KeyText tree = one_tree(kVlanTreeKey, 1);
-  const KeyText interface(kInterfaceKey, {kPort + 1});
+  const KeyText tree = one_tree(protocol::kVlanTreeKey, 1);
+  const KeyText interface(protocol::kInterfaceKey, {kPort + 1});
   for (const char *const mode : {"mst", "rapid-pvst"}) {
     set("switch.mode", mode);
     for (const uint32_t action : {kGet, kGetNext}) {
@@ -265,9 +266,10 @@ TEST_F(RapidPvstPortsCommand, TakesItsKeysOnly) {
       EXPECT_EQ(refusal_of({105, action, {tree, tree}}), CMD_UNKNOWN_KEY);
       EXPECT_EQ(refusal_of({105, action, {interface, interface}}), CMD_UNKNOWN_KEY);
       EXPECT_EQ(refusal_of({105, action, {tree, interface, tree}}), CMD_UNKNOWN_KEY);
-      EXPECT_EQ(refusal_of({105, action, {one_tree(kMstInstanceKey, 1), interface}}), CMD_UNKNOWN_KEY);
-      EXPECT_EQ(refusal_of({105, action, {tree, {kMstInterfaceKey, {kPort + 1}}}}), CMD_UNKNOWN_KEY);
-      EXPECT_EQ(refusal_of({105, action, {{kMstInterfaceKey, {kPort + 1}}}}), CMD_UNKNOWN_KEY);
+      EXPECT_EQ(refusal_of({105, action, {one_tree(protocol::kMstTreeKey, 1), interface}}), CMD_UNKNOWN_KEY);
+      EXPECT_EQ(refusal_of({105, action, {tree, {protocol::kMstInterfaceKey, {kPort + 1}}}}),
+                CMD_UNKNOWN_KEY);
+      EXPECT_EQ(refusal_of({105, action, {{protocol::kMstInterfaceKey, {kPort + 1}}}}), CMD_UNKNOWN_KEY);
     }
   }
 }
@@ -281,8 +283,11 @@ TEST_F(RapidPvstPortsCommand, TakesAListOfExactlyOneVlan) {
     set("switch.mode", mode);
     for (const auto &list : kWrongLists) {
       for (const uint32_t action : {kGet, kGetNext}) {
-        EXPECT_EQ(refusal_of({105, action, {range_list(kVlanTreeKey, list), {kInterfaceKey, {kPort + 1}}}}),
-                  CMD_BAD_REQUEST);
+        EXPECT_EQ(
+            refusal_of({105,
+                        action,
+                        {range_list(protocol::kVlanTreeKey, list), {protocol::kInterfaceKey, {kPort + 1}}}}),
+            CMD_BAD_REQUEST);
       }
     }
   }
@@ -295,7 +300,8 @@ class MstPortsCommand : public PortEntries {
   MstPortsCommand() { set("switch.mode", "mst"); }
 
   static RequestText request(uint32_t action, uint32_t instance, uint32_t if_index) {
-    return {111, action, {one_tree(kMstInstanceKey, instance), {kMstInterfaceKey, {if_index}}}};
+    return {
+        111, action, {one_tree(protocol::kMstTreeKey, instance), {protocol::kMstInterfaceKey, {if_index}}}};
   }
   static RequestText request_after(const TreePortRow &row) {
     return request(kGetNext, row.first, row.second);
@@ -345,8 +351,9 @@ constexpr char kChannel2InInstance8[] =
 TEST_F(MstPortsCommand, AnswersForExactlyThePortOfTheInstance) {
   EXPECT_EQ(reply_to(request(kGet, 0, kChannel + 2)), hex(octets(kChannel2InTheCist)));
   EXPECT_EQ(reply_to(request(kGet, 5, kPort + 4)), hex(octets(kPort4InInstance5)));
-  EXPECT_EQ(reply_to({111, kGet, {{kMstInterfaceKey, {kPort + 4}}, one_tree(kMstInstanceKey, 5)}}),
-            hex(octets(kPort4InInstance5)));
+  EXPECT_EQ(
+      reply_to({111, kGet, {{protocol::kMstInterfaceKey, {kPort + 4}}, one_tree(protocol::kMstTreeKey, 5)}}),
+      hex(octets(kPort4InInstance5)));
 }
 
 TEST_F(MstPortsCommand, AnswersForTheNextPortOfTheInstanceOrOfALaterOne) {
@@ -433,14 +440,14 @@ TEST_F(MstPortsCommand, HasNoRowsOutsideMstMode) {
 }
 
 TEST_F(MstPortsCommand, TakesItsKeysOnly) {
-  const KeyText instance = one_tree(kMstInstanceKey, 5);
-  const KeyText interface(kMstInterfaceKey, {kPort + 1});
+  const KeyText instance = one_tree(protocol::kMstTreeKey, 5);
+  const KeyText interface(protocol::kMstInterfaceKey, {kPort + 1});
   for (const uint32_t action : {kGet, kGetNext}) {
     EXPECT_EQ(refusal_of({111, action, {}}), CMD_UNKNOWN_KEY);
     EXPECT_EQ(refusal_of({111, action, {instance}}), CMD_UNKNOWN_KEY);
     EXPECT_EQ(refusal_of({111, action, {interface, interface}}), CMD_UNKNOWN_KEY);
-    EXPECT_EQ(refusal_of({111, action, {instance, {kInterfaceKey, {kPort + 1}}}}), CMD_UNKNOWN_KEY);
-    EXPECT_EQ(refusal_of({111, action, {one_tree(kVlanTreeKey, 5), interface}}), CMD_UNKNOWN_KEY);
+    EXPECT_EQ(refusal_of({111, action, {instance, {protocol::kInterfaceKey, {kPort + 1}}}}), CMD_UNKNOWN_KEY);
+    EXPECT_EQ(refusal_of({111, action, {one_tree(protocol::kVlanTreeKey, 5), interface}}), CMD_UNKNOWN_KEY);
     EXPECT_EQ(refusal_of({111, action, {instance, interface, interface}}), CMD_UNKNOWN_KEY);
   }
 }
@@ -449,7 +456,9 @@ TEST_F(MstPortsCommand, TakesAListOfExactlyOneInstance) {
   for (const auto &list : kWrongLists) {
     for (const uint32_t action : {kGet, kGetNext}) {
       EXPECT_EQ(
-          refusal_of({111, action, {range_list(kMstInstanceKey, list), {kMstInterfaceKey, {kPort + 1}}}}),
+          refusal_of({111,
+                      action,
+                      {range_list(protocol::kMstTreeKey, list), {protocol::kMstInterfaceKey, {kPort + 1}}}}),
           CMD_BAD_REQUEST);
     }
   }

@@ -1,6 +1,7 @@
 // The roles of ports in trees, as commands 105 and 111 tell them.
 #include <gmock/gmock.h>
 
+#include "protocol_numbers.h"
 #include "support/command_test.h"
 
 using namespace stpswitch;
@@ -41,7 +42,6 @@ backup_port_of = "2,4094"
 
 constexpr uint32_t kPort = 0x1A000000;
 constexpr uint32_t kChannel = 0x16000000;
-constexpr uint32_t kRole = 0x0202'A003;
 
 constexpr uint32_t kDisabled = 1;
 constexpr uint32_t kRoot = 2;
@@ -54,11 +54,11 @@ class PortRoles : public CommandTest {
   PortRoles() { switch_.replace(parse_scenario(kScenario, "test.toml")); }
 
   static RequestText mst_request(uint32_t tree, uint32_t if_index) {
-    return {111, kGet, {one_tree(kMstInstanceKey, tree), {kMstInterfaceKey, {if_index}}}};
+    return {111, kGet, {one_tree(protocol::kMstTreeKey, tree), {protocol::kMstInterfaceKey, {if_index}}}};
   }
 
   std::optional<uint32_t> mst_role(uint32_t tree, uint32_t if_index) const {
-    return number_in_reply_to(mst_request(tree, if_index), kRole);
+    return number_in_reply_to(mst_request(tree, if_index), protocol::kPortRole);
   }
 
   // In the CIST and the two instances.
@@ -74,8 +74,9 @@ class PortRoles : public CommandTest {
   std::vector<uint32_t> rapid_pvst_roles(uint32_t if_index) const {
     std::vector<uint32_t> roles;
     for (const uint32_t vlan : {5U, 10U, 20U}) {
-      const RequestText request = {105, kGet, {one_tree(kVlanTreeKey, vlan), {kInterfaceKey, {if_index}}}};
-      roles.push_back(number_in_reply_to(request, kRole).value_or(0));
+      const RequestText request = {
+          105, kGet, {one_tree(protocol::kVlanTreeKey, vlan), {protocol::kInterfaceKey, {if_index}}}};
+      roles.push_back(number_in_reply_to(request, protocol::kPortRole).value_or(0));
     }
     return roles;
   }

@@ -1,6 +1,7 @@
 // Commands 117, 118 and 119: what is configured on the bridge ports.
 #include <gmock/gmock.h>
 
+#include "protocol_numbers.h"
 #include "support/command_test.h"
 #include "support/octets.h"
 
@@ -43,12 +44,8 @@ number = 2
 constexpr uint32_t kPort = 0x1A000000;
 constexpr uint32_t kChannel = 0x16000000;
 
-constexpr uint32_t kRootGuard = 117;
-constexpr uint32_t kLoopGuard = 118;
-constexpr uint32_t kPortSettings = 119;
-
 RequestText request(uint32_t command, uint32_t action, uint32_t if_index) {
-  return {command, action, {{kInterfaceKey, {if_index}}}};
+  return {command, action, {{protocol::kInterfaceKey, {if_index}}}};
 }
 
 class PortSettings : public CommandTest {
@@ -69,20 +66,21 @@ constexpr char kRootGuardOfChannel2[] =
     "1aa00202 04000000 02000000";
 
 TEST_F(PortSettings, TellWhetherRootGuardIsEnabled) {
-  EXPECT_EQ(reply_to(request(kRootGuard, kGet, kPort + 4)), hex(octets(kRootGuardOfPort4)));
-  EXPECT_EQ(reply_to(request(kRootGuard, kGet, kChannel + 2)), hex(octets(kRootGuardOfChannel2)));
-  EXPECT_EQ(reply_to(request(kRootGuard, kGetNext, 0)), hex(octets(kRootGuardOfChannel2)));
-  EXPECT_EQ(reply_to(request(kRootGuard, kGetNext, kChannel + 4095)), hex(octets(kRootGuardOfPort4)));
+  EXPECT_EQ(reply_to(request(protocol::kRootGuard, kGet, kPort + 4)), hex(octets(kRootGuardOfPort4)));
+  EXPECT_EQ(reply_to(request(protocol::kRootGuard, kGet, kChannel + 2)), hex(octets(kRootGuardOfChannel2)));
+  EXPECT_EQ(reply_to(request(protocol::kRootGuard, kGetNext, 0)), hex(octets(kRootGuardOfChannel2)));
+  EXPECT_EQ(reply_to(request(protocol::kRootGuard, kGetNext, kChannel + 4095)),
+            hex(octets(kRootGuardOfPort4)));
 }
 
 TEST_F(PortSettings, FollowRootGuard) {
   set("port.4.root_guard", "false");
-  EXPECT_EQ(reply_to(request(kRootGuard, kGet, kPort + 4)),
+  EXPECT_EQ(reply_to(request(protocol::kRootGuard, kGet, kPort + 4)),
             hex(octets("57505453 0100 0300 30000000 07000000 00000000 02000000"
                        "01a0020c 04000000 0400001a"
                        "1aa00202 04000000 02000000")));
   set("port.4.root_guard", "true");
-  EXPECT_EQ(reply_to(request(kRootGuard, kGet, kPort + 4)), hex(octets(kRootGuardOfPort4)));
+  EXPECT_EQ(reply_to(request(protocol::kRootGuard, kGet, kPort + 4)), hex(octets(kRootGuardOfPort4)));
 }
 
 constexpr char kLoopGuardOfPort4[] =
@@ -96,30 +94,31 @@ constexpr char kLoopGuardOfChannel2[] =
     "1aa00202 04000000 03000000";
 
 TEST_F(PortSettings, TellWhatLoopGuardIsSetTo) {
-  EXPECT_EQ(reply_to(request(kLoopGuard, kGet, kPort + 4)), hex(octets(kLoopGuardOfPort4)));
-  EXPECT_EQ(reply_to(request(kLoopGuard, kGet, kChannel + 2)), hex(octets(kLoopGuardOfChannel2)));
-  EXPECT_EQ(reply_to(request(kLoopGuard, kGetNext, 0)), hex(octets(kLoopGuardOfChannel2)));
-  EXPECT_EQ(reply_to(request(kLoopGuard, kGetNext, kChannel + 4095)), hex(octets(kLoopGuardOfPort4)));
+  EXPECT_EQ(reply_to(request(protocol::kLoopGuard, kGet, kPort + 4)), hex(octets(kLoopGuardOfPort4)));
+  EXPECT_EQ(reply_to(request(protocol::kLoopGuard, kGet, kChannel + 2)), hex(octets(kLoopGuardOfChannel2)));
+  EXPECT_EQ(reply_to(request(protocol::kLoopGuard, kGetNext, 0)), hex(octets(kLoopGuardOfChannel2)));
+  EXPECT_EQ(reply_to(request(protocol::kLoopGuard, kGetNext, kChannel + 4095)),
+            hex(octets(kLoopGuardOfPort4)));
 }
 
 TEST_F(PortSettings, FollowLoopGuard) {
   set("port.4.loop_guard", "enabled");
-  EXPECT_EQ(reply_to(request(kLoopGuard, kGet, kPort + 4)),
+  EXPECT_EQ(reply_to(request(protocol::kLoopGuard, kGet, kPort + 4)),
             hex(octets("57505453 0100 0300 30000000 07000000 00000000 02000000"
                        "01a0020c 04000000 0400001a"
                        "1aa00202 04000000 01000000")));
   set("port_channel.2.loop_guard", "disabled");
-  EXPECT_EQ(reply_to(request(kLoopGuard, kGet, kChannel + 2)),
+  EXPECT_EQ(reply_to(request(protocol::kLoopGuard, kGet, kChannel + 2)),
             hex(octets("57505453 0100 0300 30000000 07000000 00000000 02000000"
                        "01a0020c 04000000 02000016"
                        "1aa00202 04000000 02000000")));
   set("port_channel.2.loop_guard", "default");
-  EXPECT_EQ(reply_to(request(kLoopGuard, kGet, kChannel + 2)), hex(octets(kLoopGuardOfChannel2)));
+  EXPECT_EQ(reply_to(request(protocol::kLoopGuard, kGet, kChannel + 2)), hex(octets(kLoopGuardOfChannel2)));
 }
 
 TEST_F(PortSettings, TellDefaultLoopGuardWhateverTheDefaultIs) {
   set("switch.loop_guard_default", "true");
-  EXPECT_EQ(reply_to(request(kLoopGuard, kGet, kChannel + 2)), hex(octets(kLoopGuardOfChannel2)));
+  EXPECT_EQ(reply_to(request(protocol::kLoopGuard, kGet, kChannel + 2)), hex(octets(kLoopGuardOfChannel2)));
 }
 
 constexpr char kSettingsOfPort4[] =
@@ -135,16 +134,17 @@ constexpr char kSettingsOfChannel2[] =
     "aa000201 04000000 00000000";
 
 TEST_F(PortSettings, TellLinkTypeAndPreStandardMst) {
-  EXPECT_EQ(reply_to(request(kPortSettings, kGet, kPort + 4)), hex(octets(kSettingsOfPort4)));
-  EXPECT_EQ(reply_to(request(kPortSettings, kGet, kChannel + 2)), hex(octets(kSettingsOfChannel2)));
-  EXPECT_EQ(reply_to(request(kPortSettings, kGetNext, 0)), hex(octets(kSettingsOfChannel2)));
-  EXPECT_EQ(reply_to(request(kPortSettings, kGetNext, kChannel + 4095)), hex(octets(kSettingsOfPort4)));
+  EXPECT_EQ(reply_to(request(protocol::kPortSettings, kGet, kPort + 4)), hex(octets(kSettingsOfPort4)));
+  EXPECT_EQ(reply_to(request(protocol::kPortSettings, kGet, kChannel + 2)), hex(octets(kSettingsOfChannel2)));
+  EXPECT_EQ(reply_to(request(protocol::kPortSettings, kGetNext, 0)), hex(octets(kSettingsOfChannel2)));
+  EXPECT_EQ(reply_to(request(protocol::kPortSettings, kGetNext, kChannel + 4095)),
+            hex(octets(kSettingsOfPort4)));
 }
 
 TEST_F(PortSettings, FollowLinkTypeAndPreStandardMst) {
   set("port.4.link_type", "point-to-point");
   set("port.4.pre_standard_mst", "false");
-  EXPECT_EQ(reply_to(request(kPortSettings, kGet, kPort + 4)),
+  EXPECT_EQ(reply_to(request(protocol::kPortSettings, kGet, kPort + 4)),
             hex(octets("57505453 0100 0300 3c000000 07000000 00000000 03000000"
                        "01a0020c 04000000 0400001a"
                        "19a00202 04000000 01000000"
@@ -153,7 +153,7 @@ TEST_F(PortSettings, FollowLinkTypeAndPreStandardMst) {
 
 TEST_F(PortSettings, TellTheLinkTypeThatIsConfiguredWhateverTheLinkIs) {
   set("port.3967.half_duplex", "true");
-  EXPECT_EQ(reply_to(request(kPortSettings, kGet, kPort + 3967)),
+  EXPECT_EQ(reply_to(request(protocol::kPortSettings, kGet, kPort + 3967)),
             hex(octets("57505453 0100 0300 3c000000 07000000 00000000 03000000"
                        "01a0020c 04000000 7f0f001a"
                        "19a00202 04000000 03000000"
@@ -165,13 +165,13 @@ TEST_F(PortSettings, TellTheLinkTypeThatIsConfiguredWhateverTheLinkIs) {
 class EachPortSettingsCommand : public PortSettings, public testing::WithParamInterface<uint32_t> {
  protected:
   std::vector<uint32_t> rows(uint32_t from = 0) const {
-    constexpr uint32_t kInterface = 0x0C02'A001;
-    return walk([](uint32_t if_index) { return request(GetParam(), kGetNext, if_index); }, from, kInterface);
+    return walk([](uint32_t if_index) { return request(GetParam(), kGetNext, if_index); }, from,
+                protocol::kInterface);
   }
 };
 
 INSTANTIATE_TEST_SUITE_P(Commands, EachPortSettingsCommand,
-                         testing::Values(kRootGuard, kLoopGuard, kPortSettings),
+                         testing::Values(protocol::kRootGuard, protocol::kLoopGuard, protocol::kPortSettings),
                          testing::PrintToStringParamName());
 
 TEST_P(EachPortSettingsCommand, HasARowForEachBridgePortInTheOrderOfInterfaceIndexes) {
@@ -223,14 +223,14 @@ TEST_P(EachPortSettingsCommand, DoesNotDependOnModeVlansOrLinks) {
 }
 
 TEST_P(EachPortSettingsCommand, TakesItsKeyOnly) {
-  const KeyText key(kInterfaceKey, {kPort + 4});
+  const KeyText key(protocol::kInterfaceKey, {kPort + 4});
   for (const uint32_t action : {kGet, kGetNext}) {
     EXPECT_EQ(refusal_of({GetParam(), action, {}}), CMD_UNKNOWN_KEY);
     EXPECT_EQ(refusal_of({GetParam(), action, {key, key}}), CMD_UNKNOWN_KEY);
-    EXPECT_EQ(refusal_of({GetParam(), action, {kGlobalSettingsKey}}), CMD_UNKNOWN_KEY);
-    EXPECT_EQ(refusal_of({GetParam(), action, {key, one_tree(kMstInstanceKey, 0)}}), CMD_UNKNOWN_KEY);
-    EXPECT_EQ(refusal_of({GetParam(), action, {key, one_tree(kVlanTreeKey, 1)}}), CMD_UNKNOWN_KEY);
-    EXPECT_EQ(refusal_of({GetParam(), action, {{kMstInterfaceKey, {kPort + 4}}}}), CMD_UNKNOWN_KEY);
+    EXPECT_EQ(refusal_of({GetParam(), action, {protocol::kGlobalSettingsKey}}), CMD_UNKNOWN_KEY);
+    EXPECT_EQ(refusal_of({GetParam(), action, {key, one_tree(protocol::kMstTreeKey, 0)}}), CMD_UNKNOWN_KEY);
+    EXPECT_EQ(refusal_of({GetParam(), action, {key, one_tree(protocol::kVlanTreeKey, 1)}}), CMD_UNKNOWN_KEY);
+    EXPECT_EQ(refusal_of({GetParam(), action, {{protocol::kMstInterfaceKey, {kPort + 4}}}}), CMD_UNKNOWN_KEY);
     EXPECT_EQ(refusal_of({GetParam(), action, {{0x0C02'A001, {kPort + 4}}}}), CMD_UNKNOWN_KEY);
   }
 }

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "protocol_numbers.h"
 #include "scenario/loader.h"
 
 using namespace stpswitch;
@@ -69,8 +70,6 @@ TEST_F(Responder, ResetsEveryKeyToTheScenario) {
 }
 
 TEST_F(Responder, TellsOfAResetAsOfAnyChange) {
-  constexpr uint32_t kLoopClass = 17422;
-  constexpr uint32_t kRootClass = 17423;
   constexpr uint32_t kPort2 = 0x1A000002;
   constexpr uint32_t kAppeared = 1;
   constexpr uint32_t kVanished = 2;
@@ -82,9 +81,9 @@ TEST_F(Responder, TellsOfAResetAsOfAnyChange) {
   switch_.on_inconsistencies([&events](const auto &told) { events = told; });
   answer(R"({"op":"reset"})");
   EXPECT_EQ(changes, 1);
-  EXPECT_EQ(events,
-            (std::vector<InconsistencyEvent>{{kLoopClass, 0, kPort2, kVanished, SpanningTreeMode::kMst},
-                                             {kRootClass, 0, kPort2, kAppeared, SpanningTreeMode::kMst}}));
+  EXPECT_EQ(events, (std::vector<InconsistencyEvent>{
+                        {InconsistencyEventKind::kLoop, 0, kPort2, kVanished, SpanningTreeMode::kMst},
+                        {InconsistencyEventKind::kRoot, 0, kPort2, kAppeared, SpanningTreeMode::kMst}}));
 }
 
 TEST_F(Responder, EndsFaultsWithAReset) {

@@ -36,7 +36,7 @@ class VlanTreesCommand : public CommandTest {
   VlanTreesCommand() { switch_.replace(parse_scenario(kScenario, "test.toml")); }
 
   static RequestText request(uint32_t action, uint32_t vlan) {
-    return {115, action, {one_tree(kVlanTreeKey, vlan)}};
+    return {115, action, {one_tree(protocol::kVlanTreeKey, vlan)}};
   }
   static RequestText request_after(uint32_t vlan) { return request(kGetNext, vlan); }
 
@@ -125,14 +125,14 @@ TEST_F(VlanTreesCommand, AnswersWithTheModeAloneInMstMode) {
 }
 
 TEST_F(VlanTreesCommand, TakesItsKeyOnly) {
-  const KeyText key = one_tree(kVlanTreeKey, 10);
+  const KeyText key = one_tree(protocol::kVlanTreeKey, 10);
   for (const char *const mode : {"mst", "rapid-pvst"}) {
     set("switch.mode", mode);
     for (const uint32_t action : {kGet, kGetNext}) {
       EXPECT_EQ(refusal_of({115, action, {}}), CMD_UNKNOWN_KEY);
       EXPECT_EQ(refusal_of({115, action, {key, key}}), CMD_UNKNOWN_KEY);
-      EXPECT_EQ(refusal_of({115, action, {one_tree(kMstInstanceKey, 10)}}), CMD_UNKNOWN_KEY);
-      EXPECT_EQ(refusal_of({115, action, {key, {kInterfaceKey, {0x1A000001}}}}), CMD_UNKNOWN_KEY);
+      EXPECT_EQ(refusal_of({115, action, {one_tree(protocol::kMstTreeKey, 10)}}), CMD_UNKNOWN_KEY);
+      EXPECT_EQ(refusal_of({115, action, {key, {protocol::kInterfaceKey, {0x1A000001}}}}), CMD_UNKNOWN_KEY);
     }
   }
 }
@@ -145,20 +145,21 @@ TEST_F(VlanTreesCommand, TakesAListOfExactlyOneVlan) {
     set("switch.mode", mode);
     for (const auto &list : lists) {
       for (const uint32_t action : {kGet, kGetNext}) {
-        EXPECT_EQ(refusal_of({115, action, {range_list(kVlanTreeKey, list)}}), CMD_BAD_REQUEST);
+        EXPECT_EQ(refusal_of({115, action, {range_list(protocol::kVlanTreeKey, list)}}), CMD_BAD_REQUEST);
       }
     }
   }
 }
 
 TEST_F(VlanTreesCommand, RefusesAListOfAnotherLengthThanItsCount) {
-  EXPECT_EQ(refusal_of({115, kGet, {{kVlanTreeKey, {0, 2, 10, 10}}}}), CMD_BAD_REQUEST);
-  EXPECT_EQ(refusal_of({115, kGet, {{kVlanTreeKey, {0, 0, 10, 10}}}}), CMD_BAD_REQUEST);
-  EXPECT_EQ(refusal_of({115, kGet, {{kVlanTreeKey, {0}}}}), CMD_BAD_REQUEST);
+  EXPECT_EQ(refusal_of({115, kGet, {{protocol::kVlanTreeKey, {0, 2, 10, 10}}}}), CMD_BAD_REQUEST);
+  EXPECT_EQ(refusal_of({115, kGet, {{protocol::kVlanTreeKey, {0, 0, 10, 10}}}}), CMD_BAD_REQUEST);
+  EXPECT_EQ(refusal_of({115, kGet, {{protocol::kVlanTreeKey, {0}}}}), CMD_BAD_REQUEST);
 }
 
 TEST_F(VlanTreesCommand, IgnoresTheReservedWordOfAList) {
-  EXPECT_EQ(reply_to({115, kGet, {{kVlanTreeKey, {0xFFFF'FFFF, 1, 10, 10}}}}), hex(octets(kRunsOnVlan10)));
+  EXPECT_EQ(reply_to({115, kGet, {{protocol::kVlanTreeKey, {0xFFFF'FFFF, 1, 10, 10}}}}),
+            hex(octets(kRunsOnVlan10)));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "commands/dispatch.h"
+#include "protocol_numbers.h"
 #include "scenario/keys.h"
 #include "support/octets.h"
 #include "wire/attributes.h"
@@ -76,12 +77,10 @@ std::vector<uint32_t> CommandTest::walk(const RequestAfter &request_after, uint3
 
 std::vector<CommandTest::TreePortRow> CommandTest::walk_tree_ports(RequestAfterTreePort request_after,
                                                                    TreePortRow from) const {
-  constexpr uint32_t kTree = 0x1402'A006;
-  constexpr uint32_t kInterface = 0x0C02'A001;
   return rows_after(switch_, from, request_after,
                     [](const stpswitch::Packet &reply) -> std::optional<TreePortRow> {
-                      const auto tree = number_in(reply, kTree);
-                      const auto if_index = number_in(reply, kInterface);
+                      const auto tree = number_in(reply, protocol::kPortTree);
+                      const auto if_index = number_in(reply, protocol::kInterface);
                       return tree && if_index ? std::optional(TreePortRow{*tree, *if_index}) : std::nullopt;
                     });
 }

@@ -5,9 +5,6 @@
 #include <vector>
 
 #include "commands/packet.h"
-
-inline constexpr uint32_t kPortClass = 17421;
-inline constexpr uint32_t kLoopClass = 17422;
-inline constexpr uint32_t kRootClass = 17423;
+#include "protocol_numbers.h"
 
 stpswitch::Packet make_subscription(const std::vector<uint32_t> &classes);

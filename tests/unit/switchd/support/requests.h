@@ -8,16 +8,10 @@
 #include <vector>
 
 #include "commands/packet.h"
+#include "protocol_numbers.h"
 #include "wire/message.h"
 
 // Key attributes.
-inline constexpr uint32_t kGlobalSettingsKey = 0x0102'0227;
-inline constexpr uint32_t kMstDigestsKey = 0x0102'01C0;
-
-inline constexpr uint32_t kVlanTreeKey = 0x1302'00B4;
-inline constexpr uint32_t kMstInstanceKey = 0x1302'0131;
-inline constexpr uint32_t kInterfaceKey = 0x0C02'0105;
-inline constexpr uint32_t kMstInterfaceKey = 0x0C02'018B;
 
 // A key attribute with its value; one that is only named has the value 0.
 struct KeyText {
@@ -38,7 +32,7 @@ KeyText one_tree(uint32_t key, uint32_t tree);
 struct RequestText {
   uint32_t command = 104;
   uint32_t action = 1;
-  std::vector<KeyText> keys = {kGlobalSettingsKey};
+  std::vector<KeyText> keys = {protocol::kGlobalSettingsKey};
   std::string user = "operator";
   uint32_t sequence = 7;
 };
