@@ -71,8 +71,8 @@ TEST_F(Responder, ResetsEveryKeyToTheScenario) {
 
 TEST_F(Responder, TellsOfAResetAsOfAnyChange) {
   constexpr uint32_t kPort2 = 0x1A000002;
-  constexpr uint32_t kAppeared = 1;
-  constexpr uint32_t kVanished = 2;
+  constexpr uint32_t kThere = 1;
+  constexpr uint32_t kGone = 0;
   answer(R"({"op":"set","key":"port.2.root_inconsistent","value":"1"})");
   answer(R"({"op":"set","key":"port.2.loop_inconsistent","value":"0"})");
   int changes = 0;
@@ -82,8 +82,8 @@ TEST_F(Responder, TellsOfAResetAsOfAnyChange) {
   answer(R"({"op":"reset"})");
   EXPECT_EQ(changes, 1);
   EXPECT_EQ(events, (std::vector<InconsistencyEvent>{
-                        {InconsistencyEventKind::kLoop, 0, kPort2, kVanished, SpanningTreeMode::kMst},
-                        {InconsistencyEventKind::kRoot, 0, kPort2, kAppeared, SpanningTreeMode::kMst}}));
+                        {InconsistencyEventKind::kLoop, 0, kPort2, kGone, SpanningTreeMode::kMst},
+                        {InconsistencyEventKind::kRoot, 0, kPort2, kThere, SpanningTreeMode::kMst}}));
 }
 
 TEST_F(Responder, EndsFaultsWithAReset) {
