@@ -1,7 +1,7 @@
 // The module's one record of scalar values. Tables fetch the spanning-tree type into it, too.
 #pragma once
 
-#include "stpsnmp/scalars.h"
+#include "stpsnmp/rows.h"
 
 namespace stpsnmp {
 

@@ -2,11 +2,15 @@
 // one reply, one row.
 #pragma once
 
+#include <cstddef>
+
 #include "call_site.h"
 #include "query/ask.h"
 #include "tables/table.h"
 
 namespace stpsnmp::tables {
+
+inline constexpr size_t kAskedRowArcs = 1;
 
 template <class Row>
 struct AskedRow {

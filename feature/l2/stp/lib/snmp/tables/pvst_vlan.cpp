@@ -10,8 +10,6 @@ using namespace stpsnmp::tables;
 
 namespace {
 
-constexpr size_t kIndexArcs = 1;
-
 constexpr uint32_t kStateRuns = 1;
 
 // TruthValue (RFC 2579).
@@ -47,7 +45,7 @@ constexpr Column<PvstVlanRow> kColumns[] = {{kPvstVlanState, field<&PvstVlanRow:
 int header_stpxPVSTVlanTable(const oid *vp_name, size_t vp_namelen, oid *name, size_t *length, int exact,
                              PvstVlanRow *row) {
   const RowRequest request(vp_name, vp_namelen, name, length, exact, row);
-  if (request.has_too_many_arcs(kIndexArcs)) {
+  if (request.has_too_many_arcs(kAskedRowArcs)) {
     return kFailed;
   }
   row->index = request.index_arc(0);
