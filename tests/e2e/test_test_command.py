@@ -29,6 +29,9 @@ FAILED tests/e2e/test_traps.py::test_one - assert 1 == 2
 ERROR tests/e2e/test_traps.py::test_two
 </system-out></testcase>
 <testcase name="platform.unload" status="fail"><system-out/></testcase>
+<testcase classname="test_walks" name="test_walk"><failure message="assert 1 == 2">x</failure></testcase>
+<testcase classname="test_walks" name="test_other_walk"><error message="cannot start">x</error></testcase>
+<testcase classname="test_walks" name="test_good_walk"/>
 </testsuite>
 '''
 
@@ -53,7 +56,8 @@ def test_failed_tests_are_named_with_what_failed_within_them(tmp_path):
     shown = subprocess.run([PROJECT / 'scripts/failed-tests', tmp_path / 'results.xml'],
                            check=True, text=True, capture_output=True).stdout
     assert shown == ('module_tests.2 (All/Table.second/1); switch_tests (Servers.two); '
-                     'e2e.traps (tests/e2e/test_traps.py::test_one, tests/e2e/test_traps.py::test_two); platform.unload\n')
+                     'e2e.traps (tests/e2e/test_traps.py::test_one, tests/e2e/test_traps.py::test_two); platform.unload; '
+                     'test_walk; test_other_walk\n')
 
 
 def test_results_that_cannot_be_read_are_refused(tmp_path):

@@ -1,5 +1,6 @@
 /* The numbers of the spanning-tree process's protocol: its address, what it is asked and what it answers, and
- * what it tells of unasked. Here they stand, and nowhere else.
+ * what it tells of unasked; and the class under which the module's records stand in the event history. Here
+ * they stand, and nowhere else.
  *
  * A request (cmd.h) names a command and has the command's keys; the reply holds attributes. The type of a key
  * or an attribute stands in its token (enum cmd_type): numbers have 32 bits in host byte order, whatever they
@@ -21,21 +22,22 @@ extern "C" {
 #define STP_DESTINATION 0xFE000000U
 #define STP_SERVICE 171U
 
-/* What it is asked. Each has GET; those with rows of their own order have GET_NEXT as well. */
+/* What it is asked. Each has GET; those that say so have GET_NEXT as well. */
 enum stp_command CMD_ENUM_BASE {
-  STP_COMMAND_GLOBAL_SETTINGS = 104,      /* the switch's settings; key: global settings */
-  STP_COMMAND_RAPID_PVST_PORTS = 105,     /* ports of Rapid-PVST trees; keys: VLAN tree, interface. By
-                                           * interface alone, bridge ports in any mode. GET_NEXT */
-  STP_COMMAND_MST_PORTS = 111,            /* the same of MST instances; keys: MST tree, MST interface */
-  STP_COMMAND_MST_REGION = 112,           /* the MST region; no key, or for all but the VLAN map: digests */
-  STP_COMMAND_VLAN_TREES = 115,           /* the VLANs' own trees; key: VLAN tree. GET_NEXT */
+  STP_COMMAND_GLOBAL_SETTINGS = 104,  /* the switch's settings; key: global settings */
+  STP_COMMAND_RAPID_PVST_PORTS = 105, /* ports of Rapid-PVST trees; keys: VLAN tree, interface. By
+                                       * interface alone, bridge ports in any mode. GET_NEXT */
+  STP_COMMAND_MST_PORTS = 111,        /* ports of MST instances; keys: MST tree, MST interface. GET_NEXT. By
+                                       * interface alone, bridge ports, in MST mode */
+  STP_COMMAND_MST_REGION = 112,       /* the MST region; no key, or MST digests: all but the VLAN map */
+  STP_COMMAND_VLAN_TREES = 115,       /* the VLANs' own trees; key: VLAN tree. GET_NEXT */
   STP_COMMAND_PORT_INCONSISTENCIES = 116, /* port VLAN identifier and port type inconsistencies; keys:
                                            * VLAN tree, interface. GET_NEXT */
   STP_COMMAND_ROOT_GUARD = 117,           /* root guard of bridge ports; key: interface. GET_NEXT */
   STP_COMMAND_LOOP_GUARD = 118,           /* loop guard of bridge ports; key: interface */
   STP_COMMAND_PORT_SETTINGS = 119,        /* RSTP and MST settings of bridge ports; key: interface */
-  STP_COMMAND_ROOT_INCONSISTENCIES = 120, /* ports that root guard blocks; keys as for 116, the trees being
-                                           * those of either mode. GET_NEXT */
+  STP_COMMAND_ROOT_INCONSISTENCIES = 120, /* ports that root guard blocks; keys: VLAN tree, with trees of
+                                           * either mode, interface. GET_NEXT */
   STP_COMMAND_LOOP_INCONSISTENCIES = 121, /* ports that loop guard blocks; the same */
   STP_COMMAND_MST_INSTANCES = 122         /* CIST and MST instances; key: MST tree. GET_NEXT */
 };
@@ -64,10 +66,11 @@ enum stp_attribute CMD_ENUM_BASE {
   STP_ATTRIBUTE_PORT_TREE = 0x1402A006, /* of a port in a tree: that tree */
 
   /* The switch. */
-  STP_ATTRIBUTE_MODE = 0x0202B001,                  /* enum stp_mode */
+  STP_ATTRIBUTE_MODE =
+      0x0202B001, /* enum stp_mode; in each reply of VLAN trees, too, and in MST mode alone there */
   STP_ATTRIBUTE_PATH_COST_METHOD = 0x1402B00B,      /* enum stp_path_cost_method, as configured */
   STP_ATTRIBUTE_PATH_COST_OPER_METHOD = 0x1402B00C, /* the same, in force */
-  STP_ATTRIBUTE_LOOP_GUARD_DEFAULT = 0x0202A01F,    /* 0: off */
+  STP_ATTRIBUTE_LOOP_GUARD_DEFAULT = 0x0202A01F,    /* 1 on, 0 off */
   STP_ATTRIBUTE_HOPS = 0x14029027,                  /* of the switch: MaxHops (IEEE 802.1Q clause 13);
                                                      * of an MST instance: remainingHops */
 
@@ -79,22 +82,23 @@ enum stp_attribute CMD_ENUM_BASE {
   STP_ATTRIBUTE_MST_VLAN_MAP = 0x3002B007,            /* struct stp_mst_vlans */
 
   /* Trees. */
-  STP_ATTRIBUTE_VLAN_TREE_STATE = 0x0000102C,         /* 1: a spanning tree runs on the VLAN */
+  STP_ATTRIBUTE_VLAN_TREE_STATE = 0x0000102C,         /* 1: a spanning tree runs on the VLAN, 0: none does */
   STP_ATTRIBUTE_REGIONAL_ROOT_MAC = 0x0F029023,       /* of the CIST, as the two that follow: the Regional
                                                        * Root Identifier's address */
   STP_ATTRIBUTE_REGIONAL_ROOT_PRIORITY = 0x14029024,  /* and its priority, 0 to 65535 */
   STP_ATTRIBUTE_INTERNAL_ROOT_PATH_COST = 0x14029025, /* to the regional root */
 
   /* Ports, and ports in trees. */
-  STP_ATTRIBUTE_GUARD = 0x0202A01A,             /* enum stp_guard, of the kind that is asked about */
-  STP_ATTRIBUTE_LINK_TYPE = 0x0202A019,         /* enum stp_link_type, as configured */
-  STP_ATTRIBUTE_POINT_TO_POINT = 0x0202A01E,    /* operational: 0 shared (IEEE 802.1D clause 6.4.3) */
-  STP_ATTRIBUTE_PRE_STANDARD_MST = 0x010200AA,  /* always sends what older equipment understands */
+  STP_ATTRIBUTE_GUARD = 0x0202A01A,     /* enum stp_guard, of the kind that is asked about */
+  STP_ATTRIBUTE_LINK_TYPE = 0x0202A019, /* enum stp_link_type, as configured */
+  STP_ATTRIBUTE_POINT_TO_POINT =
+      0x0202A01E, /* operational: 1 yes, 0 shared (IEEE 802.1D clause 6.4.3); absent without a link */
+  STP_ATTRIBUTE_PRE_STANDARD_MST = 0x010200AA,  /* 1: always sends what older equipment understands */
   STP_ATTRIBUTE_PATH_COST = 0x1402A008,         /* 32-bit port path cost */
   STP_ATTRIBUTE_PORT_ROLE = 0x0202A003,         /* enum stp_port_role */
-  STP_ATTRIBUTE_EDGE = 0x0202A01D,              /* operEdge */
+  STP_ATTRIBUTE_EDGE = 0x0202A01D,              /* operEdge: 1 yes, 0 no, as the four that follow */
   STP_ATTRIBUTE_BOUNDARY = 0x0202A028,          /* of the MST region */
-  STP_ATTRIBUTE_PEER = 0x0202A027,              /* 1: the neighbour takes part in spanning tree */
+  STP_ATTRIBUTE_PEER = 0x0202A027,              /* the neighbour takes part in spanning tree */
   STP_ATTRIBUTE_DISPUTE = 0x0202A02D,           /* the neighbour does not hear what is sent to it */
   STP_ATTRIBUTE_PRE_STANDARD_PEER = 0x0202A02E, /* the neighbour is older equipment */
   STP_ATTRIBUTE_INCONSISTENCY = 0x1402A015      /* root and loop: 1; port: enum stp_port_inconsistency */
@@ -106,8 +110,16 @@ enum stp_path_cost_method CMD_ENUM_BASE {
   STP_PATH_COST_SHORT = 1, /* 16 bits */
   STP_PATH_COST_LONG = 2   /* 32 bits */
 };
-enum stp_guard CMD_ENUM_BASE { STP_GUARD_ENABLED = 1, STP_GUARD_DISABLED = 2, STP_GUARD_DEFAULT = 3 };
-enum stp_link_type CMD_ENUM_BASE { STP_LINK_POINT_TO_POINT = 1, STP_LINK_SHARED = 2, STP_LINK_AUTO = 3 };
+enum stp_guard CMD_ENUM_BASE {
+  STP_GUARD_ENABLED = 1,
+  STP_GUARD_DISABLED = 2,
+  STP_GUARD_DEFAULT = 3 /* of loop guard: as the switch's default says */
+};
+enum stp_link_type CMD_ENUM_BASE {
+  STP_LINK_POINT_TO_POINT = 1,
+  STP_LINK_SHARED = 2,
+  STP_LINK_AUTO = 3 /* as the link turns out */
+};
 enum stp_port_role CMD_ENUM_BASE {
   STP_ROLE_DISABLED = 1,
   STP_ROLE_ROOT = 2,

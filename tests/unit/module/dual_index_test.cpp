@@ -176,6 +176,13 @@ TEST_F(ExactEntry, PortThatDoesNotExist) {
   EXPECT_EQ(reply_, nullptr);
 }
 
+TEST_F(ExactEntry, LeavesNoReplyAfterAFailure) {
+  reply_ = this;
+  script({no_entry()});
+  EXPECT_EQ(run(2, 4097), -1);
+  EXPECT_EQ(reply_, nullptr);
+}
+
 TEST_F(ExactEntry, PortZeroAsksNobodyAnything) {
   EXPECT_EQ(run(2, 0), -1);
   EXPECT_THAT(fake::taken_trace(),
@@ -422,6 +429,13 @@ TEST_F(NextEntry, SelectorAndTokensAreTheCallers) {
   EXPECT_THAT(trace, Contains("cmd_req_attr_add(request, 0x13020131, " + bytes({0, 1, 2, 2}) + ")"));
   EXPECT_THAT(trace, Contains("cmd_req_attr_add(request, 0x0C02018B, d1070000)"));
   take_reply();
+}
+
+TEST_F(NextEntry, LeavesNoReplyAfterAFailure) {
+  reply_ = this;
+  script({no_entry(), entry(1, kSecond)});
+  EXPECT_EQ(run(2, 4097), -1);
+  EXPECT_EQ(reply_, nullptr);
 }
 
 // Step 5: nothing follows.

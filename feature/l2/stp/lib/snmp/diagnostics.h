@@ -12,6 +12,9 @@ using Level = uint32_t;
 inline constexpr Level kRejection = 100;  // refused arguments and hard failures in the index searches
 inline constexpr Level kTrace = 101;      // traces and most failures
 
+// A number as the texts show it.
+constexpr int32_t shown(uint32_t number) { return static_cast<int32_t>(number); }
+
 bool history_keeps(Level level);
 bool print_shows(Level level);
 

@@ -16,6 +16,7 @@ namespace {
 
 using diagnostics::kRejection;
 using diagnostics::kTrace;
+using diagnostics::shown;
 
 constexpr char kFunction[] = "validate_port_id_for_snmp_search_new";  // as which the steps log
 
@@ -89,15 +90,12 @@ bool find_next(const stp_vlan_bmp *vlans, bool use_cache, uint8_t selector, uint
   for (int32_t port = find_behind(*members, *port_id, kRejection); port != kNoneBehind;
        port = find_behind(*members, port, kTrace)) {
     if (stp_dot1dportnum2ifindex(static_cast<uint16_t>(port), if_index) != 0) {
-      STP_LOG(kTrace, "%s(%d) Invalid stp port ifindex: %d\n", kFunction, __LINE__,
-              static_cast<int32_t>(*if_index));
+      STP_LOG(kTrace, "%s(%d) Invalid stp port ifindex: %d\n", kFunction, __LINE__, shown(*if_index));
       continue;
     }
-    STP_LOG(kTrace, "%s(%d) found next port ifindex: %d\n", kFunction, __LINE__,
-            static_cast<int32_t>(*if_index));
+    STP_LOG(kTrace, "%s(%d) found next port ifindex: %d\n", kFunction, __LINE__, shown(*if_index));
     if (check_if_valid_base_port_ifindex(*if_index, selector) != 0) {
-      STP_LOG(kRejection, "%s(%d) found what we wanted ifindex: %d\n", kFunction, __LINE__,
-              static_cast<int32_t>(*if_index));
+      STP_LOG(kRejection, "%s(%d) found what we wanted ifindex: %d\n", kFunction, __LINE__, shown(*if_index));
       *port_id = static_cast<uint16_t>(port);
       return true;
     }
@@ -123,7 +121,7 @@ bool find_base_port(cmd_action action, uint8_t selector, const stp_vlan_bmp *vla
   }
   *if_index = found;
   STP_LOG(kTrace, "\n%s(%d): return SUCCESS with  port_id(%d), in_if_index(%d), ret_if_index(%d)\n",
-          kFunction, __LINE__, int{*port_id}, static_cast<int32_t>(found), static_cast<int32_t>(found));
+          kFunction, __LINE__, int{*port_id}, shown(found), shown(found));
   return true;
 }
 

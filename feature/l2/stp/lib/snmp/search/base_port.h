@@ -23,7 +23,7 @@ bool find_base_port(cmd_action action, uint8_t selector, const stp_vlan_bmp *vla
 // Ports that are down can be spared the question: `*is_down` then becomes true, and there is no reply.
 struct DownPorts {
   bool are_spared;
-  bool *is_down;  // stays as it was for others; null where they are not spared
+  bool *is_down;  // stays as it was for others; where it is null, a port that is down fails
 };
 
 // Finds the port that a request means among all VLANs, and fetches its entry with exactly that port as the

@@ -1,5 +1,7 @@
 // The searches that are exported as C routines (stpsnmp/index_search.h). Replies change hands here: what a
 // routine leaves behind is its caller's.
+#include <optional>
+
 #include "result.h"
 #include "search/dual_index.h"
 #include "search/port_ids.h"
@@ -36,13 +38,16 @@ int with_reply(void **reply, const Search &search) {
   return 0;
 }
 
-// The same with the row in the caller's variables.
+// The same with the row in the caller's variables. After a failure, no reply is left there.
 template <class Search>
 int with_row(uint32_t *tree_id, uint16_t *port_id, void **reply, const Search &search) {
   TreePort row{*tree_id, *port_id};
   const int result = with_reply(reply, [&](Reply *found) { return search(&row, found); });
   *tree_id = row.tree_id;
   *port_id = row.port_id;
+  if (result != 0 && reply != nullptr) {
+    *reply = nullptr;
+  }
   return result;
 }
 

@@ -9,6 +9,7 @@ namespace stpsnmp::search {
 namespace {
 
 using diagnostics::kTrace;
+using diagnostics::shown;
 using query::Reply;
 
 // As which the steps log.
@@ -17,8 +18,6 @@ constexpr char kNext[] = "get_next_stp_dual_indices_entry_from_im";
 
 // No interface has so low an index: what follows it in a tree is the tree's first entry.
 constexpr uint32_t kBelowInterfaces = 129;
-
-int32_t shown(uint32_t number) { return static_cast<int32_t>(number); }
 
 // What a next search works on.
 struct NextSearch {
@@ -64,14 +63,7 @@ bool get_next(NextSearch *search) {
   return fetch_entry(search->kind, CMD_ACTION_GET_NEXT, &search->place, search->reply);
 }
 
-bool went_back(const NextSearch &search, uint32_t asked_tree) {
-  if (asked_tree <= search.place.tree) {
-    return false;
-  }
-  STP_LOG(kTrace, "\n%s(%d): saved_tree_index: %d, ret_tree_index: %d\n", kNext, __LINE__, shown(asked_tree),
-          shown(search.place.tree));
-  return true;
-}
+bool went_back(const NextSearch &search, uint32_t asked_tree) { return search.place.tree < asked_tree; }
 
 NextRow decide_on(const NextSearch &search) {
   const uint8_t type = type_of(search.place.if_index);
@@ -162,6 +154,8 @@ bool find_next_row(const EntryKind &kind, uint8_t selector, TreePort *row, Reply
       return finish_without_next(&search);
     }
     if (went_back(search, asked_tree)) {
+      STP_LOG(kTrace, "\n%s(%d): saved_tree_index: %d, ret_tree_index: %d\n", kNext, __LINE__,
+              shown(asked_tree), shown(search.place.tree));
       release(reply);
       return false;
     }

@@ -18,12 +18,13 @@ bool find_exact_row(const EntryKind &kind, TreePort *row, query::Reply *reply);
 bool find_next_row(const EntryKind &kind, uint8_t selector, TreePort *row, query::Reply *reply);
 
 // Finds the first entry of a port-channel in the tree, from the port on, and moves the port there. After
-// false there is no reply.
+// false the tree may have moved, and there is no reply.
 bool find_channel(const EntryKind &kind, uint32_t *tree, uint16_t *port_id, query::Reply *reply);
 
 // Offers the first physical port in place of a port-channel with which the process answered: takes over its
 // entry in the tree, or the one behind it, unless that lies in a later tree. Of the caller's reply and the
-// new one, the one that is not kept is released. After false the caller's is still there.
+// new one, the one that is not kept is released. After false the caller's is still there, and place and port
+// are as they were, or, where no port is usable, where the count ended.
 bool offer_physical_entry(const EntryKind &kind, Place *place, uint16_t *port_id, query::Reply *reply);
 
 }  // namespace stpsnmp::search

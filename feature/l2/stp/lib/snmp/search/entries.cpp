@@ -10,6 +10,7 @@ namespace {
 
 using diagnostics::kRejection;
 using diagnostics::kTrace;
+using diagnostics::shown;
 using query::Reply;
 using query::Request;
 
@@ -36,8 +37,8 @@ bool is_acceptable(const EntryKind &kind, cmd_action action, const uint32_t *tre
     return false;
   }
   if (counts_trees_from_zero(kind.command) && tree != nullptr) {
-    STP_LOG(kTrace, "\n%s(%d): for command id %d, tree_id:%d\n", kFetch, __LINE__,
-            static_cast<int32_t>(kind.command), static_cast<int32_t>(*tree));
+    STP_LOG(kTrace, "\n%s(%d): for command id %d, tree_id:%d\n", kFetch, __LINE__, shown(kind.command),
+            shown(*tree));
   }
   if (if_index == nullptr) {
     STP_LOG(kRejection, "\n%s(%d): invalid if_index pointer\n", kFetch, __LINE__);
@@ -53,8 +54,8 @@ bool ask(const EntryKind &kind, cmd_action action, const uint32_t *tree, const u
     return false;
   }
   if (kind.tree) {
-    STP_LOG(kTrace, "\n%s(%d): Searching for dual index: %d, %d\n", kFetch, __LINE__,
-            static_cast<int32_t>(*if_index), static_cast<int32_t>(*tree));
+    STP_LOG(kTrace, "\n%s(%d): Searching for dual index: %d, %d\n", kFetch, __LINE__, shown(*if_index),
+            shown(*tree));
     const query::TreeRange range = query::single_tree(*tree);
     request.add({*kind.tree, &range});
   }
@@ -76,16 +77,16 @@ void read_part(const Reply &answer, stp_attribute attribute, uint32_t *part) {
 void read_key(const EntryKind &kind, const Reply &answer, uint32_t *tree, uint32_t *if_index) {
   if (kind.tree) {
     read_part(answer, STP_ATTRIBUTE_PORT_TREE, tree);
-    STP_LOG(kTrace, "\n%s(%d) dual index tree id: %d\n", kFetch, __LINE__, static_cast<int32_t>(*tree));
+    STP_LOG(kTrace, "\n%s(%d) dual index tree id: %d\n", kFetch, __LINE__, shown(*tree));
   }
   read_part(answer, STP_ATTRIBUTE_INTERFACE, if_index);
-  STP_LOG(kTrace, "\n%s(%d) return if_index id: %d\n", kFetch, __LINE__, static_cast<int32_t>(*if_index));
+  STP_LOG(kTrace, "\n%s(%d) return if_index id: %d\n", kFetch, __LINE__, shown(*if_index));
 }
 
 void trace_value(const Reply &answer) {
   uint32_t value = 0;
   if (answer.read_number(STP_ATTRIBUTE_INCONSISTENCY, &value) == 0) {
-    STP_LOG(kTrace, "\n%s(%d): value %d\n", kFetch, __LINE__, static_cast<int32_t>(value));
+    STP_LOG(kTrace, "\n%s(%d): value %d\n", kFetch, __LINE__, shown(value));
   }
 }
 
@@ -120,7 +121,7 @@ bool finish(const Place &found, TreePort *row, Reply *reply, diagnostics::Level 
   }
   row->tree_id = found.tree;
   STP_LOG(kTrace, "\n%s(%d): returning tree_index: %d, port_index: %d\n", caller.function, caller.line,
-          static_cast<int32_t>(row->tree_id), int{row->port_id});
+          shown(row->tree_id), int{row->port_id});
   return true;
 }
 

@@ -57,8 +57,8 @@ inline void release(query::Reply *reply) {
   }
 }
 
-// The end of every search: makes the entry that was found the row. False with the reply released where its
-// interface has no port. What goes wrong is logged for `caller` at `failure_level`.
+// The end of the searches by tree and port: makes the entry that was found the row. False with the reply
+// released where its interface has no port. What goes wrong is logged for `caller` at `failure_level`.
 bool finish(const Place &found, TreePort *row, query::Reply *reply, diagnostics::Level failure_level,
             CallSite caller);
 

@@ -14,30 +14,30 @@ enum class NextRow {
   kFail
 };
 
-enum class Kind { kPhysical, kChannel };
+enum class PortKind { kPhysical, kChannel };
 enum class TreeOrder { kBelow, kEqual, kAbove };
 
 struct NextRowRule {
-  Kind candidate;
+  PortKind candidate;
   TreeOrder answered_tree;  // against the tree that the search stands in
-  Kind answer;
+  PortKind answer;
   NextRow outcome;
 };
 
 inline constexpr NextRowRule kNextRowRules[] = {
-    {Kind::kChannel, TreeOrder::kEqual, Kind::kChannel, NextRow::kFinish},
-    {Kind::kChannel, TreeOrder::kEqual, Kind::kPhysical, NextRow::kNextTree},
-    {Kind::kChannel, TreeOrder::kAbove, Kind::kPhysical, NextRow::kFinish},
-    {Kind::kChannel, TreeOrder::kAbove, Kind::kChannel, NextRow::kPhysicalEntry},
-    {Kind::kPhysical, TreeOrder::kEqual, Kind::kPhysical, NextRow::kFinish},
-    {Kind::kPhysical, TreeOrder::kEqual, Kind::kChannel, NextRow::kFail},
-    {Kind::kPhysical, TreeOrder::kAbove, Kind::kPhysical, NextRow::kFinish},
-    {Kind::kPhysical, TreeOrder::kAbove, Kind::kChannel, NextRow::kPhysicalEntry},
+    {PortKind::kChannel, TreeOrder::kEqual, PortKind::kChannel, NextRow::kFinish},
+    {PortKind::kChannel, TreeOrder::kEqual, PortKind::kPhysical, NextRow::kNextTree},
+    {PortKind::kChannel, TreeOrder::kAbove, PortKind::kPhysical, NextRow::kFinish},
+    {PortKind::kChannel, TreeOrder::kAbove, PortKind::kChannel, NextRow::kPhysicalEntry},
+    {PortKind::kPhysical, TreeOrder::kEqual, PortKind::kPhysical, NextRow::kFinish},
+    {PortKind::kPhysical, TreeOrder::kEqual, PortKind::kChannel, NextRow::kFail},
+    {PortKind::kPhysical, TreeOrder::kAbove, PortKind::kPhysical, NextRow::kFinish},
+    {PortKind::kPhysical, TreeOrder::kAbove, PortKind::kChannel, NextRow::kPhysicalEntry},
 };
 
 // Every type but that of a port-channel counts as a physical port.
-constexpr Kind kind_of(uint8_t if_type) {
-  return if_type == IF_TYPE_PORT_CHANNEL ? Kind::kChannel : Kind::kPhysical;
+constexpr PortKind port_kind_of(uint8_t if_type) {
+  return if_type == IF_TYPE_PORT_CHANNEL ? PortKind::kChannel : PortKind::kPhysical;
 }
 
 constexpr TreeOrder order_of(uint32_t answered_tree, uint32_t in_tree) {
@@ -51,8 +51,9 @@ constexpr TreeOrder order_of(uint32_t answered_tree, uint32_t in_tree) {
 constexpr NextRow decide(uint8_t candidate_type, uint32_t in_tree, uint32_t answered_tree,
                          uint8_t answered_type) {
   for (const NextRowRule &rule : kNextRowRules) {
-    if (rule.candidate == kind_of(candidate_type) && rule.answered_tree == order_of(answered_tree, in_tree) &&
-        rule.answer == kind_of(answered_type)) {
+    if (rule.candidate == port_kind_of(candidate_type) &&
+        rule.answered_tree == order_of(answered_tree, in_tree) &&
+        rule.answer == port_kind_of(answered_type)) {
       return rule.outcome;
     }
   }

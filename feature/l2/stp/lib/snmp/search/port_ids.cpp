@@ -9,6 +9,7 @@ namespace {
 
 using diagnostics::kRejection;
 using diagnostics::kTrace;
+using diagnostics::shown;
 
 // As which the steps log.
 constexpr char kCounting[] = "validate_port_id_for_snmp_search";
@@ -64,13 +65,12 @@ bool find_next_port(uint32_t *if_index, uint16_t *port_id, uint8_t *if_type) {
     if (!is_converted) {
       STP_LOG(kTrace, "\n%s(%d):stp_dot1dportnum2ifindex FAIL\n", kCounting, __LINE__);
     }
-    const auto shown = static_cast<int32_t>(*if_index);
-    STP_LOG(kTrace, "\n%s(%d): Checking if if_index: %d is valid\n", kCounting, __LINE__, shown);
+    STP_LOG(kTrace, "\n%s(%d): Checking if if_index: %d is valid\n", kCounting, __LINE__, shown(*if_index));
     if (is_converted && check_if_valid_base_port_ifindex(*if_index, BASE_PORT_ALL) != 0) {
       return true;
     }
-    STP_LOG(kTrace, "\n%s(%d): Bad if_index: %d. Bumping up port_id: %d\n", kCounting, __LINE__, shown,
-            int{*port_id});
+    STP_LOG(kTrace, "\n%s(%d): Bad if_index: %d. Bumping up port_id: %d\n", kCounting, __LINE__,
+            shown(*if_index), int{*port_id});
   }
 }
 
@@ -105,8 +105,7 @@ bool validate_by_counting(cmd_action action, uint32_t *in_if_index, uint32_t *re
   *ret_if_index = *in_if_index;
   stp_dot1dportnum2ifindex(*port_id, ret_if_index);
   STP_LOG(kTrace, "\n%s(%d): returning port_id(%d), in_if_index(%d), ret_if_index(%d), ret_if_type(%d)\n",
-          kCounting, __LINE__, int{*port_id}, static_cast<int32_t>(*in_if_index),
-          static_cast<int32_t>(*ret_if_index), int{*if_type});
+          kCounting, __LINE__, int{*port_id}, shown(*in_if_index), shown(*ret_if_index), int{*if_type});
   return true;
 }
 
@@ -130,14 +129,14 @@ bool validate_by_interface_manager(cmd_action action, uint8_t selector, uint16_t
           kInterfaceManager, __LINE__, int{*port_id}, int{selector}, int{next});
   if (stp_dot1dportnum2ifindex(next, &found) != 0 || next == kNoPort) {
     STP_LOG(kRejection, "%s(%d) Invalid stp port:%d ifindex: %d\n", kInterfaceManager, __LINE__, int{next},
-            static_cast<int32_t>(found));
+            shown(found));
     return false;
   }
   STP_LOG(kRejection, "%s(%d) return SUCCESS\n", kInterfaceManager, __LINE__);
   *if_index = found;
   *port_id = next;
   STP_LOG(kTrace, "\n%s(%d): returning port_id(%d), in_if_index(%d), ret_if_index(%d)\n", kInterfaceManager,
-          __LINE__, int{next}, static_cast<int32_t>(found), static_cast<int32_t>(found));
+          __LINE__, int{next}, shown(found), shown(found));
   return true;
 }
 

@@ -11,13 +11,12 @@ namespace stpsnmp::search {
 namespace {
 
 using diagnostics::kTrace;
+using diagnostics::shown;
 using query::Reply;
 
 // As which the steps log.
 constexpr char kPhysical[] = "check_and_get_next_stp_physical_entry_for_logical";
 constexpr char kChannel[] = "get_next_stp_channel_entry_in_same_tree";
-
-int32_t shown(uint32_t number) { return static_cast<int32_t>(number); }
 
 // The first physical port's entry in the tree, or the one behind it.
 bool fetch_physical_entry(const EntryKind &kind, Place *place, Reply *reply) {

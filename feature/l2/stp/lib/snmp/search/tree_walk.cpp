@@ -13,6 +13,7 @@ namespace {
 
 using diagnostics::kRejection;
 using diagnostics::kTrace;
+using diagnostics::shown;
 using query::Reply;
 
 // Keys before a tree's first entry and behind its last one.
@@ -30,8 +31,6 @@ struct Trees {
   uint8_t selector;
   void (*set_vlans)(uint32_t tree, stp_vlan_bmp *vlans);  // after remove_all_vlans
 };
-
-int32_t shown(uint32_t number) { return static_cast<int32_t>(number); }
 
 // Asks for the entry behind a place in the tree, to learn which tree it is in.
 bool find_tree(const Trees &trees, uint32_t if_index, uint32_t *tree, Reply *reply) {

@@ -13,9 +13,9 @@ namespace stpsnmp::tables {
 inline constexpr size_t kBasePortArcs = 1;
 
 // Finds the port and fetches its entry. With `is_down`, a port that is down is not asked for: `*is_down`
-// becomes true, and the reply stays empty. Returns 0 with `*port_id` the row's port, or -1.
-int find_base_port_row(const RowRequest &request, stp_command command, stp_key key, Reply *reply,
-                       uint16_t *port_id, bool *is_down = nullptr);
+// becomes true, and the reply stays empty. True with `*port_id` the row's port.
+bool find_base_port_row(const RowRequest &request, stp_command command, stp_key key, Reply *reply,
+                        uint16_t *port_id, bool *is_down = nullptr);
 
 // Answers with the row of this port. Returns 0.
 template <class Row>
@@ -40,7 +40,7 @@ int answer_setting(const RowRequest &request, const PortSetting<Row> &setting, R
                    CallSite caller = CallSite::here()) {
   Reply reply;
   uint16_t port_id = 0;
-  if (find_base_port_row(request, setting.command, STP_KEY_INTERFACE, &reply, &port_id) != 0) {
+  if (!find_base_port_row(request, setting.command, STP_KEY_INTERFACE, &reply, &port_id)) {
     return kFailed;
   }
   if (!reply) {

@@ -138,7 +138,7 @@ int answer(const InconsistencyTable &table, const RowRequest &request, Inconsist
   const auto search = [&](TreePort *index, Reply *to) {
     return (request.action() == CMD_ACTION_GET ? find_exact : find_next)(table, index, to);
   };
-  if (find_tree_port(request, asked, search, &found, &reply, {table.header, __LINE__}) != 0) {
+  if (!find_tree_port(request, asked, search, &found, &reply, {table.header, __LINE__})) {
     return kFailed;
   }
   int result = parse_reply(table, reply, row);

@@ -1,5 +1,7 @@
 // Long path cost table: its column is registered and deliberately without an answer. The header routine is
 // there for others that link against the module.
+#include <optional>
+
 #include "platform/im.h"
 #include "platform/stp.h"
 #include "search/entries.h"

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <type_traits>
 
 #include "stpsnmp/agent.h"
 
@@ -29,8 +28,11 @@ Value field(const Row &row) {
   return {&(row.*kField), sizeof(row.*kField)};
 }
 
-// What it returns for an index column: these are registered and never have a value.
-u_char *index_column();
+// What a lookup handler returns for an index column: these are registered and never have a value.
+inline u_char *index_column() {
+  snmp_set_detail("");
+  return nullptr;
+}
 
 // The row that a header routine fills; some header routines ask for the column, too.
 template <class Header>

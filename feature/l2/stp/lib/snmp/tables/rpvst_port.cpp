@@ -76,7 +76,7 @@ int header_stpxRPVSTPortTable(const oid *vp_name, size_t vp_namelen, oid *name, 
   TreePort found;
   Reply reply;
   const auto &search = request.action() == CMD_ACTION_GET ? find_exact : find_next;
-  if (find_tree_port(request, asked, search, &found, &reply) != 0) {
+  if (!find_tree_port(request, asked, search, &found, &reply)) {
     return kFailed;
   }
   return answer_tree_port(request, kFlags, found.port_id, &reply, row);

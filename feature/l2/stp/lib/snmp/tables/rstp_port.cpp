@@ -49,8 +49,8 @@ int answer_oper_link_type(const RowRequest &request, RstpPortRow *row, CallSite 
   Reply reply;
   uint16_t port_id = 0;
   bool is_down = false;
-  if (find_base_port_row(request, STP_COMMAND_RAPID_PVST_PORTS, STP_KEY_INTERFACE, &reply, &port_id,
-                         &is_down) != 0) {
+  if (!find_base_port_row(request, STP_COMMAND_RAPID_PVST_PORTS, STP_KEY_INTERFACE, &reply, &port_id,
+                          &is_down)) {
     STP_LOG(kRejection, "%s(%d): get_stp_entry_with_port_id_from_vlan_mgr failed\n", caller.function,
             caller.line);
     return kFailed;

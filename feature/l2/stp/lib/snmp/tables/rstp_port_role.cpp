@@ -16,38 +16,43 @@ namespace {
 
 constexpr char kHeader[] = "header_stpxRSTPPortRoleTable";  // as which the steps log
 
-bool find_exact_vlan_port(TreePort *index, Reply *reply) {
+bool exact_in_vlan(TreePort *index, Reply *reply) {
   return search::find_exact_row(search::kRapidPvstPorts, index, reply);
 }
 
-bool find_exact_mst_port(TreePort *index, Reply *reply) {
+bool exact_in_instance(TreePort *index, Reply *reply) {
   return search::find_exact_row(search::kMstPorts, index, reply);
 }
 
-bool find_next_vlan_port(TreePort *index, Reply *reply) {
+bool next_in_vlans(TreePort *index, Reply *reply) {
   return search::find_next_vlan_port(search::kRapidPvstPorts, BASE_PORT_ACTIVE, index, reply);
 }
 
-bool find_next_mst_port(TreePort *index, Reply *reply) {
+bool next_in_instances(TreePort *index, Reply *reply) {
   return run_next_search([&] { return search::find_next_mst_port(index, reply); }, {kHeader, __LINE__});
 }
 
-// How a row is found.
+// How a row is found, and what the log says where it is not.
 struct Mode {
   uint32_t type;
   cmd_action action;
   bool (*find)(TreePort *index, Reply *reply);
-  const char *failure;
+  void (*report_failure)();
 };
 
 constexpr Mode kModes[] = {
-    {STP_MODE_RAPID_PVST, CMD_ACTION_GET, find_exact_vlan_port,
-     "get_exact_stp_dual_indices_entry() failed, commandId: STP_CMDID_SHOW_VLAN_INTERFACE"},
-    {STP_MODE_RAPID_PVST, CMD_ACTION_GET_NEXT, find_next_vlan_port,
-     "get_next_stp_dual_indices_entry_rpvst() failed"},
-    {STP_MODE_MST, CMD_ACTION_GET, find_exact_mst_port, "get_exact_stp_dual_indices_entry() failed"},
-    {STP_MODE_MST, CMD_ACTION_GET_NEXT, find_next_mst_port,
-     "get_next_stp_dual_indices_entry_from_im() failed"},
+    {STP_MODE_RAPID_PVST, CMD_ACTION_GET, exact_in_vlan,
+     [] {
+       STP_LOG(kTrace,
+               "%s(%d) get_exact_stp_dual_indices_entry() failed, commandId: STP_CMDID_SHOW_VLAN_INTERFACE\n",
+               kHeader, __LINE__);
+     }},
+    {STP_MODE_RAPID_PVST, CMD_ACTION_GET_NEXT, next_in_vlans,
+     [] { STP_LOG(kTrace, "%s(%d) get_next_stp_dual_indices_entry_rpvst() failed\n", kHeader, __LINE__); }},
+    {STP_MODE_MST, CMD_ACTION_GET, exact_in_instance,
+     [] { STP_LOG(kTrace, "%s(%d) get_exact_stp_dual_indices_entry() failed\n", kHeader, __LINE__); }},
+    {STP_MODE_MST, CMD_ACTION_GET_NEXT, next_in_instances,
+     [] { STP_LOG(kTrace, "%s(%d) get_next_stp_dual_indices_entry_from_im() failed\n", kHeader, __LINE__); }},
 };
 
 void report_unknown_type(cmd_action action, uint32_t type) {
@@ -65,7 +70,7 @@ bool find(cmd_action action, TreePort *index, Reply *reply) {
     if (mode.type == type && mode.action == action) {
       const bool is_found = mode.find(index, reply);
       if (!is_found) {
-        STP_LOG(kTrace, "%s(%d) %s\n", kHeader, __LINE__, mode.failure);
+        mode.report_failure();
       }
       return is_found;
     }
@@ -112,7 +117,7 @@ int header_stpxRSTPPortRoleTable(const oid *vp_name, size_t vp_namelen, oid *nam
   TreePort found;
   Reply reply;
   const auto search = [&](TreePort *index, Reply *to) { return find(request.action(), index, to); };
-  if (find_tree_port(request, asked, search, &found, &reply) != 0) {
+  if (!find_tree_port(request, asked, search, &found, &reply)) {
     return kFailed;
   }
   return answer_tree_port(request, kRole, found.port_id, &reply, row);

@@ -116,7 +116,7 @@ int find_row(const oid *column, size_t column_length, oid *name, size_t *length,
 bool is_mst() { return spanning_tree_type() == STP_MODE_MST; }
 
 template <auto kVlans>
-Value vlans(const SmstInstanceRow &row) {
+Value mapped_vlans(const SmstInstanceRow &row) {
   const uint8_t *const octets = row.*kVlans;
   return {octets, static_cast<size_t>(dot1d_stringNonZeroLength(octets, STP_VLANS_MAPPED_SIZE))};
 }
@@ -132,8 +132,8 @@ Value of_cist(const SmstInstanceRow &row) {
 }
 
 constexpr Column<SmstInstanceRow> kColumns[] = {
-    {kSmstInstanceVlansLow, vlans<&SmstInstanceRow::vlans_mapped_low>},
-    {kSmstInstanceVlansHigh, vlans<&SmstInstanceRow::vlans_mapped_high>},
+    {kSmstInstanceVlansLow, mapped_vlans<&SmstInstanceRow::vlans_mapped_low>},
+    {kSmstInstanceVlansHigh, mapped_vlans<&SmstInstanceRow::vlans_mapped_high>},
     {kSmstInstanceValue, in_mst<&SmstInstanceRow::instance_value>},
     {kSmstInstanceBridgeId, of_cist<&SmstInstanceRow::bridge_id>},
     {kSmstInstanceCounter, of_cist<&SmstInstanceRow::counter_value>},

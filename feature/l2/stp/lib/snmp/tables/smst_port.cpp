@@ -60,8 +60,8 @@ int answer_state(const RowRequest &request, SmstPortRow *row) {
   Reply reply;
   uint16_t port_id = 0;
   bool is_down = false;
-  if (find_base_port_row(request, STP_COMMAND_MST_PORTS, STP_KEY_MST_INTERFACE, &reply, &port_id, &is_down) !=
-      0) {
+  if (!find_base_port_row(request, STP_COMMAND_MST_PORTS, STP_KEY_MST_INTERFACE, &reply, &port_id,
+                          &is_down)) {
     return kFailed;
   }
   if (is_down) {

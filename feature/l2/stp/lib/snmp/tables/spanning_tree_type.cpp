@@ -1,6 +1,5 @@
 #include "tables/spanning_tree_type.h"
 
-#include "diagnostics.h"
 #include "stpsnmp/scalars.h"
 
 namespace stpsnmp::tables {

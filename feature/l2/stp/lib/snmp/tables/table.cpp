@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "tables/lookup_handler.h"
-
 namespace stpsnmp::tables {
 
 RowRequest::RowRequest(const oid *column, size_t column_length, oid *name, size_t *length, int exact)
@@ -21,11 +19,6 @@ void RowRequest::trace() const {
 void RowRequest::answer(std::initializer_list<uint32_t> index) const {
   oid *const end = std::copy_n(column_, column_length_, name_);
   *length_ = static_cast<size_t>(std::copy(index.begin(), index.end(), end) - name_);
-}
-
-u_char *index_column() {
-  snmp_set_detail("");
-  return nullptr;
 }
 
 }  // namespace stpsnmp::tables

@@ -7,7 +7,7 @@
 #include <initializer_list>
 
 #include "diagnostics.h"
-#include "platform/stp_protocol.h"
+#include "platform/cmd.h"
 #include "query/reply.h"
 #include "result.h"
 #include "search/entries.h"

@@ -49,17 +49,17 @@ void read_index(const Reply &reply, Row *row) {
   reply.read_number(STP_ATTRIBUTE_INTERFACE, &row->port_id);
 }
 
-// Runs `search` (TreePort *, Reply *) from the position that was asked for. Returns 0 with the row's
+// Runs `search` (TreePort *, Reply *) from the position that was asked for. True with the row's
 // position and its reply; a walk that does not get on is logged for `caller`.
 template <class Search>
-int find_tree_port(const RowRequest &request, const TreePort &asked, const Search &search, TreePort *found,
-                   Reply *reply, CallSite caller = CallSite::here()) {
+bool find_tree_port(const RowRequest &request, const TreePort &asked, const Search &search, TreePort *found,
+                    Reply *reply, CallSite caller = CallSite::here()) {
   *found = asked;
   if (!search(found, reply)) {
-    return kFailed;
+    return false;
   }
   const bool is_get = request.action() == CMD_ACTION_GET;
-  return is_get || advances(*found, asked, caller) ? 0 : kFailed;
+  return is_get || advances(*found, asked, caller);
 }
 
 // What a port of a tree has in these tables.

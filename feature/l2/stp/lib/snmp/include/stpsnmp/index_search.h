@@ -3,8 +3,8 @@
  *
  * A tree is a VLAN or an MST instance; a port goes by its bridge port number (port id), its interface by its
  * interface index. Physical ports are 129 to 4095, port-channels 4097 to 8191. An entry of the spanning-tree
- * process is found by attribute tokens and a command of platform/cmd.h's protocol. Actions are those of enum
- * cmd_action. Routines that return int return 0 on success and -1 otherwise.
+ * process is found by its keys (enum stp_key) and a command (enum stp_command) of platform/stp_protocol.h.
+ * Actions are those of enum cmd_action. Routines that return int return 0 on success and -1 otherwise.
  *
  * A reply that a routine leaves behind `reply` is the caller's, who releases it with cmd_snmp_free_rx_hndl.
  * `reply` itself may be null, where only the index is wanted. */
@@ -48,8 +48,7 @@ STPSNMP_EXPORT int check_and_get_next_stp_physical_entry_for_logical(uint32_t tr
                                                                      uint32_t *if_index, void **reply,
                                                                      uint32_t command);
 
-/* Finds the entry of exactly this tree and port. `*reply` is null before the call, and not to be touched
- * after -1. */
+/* Finds the entry of exactly this tree and port. `*reply` is null before the call, and after -1. */
 STPSNMP_EXPORT int get_exact_stp_dual_indices_entry(uint32_t index_token, uint16_t *port_id,
                                                     uint32_t tree_token, uint32_t *tree_id, void **reply,
                                                     uint32_t command);

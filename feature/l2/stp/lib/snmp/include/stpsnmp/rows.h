@@ -23,7 +23,7 @@
 /* Root guard of a port. */
 typedef struct RootGuardConfigRow {
   uint32_t index; /* interface index */
-  int32_t value;  /* as the spanning-tree process gives it */
+  int32_t value;  /* enum stp_guard (platform/stp_protocol.h) */
 } RootGuardConfigRow;
 
 /* The spanning tree of a VLAN. */
@@ -53,7 +53,7 @@ typedef struct SmstPortRow {
 /* A port in Rapid STP. */
 typedef struct RstpPortRow {
   uint32_t index;         /* bridge port number */
-  int32_t setting;        /* as the spanning-tree process gives it */
+  int32_t setting;        /* enum stp_link_type (platform/stp_protocol.h) */
   int32_t oper_link_type; /* 1 point-to-point, 2 shared, 3 neither is known (IEEE 802.1D clause 6.4.3) */
   uint32_t reserved;      /* 0 */
 } RstpPortRow;
@@ -62,14 +62,14 @@ typedef struct RstpPortRow {
 typedef struct LoopGuardConfigRow {
   uint32_t index;    /* bridge port number */
   uint32_t reserved; /* 0 */
-  int32_t value;     /* as the spanning-tree process gives it */
+  int32_t value;     /* enum stp_guard (platform/stp_protocol.h) */
 } LoopGuardConfigRow;
 
 /* The role of a port in a tree. */
 typedef struct RstpPortRoleRow {
   uint32_t tree_id;  /* VLAN or MST instance identifier */
   uint32_t port_id;  /* bridge port number */
-  int32_t port_role; /* as the spanning-tree process gives it */
+  int32_t port_role; /* enum stp_port_role (platform/stp_protocol.h) */
 } RstpPortRoleRow;
 
 /* A port of a Rapid-PVST tree. */
@@ -105,8 +105,8 @@ typedef struct ScalarValueRecord {
   uint32_t region_revision; /* IEEE 802.1Q clause 13.8: Revision Level */
   uint32_t max_hop_count;
   char config_digest[STPSNMP_STRING_SIZE]; /* IEEE 802.1Q clause 13.8: Configuration Digest */
-  int32_t spanning_tree_type;              /* 4: MST, 5: Rapid-PVST */
-  int32_t path_cost_mode;
+  int32_t spanning_tree_type;              /* enum stp_mode (platform/stp_protocol.h) */
+  int32_t path_cost_mode;                  /* enum stp_path_cost_method, as the following */
   int32_t path_cost_oper_mode;
   int32_t loop_guard_default; /* as fetched: 0 or not; as served: see stpsnmp/values.h */
 } ScalarValueRecord;

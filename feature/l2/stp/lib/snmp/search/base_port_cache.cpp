@@ -1,12 +1,9 @@
-// The members of all VLANs, kept for some seconds, and the listing of members in the log.
-#include <algorithm>
+// The bridge ports of all VLANs, kept for some seconds.
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 
-#include "bitmap.h"
 #include "diagnostics.h"
-#include "platform/bitmap_print.h"
 #include "search/base_port.h"
 
 namespace stpsnmp::search {
@@ -26,39 +23,6 @@ struct {
 } cache;
 
 bool is_stale(time_t now) { return cache.filled == 0 || cache.size == 0 || now > cache.filled + kMaxAge; }
-
-constexpr size_t kLineSize = 80;  // with its terminator
-
-class Line {
- public:
-  // False where the run does not fit, and the line stays as it was.
-  bool add(const bitmap::Run &run) {
-    constexpr size_t kSeparatorSize = 1;
-    char item[kSeparatorSize + bitmap::kRunSize];
-    char *at = item;
-    if (end_ != text_) {
-      *at++ = ',';
-    }
-    at = bitmap::write_run(at, run);
-    const auto room = text_ + sizeof text_ - end_;
-    if (at - item >= room) {
-      return false;
-    }
-    end_ = std::copy(item, at, end_);
-    return true;
-  }
-
-  // Logs the line and begins a new one.
-  void log() {
-    *end_ = '\0';
-    STP_LOG(kRejection, "%s\n", text_);
-    end_ = text_;
-  }
-
- private:
-  char text_[kLineSize];
-  char *end_ = text_;
-};
 
 }  // namespace
 
@@ -87,20 +51,6 @@ vlan_mgr_baseport_bmp *cached_members(const stp_vlan_bmp *vlans) {
   copy->size = BASEPORT_BITMAP_SIZE;
   std::memcpy(copy->bits, cache.bits, sizeof copy->bits);
   return copy;
-}
-
-void list_members(const vlan_mgr_baseport_bmp &members) {
-  Line line;
-  bitmap::Run run;
-  for (uint32_t from = 0; bitmap::find_run(members.bits, kBasePorts, from, &run); from = run.last + 1) {
-    if (!line.add(run)) {
-      line.log();
-      line.add(run);
-    }
-    printf_curr_idx = static_cast<int>(run.last);
-  }
-  line.log();
-  printf_curr_idx = 0;
 }
 
 }  // namespace stpsnmp::search
