@@ -438,7 +438,7 @@ TEST_F(NextEntry, LeavesNoReplyAfterAFailure) {
   EXPECT_EQ(reply_, nullptr);
 }
 
-// Step 5: nothing follows.
+// Nothing follows.
 
 TEST_F(NextEntry, NothingBehindAChannelEndsTheWalk) {
   script({no_entry(), no_entry()});
@@ -659,7 +659,7 @@ TEST_F(NextEntry, ChannelStepWithoutAReplyVariable) {
   EXPECT_THAT(fake::taken_trace(), Each(Not(StartsWith("FREED REPLY"))));
 }
 
-// Step 6: the process goes backwards.
+// The process goes backwards.
 
 TEST_F(NextEntry, AnswerFromAnEarlierTreeEndsTheWalkWithAClearedReply) {
   for (const uint32_t if_index : {kSecond, kSecondChannel}) {
@@ -698,7 +698,7 @@ TEST_F(NextEntry, AnswerFromAnEarlierTreeWithoutAReplyVariable) {
   EXPECT_THAT(fake::taken_trace(), Each(Not(StartsWith("FREED REPLY"))));
 }
 
-// Step 7: what follows the candidate, row by row.
+// What follows the candidate, row by row.
 
 TEST_F(NextEntry, ChannelThenChannelOfTheTree) {
   script({no_entry(), entry(2, kSecondChannel)});
@@ -942,7 +942,7 @@ TEST_F(NextEntry, PhysicalStepWithoutAReplyVariable) {
   EXPECT_THAT(fake::taken_trace(), Each(Not(StartsWith("FREED REPLY"))));
 }
 
-// Step 8.
+// The end of the search.
 
 TEST_F(NextEntry, AnsweredInterfaceWithoutAPortAfterAGet) {
   script({entry(2, kWithoutPort)});
