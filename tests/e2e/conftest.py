@@ -1,4 +1,5 @@
-"""Fixtures of the end-to-end tests. The tests of a file share labs, and each finds its own as it was started."""
+"""Fixtures of the end-to-end tests. The tests of a file share labs: each finds its own as it was started, and
+answers for what went wrong in it meanwhile."""
 
 import pytest
 
@@ -14,7 +15,8 @@ def fixture_shared_mst_lab():
 @pytest.fixture(name='lab')
 def fixture_lab(shared_mst_lab):
     shared_mst_lab.reset()
-    return shared_mst_lab
+    yield shared_mst_lab
+    shared_mst_lab.check()
 
 
 @pytest.fixture(name='shared_rapid_pvst_lab', scope='module')
@@ -26,7 +28,8 @@ def fixture_shared_rapid_pvst_lab():
 @pytest.fixture(name='rapid_pvst_lab')
 def fixture_rapid_pvst_lab(shared_rapid_pvst_lab):
     shared_rapid_pvst_lab.reset()
-    return shared_rapid_pvst_lab
+    yield shared_rapid_pvst_lab
+    shared_rapid_pvst_lab.check()
 
 
 @pytest.fixture(name='shared_impatient_lab', scope='module')
@@ -38,7 +41,8 @@ def fixture_shared_impatient_lab():
 @pytest.fixture(name='impatient_lab')
 def fixture_impatient_lab(shared_impatient_lab):
     shared_impatient_lab.reset()
-    return shared_impatient_lab
+    yield shared_impatient_lab
+    shared_impatient_lab.check()
 
 
 @pytest.fixture(name='shared_impatient_rapid_pvst_lab', scope='module')
@@ -50,4 +54,5 @@ def fixture_shared_impatient_rapid_pvst_lab():
 @pytest.fixture(name='impatient_rapid_pvst_lab')
 def fixture_impatient_rapid_pvst_lab(shared_impatient_rapid_pvst_lab):
     shared_impatient_rapid_pvst_lab.reset()
-    return shared_impatient_rapid_pvst_lab
+    yield shared_impatient_rapid_pvst_lab
+    shared_impatient_rapid_pvst_lab.check()

@@ -37,7 +37,15 @@ def fixture_shared_trap_lab():
 @pytest.fixture(name='lab')
 def fixture_lab(shared_trap_lab):
     shared_trap_lab.reset(trap_word=ALL_ENABLED)
-    return shared_trap_lab
+    yield shared_trap_lab
+    shared_trap_lab.check()
+
+
+@pytest.fixture(name='lab_to_reset')
+def fixture_lab_to_reset(shared_trap_lab):
+    """For a test that begins by resetting it, with a trap word of its own."""
+    yield shared_trap_lab
+    shared_trap_lab.check()
 
 
 @pytest.fixture(name='shared_lab_with_loop_class', scope='module')
@@ -45,6 +53,12 @@ def fixture_shared_lab_with_loop_class():
     """Something else than the word enables that class."""
     with run_snmptrapd_lab(trap_word=ALL_ENABLED, enabled_classes=[LOOP_CLASS.number]) as lab:
         yield lab
+
+
+@pytest.fixture(name='lab_with_loop_class_to_reset')
+def fixture_lab_with_loop_class_to_reset(shared_lab_with_loop_class):
+    yield shared_lab_with_loop_class
+    shared_lab_with_loop_class.check()
 
 
 def raised_trap(noti, tree, bridge_port):
@@ -154,8 +168,8 @@ def raise_each_class(lab):
 
 
 @BY_CLASS
-def test_each_bit_of_the_trap_word_enables_its_class_alone(shared_trap_lab, noti):
-    lab = shared_trap_lab
+def test_each_bit_of_the_trap_word_enables_its_class_alone(lab_to_reset, noti):
+    lab = lab_to_reset
     lab.reset(noti, trap_word=noti.word)
     raise_each_class(lab)
     assert lab.new_traps() == [raised_trap(noti, 10, 129)]
@@ -163,8 +177,8 @@ def test_each_bit_of_the_trap_word_enables_its_class_alone(shared_trap_lab, noti
 
 @pytest.mark.parametrize('word, noti', [
     ('0x2', LOOP_CLASS), ('fffffff9\n', ROOT_CLASS), (' 00000004 and more', PORT_CLASS)])
-def test_trap_word_is_hexadecimal_and_other_bits_do_not_matter(shared_trap_lab, word, noti):
-    lab = shared_trap_lab
+def test_trap_word_is_hexadecimal_and_other_bits_do_not_matter(lab_to_reset, word, noti):
+    lab = lab_to_reset
     lab.reset(noti, trap_word=word)
     raise_each_class(lab)
     assert lab.new_traps() == [raised_trap(noti, 10, 129)]
@@ -179,8 +193,8 @@ def test_without_a_trap_word_a_class_is_sent_only_when_something_else_enables_it
 
 
 @pytest.mark.parametrize('word', ['0', 'fffffff8', 'yes', ''])
-def test_trap_word_without_the_bits_enables_nothing(shared_lab_with_loop_class, word):
-    lab = shared_lab_with_loop_class
+def test_trap_word_without_the_bits_enables_nothing(lab_with_loop_class_to_reset, word):
+    lab = lab_with_loop_class_to_reset
     lab.reset(LOOP_CLASS, trap_word=word)
     raise_each_class(lab)
     assert lab.new_traps() == [raised_trap(LOOP_CLASS, 10, 129)]
@@ -193,8 +207,8 @@ def test_classes_that_the_word_and_that_something_else_enables_are_all_sent():
         assert lab.new_traps() == [raised_trap(ROOT_CLASS, 10, 129), raised_trap(PORT_CLASS, 10, 129)]
 
 
-def test_trap_word_is_read_anew_after_a_hang_up(shared_trap_lab):
-    lab = shared_trap_lab
+def test_trap_word_is_read_anew_after_a_hang_up(lab_to_reset):
+    lab = lab_to_reset
     lab.reset(trap_word='5')
     raise_each_class(lab)
     assert lab.new_traps() == [raised_trap(ROOT_CLASS, 10, 129), raised_trap(PORT_CLASS, 10, 129)]

@@ -67,6 +67,7 @@ class Agent:
         self.log = directory / 'snmpd.log'
         self._directory = directory
         self._expected_trouble = []
+        self._checked = {}
         self._trap_word = trap_word
         self._process = None
         self._port = None
@@ -168,14 +169,22 @@ class Agent:
         """Lines of this kind are what the test provokes, no trouble."""
         self._expected_trouble.append(re.compile(pattern))
 
-    def read_logs(self):
+    def _log_texts(self):
         files = [self.log, self._directory / 'snmpd.output', *sorted(self._directory.glob('sanitizer*'))]
-        return ''.join(file.read_text(errors='replace') for file in files if file.exists())
+        return {file: file.read_text(errors='replace') for file in files if file.exists()}
+
+    def read_logs(self):
+        return ''.join(self._log_texts().values())
 
     def check_logs(self):
-        for line in self.read_logs().splitlines():
+        """Of what was logged since the last check, so that each trouble is told once."""
+        texts = self._log_texts()
+        new = ''.join(text[self._checked.get(file, 0):] for file, text in texts.items())
+        # The last line may not be whole yet.
+        self._checked = {file: text.rfind('\n') + 1 for file, text in texts.items()}
+        for line in new.splitlines():
             expected = any(pattern.search(line) for pattern in self._expected_trouble)
-            assert expected or not TROUBLE.search(line), f'trouble in the log of snmpd: {line}'
+            assert expected or not TROUBLE.search(line), f'trouble in the log of snmpd: {line}\nin\n{new}'
 
 
 class DaemonAgent(Agent):

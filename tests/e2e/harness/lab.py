@@ -24,9 +24,17 @@ class Lab:
 
     def reset(self):
         """As it was started: the switch in its scenario, the agent with a module that remembers nothing."""
+        assert self.agent.is_alive(), 'snmpd had died in an earlier test'
+        assert not self.switch.has_died(), 'stp-switchd had died in an earlier test'
         self.switch.reset()
         self.agent.resume()
         self.agent.hang_up()
+
+    def check(self):
+        """What went wrong since the last check is the fault of the test that ends here."""
+        self.agent.check_logs()
+        assert self.agent.is_alive(), f'snmpd has died:\n{self.agent.read_logs()}'
+        assert not self.switch.has_died(), f'stp-switchd has died:\n{self.switch.read_log()}'
 
     def wait_for(self, oid, value):
         """Asks until the agent serves this value, as it must after an outage."""

@@ -101,6 +101,7 @@ class TrapLab:
         self.switch = lab.switch
         self.agent = lab.agent
         self.snmp = lab.snmp
+        self.check = lab.check
         self.raw_client = lab.raw_client
         self._receiver = receiver
         self._markers = Markers(lab, receiver)

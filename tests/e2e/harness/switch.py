@@ -17,6 +17,10 @@ class Switch:
         self._log = directory / 'switch.log'
         self._process = None
 
+    @property
+    def pid(self):
+        return self._process.pid
+
     def start(self):
         self._process = Process(
             [BUILD / 'bin/stp-switchd', '--scenario', self._scenario, '--socket', self.socket,
@@ -53,14 +57,17 @@ class Switch:
         with self.control_client() as control:
             control.fault(kind, **details)
 
+    def has_died(self):
+        """Ended, and nobody asked for it here."""
+        return self._process is not None and not self._process.is_alive()
+
     def reset(self):
-        """As it was started, running and without faults, whatever has become of it."""
-        if self._process and self._process.is_alive():
+        """As it was started, running and without faults, also when it is hung or was ended."""
+        if self._process:
             self.resume()
             with self.control_client() as control:
                 control.reset()
         else:
-            self.kill()
             self.start()
 
     def stop(self):
