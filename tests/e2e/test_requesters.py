@@ -3,7 +3,6 @@
 import golden
 import pytest
 from harness.build import PROBE_ROOT, ROOT
-from harness.lab import run_lab
 from harness.snmp_tools import Binding, v1, v2c, v3
 
 MODE = ROOT + '.1.6.1.0'
@@ -26,12 +25,6 @@ NAMES = ['v1', 'v1-vlan-10', 'v1-mst-5', 'v1-writer', 'v2c', 'v2c-vlan-10', 'v2c
          'v3-alice', 'v3-alice-vlan-10', 'v3-bob-mst-5']
 FIRST_AFTER_V1 = 4
 REQUESTERS_WITH_BULK, NAMES_WITH_BULK = REQUESTERS[FIRST_AFTER_V1:], NAMES[FIRST_AFTER_V1:]
-
-
-@pytest.fixture(name='lab', scope='module')
-def fixture_lab():
-    with run_lab('mst.toml') as lab:
-        yield lab
 
 
 def check_identity(bindings, context, user):

@@ -2,7 +2,6 @@
 
 import golden
 import pytest
-from harness.lab import run_lab
 from harness.snmp_tools import Binding, Failure, v1, v2c, v3
 
 # Of each type, as the tools write it, a value that no object has.
@@ -13,18 +12,6 @@ WRITERS = pytest.mark.parametrize('who, reason', [
 ], ids=['v2c', 'v3', 'v1'])
 
 
-@pytest.fixture(name='shared_lab', scope='module')
-def fixture_shared_lab():
-    with run_lab('mst.toml') as lab:
-        yield lab
-
-
-@pytest.fixture(name='rapid_pvst_lab', scope='module')
-def fixture_rapid_pvst_lab():
-    with run_lab('rapid-pvst.toml') as lab:
-        yield lab
-
-
 def check_set_is_refused(lab, oid, kind, who, reason):
     tool_type, value = OTHER_VALUES[kind]
     answer = lab.snmp.set(oid, tool_type, value, who)
@@ -32,10 +19,10 @@ def check_set_is_refused(lab, oid, kind, who, reason):
 
 
 @WRITERS
-def test_set_of_each_object_is_refused_and_changes_nothing(shared_lab, who, reason):
+def test_set_of_each_object_is_refused_and_changes_nothing(lab, who, reason):
     for oid, kind, _ in golden.MST:
-        check_set_is_refused(shared_lab, oid, kind, who, reason)
-    assert shared_lab.snmp.get(*(binding.oid for binding in golden.MST)) == golden.MST
+        check_set_is_refused(lab, oid, kind, who, reason)
+    assert lab.snmp.get(*(binding.oid for binding in golden.MST)) == golden.MST
 
 
 @WRITERS
@@ -47,13 +34,13 @@ def test_set_of_each_row_in_the_other_mode_is_refused_and_changes_nothing(rapid_
 
 
 @pytest.mark.parametrize('column', golden.TABLE_COLUMNS)
-def test_set_of_a_row_that_no_table_has_is_refused(shared_lab, column):
+def test_set_of_a_row_that_no_table_has_is_refused(lab, column):
     for who, reason in ((v2c('private'), 'notWritable'), (v1('private'), 'noSuchName')):
-        check_set_is_refused(shared_lab, f'{column}.129', 'INTEGER', who, reason)
+        check_set_is_refused(lab, f'{column}.129', 'INTEGER', who, reason)
 
 
-def test_the_writer_may_write_elsewhere(shared_lab):
+def test_the_writer_may_write_elsewhere(lab):
     """The refusals are the module's: the same manager can set what is writable."""
     sys_location = '.1.3.6.1.2.1.1.6.0'
-    assert shared_lab.snmp.set(sys_location, 's', 'lab', v2c('private')) == [
+    assert lab.snmp.set(sys_location, 's', 'lab', v2c('private')) == [
         Binding(sys_location, 'OCTET STRING', b'lab')]
