@@ -6,7 +6,7 @@ from contextlib import contextmanager
 from pathlib import Path
 
 from .agent import SHORT_DEADLINE_MS, Agent
-from .build import SCENARIOS
+from .build import ROOT, SCENARIOS
 from .polling import wait_until
 from .raw_snmp import RawClient
 from .snmp_tools import SnmpTools
@@ -39,6 +39,14 @@ class Lab:
     def wait_for(self, oid, value):
         """Asks until the agent serves this value, as it must after an outage."""
         wait_until(lambda: self.snmp.get(oid)[0].value == value, f'{oid} is served as {value!r}')
+
+    def wait_for_walk(self, expected):
+        """Walks until everything is there. An agent that gave up on a slow reply leaves objects out, no more."""
+        def all_is_served():
+            walked = self.snmp.walk(ROOT)
+            assert walked == [binding for binding in expected if binding in walked]
+            return walked == expected
+        wait_until(all_is_served, 'a walk shows everything')
 
 
 @contextmanager
