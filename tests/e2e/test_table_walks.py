@@ -31,12 +31,14 @@ def fixture_rapid_pvst_walk_lab():
 
 @pytest.fixture(name='mst_snmp')
 def fixture_mst_snmp(mst_walk_lab):
-    return mst_walk_lab.snmp
+    yield mst_walk_lab.snmp
+    mst_walk_lab.check()
 
 
 @pytest.fixture(name='rapid_pvst_snmp')
 def fixture_rapid_pvst_snmp(rapid_pvst_walk_lab):
-    return rapid_pvst_walk_lab.snmp
+    yield rapid_pvst_walk_lab.snmp
+    rapid_pvst_walk_lab.check()
 
 
 @pytest.fixture(name='served', params=['mst', 'rapid-pvst'])

@@ -10,13 +10,21 @@ from harness.snmp_tools import Binding, v1, v3
 NO_ROW = '.65535.65535'
 
 
-@pytest.fixture(name='served', scope='module', ids=['mst', 'rapid-pvst'],
+@pytest.fixture(name='shared_lab_and_objects', scope='module', ids=['mst', 'rapid-pvst'],
                 params=[('mst.toml', golden.MST), ('rapid-pvst.toml', golden.RAPID_PVST)])
-def fixture_served(request):
-    """The tools for an agent of this switch, and what it must serve."""
+def fixture_shared_lab_and_objects(request):
+    """Nobody changes its switch."""
     scenario, expected = request.param
     with run_lab(scenario) as lab:
-        yield lab.snmp, expected
+        yield lab, expected
+
+
+@pytest.fixture(name='served')
+def fixture_served(shared_lab_and_objects):
+    """The tools for an agent of this switch, and what it must serve."""
+    lab, expected = shared_lab_and_objects
+    yield lab.snmp, expected
+    lab.check()
 
 
 def test_get_answers_each_object(served):
