@@ -47,7 +47,7 @@ EventSubscription &event_subscription() { return the_event_subscription; }
 void EventSubscription::follow_subscriptions() {
   if (!has_subscriptions()) {
     reset();
-  } else if (alarm_ == 0) {
+  } else if (alarm_ == 0 && !is_alarm_missing_) {
     schedule(kSoonMs);
   }
 }

@@ -472,6 +472,39 @@ TEST_F(EventSubscriptions, ASwitchThatDoesNotGreetIsGivenUpWithoutAnAlarm) {
             (std::vector{no_alarm(), log_prefix() + "the switch does not greet in time\n"}));
 }
 
+TEST_F(EventSubscriptions, AnotherSubscriptionDoesNotHurryASwitchThatHasNoAlarmForItsHello) {
+  set_deadline_ms(1234);
+  switch_.greet_with({});
+  subscribe<protocol::kPortInconsistencyClass>();
+  {
+    const FailingAlarms failing;
+    ASSERT_TRUE(ring_next_alarm());
+  }
+  subscribe<protocol::kLoopInconsistencyClass>();
+  EXPECT_EQ(watched_descriptors(), 1);
+  EXPECT_FALSE(has_alarm());
+  EXPECT_EQ(LogCapture::take(), std::vector{no_alarm()});
+  clock_.pass_ms(234);
+  request_comes();
+  EXPECT_EQ(ring_next_alarm(), 1000U);
+}
+
+TEST_F(EventSubscriptions, AnotherSubscriptionDoesNotEndTheBackoffThatHasNoAlarm) {
+  subscribe<protocol::kPortInconsistencyClass>();
+  ASSERT_TRUE(connects());
+  {
+    const FailingAlarms failing;
+    switch_.close_connections();
+    ASSERT_TRUE(run_main_loop_until([] { return watched_descriptors() == 0; }));
+  }
+  subscribe<protocol::kLoopInconsistencyClass>();
+  EXPECT_FALSE(has_alarm());
+  clock_.pass_ms(40);
+  request_comes();
+  EXPECT_EQ(ring_next_alarm(), 60U);
+  ASSERT_TRUE(is_subscribed(2));
+}
+
 TEST_F(EventSubscriptions, ASubscriptionThatEndsNeedsNoAlarmAnyMore) {
   {
     const FailingAlarms failing;
