@@ -123,7 +123,9 @@ cmd_result Connection::failed(cmd_result result, const char *what) {
   const uint64_t now = monotonic_ms();
   drop();
   backoff_.failed(now);
-  if (!failure_reported_ && (result != CMD_BAD_REPLY || malformed_.take(now))) {
+  // Messages that are not valid are counted even while the log already tells of a failure.
+  const bool is_told = result == CMD_BAD_REPLY ? malformed_.take(now) : !failure_reported_;
+  if (is_told) {
     failure_reported_ = true;
     snmp_log(LOG_WARNING, "stpplatform: %s: %s\n", settings().socket_path, what);
   }

@@ -145,6 +145,7 @@ bool EventSubscription::take_hello(const void *packet, size_t size) {
     snmp_log(LOG_NOTICE, "stpplatform: %s: events: the switch is connected; connections lost so far: %u\n",
              settings().socket_path, losses_);
   }
+  malformed_.tell();
   return true;
 }
 
@@ -190,7 +191,9 @@ void EventSubscription::failed(cmd_result result, const char *what) {
   drop();
   unschedule();
   backoff_.failed(now);
-  if (!failure_reported_ && (result != CMD_BAD_REPLY || malformed_.take(now))) {
+  // Messages that are not valid are counted even while the log already tells of a failure.
+  const bool is_told = result == CMD_BAD_REPLY ? malformed_.take(now) : !failure_reported_;
+  if (is_told) {
     failure_reported_ = true;
     snmp_log(LOG_WARNING, "stpplatform: %s: events: %s\n", settings().socket_path, what);
   }

@@ -194,6 +194,43 @@ TEST_F(Connections, MalformedRepliesAreCountedAndNotLoggedOneByOne) {
   EXPECT_EQ(LogCapture::take(), std::vector{prefix + ": 2 more messages were not valid\n"});
 }
 
+TEST_F(Connections, MalformedRepliesAreCountedWhereNoGoodOneComesBetween) {
+  const std::string prefix = "stpplatform: " + switch_.path();
+  const std::string one = prefix + ": the switch has sent something that is not a valid message\n";
+  const auto malformed = [&](int times) {
+    switch_.answer_with([](const Bytes &) { return Answer{{Bytes(7, 0xFF)}}; });
+    for (int i = 0; i < times; ++i) {
+      clock_.pass_ms(Backoff::kLongestMs);
+      EXPECT_EQ(ask(1), CMD_BAD_REPLY);
+    }
+  };
+  malformed(1);
+  EXPECT_EQ(LogCapture::take(), std::vector{one});
+  malformed(5);
+  EXPECT_TRUE(LogCapture::take().empty());
+  clock_.pass_ms(60000);
+  malformed(1);
+  EXPECT_EQ(LogCapture::take(), (std::vector{prefix + ": 5 more messages were not valid\n", one}));
+  malformed(5);
+  clock_.pass_ms(60000);
+  answer_normally();
+  EXPECT_TRUE(switch_answers());
+  EXPECT_EQ(LogCapture::take(), (std::vector{prefix + ": the switch answers again\n",
+                                             prefix + ": 5 more messages were not valid\n"}));
+}
+
+TEST_F(Connections, AMalformedReplyIsLoggedAfterAnotherFailure) {
+  const std::string prefix = "stpplatform: " + switch_.path();
+  switch_.answer_with([](const Bytes &) { return Answer{{}, false, true}; });
+  EXPECT_EQ(ask(1), CMD_UNREACHABLE);
+  wait_for_backoff();
+  switch_.answer_with([](const Bytes &) { return Answer{{Bytes(7, 0xFF)}}; });
+  EXPECT_EQ(ask(1), CMD_BAD_REPLY);
+  EXPECT_EQ(LogCapture::take(),
+            (std::vector{prefix + ": the switch has closed the connection\n",
+                         prefix + ": the switch has sent something that is not a valid message\n"}));
+}
+
 TEST_F(Connections, ASwitchThatGoesAwayIsLoggedWhateverItSentBefore) {
   switch_.answer_with([](const Bytes &) { return Answer{{Bytes(7, 0xFF)}}; });
   EXPECT_EQ(ask(1), CMD_BAD_REPLY);

@@ -695,6 +695,32 @@ TEST_F(EventSubscriptions, MalformedEventsAreCountedAndNotLoggedOneByOne) {
   EXPECT_EQ(LogCapture::take(), std::vector{log_prefix() + "2 more messages were not valid\n"});
 }
 
+TEST_F(EventSubscriptions, MalformedHellosAreCountedWhereNoGoodOneComesBetween) {
+  const std::string one = log_prefix() + "the switch has sent something that is not a valid message\n";
+  const auto malformed = [&](int times) {
+    for (int i = 0; i < times; ++i) {
+      ASSERT_TRUE(ring_next_alarm());
+      ASSERT_TRUE(is_lost());
+    }
+  };
+  switch_.greet_with({Bytes(7, 0xFF), {}});
+  subscribe();
+  malformed(1);
+  EXPECT_EQ(LogCapture::take(), std::vector{one});
+  malformed(5);
+  EXPECT_TRUE(LogCapture::take().empty());
+  clock_.pass_ms(60000);
+  malformed(1);
+  EXPECT_EQ(LogCapture::take(), (std::vector{log_prefix() + "5 more messages were not valid\n", one}));
+  malformed(5);
+  clock_.pass_ms(60000);
+  switch_.greet_with(switch_.good_greeting());
+  ASSERT_TRUE(connects());
+  EXPECT_EQ(LogCapture::take(),
+            (std::vector{log_prefix() + "the switch is connected; connections lost so far: 0\n",
+                         log_prefix() + "5 more messages were not valid\n"}));
+}
+
 // EventCheck tries many more; these go all the way to the handlers.
 TEST_F(EventSubscriptions, NoDamagedEventIsBelieved) {
   constexpr uint32_t kSeed = 815;
