@@ -37,7 +37,7 @@ enum cmd_result {
   CMD_OK = 0,
   CMD_INVALID_ARGUMENT = 1, /* a null handle, or a value whose length does not fit its token's type */
   CMD_NO_SPACE = 2,         /* the request buffer is full */
-  CMD_NO_MEMORY = 3,        /* the reply could not be stored */
+  CMD_NO_MEMORY = 3,        /* the reply could not be stored, or a descriptor found no place */
   CMD_UNREACHABLE = 4,      /* nobody answers at the process's address, or it went away */
   CMD_TIMEOUT = 5,          /* no reply within the deadline */
   CMD_BAD_REPLY = 6,        /* what arrived is not a well-formed reply to this request */
