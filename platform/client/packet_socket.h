@@ -24,7 +24,7 @@ cmd_result send_packet(int socket, const void *packet, size_t size, const Deadli
 cmd_result receive_packet(int socket, void *packet, size_t capacity, const Deadline &deadline, size_t *size,
                           OwnedFd *descriptor = nullptr);
 
-// What it means for the agent's log that the switch's packet, or the like, could not be received.
+// Why a packet could not be received, as the agent's log says it.
 const char *describe_failure(cmd_result result);
 
 }  // namespace stpplatform
