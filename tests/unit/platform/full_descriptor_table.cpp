@@ -1,8 +1,10 @@
 #include "full_descriptor_table.h"
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <fstream>
 #include <string>
 
@@ -34,7 +36,8 @@ FullDescriptorTable::FullDescriptorTable(size_t free) {
   for (int fd = dup(STDERR_FILENO); fd >= 0; fd = dup(STDERR_FILENO)) {
     taken_.emplace_back(fd);
   }
-  taken_.resize(taken_.size() - free);
+  EXPECT_LE(free, taken_.size()) << "the process already has more descriptors open than the limit leaves";
+  taken_.resize(taken_.size() - std::min(free, taken_.size()));
 }
 
 FullDescriptorTable::~FullDescriptorTable() {
