@@ -1,7 +1,8 @@
 #include "server/send_failure.h"
-#include "base/system_failure.h"
 
 #include <cerrno>
+
+#include "base/system_failure.h"
 
 namespace stpswitch {
 

@@ -1,5 +1,4 @@
 #include "server/switch_process.h"
-#include "base/system_failure.h"
 
 #include <grp.h>
 #include <sys/socket.h>
@@ -9,6 +8,7 @@
 #include <optional>
 
 #include "base/log.h"
+#include "base/system_failure.h"
 #include "control/control_protocol.h"
 #include "control/responder.h"
 #include "scenario/loader.h"

@@ -1,10 +1,10 @@
 #include "support/requests.h"
-#include "protocol_numbers.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 
+#include "protocol_numbers.h"
 #include "wire/attributes.h"
 
 namespace wire = stpplatform::wire;

@@ -11,8 +11,6 @@
 #include "protocol_numbers.h"
 #include "wire/message.h"
 
-// Key attributes.
-
 // A key attribute with its value; one that is only named has the value 0.
 struct KeyText {
   KeyText(uint32_t key_token) : token(key_token) {}
