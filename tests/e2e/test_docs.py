@@ -4,6 +4,7 @@ import json
 import os
 import re
 import shlex
+import shutil
 import subprocess
 import tempfile
 from contextlib import contextmanager
@@ -124,10 +125,34 @@ def fixture_shown():
 
 # The scenario format.
 
+def write_keys(program, folder=PROJECT):
+    result = subprocess.run([folder / 'scripts/write-keys', '--check', program], check=False, capture_output=True,
+                            text=True, timeout=60)
+    return result.returncode, result.stdout, result.stderr
+
+
 def test_the_documents_tell_what_the_program_does():
-    result = subprocess.run([PROJECT / 'scripts/write-keys', '--check', BUILD / 'bin/stp-switchd'], check=False,
-                            capture_output=True, text=True, timeout=60)
-    assert (result.returncode, result.stdout, result.stderr) == (0, '', '')
+    assert write_keys(BUILD / 'bin/stp-switchd') == (0, '', '')
+
+
+def test_keys_of_a_program_that_does_not_run_are_an_error(tmp_path):
+    program = tmp_path / 'stp-switchd'
+    assert write_keys(program) == (1, '', f'write-keys: {program} cannot be run: No such file or directory\n')
+    program.write_text('#!/bin/sh\necho "no such option" >&2\nexit 3\n', encoding='ascii')
+    program.chmod(0o755)
+    assert write_keys(program) == (1, '', f'write-keys: {program} --keys failed with status 3: no such option\n')
+
+
+@pytest.mark.parametrize('lost', ['<!-- scripts/write-keys writes this: -->', '<!-- end of that -->'])
+def test_a_page_that_has_lost_a_marker_of_the_keys_is_an_error(tmp_path, lost):
+    for name in ('scripts/write-keys', 'docs/scenario.md'):
+        copy = tmp_path / name
+        copy.parent.mkdir()
+        shutil.copy(PROJECT / name, copy)
+    page = tmp_path / 'docs/scenario.md'
+    page.write_text(page.read_text(encoding='utf-8').replace(lost, ''), encoding='utf-8')
+    assert write_keys(BUILD / 'bin/stp-switchd', tmp_path) == (
+        1, '', f"write-keys: {page}: the line '{lost}' stands there 0 times, not once\n")
 
 
 def test_every_key_is_described_and_no_other(shown):
