@@ -9,8 +9,8 @@
 #include <filesystem>
 #include <memory>
 #include <string>
-#include <thread>
 
+#include "support/refused_lock.h"
 #include "support/temporary_folder.h"
 
 using namespace stpswitch;
@@ -141,14 +141,11 @@ TEST_F(UnixListeners, NameAFolderThatSomebodyElseKeepsLocked) {
   EXPECT_FALSE(exists());
 }
 
-// Whether or not the listener comes before the lock goes.
 TEST_F(UnixListeners, WaitForAFolderThatIsLockedForAMoment) {
   LockedFolder locked(folder_.path("."));
-  std::string error = "not tried";
-  std::thread starting([&] { error = error_of(options()); });
-  locked.unlock();
-  starting.join();
-  EXPECT_EQ(error, "no error");
+  const RefusedLock refused([&] { locked.unlock(); });
+  EXPECT_EQ(error_of(options()), "no error");
+  EXPECT_EQ(refused.refusals(), 1);
 }
 
 TEST_F(UnixListeners, NameAPathThatIsTooLongOrEmpty) {
