@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <stdexcept>
 #include <string>
 
 #include "base/log.h"
@@ -100,7 +101,11 @@ int parse_and_run(int argc, char **argv) {
 
 int main(int argc, char **argv) {
   try {
-    return parse_and_run(argc, argv);
+    const int status = parse_and_run(argc, argv);
+    if (!std::cout.flush()) {
+      throw std::runtime_error("cannot write to standard output");
+    }
+    return status;
   } catch (const std::exception &error) {
     stpswitch::log_line(error.what());
     return EXIT_FAILURE;

@@ -119,6 +119,14 @@ TEST_F(Programs, SwitchListsTheKeysOfScenarios) {
   EXPECT_EQ(result.output, stpswitch::list_keys());
 }
 
+TEST_F(Programs, SwitchTellsThatItsOutputIsLost) {
+  for (const std::string option : {"--keys", "--help"}) {
+    const ProgramResult result = run_program("/bin/sh", {"-c", STP_SWITCHD " " + option + " >/dev/full"});
+    EXPECT_EQ(result.status, 1) << option;
+    EXPECT_EQ(result.errors, "stp-switchd: cannot write to standard output\n") << option;
+  }
+}
+
 TEST_F(Programs, SwitchNamesAGroupThatDoesNotExist) {
   const ProgramResult result =
       run_program(STP_SWITCHD, {"--scenario", kScenario, "--socket", socket_, "--control", control_,
