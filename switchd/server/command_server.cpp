@@ -57,7 +57,7 @@ void CommandServer::make_room() {
       std::min_element(connections_.begin(), connections_.end(),
                        [](const auto &one, const auto &other) { return one->is_less_in_use_than(*other); });
   (*least_in_use)
-      ->close(acceptor_.path() + ": " + std::to_string(kMaxConnections) +
+      ->close(std::to_string(kMaxConnections) +
               " connections are open: disconnecting the one least in use for another");
 }
 
@@ -70,12 +70,12 @@ void CommandServer::connection_closed(const std::string &why) {
 
 void CommandServer::take_subscriber(stpplatform::OwnedFd fd, NotificationClasses classes) {
   if (subscribers_.size() == kMaxSubscribers) {
-    subscribers_.front()->close(acceptor_.path() + ": there are " + std::to_string(kMaxSubscribers) +
+    subscribers_.front()->close("there are " + std::to_string(kMaxSubscribers) +
                                 " subscribers: disconnecting the first of them for another");
   }
   const auto position = subscribers_.emplace(subscribers_.end());
   *position = std::make_unique<SubscriberConnection>(&loop_, std::move(fd), std::move(classes), buffer_,
-                                                     [this, position](const std::string &why) {
+                                                     &log_, [this, position](const std::string &why) {
                                                        subscribers_.erase(position);
                                                        connection_closed(why);
                                                      });

@@ -7,29 +7,20 @@
 #include <string>
 #include <utility>
 
-#include "base/log.h"
 #include "server/send_failure.h"
 #include "wire/message.h"
 #include "wire/owned_fd.h"
 
 namespace stpswitch {
-namespace {
-
-void log_replaced(const std::string &what, uint64_t replaced) {
-  if (replaced != 0) {
-    log_line("a subscriber " + what +
-             "; events replaced by later ones while they waited: " + std::to_string(replaced));
-  }
-}
-
-}  // namespace
 
 SubscriberConnection::SubscriberConnection(EventLoop *loop, stpplatform::OwnedFd fd,
                                            NotificationClasses classes, std::span<uint8_t> buffer,
+                                           ThrottledLog *log,
                                            std::function<void(const std::string &why)> closed)
     : fd_(std::move(fd)),
       classes_(std::move(classes)),
       buffer_(buffer),
+      log_(*log),
       closed_(std::move(closed)),
       readable_(loop->make_event<&SubscriberConnection::read_packet>(fd_.get(), EV_READ | EV_PERSIST, this)),
       writable_(loop->make_event<&SubscriberConnection::send_waiting>(fd_.get(), EV_WRITE, this)) {
@@ -80,11 +71,19 @@ void SubscriberConnection::send_waiting() {
     queue_.pop();
     sequence_ = sequence;
   }
-  log_replaced("has caught up", queue_.take_replaced());
+  log_replaced("has caught up");
+}
+
+void SubscriberConnection::log_replaced(const std::string &what) {
+  const uint64_t replaced = queue_.take_replaced();
+  if (replaced != 0) {
+    log_.log("a subscriber " + what +
+             "; events replaced by later ones while they waited: " + std::to_string(replaced));
+  }
 }
 
 void SubscriberConnection::close(const std::string &why) {
-  log_replaced("has left", queue_.take_replaced());
+  log_replaced("has left");
   const auto closed = std::move(closed_);
   closed(why);
 }

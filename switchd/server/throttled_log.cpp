@@ -20,7 +20,7 @@ void ThrottledLog::log(std::string_view line) {
   }
   if (logged_ < kLines) {
     ++logged_;
-    log_line(line);
+    log_line(subject_ + ": " + std::string(line));
   } else {
     ++left_out_;
   }

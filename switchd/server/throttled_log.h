@@ -15,7 +15,7 @@ class ThrottledLog {
   static constexpr uint32_t kLines = 10;
   static constexpr std::chrono::milliseconds kPeriod{60'000};
 
-  // `subject` begins the line that tells how many were left out, at the end of a period.
+  // `subject` begins every line, and the one that tells how many were left out, at the end of a period.
   ThrottledLog(EventLoop *loop, std::string subject, std::chrono::milliseconds period = kPeriod);
   ~ThrottledLog();
   ThrottledLog(const ThrottledLog &) = delete;

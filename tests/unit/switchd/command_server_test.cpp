@@ -132,7 +132,7 @@ TEST_F(CommandServers, DisconnectWhoeverSendsNoMessage) {
   testing::internal::CaptureStderr();
   EXPECT_TRUE(client.ask(octets("00112233445566778899")).empty());
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "stp-switchd: a client sent 10 octets that are no message: disconnecting it\n");
+            "stp-switchd: " + path_ + ": a client sent 10 octets that are no message: disconnecting it\n");
   expect_service();
 }
 
@@ -143,7 +143,7 @@ TEST_F(CommandServers, DoNotFillTheLogWithWhatClientsSend) {
   }
   std::string expected;
   for (int i = 0; i < 10; ++i) {
-    expected += "stp-switchd: a client sent 10 octets that are no message: disconnecting it\n";
+    expected += "stp-switchd: " + path_ + ": a client sent 10 octets that are no message: disconnecting it\n";
   }
   EXPECT_EQ(testing::internal::GetCapturedStderr(), expected);
   testing::internal::CaptureStderr();

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
+#include <optional>
 #include <tuple>
 #include <vector>
 
@@ -87,7 +88,7 @@ class EventServers : public testing::Test {
   }
 
   void tell(InconsistencyEventKind kind, uint32_t tree, uint32_t number) {
-    server_.tell({event(kind, tree, number)});
+    server_->tell({event(kind, tree, number)});
   }
 
   static Packet request(uint32_t sequence) {
@@ -105,12 +106,14 @@ class EventServers : public testing::Test {
   Switch switch_{load_scenario(SCENARIOS "/mst-small.toml")};
   SnapshotPublisher snapshot_{&switch_};
   Faults faults_;
-  CommandServer server_{&loop_, {path_, SOCK_SEQPACKET, 0660, std::nullopt}, &switch_, &snapshot_, &faults_};
+  std::optional<CommandServer> server_{
+      std::in_place, &loop_,     UnixSocketOptions{path_, SOCK_SEQPACKET, 0660, std::nullopt},
+      &switch_,      &snapshot_, &faults_};
 };
 
 TEST_F(EventServers, TellASubscriberInOrder) {
   PacketClient client = subscriber();
-  server_.tell({event(kPortEvent, 1, 7), event(kLoopEvent, 2, 1)});
+  server_->tell({event(kPortEvent, 1, 7), event(kLoopEvent, 2, 1)});
   tell(kLoopEvent, 2, 2);
   EXPECT_EQ(read_event(client.receive()), (Received{1, protocol::kPortInconsistencyClass, 1, 7}));
   EXPECT_EQ(read_event(client.receive()), (Received{2, protocol::kLoopInconsistencyClass, 2, 1}));
@@ -137,7 +140,7 @@ TEST_F(EventServers, TellOnlyOfTheClassesSubscribedTo) {
 TEST_F(EventServers, TellEachSubscriberWhatItWants) {
   PacketClient loops = subscriber({protocol::kLoopInconsistencyClass});
   PacketClient roots = subscriber({protocol::kRootInconsistencyClass});
-  server_.tell({event(kLoopEvent, 1, 1), event(kRootEvent, 2, 1), event(kLoopEvent, 3, 1)});
+  server_->tell({event(kLoopEvent, 1, 1), event(kRootEvent, 2, 1), event(kLoopEvent, 3, 1)});
   EXPECT_EQ(read_event(loops.receive()), (Received{1, protocol::kLoopInconsistencyClass, 1, 1}));
   EXPECT_EQ(read_event(loops.receive()), (Received{2, protocol::kLoopInconsistencyClass, 3, 1}));
   EXPECT_EQ(read_event(roots.receive()), (Received{1, protocol::kRootInconsistencyClass, 2, 1}));
@@ -184,7 +187,8 @@ TEST_F(EventServers, DisconnectASubscriberThatAsks) {
   testing::internal::CaptureStderr();
   EXPECT_TRUE(client.ask(request(1)).empty());
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "stp-switchd: a subscriber sent 120 octets that are no subscription: disconnecting it\n");
+            "stp-switchd: " + path_ +
+                ": a subscriber sent 120 octets that are no subscription: disconnecting it\n");
   tell(kLoopEvent, 1, 1);
   expect_service();
 }
@@ -195,8 +199,9 @@ TEST_F(EventServers, DisconnectWhoeverSubscribesMalformed) {
   put(&malformed, offsetof(wire::Subscribe, class_count), uint32_t{2});
   testing::internal::CaptureStderr();
   EXPECT_TRUE(client.ask(malformed).empty());
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "stp-switchd: a client sent a malformed subscription of 24 octets: disconnecting it\n");
+  EXPECT_EQ(
+      testing::internal::GetCapturedStderr(),
+      "stp-switchd: " + path_ + ": a client sent a malformed subscription of 24 octets: disconnecting it\n");
   expect_service();
 }
 
@@ -208,7 +213,8 @@ TEST_F(EventServers, DisconnectWhoeverSubscribesInMoreThanAMessage) {
   testing::internal::CaptureStderr();
   EXPECT_TRUE(client.ask(huge).empty());
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "stp-switchd: a client sent a malformed subscription of 131073 octets: disconnecting it\n");
+            "stp-switchd: " + path_ +
+                ": a client sent a malformed subscription of 131073 octets: disconnecting it\n");
 }
 
 TEST_F(EventServers, SurviveSubscribersThatHangUpAtAnyPoint) {
@@ -334,7 +340,8 @@ TEST_F(EventServers, DoNotWaitForASubscriberThatDoesNotRead) {
   EXPECT_FALSE(slow.receive_now().has_value());
   EXPECT_LT(count, kEvents);
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "stp-switchd: a subscriber has caught up; events replaced by later ones while they waited: " +
+            "stp-switchd: " + path_ +
+                ": a subscriber has caught up; events replaced by later ones while they waited: " +
                 std::to_string(kEvents - count) + "\n");
 
   // It is told of everything again.
@@ -354,10 +361,33 @@ TEST_F(EventServers, ForgetASubscriberThatNeitherReadsNorStays) {
   slow.hang_up();
   let_the_server_work();
   EXPECT_THAT(testing::internal::GetCapturedStderr(),
-              MatchesRegex("stp-switchd: a subscriber has left; events replaced by later ones while they "
+              MatchesRegex("stp-switchd: " + path_ +
+                           ": a subscriber has left; events replaced by later ones while they "
                            "waited: [0-9]+\n"));
   tell(kLoopEvent, 1, 1);
   expect_service();
+}
+
+TEST_F(EventServers, DoNotFillTheLogWithWhatSubscribersMissed) {
+  constexpr uint32_t kEvents = 5000;
+  std::vector<PacketClient> slow;
+  for (int i = 0; i < 12; ++i) {
+    slow.push_back(subscriber());
+  }
+  for (uint32_t i = 1; i <= kEvents; ++i) {
+    tell(kLoopEvent, 1, i);
+  }
+  testing::internal::CaptureStderr();
+  slow.clear();
+  let_the_server_work();
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              MatchesRegex("(stp-switchd: " + path_ +
+                           ": a subscriber has left; events replaced by later ones while they "
+                           "waited: [0-9]+\n){10}"));
+  testing::internal::CaptureStderr();
+  server_.reset();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "stp-switchd: " + path_ + ": lines about clients that were left out: 2\n");
 }
 
 TEST_F(EventServers, TellOfMoreThanTheSocketTakesAtOnce) {
@@ -367,7 +397,7 @@ TEST_F(EventServers, TellOfMoreThanTheSocketTakesAtOnce) {
   for (uint32_t tree = 1; tree <= kTrees; ++tree) {
     events.push_back(event(kRootEvent, tree, 1));
   }
-  server_.tell(events);
+  server_->tell(events);
   for (uint32_t tree = 1; tree <= kTrees; ++tree) {
     ASSERT_EQ(read_event(client.receive()), (Received{tree, protocol::kRootInconsistencyClass, tree, 1}));
   }

@@ -17,7 +17,7 @@ constexpr std::chrono::milliseconds kLong{3'600'000};
 std::string lines(int count) {
   std::string text;
   for (int i = 1; i <= count; ++i) {
-    text += "stp-switchd: line " + std::to_string(i) + "\n";
+    text += "stp-switchd: subject: line " + std::to_string(i) + "\n";
   }
   return text;
 }
