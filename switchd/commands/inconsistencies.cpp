@@ -15,13 +15,13 @@ cmd_result answer_report(const Switch &the_switch, const InconsistencyReport &re
   if (!asked) {
     return CMD_BAD_REQUEST;
   }
-  const auto row = find_tree_port(the_switch, report.tree_ports(), request.action, *asked);
-  if (!row) {
+  const auto entry = find_tree_port(the_switch, report.tree_ports(), request.action, *asked);
+  if (!entry) {
     return CMD_NO_ENTRY;
   }
-  reply->add_number(STP_ATTRIBUTE_PORT_TREE, row->tree);
-  reply->add_number(STP_ATTRIBUTE_INTERFACE, row->if_index);
-  reply->add_number(STP_ATTRIBUTE_INCONSISTENCY, report.state_of(*row));
+  reply->add_number(STP_ATTRIBUTE_PORT_TREE, entry->tree);
+  reply->add_number(STP_ATTRIBUTE_INTERFACE, entry->if_index);
+  reply->add_number(STP_ATTRIBUTE_INCONSISTENCY, report.state_of(*entry));
   return CMD_OK;
 }
 

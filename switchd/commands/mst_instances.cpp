@@ -15,12 +15,12 @@ cmd_result answer_mst_instances(const Switch &the_switch, const CommandRequest &
     return CMD_BAD_REQUEST;
   }
   const SwitchState &state = the_switch.state();
-  const auto &rows = the_switch.mst_remaining_hops();
-  const auto row = find_row(rows, request.action, *asked);
-  if (state.settings.mode != SpanningTreeMode::kMst || row == rows.end()) {
+  const auto &entries = the_switch.mst_remaining_hops();
+  const auto entry = find_entry(entries, request.action, *asked);
+  if (state.settings.mode != SpanningTreeMode::kMst || entry == entries.end()) {
     return CMD_NO_ENTRY;
   }
-  const auto [id, remaining_hops] = *row;
+  const auto [id, remaining_hops] = *entry;
   reply->add_number(STP_ATTRIBUTE_TREE, id);
   reply->add_number(STP_ATTRIBUTE_HOPS, remaining_hops);
   if (id == kCistId) {

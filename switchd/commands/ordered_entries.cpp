@@ -45,27 +45,27 @@ std::optional<TreePort> asked_tree_port(const CommandRequest &request, stp_key t
 
 cmd_result answer_bridge_port(const Switch &the_switch, const CommandRequest &request, stp_key key,
                               void (*add_values)(const BridgePort &, ReplyBuilder *), ReplyBuilder *reply) {
-  const auto row = find_row(the_switch.bridge_ports(), request.action, asked_interface(request, key));
-  if (row == the_switch.bridge_ports().end()) {
+  const auto entry = find_entry(the_switch.bridge_ports(), request.action, asked_interface(request, key));
+  if (entry == the_switch.bridge_ports().end()) {
     return CMD_NO_ENTRY;
   }
-  const auto &[if_index, port] = *row;
+  const auto &[if_index, port] = *entry;
   reply->add_number(STP_ATTRIBUTE_INTERFACE, if_index);
   add_values(port, reply);
   return CMD_OK;
 }
 
-std::optional<TreePort> find_tree_port(const Switch &the_switch, const TreePorts &rows, cmd_action action,
+std::optional<TreePort> find_tree_port(const Switch &the_switch, const TreePorts &entries, cmd_action action,
                                        const TreePort &asked) {
   if (action == CMD_ACTION_GET) {
-    return rows.contains(asked) ? std::optional(asked) : std::nullopt;
+    return entries.contains(asked) ? std::optional(asked) : std::nullopt;
   }
   // Who asks for the beginning of a tree means that tree, and is told when it is not there.
   constexpr uint32_t kBeginning = 0;
   if (asked.if_index == kBeginning && !the_switch.running_trees().contains(asked.tree)) {
     return std::nullopt;
   }
-  return rows.first_after(asked);
+  return entries.first_after(asked);
 }
 
 }  // namespace stpswitch

@@ -1,5 +1,5 @@
-// What commands share that answer row by row: the values of the keys that name a row, and the row found or,
-// for bridge ports, its answer.
+// What commands share that answer entry by entry: the values of the keys that name an entry, and the entry
+// found or, for bridge ports, its answer.
 #pragma once
 
 #include <cstdint>
@@ -20,12 +20,12 @@ std::optional<uint32_t> asked_tree(const CommandRequest &request, stp_key key);
 std::optional<TreePort> asked_tree_port(const CommandRequest &request, stp_key tree_key,
                                         stp_key interface_key);
 
-// The row with exactly the asked key or, for CMD_ACTION_GET_NEXT, the one after it; rows.end() when there is
-// none: CMD_NO_ENTRY. `rows` is an ordered set or map.
-template <class Rows>
-typename Rows::const_iterator find_row(const Rows &rows, cmd_action action,
-                                       const typename Rows::key_type &asked) {
-  return action == CMD_ACTION_GET ? rows.find(asked) : rows.upper_bound(asked);
+// The entry with exactly the asked key or, for CMD_ACTION_GET_NEXT, the one after it; entries.end() when
+// there is none: CMD_NO_ENTRY. `entries` is an ordered set or map.
+template <class Entries>
+typename Entries::const_iterator find_entry(const Entries &entries, cmd_action action,
+                                            const typename Entries::key_type &asked) {
+  return action == CMD_ACTION_GET ? entries.find(asked) : entries.upper_bound(asked);
 }
 
 // Answers from the bridge port that a request with the key asks for: its interface index, then what
@@ -33,8 +33,8 @@ typename Rows::const_iterator find_row(const Rows &rows, cmd_action action,
 cmd_result answer_bridge_port(const Switch &the_switch, const CommandRequest &request, stp_key key,
                               void (*add_values)(const BridgePort &, ReplyBuilder *), ReplyBuilder *reply);
 
-// The same as find_row among ports of trees.
-std::optional<TreePort> find_tree_port(const Switch &the_switch, const TreePorts &rows, cmd_action action,
+// The same as find_entry among ports of trees.
+std::optional<TreePort> find_tree_port(const Switch &the_switch, const TreePorts &entries, cmd_action action,
                                        const TreePort &asked);
 
 }  // namespace stpswitch

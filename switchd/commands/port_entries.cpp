@@ -55,15 +55,15 @@ cmd_result answer_tree_ports(const Switch &the_switch, const TreePortCommand &co
   if (!asked) {
     return CMD_BAD_REQUEST;
   }
-  const auto row = find_tree_port(the_switch, the_switch.tree_ports(), request.action, *asked);
-  if (the_switch.state().settings.mode != command.mode || !row) {
+  const auto entry = find_tree_port(the_switch, the_switch.tree_ports(), request.action, *asked);
+  if (the_switch.state().settings.mode != command.mode || !entry) {
     return CMD_NO_ENTRY;
   }
-  const BridgePort &port = the_switch.bridge_ports().at(row->if_index);
-  reply->add_number(STP_ATTRIBUTE_PORT_TREE, row->tree);
-  reply->add_number(STP_ATTRIBUTE_INTERFACE, row->if_index);
+  const BridgePort &port = the_switch.bridge_ports().at(entry->if_index);
+  reply->add_number(STP_ATTRIBUTE_PORT_TREE, entry->tree);
+  reply->add_number(STP_ATTRIBUTE_INTERFACE, entry->if_index);
   add_path_cost(port, reply);
-  reply->add_number(STP_ATTRIBUTE_PORT_ROLE, static_cast<uint32_t>(role_in(row->tree, port)));
+  reply->add_number(STP_ATTRIBUTE_PORT_ROLE, static_cast<uint32_t>(role_in(entry->tree, port)));
   command.add_flags(port, reply);
   return CMD_OK;
 }

@@ -18,7 +18,7 @@ cmd_result answer_vlan_trees(const Switch &the_switch, const CommandRequest &req
   if (state.settings.mode == SpanningTreeMode::kMst) {
     return CMD_OK;
   }
-  const auto vlan = find_row(the_switch.vlans_in_use(), request.action, *asked);
+  const auto vlan = find_entry(the_switch.vlans_in_use(), request.action, *asked);
   if (vlan == the_switch.vlans_in_use().end()) {
     return CMD_NO_ENTRY;
   }
