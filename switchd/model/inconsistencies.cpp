@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <tuple>
 
+#include "platform/stp_protocol.h"
+
 namespace stpswitch {
 namespace {
 
@@ -25,6 +27,9 @@ const TreePorts &single_vlan_tree_ports(SpanningTreeMode mode, const TreePorts &
   static const TreePorts kNone;
   return mode == SpanningTreeMode::kRapidPvst ? tree_ports : kNone;
 }
+
+// The states of a report count its kinds from bit 0: of the first report, kPvid and kType.
+static_assert(STP_INCONSISTENT_PVID == 1U << 0 && STP_INCONSISTENT_TYPE == 1U << 1);
 
 }  // namespace
 
