@@ -74,7 +74,7 @@ class ServedSwitch {
   ServedSwitch(const ServedSwitch &) = delete;
   ServedSwitch &operator=(const ServedSwitch &) = delete;
 
-  // Sends the storm: the latest of each tree only ever grow.
+  // Sends the storm: the numbers of each tree only ever grow.
   void start_storm() { is_storming_ = true; }
   bool storm_is_over() const { return told_ == kEvents; }
 

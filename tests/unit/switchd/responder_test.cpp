@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include "protocol_numbers.h"
 #include "scenario/loader.h"
 
 using namespace stpswitch;
