@@ -4,6 +4,7 @@
 #include "ledger.h"
 #include "protocol_numbers.h"
 #include "scripted_process.h"
+#include "search/dual_index.h"
 #include "search/next_row.h"
 #include "search_test.h"
 #include "stpsnmp/index_search.h"
@@ -733,6 +734,20 @@ TEST_F(NextEntry, ThatSearchInTheNextTreeMeasuresAnswersByIt) {
   take_reply();
 }
 
+TEST_F(NextEntry, ThatSearchInTheNextTreeWithoutACandidateIsOneForAPhysicalPort) {
+  fake::platform().interfaces[2].has_if_index_of_port = false;
+  script({no_entry(), entry(2, kSecond), no_entry(), entry(4, kSecond)});
+  EXPECT_EQ(run(2, 4097), 0);
+  EXPECT_THAT(story(),
+              ElementsAreArray(entered() + missed(2, kSecondChannel, 22) + followed(2, 2, kSecond, 26) +
+                               Trace{line(": Incrementing in_tree_index, port_index to search again"),
+                                     line(": in_tree_index: 3, port_index: 128"), kReleased} +
+                               no_port_above(128) + missed(4, 129, 26) + followed(3, 4, kSecond, 26) +
+                               returned(4, 130)));
+  expect_row(4, 130);
+  take_reply();
+}
+
 TEST_F(NextEntry, ThatSearchInTheNextTreeHoldsNoReplyWhenItFails) {
   script({no_entry(), entry(2, kSecond), no_entry(), no_entry(), no_entry(), no_entry()});
   EXPECT_EQ(run(2, 4097), -1);
@@ -799,6 +814,32 @@ TEST_F(NextEntry, PhysicalPortThenChannelOfTheTreeFails) {
   EXPECT_THAT(story(), ElementsAreArray(entered() + missed(2, kFirst, 26) + followed(2, 2, kChannel, 22) +
                                         Trace{kReleased}));
   EXPECT_EQ(tree_, 2U);
+}
+
+TEST_F(NextEntry, PortStaysWhereAFailedSearchLeftIt) {
+  script({no_entry(), entry(2, kChannel)});
+  EXPECT_EQ(run(2, 0), -1);
+  expect_row(2, 129);
+  // Here the search has gone on to the next tree's first port.
+  script({no_entry(), entry(2, kSecond), no_entry(), no_entry(), no_entry(), no_entry()});
+  EXPECT_EQ(run(2, 4097), -1);
+  expect_row(2, 129);
+}
+
+TEST_F(NextEntry, FailedSearchHoldsNoReplyWhenItReturns) {
+  using namespace stpsnmp::search;
+  constexpr EntryKind kKind = {STP_COMMAND_LOOP_INCONSISTENCIES, STP_KEY_INTERFACE, STP_KEY_VLAN_TREE};
+  const std::deque<fake::Send> failures[] = {{no_entry(), entry(1, kFirst)},
+                                             {no_entry(), entry(2, kChannel)},
+                                             {no_entry(), entry(3, kChannel), no_entry(), no_entry()}};
+  for (const auto &answers : failures) {
+    script(answers);
+    TreePort row{2, 0};
+    stpsnmp::query::Reply reply;
+    EXPECT_FALSE(find_next_row(kKind, 0, &row, &reply));
+    EXPECT_FALSE(reply);
+    EXPECT_EQ(fake::live_replies(), 0U);
+  }
 }
 
 TEST_F(NextEntry, PhysicalPortThenATreeBelowTheOneThatTheSearchStandsIn) {

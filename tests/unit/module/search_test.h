@@ -36,11 +36,12 @@ Trace queried_in_vain(uint32_t command, uint32_t action, uint32_t tree, uint32_t
 void empty_base_port_cache();
 
 // Runs a search of the typed core with a reply of its own where there is a variable for it, and hands that
-// over after a success. Returns 0, or -1 where the search has failed.
+// over after a success. Returns 0, or -1 where the search has failed; then it must have left no reply.
 template <class Search>
 int with_reply(void **reply, const Search &search) {
   stpsnmp::query::Reply found;
   if (!search(reply != nullptr ? &found : nullptr)) {
+    EXPECT_FALSE(found) << "a reply after a failure";
     return -1;
   }
   if (reply != nullptr) {
