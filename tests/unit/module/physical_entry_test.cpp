@@ -1,5 +1,7 @@
 // The step that offers the first physical port in place of a port-channel: each path, and who holds which
 // reply.
+#include <algorithm>
+
 #include "protocol_numbers.h"
 #include "search_test.h"
 #include "stpsnmp/index_search.h"
@@ -175,6 +177,15 @@ TEST_F(PhysicalEntry, FirstPortIsTheFirstBridgePort) {
   expect_new_reply();
 }
 
+TEST_F(PhysicalEntry, InterfaceOfTheFirstPortIsTheOneThatItsSecondConversionGives) {
+  fake::platform().next_if_indexes = {kFirst, kSecond};
+  fake::platform().next_sends = {entry(2, kSecond)};
+  EXPECT_EQ(run(2), 0);
+  EXPECT_THAT(fake::taken_trace(), Contains(line("Valid if_index: 2002")));
+  expect_position(2, kSecondPort, kSecond);
+  expect_new_reply();
+}
+
 TEST_F(PhysicalEntry, WithoutAPhysicalPortPositionIsLeftAsTheSearchLeftIt) {
   fake::platform().interfaces = {{kChannel, kChannelPort, 22},
                                  {.if_index = 2003, .port = 140, .is_base_port = false}};
@@ -255,6 +266,18 @@ TEST_F(PhysicalEntry, WithoutASavedReplyNothingIsKeptOfALaterTree) {
   EXPECT_EQ(run_with(2, protocol::kLoopInconsistencies, &reply_), 0);
   expect_position(2, kChannelPort, kChannel);
   EXPECT_EQ(reply_, nullptr);
+}
+
+TEST_F(PhysicalEntry, WithoutAReplyVariableTheReplyIsReleasedAsSoonAsItIsRead) {
+  fake::platform().next_sends = {entry(2, kFirst)};
+  EXPECT_EQ(run_with(2, protocol::kLoopInconsistencies, nullptr), 0);
+  const Trace trace = fake::taken_trace();
+  const auto released = std::find(trace.begin(), trace.end(), "cmd_snmp_free_rx_hndl");
+  EXPECT_THAT(Trace(released, trace.end()),
+              ElementsAreArray({std::string("cmd_snmp_free_rx_hndl"),
+                                line("Returned tree_index: 2. Returning backend got values\\n"),
+                                std::string("stp_ifindex2dot1dportnum(0x000007D1)"),
+                                left_with("if_index: 2001, port_index: 129, tree_index: 2")}));
 }
 
 TEST_F(PhysicalEntry, WithoutAReplyVariableEveryPathReleasesWhatItGets) {
