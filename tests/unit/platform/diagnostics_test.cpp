@@ -221,7 +221,8 @@ TEST(DebugPrint, EveryTextIsOneLineOfTheAgentsLog) {
 
 TEST(DebugPrint, LongTextsArePrintedWhole) {
   LogCapture log;
-  const std::string text = std::string(20000, 'x') + "end";
+  std::string text(20000, 'x');
+  text += "end";
   dbgprint(1, evhist_dbg_modname, 0, "%s\n", text.c_str());
   EXPECT_EQ(LogCapture::take(), std::vector<std::string>{"STPSNMP: " + text + "\n"});
 }
