@@ -15,7 +15,7 @@ NO_ROW = '.65535.65535'
 def fixture_shared_lab_and_objects(request):
     """Nobody changes its switch."""
     scenario, expected = request.param
-    with run_lab(scenario) as lab:
+    with run_lab(scenario, with_probe=False) as lab:
         yield lab, expected
 
 
