@@ -35,11 +35,10 @@ def snmp_tool(*command):
     return result.stdout.splitlines()
 
 
-@pytest.fixture(name='agent', scope='module')
-def fixture_agent():
+@pytest.fixture(name='agent')
+def fixture_agent(lab):
     """Where an MST switch is served."""
-    with run_lab('mst.toml') as lab:
-        yield lab.agent.endpoint
+    return lab.agent.endpoint
 
 
 def get(agent, *names):
