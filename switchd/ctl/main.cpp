@@ -167,9 +167,6 @@ int carry_out(const CommandLine &line) {
       print_lines(answer.at(control::kValues));
     }
   }
-  if (!std::cout.flush()) {
-    throw std::runtime_error("cannot write to standard output");
-  }
   return EXIT_SUCCESS;
 }
 
@@ -193,7 +190,11 @@ int parse_and_run(int argc, char **argv) {
 
 int main(int argc, char **argv) {
   try {
-    return parse_and_run(argc, argv);
+    const int status = parse_and_run(argc, argv);
+    if (!std::cout.flush()) {
+      throw std::runtime_error("cannot write to standard output");
+    }
+    return status;
   } catch (const std::exception &error) {
     std::cerr << "stp-switchctl: " << error.what() << "\n";
     return kUsageOrUnreachable;

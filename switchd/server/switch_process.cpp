@@ -26,7 +26,6 @@ std::optional<gid_t> find_group(const std::string &name) {
   if (name.empty()) {
     return std::nullopt;
   }
-  errno = 0;
   const group *const entry = ::getgrnam(name.c_str());
   if (entry == nullptr) {
     throw std::runtime_error("--socket-group: there is no group '" + name + "'");

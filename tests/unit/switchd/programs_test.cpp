@@ -127,6 +127,12 @@ TEST_F(Programs, SwitchTellsThatItsOutputIsLost) {
   }
 }
 
+TEST_F(Programs, ToolTellsThatItsOutputIsLost) {
+  const ProgramResult result = run_program("/bin/sh", {"-c", STP_SWITCHCTL " --help >/dev/full"});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.errors, "stp-switchctl: cannot write to standard output\n");
+}
+
 TEST_F(Programs, SwitchNamesAGroupThatDoesNotExist) {
   const ProgramResult result =
       run_program(STP_SWITCHD, {"--scenario", kScenario, "--socket", socket_, "--control", control_,
