@@ -143,6 +143,14 @@ def test_keys_of_a_program_that_does_not_run_are_an_error(tmp_path):
     assert write_keys(program) == (1, '', f'write-keys: {program} --keys failed with status 3: no such option\n')
 
 
+@pytest.mark.parametrize('printed', ['', 'switch\\tmode\\n'])
+def test_what_is_no_list_of_keys_is_an_error(tmp_path, printed):
+    program = tmp_path / 'stp-switchd'
+    program.write_text(f"#!/bin/sh\nprintf '{printed}'\n", encoding='ascii')
+    program.chmod(0o755)
+    assert write_keys(program) == (1, '', f'write-keys: {program} --keys does not print 5 columns\n')
+
+
 @pytest.mark.parametrize('lost', ['<!-- scripts/write-keys writes this: -->', '<!-- end of that -->'])
 def test_a_page_that_has_lost_a_marker_of_the_keys_is_an_error(tmp_path, lost):
     for name in ('scripts/write-keys', 'docs/scenario.md'):
@@ -378,12 +386,18 @@ def is_documented(cost, counts):
     return counts == set(map(int, re.findall(r'\d+', cost)))
 
 
-@pytest.fixture(name='counted_lab', scope='module', params=SCENARIOS)
-def fixture_counted_lab(request):
+@pytest.fixture(name='shared_counted_lab', scope='module', params=SCENARIOS)
+def fixture_shared_counted_lab(request):
     with run_lab(SCENARIOS[request.param], agent_class=CountedAgent, with_probe=False) as lab:
         lab.mode = request.param
         lab.served = lab.snmp.walk(ROOT)
         yield lab
+
+
+@pytest.fixture(name='counted_lab')
+def fixture_counted_lab(shared_counted_lab):
+    yield shared_counted_lab
+    shared_counted_lab.check()
 
 
 def test_examples_exist_in_their_mode_and_not_in_the_other(counted_lab, tmp_path):
