@@ -29,10 +29,6 @@
 #include "server/command_server.h"
 #include "settings.h"
 #include "support/temporary_folder.h"
-#include "wire/events.h"
-#include "wire/message.h"
-
-namespace wire = stpplatform::wire;
 
 namespace {
 

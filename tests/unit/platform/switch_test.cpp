@@ -7,9 +7,6 @@
 #include "platform/stp.h"
 #include "protocol_numbers.h"
 #include "running_switch.h"
-#include "wire/message.h"
-
-namespace wire = stpplatform::wire;
 
 namespace {
 

@@ -370,8 +370,10 @@ TEST_F(EventServers, ForgetASubscriberThatNeitherReadsNorStays) {
 
 TEST_F(EventServers, DoNotFillTheLogWithWhatSubscribersMissed) {
   constexpr uint32_t kEvents = 5000;
+  constexpr size_t kSubscribers = 12;
   std::vector<PacketClient> slow;
-  for (int i = 0; i < 12; ++i) {
+  slow.reserve(kSubscribers);
+  for (size_t i = 0; i < kSubscribers; ++i) {
     slow.push_back(subscriber());
   }
   for (uint32_t i = 1; i <= kEvents; ++i) {
