@@ -1,12 +1,9 @@
 // stp-switchd: the command line.
-#include <CLI/CLI.hpp>
 #include <cstdlib>
-#include <exception>
 #include <iostream>
-#include <stdexcept>
-#include <string>
+#include <optional>
 
-#include "base/log.h"
+#include "base/command_line.h"
 #include "control/control_protocol.h"
 #include "scenario/key_list.h"
 #include "scenario/loader.h"
@@ -14,8 +11,6 @@
 #include "wire/message.h"
 
 namespace {
-
-constexpr int kWrongCommandLine = 2;
 
 constexpr char kDescription[] =
     "stp-switchd - a switch's spanning-tree process, and what its interface, port-channel and VLAN managers "
@@ -47,20 +42,6 @@ SEE ALSO
   stp-switchctl --help, snmpd(8)
 )";
 
-int run(const stpswitch::ProcessOptions &options, bool only_check) {
-  try {
-    if (only_check) {
-      stpswitch::load_scenario(options.scenario);
-    } else {
-      stpswitch::run_switch(options);
-    }
-    return EXIT_SUCCESS;
-  } catch (const std::exception &error) {
-    stpswitch::log_line(error.what());
-    return EXIT_FAILURE;
-  }
-}
-
 // As --help does: whatever else is on the command line, or is missing there.
 void list_keys_and_exit() {
   std::cout << stpswitch::list_keys();
@@ -89,25 +70,20 @@ int parse_and_run(int argc, char **argv) {
       ->type_name("GROUP");
   app.add_flag("--check", only_check, "Check the scenario and exit");
   app.add_flag_callback("--keys", list_keys_and_exit, "List sections and keys of scenarios and exit");
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError &error) {
-    return app.exit(error) == EXIT_SUCCESS ? EXIT_SUCCESS : kWrongCommandLine;
+  const std::optional<int> ended = stpswitch::read_command_line(&app, argc, argv);
+  if (ended) {
+    return *ended;
   }
-  return run(options, only_check);
+  if (only_check) {
+    stpswitch::load_scenario(options.scenario);
+  } else {
+    stpswitch::run_switch(options);
+  }
+  return EXIT_SUCCESS;
 }
 
 }  // namespace
 
 int main(int argc, char **argv) {
-  try {
-    const int status = parse_and_run(argc, argv);
-    if (!std::cout.flush()) {
-      throw std::runtime_error("cannot write to standard output");
-    }
-    return status;
-  } catch (const std::exception &error) {
-    stpswitch::log_line(error.what());
-    return EXIT_FAILURE;
-  }
+  return stpswitch::run_program("stp-switchd", EXIT_FAILURE, parse_and_run, argc, argv);
 }

@@ -28,17 +28,20 @@ inline constexpr char kCount[] = "count";
 // Values of kOperation.
 inline constexpr char kPing[] = "ping";
 inline constexpr char kShow[] = "show";
+inline constexpr char kOverview[] = "overview";
 inline constexpr char kSet[] = "set";
 inline constexpr char kReset[] = "reset";
 
-// Values of kFault, when that is the operation too.
+// Values of kFault, when that is the operation too; without kFault, the operation tells which fault there is.
 inline constexpr char kFaultNone[] = "none";
 inline constexpr char kFaultDelay[] = "delay";
 inline constexpr char kFaultDrop[] = "drop";
 inline constexpr char kFaultGarbage[] = "garbage";
 inline constexpr char kFaultDisconnect[] = "disconnect";
 
-// Members of answers: kOk always; kError when it is false; kValues, an array of pairs, after `show`.
+// Members of answers: kOk always; kError when it is false; kValues, an array of pairs, after `show`;
+// kOverview, an object (overview/overview.h), after `overview`; kFault, and kDelayMs and kCount where they
+// apply, when it was asked for.
 inline constexpr char kOk[] = "ok";
 inline constexpr char kError[] = "error";
 inline constexpr char kValues[] = "values";

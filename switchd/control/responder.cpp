@@ -9,6 +9,7 @@
 
 #include "base/log.h"
 #include "control/control_protocol.h"
+#include "control/switch_overview.h"
 #include "model/refusal.h"
 #include "scenario/config_error.h"
 #include "scenario/keys.h"
@@ -83,6 +84,13 @@ json answer_show(const Request &request, const Switch &the_switch) {
   return answer;
 }
 
+json answer_overview(const Request &request, const Switch &the_switch) {
+  request.allow_members({control::kOperation});
+  json answer = success();
+  answer[control::kOverview] = overview_of(the_switch);
+  return answer;
+}
+
 json answer_set(const Request &request, Switch *the_switch) {
   request.allow_members({control::kOperation, control::kKey, control::kValue});
   const std::string key = request.text(control::kKey);
@@ -106,8 +114,26 @@ constexpr std::array<std::pair<const char *, FaultKind>, 5> kFaultKinds = {
      {control::kFaultGarbage, FaultKind::kGarbage},
      {control::kFaultDisconnect, FaultKind::kDisconnect}}};
 
+json answer_ordered_fault(const Faults &faults) {
+  const Fault fault = faults.ordered();
+  const auto *const known = std::find_if(kFaultKinds.begin(), kFaultKinds.end(),
+                                         [&fault](const auto &pair) { return pair.second == fault.kind; });
+  json answer = success();
+  answer[control::kFault] = known->first;
+  if (fault.kind == FaultKind::kDelay) {
+    answer[control::kDelayMs] = fault.delay.count();
+  }
+  if (faults.left()) {
+    answer[control::kCount] = *faults.left();
+  }
+  return answer;
+}
+
 json answer_fault(const Request &request, Faults *faults) {
   request.allow_members({control::kOperation, control::kFault, control::kDelayMs, control::kCount});
+  if (!request.has(control::kFault) && !request.has(control::kDelayMs) && !request.has(control::kCount)) {
+    return answer_ordered_fault(*faults);
+  }
   const std::string name = request.text(control::kFault);
   const auto *const kind = std::find_if(kFaultKinds.begin(), kFaultKinds.end(),
                                         [&name](const auto &known) { return name == known.first; });
@@ -140,6 +166,9 @@ std::string ControlResponder::answer(std::string_view text) {
     }
     if (operation == control::kShow) {
       return answer_show(request, switch_).dump();
+    }
+    if (operation == control::kOverview) {
+      return answer_overview(request, switch_).dump();
     }
     if (operation == control::kSet) {
       return answer_set(request, &switch_).dump();

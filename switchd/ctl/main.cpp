@@ -1,16 +1,18 @@
 // stp-switchctl: the command line.
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <iostream>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
+#include <optional>
 #include <string>
 
+#include "base/command_line.h"
 #include "control/control_protocol.h"
 #include "ctl/control_client.h"
+#include "overview/overview.h"
+#include "overview/screen.h"
+#include "overview/terminal.h"
 
 namespace {
 
@@ -18,7 +20,10 @@ namespace control = stpswitch::control;
 using nlohmann::json;
 
 constexpr int kRefused = 1;
-constexpr int kUsageOrUnreachable = 2;
+constexpr int kUnreachable = stpswitch::kWrongCommandLine;
+
+// Where the switch's control socket is, for those who do not say.
+constexpr char kControlVariable[] = "STPSWITCHD_CONTROL";
 
 constexpr char kDescription[] = "stp-switchctl - show and change a running stp-switchd\n";
 
@@ -26,7 +31,7 @@ constexpr char kFooter[] = R"(
 KEYS
   Keys are those of the scenario file; an entry of a list is named by its number:
   switch.mode, mst.region, mst.instance.1.vlans, port.3.link, port_channel.2.vlans, access.refused_users.
-  "show" without a key lists all that the switch has. A value that fails a check changes nothing.
+  "show --flat" lists all that the switch has. A value that fails a check changes nothing.
 
 EXIT STATUS
   0  done
@@ -34,6 +39,7 @@ EXIT STATUS
   2  wrong command line, or no switch answers
 
 EXAMPLES
+  stp-switchctl show                        the spanning trees and their ports
   stp-switchctl show mst
   stp-switchctl show port.3 --json
   stp-switchctl set switch.mode rapid-pvst
@@ -43,6 +49,7 @@ EXAMPLES
   stp-switchctl set access.refused_users guest,ops
   stp-switchctl set mst.region -- -odd-     a value that begins with a dash
   stp-switchctl fault delay 300 --count 2
+  stp-switchctl fault                       tells which fault there is, if any
   stp-switchctl fault none
   stp-switchctl reset
 
@@ -59,6 +66,7 @@ struct CommandLine {
   std::string control_path = control::kDefaultSocketPath;
   std::string key;
   std::string value;
+  bool is_flat = false;
   bool as_json = false;
   int64_t delay_ms = 0;
   int64_t count = 0;
@@ -91,13 +99,20 @@ void add_fault(CLI::App *faults, CommandLine *line, const char *name, const char
 void add_commands(CLI::App *app, CommandLine *line) {
   app->add_option("--control", line->control_path, "The control socket of the switch")
       ->type_name("PATH")
+      ->envname(kControlVariable)
       ->capture_default_str();
 
-  CLI::App *const show = app->add_subcommand("show", "Show what is configured");
-  show->add_option("KEY", line->key, "Only this key, or those below it");
+  CLI::App *const show =
+      app->add_subcommand("show", "Show the spanning trees and their ports on one screen, or keys");
+  show->add_option("KEY", line->key, "This key, or those below it, one a line");
+  show->add_flag("--flat", line->is_flat, "All keys, one a line");
   show->add_flag("--json", line->as_json, "As one JSON object");
   show->callback([line] {
-    line->request = {{control::kOperation, control::kShow}, {control::kKey, line->key}};
+    if (line->key.empty() && !line->is_flat) {
+      line->request = {{control::kOperation, control::kOverview}};
+    } else {
+      line->request = {{control::kOperation, control::kShow}, {control::kKey, line->key}};
+    }
   });
 
   CLI::App *const set = app->add_subcommand("set", "Change one key");
@@ -115,8 +130,13 @@ void add_commands(CLI::App *app, CommandLine *line) {
   CLI::App *const ping = app->add_subcommand("ping", "Succeed when the switch answers");
   ping->callback([line] { line->request = {{control::kOperation, control::kPing}}; });
 
-  CLI::App *const faults = app->add_subcommand("fault", "Commit faults in answering commands");
+  CLI::App *const faults = app->add_subcommand("fault", "Commit faults in answering commands, or tell which");
   faults->footer(kFaultFooter);
+  faults->callback([line] {
+    if (line->request.is_null()) {
+      line->request = {{control::kOperation, control::kFault}};
+    }
+  });
   add_fault(faults, line, control::kFaultDelay, "Reply late; other connections are served meanwhile");
   add_fault(faults, line, control::kFaultDrop, "Do not reply");
   add_fault(faults, line, control::kFaultGarbage, "Reply with a malformed message");
@@ -154,11 +174,30 @@ void print_object(const json &values) {
   std::cout << (values.empty() ? "{}\n" : "\n}\n");
 }
 
+void print_fault(const json &fault) {
+  std::cout << printed(fault.at(control::kFault));
+  if (fault.contains(control::kDelayMs)) {
+    std::cout << " " << fault[control::kDelayMs];
+  }
+  if (fault.contains(control::kCount)) {
+    std::cout << " --count " << fault[control::kCount];
+  }
+  std::cout << "\n";
+}
+
 int carry_out(const CommandLine &line) {
   const json answer = stpswitch::ask_switch(line.control_path, line.request);
   if (!answer.at(control::kOk).get<bool>()) {
     std::cerr << "stp-switchctl: " << printed(answer.at(control::kError)) << "\n";
     return kRefused;
+  }
+  if (answer.contains(control::kOverview)) {
+    const json &overview = answer[control::kOverview];
+    std::cout << (line.as_json ? overview.dump(2) + "\n"
+                               : stpoverview::print_overview(overview, stpoverview::standard_output()));
+  }
+  if (answer.contains(control::kFault)) {
+    print_fault(answer);
   }
   if (answer.contains(control::kValues)) {
     if (line.as_json) {
@@ -175,28 +214,12 @@ int parse_and_run(int argc, char **argv) {
   CLI::App app(kDescription, "stp-switchctl");
   app.footer(kFooter);
   add_commands(&app, &line);
-  try {
-    app.parse(argc, argv);
-    if (line.request.is_null()) {
-      throw CLI::RequiredError::Subcommand(1);
-    }
-  } catch (const CLI::ParseError &error) {
-    return app.exit(error) == EXIT_SUCCESS ? EXIT_SUCCESS : kUsageOrUnreachable;
-  }
-  return carry_out(line);
+  const std::optional<int> ended = stpswitch::read_command_line(&app, argc, argv);
+  return ended ? *ended : carry_out(line);
 }
 
 }  // namespace
 
 int main(int argc, char **argv) {
-  try {
-    const int status = parse_and_run(argc, argv);
-    if (!std::cout.flush()) {
-      throw std::runtime_error("cannot write to standard output");
-    }
-    return status;
-  } catch (const std::exception &error) {
-    std::cerr << "stp-switchctl: " << error.what() << "\n";
-    return kUsageOrUnreachable;
-  }
+  return stpswitch::run_program("stp-switchctl", kUnreachable, parse_and_run, argc, argv);
 }

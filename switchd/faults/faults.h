@@ -23,6 +23,10 @@ class Faults {
   // What happens to the next reply.
   Fault next();
 
+  // What would happen to it, and to how many in all; nothing: to all that come.
+  Fault ordered() const { return left_ == 0U ? Fault{} : fault_; }
+  std::optional<uint32_t> left() const { return left_ == 0U ? std::nullopt : left_; }
+
  private:
   Fault fault_;
   std::optional<uint32_t> left_;

@@ -19,6 +19,7 @@ class InconsistencyReport {
                       const TreePorts &tree_ports);
 
   const TreePorts &tree_ports() const { return tree_ports_; }
+  const std::vector<TreePorts> &by_kind() const { return by_kind_; }
   uint32_t state_of(const TreePort &tree_port) const;  // 0: none
 
   // The ports of trees whose states differ.

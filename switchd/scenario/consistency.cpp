@@ -3,6 +3,7 @@
 #include <array>
 #include <map>
 #include <string>
+#include <utility>
 
 #include "scenario/config_error.h"
 
@@ -13,7 +14,19 @@ std::string entry_key(const char *section, uint32_t number) {
   return std::string(section) + "." + std::to_string(number);
 }
 
-void check_vlan_mapping(const SwitchState &state) {
+// One of two keys that contradict each other, and what is wrong with it as long as the other one stands.
+struct Blame {
+  std::string key;
+  std::string reason;
+};
+
+// Blames the key that was asked for where that is the one that stands first, the later one otherwise.
+[[noreturn]] void refuse(const std::string &asked, const Blame &first, const Blame &later) {
+  const Blame &blame = first.key == asked ? first : later;
+  throw ConfigError(blame.key, blame.reason);
+}
+
+void check_vlan_mapping(const SwitchState &state, const std::string &asked) {
   std::map<uint32_t, uint32_t> instance_of_vlan;
   for (const auto &[id, instance] : state.mst_instances) {
     for (uint32_t vlan = kMinVlan; vlan <= kMaxVlan; ++vlan) {
@@ -22,25 +35,30 @@ void check_vlan_mapping(const SwitchState &state) {
       }
       const auto [known, is_new] = instance_of_vlan.emplace(vlan, id);
       if (!is_new) {
-        throw ConfigError(entry_key("mst.instance", id) + ".vlans",
-                          "VLAN " + std::to_string(vlan) + " belongs to instance " +
-                              std::to_string(known->second) + " already");
+        const auto blame = [vlan = vlan](uint32_t one, uint32_t other) {
+          return Blame{
+              entry_key("mst.instance", one) + ".vlans",
+              "VLAN " + std::to_string(vlan) + " belongs to instance " + std::to_string(other) + " already"};
+        };
+        refuse(asked, blame(known->second, id), blame(id, known->second));
       }
     }
   }
 }
 
-void check_membership(const SwitchState &state) {
+void check_membership(const SwitchState &state, const std::string &asked) {
   for (const auto &[number, port] : state.ports) {
     if (port.channel == 0) {
       continue;
     }
-    const std::string key = entry_key("port", number) + ".channel";
+    const std::string path = entry_key("port", number);
+    const std::string channel = std::to_string(port.channel);
     if (!state.port_channels.contains(port.channel)) {
-      throw ConfigError(key, "there is no port-channel " + std::to_string(port.channel));
+      throw ConfigError(path + ".channel", "there is no port-channel " + channel);
     }
     if (!port.switchport) {
-      throw ConfigError(key, "a port that takes no part in bridging cannot join a port-channel");
+      refuse(asked, {path + ".switchport", "a member of port-channel " + channel + " takes part in bridging"},
+             {path + ".channel", "a port that takes no part in bridging cannot join a port-channel"});
     }
   }
 }
@@ -60,50 +78,59 @@ TreeSet trees_with_role(const Interface &interface, PortRole role) {
 }
 
 // A port has one role in a tree.
-void check_roles(const std::string &path, const Interface &interface) {
+void check_roles(const std::string &path, const Interface &interface, const std::string &asked) {
   for (const RoleKey &key : kRoleKeys) {
     for (const RoleKey *before = kRoleKeys.data(); before != &key; ++before) {
       TreeSet both = trees_with_role(interface, key.role);
       both.intersect(trees_with_role(interface, before->role));
       if (const auto tree = both.first_from(0)) {
-        throw ConfigError(path + key.name,
-                          "tree " + std::to_string(*tree) + " stands in " + path + before->name + " already");
+        const auto blame = [&path, &tree](const RoleKey &one, const RoleKey &other) {
+          return Blame{path + one.name,
+                       "tree " + std::to_string(*tree) + " stands in " + path + other.name + " already"};
+        };
+        refuse(asked, blame(*before, key), blame(key, *before));
       }
     }
   }
 }
 
 template <class Entries>
-void check_roles(const char *section, const Entries &entries) {
+void check_roles(const char *section, const Entries &entries, const std::string &asked) {
   for (const auto &[number, entry] : entries) {
     if (!entry.roles.empty()) {
-      check_roles(entry_key(section, number), entry);
+      check_roles(entry_key(section, number), entry, asked);
     }
   }
 }
 
 // Adds the names of one section's entries to those of the sections before.
 template <class Entries>
-void check_names(const char *section, const Entries &entries, std::map<std::string, std::string> *taken) {
+void check_names(const char *section, const Entries &entries, const std::string &asked,
+                 std::map<std::string, std::string> *taken) {
   for (const auto &[number, entry] : entries) {
-    const std::string key = entry_key(section, number);
-    const auto [known, is_new] = taken->emplace(entry.name, key);
+    const std::string path = entry_key(section, number);
+    const auto [known, is_new] = taken->emplace(entry.name, path);
     if (!is_new) {
-      throw ConfigError(key + ".name", "'" + entry.name + "' is the name of " + known->second + " already");
+      const auto blame = [&name = entry.name](const std::string &one, const std::string &other) {
+        std::string reason = "'" + name;
+        reason.append("' is the name of ").append(other).append(" already");
+        return Blame{one + ".name", std::move(reason)};
+      };
+      refuse(asked, blame(known->second, path), blame(path, known->second));
     }
   }
 }
 
 }  // namespace
 
-void check_consistency(const SwitchState &state) {
-  check_vlan_mapping(state);
-  check_membership(state);
-  check_roles("port", state.ports);
-  check_roles("port_channel", state.port_channels);
+void check_consistency(const SwitchState &state, const std::string &asked) {
+  check_vlan_mapping(state, asked);
+  check_membership(state, asked);
+  check_roles("port", state.ports, asked);
+  check_roles("port_channel", state.port_channels, asked);
   std::map<std::string, std::string> names;
-  check_names("port", state.ports, &names);
-  check_names("port_channel", state.port_channels, &names);
+  check_names("port", state.ports, asked, &names);
+  check_names("port_channel", state.port_channels, asked, &names);
 }
 
 }  // namespace stpswitch

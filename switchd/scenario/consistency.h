@@ -1,11 +1,14 @@
 // What the keys of a switch must satisfy together.
 #pragma once
 
+#include <string>
+
 #include "model/switch_state.h"
 
 namespace stpswitch {
 
-// Throws ConfigError for the first key that contradicts another one.
-void check_consistency(const SwitchState &state);
+// Throws ConfigError for the first key that contradicts another one. Of the two, it names the one that
+// somebody has asked for, or else the one that stands later.
+void check_consistency(const SwitchState &state, const std::string &asked);
 
 }  // namespace stpswitch

@@ -28,23 +28,23 @@ const std::string &name_in(const Value &value) {
 }
 
 template <class Owner>
-constexpr std::array<Field<Owner>, 1> kNameField = {
+constexpr auto kNameField = std::to_array<Field<Owner>>(
     {{"name", "Its name, which no other interface has.", ValueType::kText, domain_of_name, false,
       [](Owner &owner, const Value &value) { owner.name = name_in(value); },
-      [](const Owner &owner) -> Value { return owner.name; }}}};
+      [](const Owner &owner) -> Value { return owner.name; }}});
 
-constexpr std::array<Field<Port>, 4> kPortsOwnFields = {
+constexpr auto kPortsOwnFields = std::to_array<Field<Port>>(
     {choice_field<Port, &Port::link_up, kLinkStates>("link", "The state of the link."),
      flag_field<Port, &Port::half_duplex>("half_duplex",
                                           "The link is half duplex, and shared where its type is auto."),
      number_field<Port, &Port::channel, 0, wire::kMaxChannel>(
          "channel", "The port-channel that it is a member of; 0 is none."),
      flag_field<Port, &Port::switchport>(
-         "switchport", "It takes part in bridging. No other port can be a member of a port-channel.")}};
+         "switchport", "It takes part in bridging. No other port can be a member of a port-channel.")});
 
 // What both sections have.
 template <class Owner>
-constexpr std::array<Field<Owner>, 18> kInterfaceFields = {
+constexpr auto kInterfaceFields = std::to_array<Field<Owner>>(
     {vlans_field<Owner, &Interface::vlans>("vlans", "The VLANs that it is a member of."),
      number_field<Owner, &Interface::path_cost, kMinPathCost, kMaxPathCost>("path_cost",
                                                                             "Its path cost, in every tree."),
@@ -77,7 +77,7 @@ constexpr std::array<Field<Owner>, 18> kInterfaceFields = {
          "Trees in which the neighbour has another port VLAN identifier. Counts in mode rapid-pvst."),
      trees_field<Owner, &Interface::inconsistencies, Inconsistency::kType>(
          "type_inconsistent",
-         "Trees in which the neighbour's port is of another type. Counts in mode rapid-pvst.")}};
+         "Trees in which the neighbour's port is of another type. Counts in mode rapid-pvst.")});
 
 // The fields of several arrays, one after the other.
 template <class Owner, size_t... kCounts>

@@ -1,5 +1,10 @@
 #include "scenario/keys.h"
 
+#include <algorithm>
+#include <iterator>
+#include <set>
+
+#include "base/nearest.h"
 #include "model/refusal.h"
 #include "scenario/config_error.h"
 #include "scenario/consistency.h"
@@ -115,13 +120,35 @@ class ValueSetter {
   bool found_ = false;
 };
 
+std::string digits_of(std::string_view text) {
+  std::string digits;
+  std::copy_if(text.begin(), text.end(), std::back_inserter(digits),
+               [](char octet) { return octet >= '0' && octet <= '9'; });
+  return digits;
+}
+
+// Of the switch's keys, and of what lies above them. Who writes another number means another entry.
+std::string suggested_key(const SwitchState &state, const std::string &key) {
+  ValueCollector collector(state, "");
+  for_each_section(collector);
+  std::set<std::string> known;
+  for (const auto &[name, value] : collector.take()) {
+    for (size_t end = name.size(); end != std::string::npos; end = name.rfind(kDot, end - 1)) {
+      if (digits_of(name.substr(0, end)) == digits_of(key)) {
+        known.insert(name.substr(0, end));
+      }
+    }
+  }
+  return suggestion(key, {known.begin(), known.end()});
+}
+
 }  // namespace
 
 std::vector<KeyAndValue> values_below(const SwitchState &state, const std::string &prefix) {
   ValueCollector collector(state, prefix);
   for_each_section(collector);
   if (!collector.prefix_is_known()) {
-    throw ConfigError(prefix, "the switch has no such key");
+    throw ConfigError(prefix, "the switch has no such key" + suggested_key(state, prefix));
   }
   return collector.take();
 }
@@ -131,9 +158,9 @@ SwitchState with_value(const SwitchState &state, const std::string &key, const s
   ValueSetter setter(&changed, key, text);
   for_each_section(setter);
   if (!setter.found()) {
-    throw ConfigError(key, "the switch has no such key that can be set");
+    throw ConfigError(key, "the switch has no such key that can be set" + suggested_key(state, key));
   }
-  check_consistency(changed);
+  check_consistency(changed, key);
   return changed;
 }
 

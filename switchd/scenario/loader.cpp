@@ -7,14 +7,17 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <utility>
 #include <vector>
 
+#include "base/nearest.h"
 #include "model/refusal.h"
 #include "scenario/config_error.h"
 #include "scenario/consistency.h"
 #include "scenario/schema.h"
+#include "scenario/toml_error.h"
 
 namespace stpswitch {
 namespace {
@@ -22,6 +25,7 @@ namespace {
 constexpr size_t kMaxFileSize = size_t{16} * 1024 * 1024;
 constexpr size_t kReadSize = 4096;
 constexpr char kDot = '.';
+constexpr char kNothingAsked[] = "";
 
 uint32_t line_of(const toml::node &node) { return node.source().begin.line; }
 uint32_t line_of(const toml::key &key) { return key.source().begin.line; }
@@ -80,11 +84,12 @@ class Loader {
     for (const auto &[key, node] : root_) {
       if (!is_section(key.str())) {
         note_line(key.str(), line_of(key));
-        throw ConfigError(std::string(key.str()), "unknown section");
+        throw ConfigError(std::string(key.str()),
+                          "unknown section" + suggestion(key.str(), {sections_.begin(), sections_.end()}));
       }
     }
     for_each_section(*this);
-    check_consistency(state_);
+    check_consistency(state_, kNothingAsked);
   }
 
   template <class Owner>
@@ -153,7 +158,10 @@ class Loader {
         note_line(full_key, line_of(key));
       } else if (!is_section(full_key)) {
         note_line(full_key, line_of(key));
-        throw ConfigError(full_key, "unknown key");
+        std::vector<std::string> names{std::string(number_name)};
+        std::transform(fields.begin(), fields.end(), std::back_inserter(names),
+                       [](const auto &field) { return std::string(field.name); });
+        throw ConfigError(full_key, "unknown key" + suggestion(name, names));
       }
     }
   }
@@ -233,7 +241,8 @@ toml::table parse_toml(const std::string &text, const std::string &name) {
   try {
     return toml::parse(text, name);
   } catch (const toml::parse_error &error) {
-    fail(name, error.source().begin.line, error.description());
+    const uint32_t line = error.source().begin.line;
+    fail(name, line, explain_toml_error(error.description(), text, line));
   }
 }
 

@@ -79,16 +79,16 @@ constexpr Field<Owner> remaining_hops_field(std::string_view meaning) {
 
 // The rows of the schema.
 
-constexpr std::array<Field<Settings>, 4> kSwitchFields = {
+constexpr auto kSwitchFields = std::to_array<Field<Settings>>(
     {text_field<Settings, &Settings::name, kMaxNameLength>("name", "What people call the switch."),
      required(choice_field<Settings, &Settings::mode, kModes>("mode", "The spanning tree protocol.")),
      choice_field<Settings, &Settings::path_cost_method, kPathCostMethods>(
          "path_cost_method",
          "Path costs of 16 or of 32 bits. In mode mst they have 32 bits, whatever this says."),
      flag_field<Settings, &Settings::loop_guard_default>(
-         "loop_guard_default", "Whether loop guard watches the interfaces that leave it to the switch.")}};
+         "loop_guard_default", "Whether loop guard watches the interfaces that leave it to the switch.")});
 
-constexpr std::array<Field<MstRegion>, 4> kMstFields = {
+constexpr auto kMstFields = std::to_array<Field<MstRegion>>(
     {text_field<MstRegion, &MstRegion::name, kMaxRegionNameLength>("region", "The name of the region."),
      number_field<MstRegion, &MstRegion::revision, 0, kMaxRevision>("revision",
                                                                     "The revision of the region."),
@@ -99,9 +99,9 @@ constexpr std::array<Field<MstRegion>, 4> kMstFields = {
       "standard one, which the switch computes itself.",
       ValueType::kText, domain_of_digest, false,
       [](MstRegion &mst, const Value &value) { mst.pre_standard_digest = digest_of(value); },
-      [](const MstRegion &mst) -> Value { return print_digest(mst.pre_standard_digest); }}}};
+      [](const MstRegion &mst) -> Value { return print_digest(mst.pre_standard_digest); }}});
 
-constexpr std::array<Field<MstCist>, 4> kMstCistFields = {
+constexpr auto kMstCistFields = std::to_array<Field<MstCist>>(
     {remaining_hops_field<MstCist>("How many of max_hops are left at this switch."),
      number_field<MstCist, &MstCist::regional_root_priority, 0, kMaxPriority>(
          "regional_root_priority", "The priority of the regional root."),
@@ -112,22 +112,22 @@ constexpr std::array<Field<MstCist>, 4> kMstCistFields = {
       },
       [](const MstCist &cist) -> Value { return print_mac_address(cist.regional_root_mac); }},
      number_field<MstCist, &MstCist::internal_root_path_cost, 0, kMaxRootPathCost>(
-         "internal_root_path_cost", "The path cost from here to the regional root.")}};
+         "internal_root_path_cost", "The path cost from here to the regional root.")});
 
-constexpr std::array<Field<MstInstance>, 2> kMstInstanceFields = {
+constexpr auto kMstInstanceFields = std::to_array<Field<MstInstance>>(
     {vlans_field<MstInstance, &MstInstance::vlans>(
          "vlans", "What the instance carries. A VLAN belongs to one instance at most."),
      remaining_hops_field<MstInstance>(
-         "How many hops are left at this switch, counted from the root of the instance.")}};
+         "How many hops are left at this switch, counted from the root of the instance.")});
 
-constexpr std::array<Field<RapidPvst>, 1> kRapidPvstFields = {
-    {vlans_field<RapidPvst, &RapidPvst::disabled_vlans>(
-        "disabled_vlans", "VLANs on which spanning tree is switched off. Counts in mode rapid-pvst.")}};
+constexpr auto kRapidPvstFields =
+    std::to_array<Field<RapidPvst>>({vlans_field<RapidPvst, &RapidPvst::disabled_vlans>(
+        "disabled_vlans", "VLANs on which spanning tree is switched off. Counts in mode rapid-pvst.")});
 
-constexpr std::array<Field<Access>, 1> kAccessFields = {
+constexpr auto kAccessFields = std::to_array<Field<Access>>(
     {{"refused_users", "SNMP users whose requests are refused.", ValueType::kTextList, domain_of_users, false,
       [](Access &access, const Value &value) { access.refused_users = users_of(value); },
-      [](const Access &access) -> Value { return access.refused_users; }}}};
+      [](const Access &access) -> Value { return access.refused_users; }}});
 
 MstInstance make_mst_instance(uint32_t /*number*/) { return {}; }
 

@@ -81,7 +81,7 @@ class Shown:
 
     def __init__(self, switch):
         self.switch = switch
-        self.values = json.loads(switch.control('show', '--json'))
+        self.values = json.loads(switch.control('show', '--flat', '--json'))
 
     def keys(self):
         return {self.documented(key): key for key in self.values}

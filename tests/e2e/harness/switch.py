@@ -12,7 +12,7 @@ from .process import Process
 class Switch:
     def __init__(self, directory, scenario):
         self.socket = directory / 'switch.sock'
-        self._control = directory / 'control.sock'
+        self.control_socket = directory / 'control.sock'
         self._scenario = scenario
         self._log = directory / 'switch.log'
         self._process = None
@@ -24,7 +24,7 @@ class Switch:
     def start(self):
         self._process = Process(
             [BUILD / 'bin/stp-switchd', '--scenario', self._scenario, '--socket', self.socket,
-             '--control', self._control], self._log)
+             '--control', self.control_socket], self._log)
         wait_until(self._answers_or_ended, 'stp-switchd answers')
         assert self._process.is_alive(), f'stp-switchd did not start: {self._log.read_text()}'
 
@@ -40,14 +40,14 @@ class Switch:
 
     def control(self, *arguments):
         """Runs stp-switchctl, which must succeed."""
-        result = subprocess.run([BUILD / 'bin/stp-switchctl', '--control', self._control, *arguments],
+        result = subprocess.run([BUILD / 'bin/stp-switchctl', '--control', self.control_socket, *arguments],
                                 stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False,
                                 timeout=GUARD_SECONDS)
         assert result.returncode == 0, f'stp-switchctl {arguments}: {result.stderr}'
         return result.stdout
 
     def control_client(self):
-        return ControlClient(self._control)
+        return ControlClient(self.control_socket)
 
     def set(self, key, value):
         with self.control_client() as control:

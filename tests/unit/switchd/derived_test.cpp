@@ -33,18 +33,21 @@ TEST(MstConfigDigest, TakesInstanceNumbersMostSignificantOctetFirst) {
   EXPECT_EQ(hex(mst_config_digest(state)), "033b8e20238b939d4b856dc4b8d9c349");
 }
 
+PathCostMethod operational_method(SpanningTreeMode mode, PathCostMethod configured) {
+  Settings settings;
+  settings.mode = mode;
+  settings.path_cost_method = configured;
+  return operational_path_cost_method(settings);
+}
+
 TEST(PathCostMethod, IsLongInMstModeWhateverIsConfigured) {
-  EXPECT_EQ(operational_path_cost_method({"", SpanningTreeMode::kMst, PathCostMethod::kShort, false}),
-            PathCostMethod::kLong);
-  EXPECT_EQ(operational_path_cost_method({"", SpanningTreeMode::kMst, PathCostMethod::kLong, false}),
-            PathCostMethod::kLong);
+  EXPECT_EQ(operational_method(SpanningTreeMode::kMst, PathCostMethod::kShort), PathCostMethod::kLong);
+  EXPECT_EQ(operational_method(SpanningTreeMode::kMst, PathCostMethod::kLong), PathCostMethod::kLong);
 }
 
 TEST(PathCostMethod, IsTheConfiguredOneInRapidPvstMode) {
-  EXPECT_EQ(operational_path_cost_method({"", SpanningTreeMode::kRapidPvst, PathCostMethod::kShort, false}),
-            PathCostMethod::kShort);
-  EXPECT_EQ(operational_path_cost_method({"", SpanningTreeMode::kRapidPvst, PathCostMethod::kLong, false}),
-            PathCostMethod::kLong);
+  EXPECT_EQ(operational_method(SpanningTreeMode::kRapidPvst, PathCostMethod::kShort), PathCostMethod::kShort);
+  EXPECT_EQ(operational_method(SpanningTreeMode::kRapidPvst, PathCostMethod::kLong), PathCostMethod::kLong);
 }
 
 TEST(PortChannels, AreUpWithOneMemberUp) {

@@ -9,6 +9,8 @@
 
 using namespace stpswitch;
 using testing::ElementsAre;
+using testing::IsSupersetOf;
+using testing::StartsWith;
 
 namespace {
 
@@ -39,6 +41,15 @@ class Keys : public testing::Test {
     }
     EXPECT_EQ(shown(""), before);
     return error;
+  }
+
+  std::string refusal_to_show(const std::string &key) const {
+    try {
+      values_below(state_, key);
+      return "no error";
+    } catch (const ConfigError &error) {
+      return error.what();
+    }
   }
 
   SwitchState state_ = load_scenario(SCENARIOS "/mst-small.toml");
@@ -86,28 +97,17 @@ TEST_F(Keys, ShowsOneEntryAndNotItsNeighbours) {
                   "port.7.root_port_of = ", "port.7.alternate_port_of = ", "port.7.backup_port_of = ",
                   "port.7.root_inconsistent = ", "port.7.loop_inconsistent = ", "port.7.pvid_inconsistent = ",
                   "port.7.type_inconsistent = "));
+  EXPECT_THAT(shown("port.2"),
+              IsSupersetOf({"port.2.name = Ethernet1/2", "port.2.vlans = 1,11", "port.2.root_guard = true",
+                            "port.2.boundary = true", "port.2.peer = true", "port.2.root_inconsistent = 0-1",
+                            "port.2.pvid_inconsistent = 1,11", "port.2.type_inconsistent = 11"}));
   EXPECT_THAT(
-      shown("port.2"),
-      ElementsAre("port.2.name = Ethernet1/2", "port.2.link = up", "port.2.half_duplex = false",
-                  "port.2.channel = 0", "port.2.switchport = true", "port.2.vlans = 1,11",
-                  "port.2.path_cost = 20000", "port.2.root_guard = true", "port.2.loop_guard = default",
-                  "port.2.link_type = auto", "port.2.pre_standard_mst = false", "port.2.edge = false",
-                  "port.2.boundary = true", "port.2.peer = true", "port.2.dispute = false",
-                  "port.2.pre_standard_neighbor = false", "port.2.root_port_of = ",
-                  "port.2.alternate_port_of = ", "port.2.backup_port_of = ", "port.2.root_inconsistent = 0-1",
-                  "port.2.loop_inconsistent = ", "port.2.pvid_inconsistent = 1,11",
-                  "port.2.type_inconsistent = 11"));
-  EXPECT_THAT(shown("port_channel.2"),
-              ElementsAre("port_channel.2.name = port-channel2", "port_channel.2.vlans = 1,10-30,100-199",
-                          "port_channel.2.path_cost = 20000", "port_channel.2.root_guard = true",
-                          "port_channel.2.loop_guard = default", "port_channel.2.link_type = auto",
-                          "port_channel.2.pre_standard_mst = false", "port_channel.2.edge = false",
-                          "port_channel.2.boundary = false", "port_channel.2.peer = true",
-                          "port_channel.2.dispute = false", "port_channel.2.pre_standard_neighbor = false",
-                          "port_channel.2.root_port_of = ", "port_channel.2.alternate_port_of = ",
-                          "port_channel.2.backup_port_of = ", "port_channel.2.root_inconsistent = 2",
-                          "port_channel.2.loop_inconsistent = ", "port_channel.2.pvid_inconsistent = ",
-                          "port_channel.2.type_inconsistent = 20"));
+      shown("port_channel.2"),
+      IsSupersetOf({"port_channel.2.name = port-channel2", "port_channel.2.vlans = 1,10-30,100-199",
+                    "port_channel.2.root_inconsistent = 2", "port_channel.2.type_inconsistent = 20"}));
+  for (const std::string &line : shown("port_channel.2")) {
+    EXPECT_THAT(line, StartsWith("port_channel.2."));
+  }
 }
 
 TEST_F(Keys, ShowsOneKey) { EXPECT_THAT(shown("port.7.link"), ElementsAre("port.7.link = down")); }
@@ -121,12 +121,7 @@ TEST_F(Keys, ShowsNothingForAnEmptyList) {
 TEST_F(Keys, RefusesToShowWhatIsNotThere) {
   for (const char *const key :
        {"por", "port.", "port.99", "port.1.", "port.1.speed", "switch.mode.x", ".", "mst.instance.0"}) {
-    try {
-      values_below(state_, key);
-      ADD_FAILURE() << key;
-    } catch (const ConfigError &error) {
-      EXPECT_EQ(error.what(), std::string(key) + ": the switch has no such key");
-    }
+    EXPECT_THAT(refusal_to_show(key), StartsWith(std::string(key) + ": the switch has no such key"));
   }
 }
 
@@ -280,14 +275,16 @@ TEST_F(Keys, RefuseWhatTheFieldRefuses) {
 
 TEST_F(Keys, RefuseWhatContradictsOtherKeys) {
   EXPECT_EQ(refusal_of("mst.instance.1.vlans", "10-25"),
-            "mst.instance.2.vlans: VLAN 20 belongs to instance 1 already");
+            "mst.instance.1.vlans: VLAN 20 belongs to instance 2 already");
   EXPECT_EQ(refusal_of("port.3.channel", "9"), "port.3.channel: there is no port-channel 9");
   EXPECT_EQ(refusal_of("port.9.channel", "1"),
             "port.9.channel: a port that takes no part in bridging cannot join a port-channel");
   EXPECT_EQ(refusal_of("port.5.switchport", "false"),
-            "port.5.channel: a port that takes no part in bridging cannot join a port-channel");
+            "port.5.switchport: a member of port-channel 1 takes part in bridging");
   EXPECT_EQ(refusal_of("port.3.name", "Ethernet1/1"),
             "port.3.name: 'Ethernet1/1' is the name of port.1 already");
+  EXPECT_EQ(refusal_of("port.1.name", "port-channel1"),
+            "port.1.name: 'port-channel1' is the name of port_channel.1 already");
 }
 
 TEST_F(Keys, RefuseASecondRoleInATree) {
@@ -300,35 +297,36 @@ TEST_F(Keys, RefuseASecondRoleInATree) {
   EXPECT_EQ(refusal_of("port.3.backup_port_of", "6"),
             "port.3.backup_port_of: tree 6 stands in port.3.alternate_port_of already");
   EXPECT_EQ(refusal_of("port.3.root_port_of", "6"),
-            "port.3.alternate_port_of: tree 6 stands in port.3.root_port_of already");
+            "port.3.root_port_of: tree 6 stands in port.3.alternate_port_of already");
   EXPECT_EQ(set("port.3.backup_port_of", "8"), "8");
   EXPECT_EQ(set("port.10.root_port_of", "7"), "7");
   set("port_channel.2.backup_port_of", "4094");
   EXPECT_EQ(refusal_of("port_channel.2.root_port_of", "4094"),
-            "port_channel.2.backup_port_of: tree 4094 stands in port_channel.2.root_port_of already");
+            "port_channel.2.root_port_of: tree 4094 stands in port_channel.2.backup_port_of already");
+}
+
+TEST_F(Keys, SuggestWhatAMisspeltKeyMeant) {
+  EXPECT_EQ(refusal_of("mst.regoin", "x"),
+            "mst.regoin: the switch has no such key that can be set; did you mean 'mst.region'?");
+  EXPECT_EQ(refusal_of("prot.3.link", "up"),
+            "prot.3.link: the switch has no such key that can be set; did you mean 'port.3.link'?");
+  EXPECT_EQ(refusal_of("switch..mode", "mst"),
+            "switch..mode: the switch has no such key that can be set; did you mean 'switch.mode'?");
+  EXPECT_EQ(refusal_of("port.99.link", "up"), "port.99.link: the switch has no such key that can be set");
+  EXPECT_EQ(refusal_to_show("mst.instance.1.vlan"),
+            "mst.instance.1.vlan: the switch has no such key; did you mean 'mst.instance.1.vlans'?");
+  EXPECT_EQ(refusal_to_show("portchannel.2"),
+            "portchannel.2: the switch has no such key; did you mean 'port_channel.2'?");
+  EXPECT_EQ(refusal_to_show("rapidpvst"),
+            "rapidpvst: the switch has no such key; did you mean 'rapid_pvst'?");
 }
 
 TEST_F(Keys, RefuseToSetWhatIsNotThere) {
-  for (const char *const key : {"",
-                                "switch",
-                                "mode",
-                                "switch.colour",
-                                "port",
-                                "port.3",
-                                "port.3.number",
-                                "port.99.link",
-                                "port_channel.2.half_duplex",
-                                "port.03.link",
-                                "port.link",
-                                "mst.instance.5.vlans",
-                                "mst.cist",
-                                "mst.cist.vlans",
-                                "mst.instance.0.remaining_hops",
-                                "mst.remaining_hops",
-                                "rapid_pvst",
-                                "switch.mode.x",
-                                ".",
-                                "switch..mode"}) {
+  for (const char *const key :
+       {"", "switch", "mode", "switch.colour", "port", "port.3", "port.3.number", "port.99.link",
+        "port_channel.2.half_duplex", "port.03.link", "port.link", "mst.instance.5.vlans", "mst.cist",
+        "mst.cist.vlans", "mst.instance.0.remaining_hops", "mst.remaining_hops", "rapid_pvst",
+        "switch.mode.x", "."}) {
     EXPECT_EQ(refusal_of(key, "1"), std::string(key) + ": the switch has no such key that can be set");
   }
 }

@@ -159,30 +159,55 @@ TEST_F(Programs, ExplainThemselves) {
   EXPECT_THAT(tool.output, AllOf(HasSubstr("fault"), HasSubstr("EXIT STATUS"), HasSubstr("EXAMPLES")));
 }
 
+TEST_F(Programs, TellTheirVersion) {
+  for (const auto &[program, name] :
+       {std::pair(STP_SWITCHD, "stp-switchd"), std::pair(STP_SWITCHCTL, "stp-switchctl"),
+        std::pair(STP_OVERVIEW, "stp-overview")}) {
+    const ProgramResult result = run_program(program, {"--version"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, std::string(name) + " " PROJECT_VERSION "\n");
+    EXPECT_EQ(result.errors, "");
+  }
+}
+
 TEST_F(Programs, NameWhatIsWrongWithACommandLine) {
-  const ProgramResult no_scenario = run_program(STP_SWITCHD, {});
-  EXPECT_EQ(no_scenario.status, 2);
-  EXPECT_THAT(no_scenario.errors, HasSubstr("--scenario"));
-  const ProgramResult unknown_option = run_program(STP_SWITCHD, {"--scenario", "x", "--verbose"});
-  EXPECT_EQ(unknown_option.status, 2);
-  EXPECT_THAT(unknown_option.errors, HasSubstr("--verbose"));
-  const std::vector<std::pair<std::vector<std::string>, std::string>> wrong = {
-      {{}, "subcommand"},
-      {{"restart"}, "restart"},
-      {{"fault"}, "subcommand"},
-      {{"fault", "fire"}, "fire"},
-      {{"fault", "delay"}, "MS"},
-      {{"fault", "delay", "0"}, "MS"},
-      {{"fault", "delay", "soon"}, "soon"},
-      {{"fault", "drop", "--count", "0"}, "--count"},
-      {{"set", "switch.mode"}, "VALUE"},
-      {{"set", "switch.mode", "mst", "rapid-pvst"}, "rapid-pvst"},
-      {{"reset", "port.3"}, "port.3"}};
-  for (const auto &[arguments, offender] : wrong) {
+  const std::vector<std::pair<std::vector<std::string>, std::string>> wrong_for_the_switch = {
+      {{}, "--scenario is required"},
+      {{"--scenario"}, "--scenario: 1 required FILE missing"},
+      {{"--scenario", "x", "--chek"}, "unknown option '--chek'; did you mean '--check'?"},
+      {{"--scenario", "x", "--verbose"}, "unknown option '--verbose'"},
+      {{"--scenario", "x", "y"}, "unexpected argument 'y'"}};
+  for (const auto &[arguments, error] : wrong_for_the_switch) {
+    const ProgramResult result = run_program(STP_SWITCHD, arguments);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.errors, "stp-switchd: " + error + " (see --help)\n");
+  }
+  const std::vector<std::pair<std::vector<std::string>, std::string>> wrong_for_the_tool = {
+      {{}, "expected show, set, reset, ping or fault"},
+      {{"restart"}, "'restart' is not show, set, reset, ping or fault"},
+      {{"shwo"}, "'shwo' is not show, set, reset, ping or fault; did you mean 'show'?"},
+      {{"fault", "dorp"}, "'dorp' is not delay, drop, garbage, disconnect or none; did you mean 'drop'?"},
+      {{"fault", "delay"}, "MS is required"},
+      {{"fault", "delay", "0"}, "MS: Value 0 not in range 1 to 3600000"},
+      {{"fault", "delay", "soon"}, "MS: Value soon not in range 1 to 3600000"},
+      {{"fault", "drop", "--count", "0"}, "--count: Value 0 not in range 1 to 1000000"},
+      {{"fault", "drop", "--cuont", "2"}, "unknown option '--cuont'; did you mean '--count'?"},
+      {{"set", "switch.mode"}, "VALUE is required"},
+      {{"set", "switch.mode", "mst", "rapid-pvst"}, "unexpected argument 'rapid-pvst'"},
+      {{"show", "--falt"}, "unknown option '--falt'; did you mean '--flat'?"},
+      {{"reset", "port.3"}, "unexpected argument 'port.3'"}};
+  for (const auto &[arguments, error] : wrong_for_the_tool) {
     const ProgramResult result = ctl(arguments);
     EXPECT_EQ(result.status, 2);
-    EXPECT_THAT(result.errors, HasSubstr(offender));
+    EXPECT_EQ(result.errors, "stp-switchctl: " + error + " (see --help)\n");
   }
+}
+
+TEST_F(Programs, CtlFindsTheSwitchByAVariable) {
+  const auto program = start_switch();
+  const ProgramResult result =
+      run_program("/bin/sh", {"-c", "STPSWITCHD_CONTROL=" + control_ + " " STP_SWITCHCTL " show mst.region"});
+  EXPECT_EQ(result.output, "mst.region = campus\n");
 }
 
 TEST_F(Programs, CtlTellsThatNoSwitchAnswers) {
@@ -202,35 +227,79 @@ TEST_F(Programs, CtlDoesNotWaitForeverForAHungSwitch) {
 TEST_F(Programs, CtlShows) {
   const auto program = start_switch();
   EXPECT_EQ(ctl({"show", "access"}).output, "access.refused_users = guest\n");
-  EXPECT_EQ(ctl({"show", "port.7"}).output,
-            "port.7.name = Ethernet1/7\n"
-            "port.7.link = down\n"
-            "port.7.half_duplex = false\n"
-            "port.7.channel = 2\n"
-            "port.7.switchport = true\n"
-            "port.7.vlans = 1\n"
-            "port.7.path_cost = 20000\n"
-            "port.7.root_guard = false\n"
-            "port.7.loop_guard = default\n"
-            "port.7.link_type = auto\n"
-            "port.7.pre_standard_mst = false\n"
-            "port.7.edge = false\n"
-            "port.7.boundary = false\n"
-            "port.7.peer = false\n"
-            "port.7.dispute = false\n"
-            "port.7.pre_standard_neighbor = false\n"
-            "port.7.root_port_of = \n"
-            "port.7.alternate_port_of = \n"
-            "port.7.backup_port_of = \n"
-            "port.7.root_inconsistent = \n"
-            "port.7.loop_inconsistent = \n"
-            "port.7.pvid_inconsistent = \n"
-            "port.7.type_inconsistent = \n");
+  EXPECT_EQ(ctl({"show", "mst.instance.2"}).output,
+            "mst.instance.2.vlans = 20-29\nmst.instance.2.remaining_hops = 18\n");
+  EXPECT_EQ(ctl({"show", "port.7.root_port_of"}).output, "port.7.root_port_of = \n");
   EXPECT_EQ(ctl({"show", "switch", "--json"}).output,
             "{\n  \"switch.name\": \"campus-access-1\",\n  \"switch.mode\": \"mst\",\n"
             "  \"switch.path_cost_method\": \"short\",\n  \"switch.loop_guard_default\": true\n}\n");
-  EXPECT_THAT(ctl({"show"}).output, AllOf(StartsWith("switch.name = campus-access-1\n"),
-                                          EndsWith("access.refused_users = guest\n")));
+  EXPECT_THAT(ctl({"show", "--flat"}).output, AllOf(StartsWith("switch.name = campus-access-1\n"),
+                                                    EndsWith("access.refused_users = guest\n")));
+  EXPECT_THAT(ctl({"show", "--flat", "--json"}).output,
+              AllOf(StartsWith("{\n  \"switch.name\": \"campus-access-1\",\n"),
+                    EndsWith("  \"access.refused_users\": [\"guest\"]\n}\n")));
+}
+
+TEST_F(Programs, CtlShowsTheTreesAndTheirPortsOnOneScreen) {
+  const auto program = start_switch();
+  EXPECT_EQ(ctl({"show"}).output, R"(Switch         campus-access-1
+Mode           mst
+Region         campus, revision 3, digest 43bb10a0...
+Regional root  24576 / 00:00:5e:00:53:2a, cost 2000
+
+Tree  Root port      Hops  VLANs
+0     Ethernet1/11   19    1-9,31-99,200-4094
+1     Ethernet1/11   19    10-19,30
+2     port-channel1  18    20-29
+10    -              20    100-199
+
+Port           Link    Flags  Guards     0   1   2   10
+port-channel1  p2p     P      loop       a   D!  R   D
+port-channel2  p2p     P      root,loop  D   D   D!  D
+Ethernet1/1    p2p     E      root       D   D   -   -
+Ethernet1/2    p2p     BP     root,loop  D!  D!  -   -
+Ethernet1/3    shared  -      root,loop  D   -   D!  -
+Ethernet1/4    down    E      root,loop  -   -   -   -
+Ethernet1/10   p2p     -      loop       D   -   D!  -
+Ethernet1/11   p2p     P      loop       R   R   -   -
+Ethernet1/12   shared  -      loop       D   -   D   -
+Ethernet1/13   shared  -      loop       b   -   b   -
+Ethernet1/14   p2p     PS     loop       D   D   -   -
+Ethernet1/15   p2p     PX     loop       D   -   -   D
+
+Port           Blocked by  In trees
+port-channel1  loop guard  1
+port-channel2  root guard  2
+Ethernet1/2    root guard  0-1
+Ethernet1/3    root guard  2
+Ethernet1/10   loop guard  2
+
+R root, D designated, a alternate, b backup, - none, ! inconsistent
+E edge, B boundary, P peer, X dispute, S pre-standard
+)");
+  const ProgramResult json = ctl({"show", "--json"});
+  EXPECT_THAT(json.output, AllOf(StartsWith("{\n  \"mode\": \"mst\",\n  \"name\": \"campus-access-1\",\n"),
+                                 EndsWith("\n}\n")));
+  const std::string file = folder_.write("overview.json", json.output);
+  const ProgramResult shown = run_program("/bin/sh", {"-c", STP_OVERVIEW " <" + file});
+  EXPECT_EQ(shown.output, ctl({"show"}).output);
+}
+
+TEST_F(Programs, OverviewNamesWhatItCannotShow) {
+  const std::string file = folder_.write("overview.json", "{}");
+  const ProgramResult lacking = run_program("/bin/sh", {"-c", STP_OVERVIEW " <" + file});
+  EXPECT_EQ(lacking.status, 1);
+  EXPECT_EQ(lacking.output, "");
+  EXPECT_THAT(lacking.errors, AllOf(StartsWith("stp-overview: "), HasSubstr("'name' not found")));
+  const ProgramResult empty = run_program("/bin/sh", {"-c", STP_OVERVIEW " </dev/null"});
+  EXPECT_EQ(empty.status, 1);
+  EXPECT_THAT(empty.errors, StartsWith("stp-overview: "));
+  const ProgramResult wrong = run_program(STP_OVERVIEW, {file});
+  EXPECT_EQ(wrong.status, 2);
+  EXPECT_EQ(wrong.errors, "stp-overview: unexpected argument '" + file + "' (see --help)\n");
+  EXPECT_THAT(run_program(STP_OVERVIEW, {"--help"}).output, StartsWith("stp-overview - shows"));
+  EXPECT_EQ(run_program("/bin/sh", {"-c", STP_OVERVIEW " --help >/dev/full"}).errors,
+            "stp-overview: cannot write to standard output\n");
 }
 
 TEST_F(Programs, CtlShowsNothingOfAnEmptyList) {
@@ -245,7 +314,7 @@ TEST_F(Programs, CtlSets) {
   EXPECT_EQ(ctl({"set", "mst.region", ""}).status, 0);
   EXPECT_EQ(ctl({"set", "port.3.name", "--", "-odd-"}).status, 0);
   EXPECT_EQ(ctl({"set", "access.refused_users", "guest,ops"}).status, 0);
-  EXPECT_THAT(ctl({"show"}).output,
+  EXPECT_THAT(ctl({"show", "--flat"}).output,
               AllOf(HasSubstr("switch.mode = rapid-pvst\n"), HasSubstr("mst.region = \n"),
                     HasSubstr("port.3.name = -odd-\n"), HasSubstr("access.refused_users = guest,ops\n")));
   EXPECT_THAT(program->errors(), HasSubstr("stp-switchd: switch.mode = rapid-pvst\n"));
@@ -253,11 +322,11 @@ TEST_F(Programs, CtlSets) {
 
 TEST_F(Programs, CtlResets) {
   const auto program = start_switch();
-  const std::string before = ctl({"show"}).output;
+  const std::string before = ctl({"show", "--flat"}).output;
   EXPECT_EQ(ctl({"set", "switch.mode", "rapid-pvst"}).status, 0);
   EXPECT_EQ(ctl({"fault", "drop"}).status, 0);
   EXPECT_EQ(ctl({"reset"}).status, 0);
-  EXPECT_EQ(ctl({"show"}).output, before);
+  EXPECT_EQ(ctl({"show", "--flat"}).output, before);
   EXPECT_THAT(program->errors(), EndsWith("stp-switchd: fault drop\nstp-switchd: reset\n"));
 }
 
@@ -287,6 +356,11 @@ TEST_F(Programs, CtlOrdersFaults) {
                                                         {"fault", "none"}};
   for (const auto &order : orders) {
     EXPECT_EQ(ctl(order).status, 0) << order[1];
+    std::string words;
+    for (size_t i = 1; i < order.size(); ++i) {
+      words += (i == 1 ? "" : " ") + order[i];
+    }
+    EXPECT_EQ(ctl({"fault"}).output, words + "\n");
   }
   EXPECT_THAT(program->errors(), HasSubstr("fault delay, count 2\nstp-switchd: fault drop\n"
                                            "stp-switchd: fault garbage, count 1\n"

@@ -36,6 +36,14 @@ TEST_F(Responder, ShowsEverythingWithoutAKey) {
             std::string::npos);
 }
 
+TEST_F(Responder, ShowsAnOverview) {
+  EXPECT_TRUE(answer(R"({"op":"overview"})")
+                  .starts_with(R"({"ok":true,"overview":{"mode":"mst","name":"campus-access-1","ports":[{)"
+                               R"("flags":["peer"],"guards":["loop"],"inconsistent":{"loop":"1"},)"));
+  EXPECT_EQ(answer(R"({"op":"overview","key":"port.1"})"),
+            R"({"error":"key: unknown member of the request","ok":false})");
+}
+
 TEST_F(Responder, RefusesToShowWhatIsNotThere) {
   EXPECT_EQ(answer(R"({"op":"show","key":"port.99"})"),
             R"({"error":"port.99: the switch has no such key","ok":false})");
@@ -48,7 +56,7 @@ TEST_F(Responder, Sets) {
 
 TEST_F(Responder, SetsNothingWhenACheckFails) {
   EXPECT_EQ(answer(R"({"op":"set","key":"mst.instance.1.vlans","value":"10-25"})"),
-            R"({"error":"mst.instance.2.vlans: VLAN 20 belongs to instance 1 already","ok":false})");
+            R"({"error":"mst.instance.1.vlans: VLAN 20 belongs to instance 2 already","ok":false})");
   EXPECT_EQ(print_vlans(switch_.state().mst_instances.at(1).vlans), "10-19,30");
 }
 
@@ -113,7 +121,6 @@ TEST_F(Responder, OrdersFaults) {
 
 TEST_F(Responder, RefusesWrongFaultsAndKeepsTheOldOne) {
   answer(R"({"op":"fault","fault":"drop"})");
-  EXPECT_EQ(answer(R"({"op":"fault"})"), R"({"error":"fault: expected a string","ok":false})");
   EXPECT_EQ(answer(R"({"op":"fault","fault":"fire"})"), R"({"error":"fault: 'fire' is unknown","ok":false})");
   EXPECT_EQ(answer(R"({"op":"fault","fault":"delay"})"),
             R"({"error":"delay_ms: expected an integer","ok":false})");
@@ -150,6 +157,24 @@ TEST_F(Responder, RefusesWhatIsNoRequest) {
             R"({"error":"value: expected a string","ok":false})");
   EXPECT_EQ(answer(R"({"op":"set","key":"mst.revision","value":3})"),
             R"({"error":"value: expected a string","ok":false})");
+}
+
+TEST_F(Responder, TellsWhichFaultThereIs) {
+  constexpr char kAsk[] = R"({"op":"fault"})";
+  EXPECT_EQ(answer(kAsk), R"({"fault":"none","ok":true})");
+  answer(R"({"op":"fault","fault":"delay","delay_ms":300,"count":2})");
+  EXPECT_EQ(answer(kAsk), R"({"count":2,"delay_ms":300,"fault":"delay","ok":true})");
+  faults_.next();
+  EXPECT_EQ(answer(kAsk), R"({"count":1,"delay_ms":300,"fault":"delay","ok":true})");
+  faults_.next();
+  EXPECT_EQ(answer(kAsk), R"({"fault":"none","ok":true})");
+  for (const std::string name : {"drop", "garbage", "disconnect"}) {
+    answer(R"({"op":"fault","fault":")" + name + R"("})");
+    EXPECT_EQ(answer(kAsk), R"({"fault":")" + name + R"(","ok":true})");
+  }
+  answer(R"({"op":"reset"})");
+  EXPECT_EQ(answer(kAsk), R"({"fault":"none","ok":true})");
+  EXPECT_EQ(answer(R"({"op":"fault","count":2})"), R"({"error":"fault: expected a string","ok":false})");
 }
 
 }  // namespace

@@ -23,20 +23,59 @@ std::string error_of(const std::string &text) {
 std::string error_after_mode(const std::string &text) { return error_of("switch.mode = 'mst'\n" + text); }
 
 TEST(ScenarioErrors, InToml) {
-  EXPECT_THAT(error_of("[switch]\nmode ="), StartsWith("x.toml:2: "));
-  EXPECT_THAT(error_of("[switch]\nmode = 'mst'\n[switch]\n"), StartsWith("x.toml:3: "));
-  EXPECT_THAT(error_of("[switch]\nmode = 'mst'\nmode = 'mst'\n"), StartsWith("x.toml:3: "));
-  EXPECT_THAT(error_of("switch.name = '\xFF'"), StartsWith("x.toml:1: "));
-  EXPECT_THAT(error_of(std::string(10000, '[')), StartsWith("x.toml:1: "));
+  EXPECT_EQ(error_of("[switch]\nmode = mst\n"),
+            "x.toml:2: 'mode = mst' is not TOML: a text stands between quotes");
+  EXPECT_EQ(error_of("[switch]\nmode = \"mst"),
+            "x.toml:2: 'mode = \"mst' is not TOML: a quote or a bracket is missing at its end");
+  EXPECT_EQ(error_of("[switch\nmode = 'mst'\n"),
+            "x.toml:1: '[switch' is not TOML: the bracket is not closed");
+  EXPECT_EQ(error_of("[switch]\nmode 'mst'\n"),
+            "x.toml:2: 'mode 'mst'' is not TOML: a key and its value have '=' between them");
+  EXPECT_EQ(error_of("[switch]\nmode = 'mst'\n[switch]\n"),
+            "x.toml:3: '[switch]' is not TOML: this stands in the file already");
+  EXPECT_EQ(error_of("[switch]\nmode = 'mst'\nmode = 'mst'\n"),
+            "x.toml:3: 'mode = 'mst'' is not TOML: this stands in the file already");
+  EXPECT_EQ(error_after_mode("[mst]\nrevision = 03\n"),
+            "x.toml:3: 'revision = 03' is not TOML: a number does not begin with 0");
+  for (const std::string value : {"True", "False"}) {
+    EXPECT_EQ(error_of("switch.loop_guard_default = " + value),
+              "x.toml:1: 'switch.loop_guard_default = " + value +
+                  "' is not TOML: it is true or false, in small letters; a text stands between quotes");
+  }
+  for (const std::string vlans : {"1-10", "1,10"}) {
+    EXPECT_EQ(error_after_mode("[[port]]\nnumber = 1\nvlans = " + vlans + "\n"),
+              "x.toml:4: 'vlans = " + vlans +
+                  "' is not TOML: a text, as lists of VLANs are, stands between quotes");
+  }
+}
+
+TEST(ScenarioErrors, InTomlThatAreNotCommonAreTheParsersOwn) {
+  EXPECT_EQ(error_of("switch.name = \"\\q\"\n"),
+            "x.toml:1: 'switch.name = \"\\q\"' is not TOML: Error while parsing string: unknown escape "
+            "sequence '\\q'");
+}
+
+TEST(ScenarioErrors, InTomlShowNoLineThatIsLongOrHoldsMoreThanText) {
+  EXPECT_EQ(error_of("switch.name = '\xFF'"),
+            "x.toml:1: the line is not TOML: Encountered invalid utf-8 sequence");
+  EXPECT_EQ(error_of("\tmode = mst \r\n"),
+            "x.toml:1: 'mode = mst' is not TOML: a text stands between quotes");
+  EXPECT_EQ(error_of("a\tb = 1"),
+            "x.toml:1: the line is not TOML: a key and its value have '=' between them");
+  EXPECT_EQ(error_of("a = " + std::string(56, 'x')),
+            "x.toml:1: 'a = " + std::string(56, 'x') + "' is not TOML: a text stands between quotes");
+  EXPECT_EQ(error_of("a = " + std::string(57, 'x')),
+            "x.toml:1: 'a = " + std::string(56, 'x') + "...' is not TOML: a text stands between quotes");
+  EXPECT_THAT(error_of(std::string(10000, '[')), StartsWith("x.toml:1: '[[["));
 }
 
 TEST(ScenarioErrors, OfUnknownKeys) {
-  EXPECT_EQ(error_of("\n[ports]\n"), "x.toml:2: ports: unknown section");
+  EXPECT_EQ(error_of("\n[ports]\n"), "x.toml:2: ports: unknown section; did you mean 'port'?");
   EXPECT_EQ(error_of("colour = 1\n"), "x.toml:1: colour: unknown section");
   EXPECT_EQ(error_of("[switch]\nmode = 'mst'\ncolour = 'red'\n"), "x.toml:3: switch.colour: unknown key");
   EXPECT_EQ(error_after_mode("[mst]\ninstances = 3\n"), "x.toml:3: mst.instances: unknown key");
   EXPECT_EQ(error_after_mode("[[mst.instance]]\nid = 1\nvlan = '1'\n"),
-            "x.toml:4: mst.instance.1.vlan: unknown key");
+            "x.toml:4: mst.instance.1.vlan: unknown key; did you mean 'vlans'?");
   EXPECT_EQ(error_after_mode("[[port]]\nnumber = 3\nspeed = 10\n"), "x.toml:4: port.3.speed: unknown key");
   EXPECT_EQ(error_after_mode("[[port_channel]]\nnumber = 2\nlink = 'up'\n"),
             "x.toml:4: port_channel.2.link: unknown key");

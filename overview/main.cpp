@@ -1,0 +1,46 @@
+// stp-overview: shows the JSON text of an overview.
+#include <cstdlib>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+#include "base/command_line.h"
+#include "overview/overview.h"
+#include "overview/screen.h"
+#include "overview/terminal.h"
+
+namespace {
+
+constexpr char kDescription[] =
+    "stp-overview - shows the spanning trees of a switch and their ports on one screen\n\n"
+    "Reads the JSON text that \"stp-switchctl show --json\" prints, or what another program knows of a "
+    "switch in the "
+    "same\nform; stp-show-walk makes it of a walk.\n";
+
+constexpr char kFooter[] = R"(
+EXIT STATUS
+  0  shown
+  1  it cannot be read: one line on standard error says why
+  2  wrong command line
+
+EXAMPLES
+  stp-switchctl show --json >switch.json
+  stp-overview <switch.json
+)";
+
+int parse_and_run(int argc, char **argv) {
+  CLI::App app(kDescription, "stp-overview");
+  app.footer(kFooter);
+  if (const std::optional<int> ended = stpswitch::read_command_line(&app, argc, argv)) {
+    return *ended;
+  }
+  const stpoverview::Overview overview = nlohmann::json::parse(std::cin);
+  std::cout << stpoverview::print_overview(overview, stpoverview::standard_output());
+  return EXIT_SUCCESS;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  return stpswitch::run_program("stp-overview", EXIT_FAILURE, parse_and_run, argc, argv);
+}
