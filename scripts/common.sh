@@ -3,9 +3,9 @@
 
 PROJECT_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd -P)
 
-# die MESSAGE: one line on stderr that says who gave up and why.
+# die WORD...: one line on stderr that says who gave up and why.
 die() {
-  printf '%s: %s\n' "$(basename "$0")" "$1" >&2
+  printf '%s: %s\n' "$(basename "$0")" "$*" >&2
   exit 1
 }
 
@@ -13,6 +13,15 @@ die() {
 usage_error() {
   printf '%s: %s (see --help)\n' "$(basename "$0")" "$1" >&2
   exit 2
+}
+
+# configure PRESET: a build folder that was copied or moved here is configured anew.
+configure() {
+  local cache=$PROJECT_ROOT/build/$1/CMakeCache.txt fresh=
+  if [[ -e $cache ]] && ! grep -qxF "CMAKE_CACHEFILE_DIR:INTERNAL=${cache%/*}" "$cache"; then
+    fresh=--fresh
+  fi
+  (cd "$PROJECT_ROOT" && cmake $fresh --preset "$1")
 }
 
 heading() {

@@ -3,6 +3,7 @@ answers for what went wrong in it meanwhile."""
 
 import pytest
 
+from harness.agent import need_private_mount
 from harness.lab import run_impatient_lab, run_lab
 
 
@@ -56,3 +57,8 @@ def fixture_impatient_rapid_pvst_lab(shared_impatient_rapid_pvst_lab):
     shared_impatient_rapid_pvst_lab.reset()
     yield shared_impatient_rapid_pvst_lab
     shared_impatient_rapid_pvst_lab.check()
+
+
+@pytest.fixture(name='private_mount')
+def fixture_private_mount():
+    need_private_mount()

@@ -319,12 +319,12 @@ def test_commands_print_what_is_documented(tmp_path, mode):
 def test_the_walk_of_the_readme_is_what_is_shown():
     """Some of its lines, in their order: each `...` stands for those between."""
     text = (PROJECT / 'README.md').read_text(encoding='utf-8').replace(DOCUMENTED_ENTERPRISE, ENTERPRISE)
-    [walk] = [block for block in blocks(text, '') if block.startswith('stpx')]
+    [walk] = [block for block in blocks(text, '') if block.startswith('Mode')]
     with run_lab(SCENARIOS['mst'], with_probe=False) as lab:
         shown = subprocess.run(
-            f'snmpwalk -v2c -c public -On -Oe -Ox --hexOutputLength=0 {lab.agent.endpoint} {ROOT} | '
-            f'{PROJECT}/scripts/show-walk {PROJECT}/mibs/object-names.tsv {ROOT}',
-            shell=True, check=True, capture_output=True, text=True, timeout=60).stdout
+            [PROJECT / 'tools/show-walk/stp-show-walk', '--root', ROOT, '-v2c', '-c', 'public', lab.agent.endpoint],
+            check=True, capture_output=True, text=True, timeout=60,
+            env=os.environ | {'PATH': f'{BUILD}/bin:{os.environ["PATH"]}', 'COLUMNS': '80'}).stdout
     parts = walk.removesuffix('...\n').split('...\n')
     assert len(parts) > 2
     for part in parts:

@@ -2,6 +2,7 @@
 
 import os
 import re
+import shutil
 import subprocess
 from pathlib import Path
 from tempfile import TemporaryDirectory
@@ -115,7 +116,7 @@ def test_notifications_are_those_that_are_sent(name, suffix, objects):
 
 def read_own_names():
     """Suffix, name and form of each object in the project's own table."""
-    lines = (PROJECT / 'mibs/object-names.tsv').read_text(encoding='ascii').splitlines()
+    lines = (PROJECT / 'tools/show-walk/object-names.tsv').read_text(encoding='ascii').splitlines()
     return [(suffix, name, form) for suffix, _, name, form, _ in (line.split('\t') for line in lines)]
 
 
@@ -143,7 +144,36 @@ def test_what_the_file_imports_is_not_half_there_when_it_cannot_be_fetched(tmp_p
     for name in ('apt-get', 'sudo'):
         (programs / name).write_text('#!/bin/sh\necho "E: the archive is away" >&2\nexit 100\n', encoding='ascii')
         (programs / name).chmod(0o755)
-    result = run(str(PROJECT / 'scripts/fetch-smi-base'), str(directory), PATH=f'{programs}:{os.environ["PATH"]}')
+    result = run(str(PROJECT / 'tools/fetch-mibs/stp-fetch-mibs'), str(directory), PATH=f'{programs}:{os.environ["PATH"]}')
     assert (result.returncode, result.stdout) == (1, '')
-    assert result.stderr == 'fetch-smi-base: cannot unpack erlang-snmp: E: the archive is away\n'
+    assert result.stderr == 'stp-fetch-mibs: cannot unpack erlang-snmp: E: the archive is away\n'
     assert not list(directory.iterdir())
+
+
+def test_one_command_makes_the_tools_take_names(tmp_path):
+    """In spite of the line with which Debian keeps them from it."""
+    system, home = tmp_path / 'etc', tmp_path / 'home'
+    system.mkdir()
+    (system / 'snmp.conf').write_text('mibs :\n', encoding='ascii')
+    shutil.copytree(SMI_BASE, home / '.snmp/mibs')
+    environment = {'HOME': str(home), 'PATH': '/usr/bin:/bin', 'SNMPCONFPATH': f'{system}:{home}/.snmp',
+                   'MIBDIRS': f'{home}/.snmp/mibs:{MIBS}'}
+
+    def run_there(*command):
+        return subprocess.run([str(word) for word in command], check=False, capture_output=True, text=True,
+                              env=environment, timeout=60)
+
+    assert run_there('snmptranslate', '-IR', '-On', 'stpxObjects').returncode != 0
+    for _ in range(2):
+        fetched = run_there(PROJECT / 'tools/fetch-mibs/stp-fetch-mibs')
+        assert (fetched.returncode, fetched.stdout, fetched.stderr) == (0, '', '')
+    assert (home / '.snmp/snmp.conf').read_text(encoding='ascii') == 'mibs +VANTREL-STP-EXTENSIONS-MIB\n'
+    assert run_there('snmptranslate', '-IR', '-On', 'stpxObjects').stdout == f'{ROOT}.1\n'
+
+
+@pytest.mark.parametrize('arguments, error', [
+    (['--force'], "unknown option '--force'"), (['a', 'b'], "unexpected argument 'b'"),
+])
+def test_wrong_command_line_is_refused(arguments, error):
+    result = run(str(PROJECT / 'tools/fetch-mibs/stp-fetch-mibs'), *arguments)
+    assert (result.returncode, result.stdout, result.stderr) == (2, '', f'stp-fetch-mibs: {error} (see --help)\n')

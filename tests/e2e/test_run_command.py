@@ -22,6 +22,36 @@ GUARD_SECONDS = 1200
 SERVICE_USER = 'Debian-snmp'
 
 SHOWN_MST = '''\
+Mode           mst
+Region         ops-lab, revision 7, digest 86c65f5a...
+Regional root  24583 / 02:a0:00:ff:7b:00, cost 4000000001
+
+Tree  Root port  Hops  VLANs
+0     port 1     17    1-9,21-29,33-2046,2056-4093
+1     channel 5  18    10-19
+2     -          40    20,30-32,2047-2048
+64    -          1     2049-2055,4094
+4094  -          39    none
+
+Port       Link    Flags  Guards     0   1   2   64  4094
+channel 5  p2p     EBPXS  root       a!  R   D!  -   -
+channel 9  -       -      loop       -!  -   -   -   -
+port 1     shared  EXS    root,loop  R!  a!  b!  -   -
+port 3     -       -      -          -!  -   -   -   -
+port 300   p2p     BP     root,loop  D!  -   -   -   -
+
+Port       Blocked by  In trees
+channel 5  root guard  0,2
+channel 5  loop guard  2
+channel 9  root guard  0
+port 1     root guard  1-2
+port 1     loop guard  0-2
+port 3     root guard  0
+port 300   root guard  0
+
+R root, D designated, a alternate, b backup, - none, ! inconsistent
+E edge, B boundary, P peer, X dispute, S pre-standard
+
 Object                              Value
 stpxSpanningTreeType.0              mst (4)
 stpxSpanningTreePathCostMode.0      short (1)
@@ -203,14 +233,15 @@ stpxSMSTPortTable: no rows
 class Run:
     """One ./run in a session of its own, so that whatever it leaves behind can be found."""
 
-    def __init__(self, place, *arguments):
+    def __init__(self, place, *arguments, reader=None):
         self._output, self._errors = place / 'output', place / 'errors'
         self.temporary = place / 'temporary'
         self.temporary.mkdir()
         self.temporary.chmod(0o711)
         with open(self._output, 'wb') as output, open(self._errors, 'wb') as errors:
             self._child = subprocess.Popen(
-                [PROJECT / 'run', *arguments], cwd=place,
+                [PROJECT / 'run', *arguments] if reader is None else
+                ['bash', '-c', f'"$@" | {reader}', 'bash', PROJECT / 'run', *arguments], cwd=place,
                 stdin=subprocess.DEVNULL, stdout=output, stderr=errors,
                 env={**os.environ, 'TMPDIR': str(self.temporary)},
                 start_new_session=True, preexec_fn=self._before_exec)
@@ -273,10 +304,10 @@ def fixture_start_run():
     place.chmod(0o711)
     runs = []
 
-    def start(*arguments):
+    def start(*arguments, **options):
         folder = place / str(len(runs))
         folder.mkdir(mode=0o711)
-        runs.append(Run(folder, *arguments))
+        runs.append(Run(folder, *arguments, **options))
         return runs[-1]
 
     yield start
@@ -290,7 +321,7 @@ def shown_walk(output):
     """What is below the heading of the walk, without the root's own numbers."""
     heading, root = re.search(r'^(== Walk of (\.[0-9.]+))\n', output, re.MULTILINE).groups()
     walk = output[output.index(heading) + len(heading) + 1:]
-    return walk.partition('\nWalk it yourself')[0].replace(root, 'ROOT')
+    return walk.partition('\nFor another terminal')[0].replace(root, 'ROOT')
 
 
 def tables_without_rows(output):
@@ -332,21 +363,27 @@ def test_once_shows_the_example_switch_of_the_other_mode(start_run):
     assert tables_without_rows(run.output) == ['stpxSMSTPortTable']
 
 
+def second_terminal(run):
+    """The printed commands, each typed into a shell that has read the printed file."""
+    commands = re.findall(r'^  (.*)$', run.output.partition('For another terminal')[2], re.MULTILINE)
+    read, typed = commands[0], commands[1:]
+
+    def type_in(words):
+        [command] = [command for command in typed if words in command]
+        return subprocess.run(['bash', '-ec', f'{read}\n{command}'], check=True, capture_output=True, text=True,
+                              cwd='/', timeout=GUARD_SECONDS).stdout
+    return type_in
+
+
 def test_stays_up_for_the_commands_that_it_prints_until_ctrl_c(start_run):
     run = start_run('--scenario', SCENARIOS / 'mst.toml', '--port', str(free_port()))
     run.wait_for_output('Running until Ctrl-C.')
-    environment = {**os.environ, 'MIBS': '', 'SNMPCONFPATH': str(run.temporary)}
+    type_in = second_terminal(run)
 
-    def type_in(words):
-        """Types the one printed command that holds these words into a shell."""
-        [command] = [line for line in run.output.splitlines() if line.startswith('  ') and words in line]
-        return subprocess.run(command, shell=True, check=True, capture_output=True, text=True,
-                              env=environment, timeout=GUARD_SECONDS).stdout
-
-    walk, show_walk = '-On 127', 'show-walk'
+    walk, show_walk = 'snmpwalk -On', 'stp-show-walk'
     assert len(re.findall(r'\.9\.82\.[0-9.]+ = (?!No more)', type_in(walk))) == len(golden.MST)
     assert type_in(show_walk) in run.output
-    assert 'SpanningTreeType.0 = INTEGER: mst(4)' in type_in('stpxObjects')
+    assert 'SpanningTreeType.0 = INTEGER: mst(4)' in type_in('snmpwalk $AGENT stpxObjects')
     assert re.search(r'^ *428 +1 +pointToPoint$', type_in('snmptable'), re.MULTILINE)
     assert 'DESCRIPTION' in type_in('snmptranslate')
     type_in('set mst.region')
@@ -355,13 +392,47 @@ def test_stays_up_for_the_commands_that_it_prints_until_ctrl_c(start_run):
     assert '.9.82.1.5.2.1.3.0.129 = INTEGER: 1' in type_in(walk)
     type_in('set switch.mode')
     assert '\n10     true (1)\n' in type_in(show_walk)
-    type_in('set rapid_pvst.disabled_vlans')
-    assert '\n10     false (2)\n' in type_in(show_walk)
+    assert 'Mode    rapid-pvst\n' in type_in('stp-switchctl show')
     type_in('fault drop')
     type_in('fault none')
-    assert 'port.300.root_guard' in type_in('control.sock show')
+    type_in('reset')
+    assert 'Mode           mst\n' in type_in('stp-switchctl show')
 
     assert run.interrupt(signal.SIGINT) == 0
+    assert run.errors == ''
+    run.check_nothing_is_left()
+
+
+def test_the_file_for_another_terminal_stands_at_the_same_place_and_goes_with_the_run(start_run):
+    port = str(free_port())
+    places = []
+    for _ in range(2):
+        run = start_run('--port', port)
+        run.wait_for_output('Running until Ctrl-C.')
+        [place] = re.findall(r'^  \. (.*)$', run.output, re.MULTILINE)
+        assert Path(place).exists()
+        assert run.interrupt(signal.SIGINT) == 0
+        assert not Path(place).exists()
+        places.append(place)
+    assert places[0] == places[1]
+
+
+def test_traps_are_shown_as_they_come(start_run, private_mount):
+    run = start_run('--traps', '--port', str(free_port()))
+    run.wait_for_output('Running until Ctrl-C. Traps as they come:')
+    second_terminal(run)('set port.1.root_inconsistent')
+    run.wait_for_output('stpxRootInconsistencyState.0.129')
+    [shown] = [line for line in run.output.splitlines() if 'stpxRootInconsistencyState.0.129' in line]
+    assert re.fullmatch(r'trap at \d\d:\d\d:\d\d  stpxRootInconsistencyUpdate, '
+                        r'stpxRootInconsistencyState\.0\.129 = INTEGER: 1, stpxSpanningTreeType = INTEGER: mst\(4\)', shown)
+    assert run.interrupt(signal.SIGINT) == 0
+    assert run.errors == ''
+    run.check_nothing_is_left()
+
+
+def test_a_reader_that_has_seen_enough_is_no_error(start_run):
+    run = start_run('--once', '--port', str(free_port()), reader='head -n 1')
+    run.wait()
     assert run.errors == ''
     run.check_nothing_is_left()
 
@@ -385,13 +456,16 @@ def test_sigterm_ends_everything(start_run):
 
 
 @pytest.mark.parametrize('name', ['snmpd', 'stp-switchd'])
-def test_process_that_stops_by_itself_is_named_and_ends_everything(start_run, name):
+@pytest.mark.parametrize('number, how', [
+    (signal.SIGTERM, 'with status 0: .+'), (signal.SIGKILL, 'by signal KILL')])
+def test_process_that_ends_is_named_with_its_end_and_its_log(start_run, name, number, how):
     run = start_run('--port', str(free_port()))
     run.wait_for_output('Running until Ctrl-C.')
     [pid] = [pid for found, _, pid in run.processes() if found == name]
-    os.kill(pid, signal.SIGTERM)
+    os.kill(pid, number)
     assert run.wait() == 1
-    assert re.fullmatch(f'run: {name} stopped by itself: .+\n', run.errors)
+    [log] = re.fullmatch(f'run: {name} ended {how} \\(log: (.+)\\)\n', run.errors).groups()
+    assert Path(log).read_text()
     run.check_nothing_is_left()
 
 
@@ -409,6 +483,7 @@ def test_taken_port_is_named_in_one_line(start_run):
         run = start_run('--once', '--port', str(port))
         assert run.wait() == 1
     assert run.errors == f'run: UDP port {port} of 127.0.0.1 is taken: choose another with --port\n'
+    assert run.output == ''
     run.check_nothing_is_left()
 
 
@@ -418,16 +493,25 @@ def test_bad_scenario_is_named_in_one_line(start_run):
         scenario.flush()
         run = start_run('--once', '--scenario', scenario.name, '--port', str(free_port()))
         assert run.wait() == 1
-    assert re.fullmatch(f'run: stp-switchd did not start: .*{re.escape(scenario.name)}.*\n', run.errors)
+    assert run.errors == f"run: {scenario.name}:2: switch.mode: 'none' is not mst or rapid-pvst\n"
+    assert 'Starting' not in run.output
     run.check_nothing_is_left()
 
 
 @pytest.mark.parametrize('arguments, status, message', [
     (['--port', '0'], 2, "run: --port: '0' is not in 1..65535 (see --help)\n"),
     (['--port', '65536'], 2, "run: --port: '65536' is not in 1..65535 (see --help)\n"),
+    (['--port', 'snmp'], 2, "run: --port: 'snmp' is not in 1..65535 (see --help)\n"),
+    (['--port', '127.0.0.1:1161'], 2,
+     "run: --port: '127.0.0.1:1161' is an address: snmpd listens on 127.0.0.1, expected the number of a UDP port "
+     '(see --help)\n'),
+    (['--port', '161'], 1,
+     'run: UDP port 161 is below 1024, where only root may listen, and snmpd does not run as root here: choose another '
+     'with --port\n'),
     (['--port'], 2, 'run: --port needs a value (see --help)\n'),
     (['--twice'], 2, "run: unknown argument '--twice' (see --help)\n"),
-    (['--scenario', '/nowhere.toml'], 1, "run: cannot read the scenario '/nowhere.toml'\n"),
+    (['--scenario', '/nowhere.toml'], 1, "run: there is no scenario '/nowhere.toml'\n"),
+    (['--scenario', '/'], 1, "run: cannot read the scenario '/'\n"),
 ])
 def test_wrong_command_line_is_named_in_one_line(start_run, arguments, status, message):
     run = start_run(*arguments)

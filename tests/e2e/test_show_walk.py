@@ -1,13 +1,14 @@
-"""scripts/show-walk by itself: what it makes of walks that no agent of these tests answers."""
+"""stp-show-walk by itself: what it makes of walks that no agent of these tests answers."""
 
+import os
 import subprocess
-import tempfile
 
 import pytest
-from harness.build import PROJECT
+from harness.build import BUILD, PROJECT
 
 ROOT = '.1.3.9'
-SHOW_WALK, NAMES = PROJECT / 'scripts/show-walk', PROJECT / 'mibs/object-names.tsv'
+SHOW_WALK = PROJECT / 'tools/show-walk/stp-show-walk'
+ENVIRONMENT = os.environ | {'PATH': f'{BUILD}/bin:{os.environ["PATH"]}', 'COLUMNS': '80'}
 
 SCALARS = {
     '.1.6.1.0': 'INTEGER: 4', '.1.6.2.0': 'INTEGER: 1', '.1.6.7.0': 'INTEGER: 2', '.1.8.3.0': 'INTEGER: 1',
@@ -46,16 +47,26 @@ NO_ROWS_BEFORE_CIST = ''.join(f'\n{table}: no rows\n' for table in (
 NO_ROWS_BEHIND_CIST = '\nstpxSMSTPortTable: no rows\n'
 
 
-def show(served, names=NAMES):
+def show(served):
     walk = ''.join(f'{ROOT}{suffix} = {value}\n' for suffix, value in served.items())
-    return subprocess.run([SHOW_WALK, names, ROOT], input=walk, capture_output=True, text=True, check=False,
-                          timeout=60)
+    return show_text(walk)
+
+
+def show_text(walk):
+    return subprocess.run([SHOW_WALK, '--root', ROOT], input=walk, capture_output=True, text=True, check=False,
+                          env=ENVIRONMENT, timeout=60)
+
+
+def parts(result):
+    """The overview, and the tables."""
+    overview, heading, tables = result.stdout.partition('Object ')
+    return overview.removesuffix('\n'), heading + tables
 
 
 def show_complete(served):
     result = show(served)
     assert (result.returncode, result.stderr) == (0, '')
-    return result.stdout
+    return parts(result)[1]
 
 
 def test_tables_without_rows_are_named():
@@ -200,13 +211,12 @@ def test_objects_without_a_name_are_shown_by_their_suffix():
 
 
 def test_lines_that_are_no_objects_of_the_module_are_passed_over():
-    result = subprocess.run(
-        [SHOW_WALK, NAMES, ROOT], capture_output=True, text=True, check=False, timeout=60,
-        input=''.join(f'{ROOT}{suffix} = {value}\n' for suffix, value in SERVED.items()) +
+    result = show_text(
+        ''.join(f'{ROOT}{suffix} = {value}\n' for suffix, value in SERVED.items()) +
         '.1.3.99.1.6.1.0 = INTEGER: 5\nTimeout: No Response\n'
         f'{ROOT}.2 = No more variables left in this MIB View (It is past the end of the MIB tree)\n')
     assert result.returncode == 0
-    assert result.stdout == SHOWN_SCALARS + NO_ROWS_BEFORE_CIST + SHOWN_CIST + NO_ROWS_BEHIND_CIST
+    assert parts(result)[1] == SHOWN_SCALARS + NO_ROWS_BEFORE_CIST + SHOWN_CIST + NO_ROWS_BEHIND_CIST
 
 
 @pytest.mark.parametrize('lost, named', [
@@ -217,7 +227,7 @@ def test_lines_that_are_no_objects_of_the_module_are_passed_over():
 def test_walk_that_lacks_what_must_be_there_is_shown_and_refused(lost, named):
     result = show({suffix: value for suffix, value in SERVED.items() if suffix != lost})
     assert result.returncode == 1
-    assert result.stderr == f'show-walk: the walk lacks {named}\n'
+    assert result.stderr == f'stp-show-walk: the walk lacks {named}\n'
     assert 'stpxSMSTMaxHopCount.0' in result.stdout
 
 
@@ -242,7 +252,7 @@ def without(served, *columns):
 ])
 def test_walk_with_bridge_ports_lacks_a_column_of_them_that_has_no_row(column, named):
     result = show(without({**SERVED, **PORTS}, column))
-    assert (result.returncode, result.stderr) == (1, f'show-walk: the walk lacks {named}\n')
+    assert (result.returncode, result.stderr) == (1, f'stp-show-walk: the walk lacks {named}\n')
 
 
 def test_columns_of_bridge_ports_that_mst_mode_has_may_be_missing_in_the_other_mode():
@@ -254,44 +264,162 @@ def test_walk_with_roles_lacks_flags_in_rapid_pvst_mode_only():
     roles = {**SERVED, '.1.12.2.1.3.1.131': 'INTEGER: 2'}
     assert show(roles).returncode == 0
     result = show({**roles, '.1.6.1.0': 'INTEGER: 5'})
-    assert (result.returncode, result.stderr) == (1, 'show-walk: the walk lacks stpxRPVSTPortFlags\n')
+    assert (result.returncode, result.stderr) == (1, 'stp-show-walk: the walk lacks stpxRPVSTPortFlags\n')
 
 
 def test_empty_walk_lacks_all_that_is_needed_in_any_mode():
     result = show({})
     assert result.returncode == 1
-    assert result.stderr.startswith('show-walk: the walk lacks stpxSpanningTreeType, ')
+    assert result.stderr.startswith('stp-show-walk: the walk lacks stpxSpanningTreeType, ')
     assert 'stpxSMSTInstanceVlansMappedLow' in result.stderr
     assert 'stpxSMSTInstanceBridgeId' not in result.stderr
 
 
-def show_with_names(served, lines):
-    with tempfile.NamedTemporaryFile('w', suffix='.tsv') as names:
-        names.write(lines)
-        names.flush()
-        return show(served, names.name), names.name
+ROLES = {
+    '.1.12.2.1.3.0.131': 'INTEGER: 2', '.1.12.2.1.3.10.131': 'INTEGER: 4', '.1.12.2.1.3.0.132': 'INTEGER: 3',
+    '.1.12.2.1.3.0.4097': 'INTEGER: 5', '.1.12.2.1.3.0.200': 'INTEGER: 1', '.1.12.2.1.3.10.9000': 'INTEGER: 3'}
+INCONSISTENT = {'.1.5.2.1.3.0.132': 'INTEGER: 1', '.1.5.2.1.3.10.132': 'INTEGER: 1', '.1.8.2.1.3.0.4097': 'INTEGER: 1'}
 
 
-def test_index_of_two_arcs_has_two_columns():
-    result, _ = show_with_names(
-        {'.8.1.3.2.7': 'INTEGER: 1', '.8.1.3.10.5': 'INTEGER: 2'},
-        '.8\ttable\troleTable\t-\t-\n'
-        '.8.1.1\tindex\troleTree\t2=two\t-\n'
-        '.8.1.2\tindex\trolePort\t-\t-\n'
-        '.8.1.3\tcolumn\troleSetting\t-\t-\n')
-    assert result.stdout == '''\
-Object  Value
+def test_the_overview_tells_what_the_walk_knows_in_mst_mode():
+    result = show({**SERVED, **PORTS, **ROLES, **INCONSISTENT, '.1.14.5.1.2.10': 'Hex-STRING: 80 30 ',
+                   '.1.14.5.1.3.10': 'Hex-STRING: C0 ', '.1.14.5.1.4.10': 'INTEGER: 7', '.1.14.5.1.4.11': 'INTEGER: 7'})
+    assert parts(result)[0] == '''\
+Mode           mst
+Region         "", revision 3, digest 6162...
+Regional root  24576 / 00:00:5e:00:53:2a, cost 4294967295
 
-roleTable (.1.3.9.8)
-Tree     Port  Setting
-two (2)  7     1
-10       5     2
+Tree  Root port  Hops  VLANs
+0     port 3     19    1,7-8,23
+10    -          7     10-11,2048-2049
+
+Port              Link    Flags  Guards     0   10
+channel 1         -       BP     -          b!  -
+channel 4095      -       -      -          -   -
+port 3            -       -      root,loop  R   a
+port 4            shared  EBPXS  loop       D!  -!
+port 72           -       -      -          -   -
+bridge port 9000  -       -      -          -   D
+
+Port       Blocked by  In trees
+channel 1  loop guard  0
+port 4     root guard  0,10
+
+R root, D designated, a alternate, b backup, - none, ! inconsistent
+E edge, B boundary, P peer, X dispute, S pre-standard
 '''
-    assert result.returncode == 0
 
 
-def test_file_of_names_with_a_wrong_line_is_refused():
-    result, path = show_with_names(SERVED, '.1.6.1\tscalar\tstpxSpanningTreeType\n')
+def test_the_overview_tells_what_the_walk_knows_in_rapid_pvst_mode():
+    overview, _ = parts(show({
+        **SCALARS, **PORTS_IN_ANY_MODE, '.1.6.1.0': 'INTEGER: 5', '.1.8.3.0': 'INTEGER: 2', **CIST,
+        '.1.2.2.1.2.5': 'INTEGER: 1', '.1.2.2.1.2.30': 'INTEGER: 2', '.1.2.2.1.2.100': 'INTEGER: 1',
+        '.1.12.2.1.3.5.131': 'INTEGER: 2', '.1.12.2.1.3.100.131': 'INTEGER: 3',
+        '.1.13.1.1.3.5.131': 'Hex-STRING: 80 ', '.1.13.1.1.3.100.131': 'Hex-STRING: 90 ',
+        '.1.3.1.1.3.5.131': 'Hex-STRING: 80 ', '.1.3.1.1.3.100.131': 'Hex-STRING: C0 '}))
+    assert overview == '''\
+Mode          rapid-pvst
+Without tree  30
+
+Root port  Trees
+port 3     5
+-          100
+
+Port          Link    Flags  Guards     5   100
+channel 1     -       -      -          -   -
+channel 4095  -       -      -          -   -
+port 3        -       EP     root,loop  R!  D!
+port 4        shared  -      -          -   -
+
+Port    Blocked by            In trees
+port 3  port VLAN identifier  5,100
+port 3  port type             100
+
+R root, D designated, a alternate, b backup, - none, ! inconsistent
+E edge, P peer
+'''
+
+
+def test_the_overview_of_a_walk_that_holds_nothing_is_empty():
+    assert parts(show({}))[0] == ''
+
+
+def test_an_agent_that_says_anything_does_no_harm():
+    result = show({
+        **SERVED, '.1.14.3.0': 'STRING: three', '.1.14.5.1.2.0.7': 'Hex-STRING: 80 ', '.1.14.5.1.4.0': 'Hex-STRING: 61 ',
+        '.1.12.2.1.3.0': 'INTEGER: 2', '.1.12.2.1.3.1.2.3': 'INTEGER: 2', '.1.11.2.0': 'Hex-STRING: 1B 5B 32 4A FF '})
+    overview, tables = parts(result)
+    assert overview == '''\
+Mode           mst
+Regional root  24576 / 00:00:5e:00:53:2a, cost 4294967295
+
+Tree  Root port  Hops  VLANs
+0     -          -     1,7-8,23
+'''
+    assert '\033' not in tables
+    result = show({**SERVED, '.1.14.9.0': 'STRING: x', '.1.14.5.1.2.0': 'STRING: x', '.1.14.5.1.5.0': 'INTEGER: 5',
+                   '.1.14.7.1.2.131': 'INTEGER: 5', '.1.8.1.1.3.x': 'INTEGER: 5'})
+    assert parts(result)[0] == '''\
+Mode  mst
+
+Tree  Root port  Hops  VLANs
+0     -          19    none
+
+Port    Link  Flags  Guards  0
+port 3  -     -      -       -
+
+R root, D designated, a alternate, b backup, - none, ! inconsistent
+'''
+
+
+def run_program(*arguments, environment):
+    return subprocess.run([SHOW_WALK, *arguments], input='', capture_output=True, text=True, check=False,
+                          env=ENVIRONMENT | environment, timeout=60)
+
+
+def test_an_agent_is_walked_by_snmpwalk_with_the_options_given(tmp_path):
+    (tmp_path / 'snmpwalk').write_text(
+        f'#!/bin/sh\necho "$MIBS $@" >&2\necho "{ROOT}.1.6.1.0 = INTEGER: 4"\n', encoding='ascii')
+    (tmp_path / 'snmpwalk').chmod(0o755)
+    environment = {'PATH': f'{tmp_path}:{ENVIRONMENT["PATH"]}'}
+    result = run_program('--root', ROOT, '-v2c', '-c', 'two words', 'agent', environment=environment)
+    assert result.stderr.startswith(f' -On -Oe -Ox --hexOutputLength=0 -v2c -c two words agent {ROOT}\n')
+    assert 'Mode  mst\n' in result.stdout
+    result = run_program('agent', environment=environment)
+    assert result.stderr.startswith(' -On -Oe -Ox --hexOutputLength=0 agent .1.3.6.1.4.1.32473.9.82\n')
+
+
+def test_what_snmpwalk_complains_of_is_all_that_is_said(tmp_path):
+    (tmp_path / 'snmpwalk').write_text('#!/bin/sh\necho "Timeout: No Response from x" >&2\nexit 1\n', encoding='ascii')
+    (tmp_path / 'snmpwalk').chmod(0o755)
+    result = run_program('x', environment={'PATH': f'{tmp_path}:{ENVIRONMENT["PATH"]}'})
+    assert (result.returncode, result.stdout, result.stderr) == (1, '', 'Timeout: No Response from x\n')
+
+
+@pytest.mark.parametrize('missing', ['snmpwalk', 'stp-overview'])
+def test_programs_that_are_missing_are_named(tmp_path, missing):
+    others = {'snmpwalk': 'stp-overview', 'stp-overview': 'snmpwalk'}
+    (tmp_path / others[missing]).write_text('#!/bin/sh\nexit 0\n', encoding='ascii')
+    (tmp_path / others[missing]).chmod(0o755)
+    result = run_program('x', environment={'PATH': str(tmp_path)})
     assert result.returncode == 1
-    assert result.stderr == (f'show-walk: {path}: not 5 fields: '
-                             "'.1.6.1\\tscalar\\tstpxSpanningTreeType\\n'\n")
+    assert missing in result.stderr and result.stderr.startswith('stp-show-walk: ')
+
+
+def test_wrong_command_line_is_refused():
+    result = run_program('--root', environment={})
+    assert (result.returncode, result.stdout) == (2, '')
+    assert result.stderr == 'stp-show-walk: --root: expected an OID (see --help)\n'
+
+
+def test_help_starts_with_what_it_does():
+    result = run_program('--help', environment={})
+    assert (result.returncode, result.stderr) == (0, '')
+    assert result.stdout.startswith('Shows a walk of the module: an overview')
+
+
+def test_a_reader_that_has_seen_enough_is_no_error():
+    many = ''.join(f'{ROOT}.1.2.2.1.2.{vlan} = INTEGER: 1\n' for vlan in range(1, 4095))
+    result = subprocess.run(f'{SHOW_WALK} --root {ROOT} | head -n 1', shell=True, input=many, capture_output=True,
+                            text=True, check=False, env=ENVIRONMENT, timeout=60)
+    assert result.stderr == ''

@@ -1,0 +1,30 @@
+# Builds what ./run starts.
+# shellcheck shell=bash
+
+# show_progress: of a build's lines, the one that tells how far it is, in place of the one before. Others see nothing.
+show_progress() {
+  local line
+  [[ -t 1 ]] || { cat >/dev/null; return; }
+  while IFS= read -r line; do
+    [[ $line != \[*/*\]* ]] || printf '\r\033[K%.*s' "$(($(tput cols 2>/dev/null || echo 80) - 1))" "$line"
+  done
+  printf '\r\033[K'
+}
+
+# build TARGET: one build at a time, in this folder.
+build() {
+  local target=$1
+  mkdir -p "$BUILD"
+  (
+    flock --nonblock 9 || { echo "Waiting for another build in $BUILD"; flock 9; }
+    {
+      configure run
+      cmake --build "$BUILD" --target "$target"
+    } 2>&1 | tee "$BUILD/run.log" | show_progress
+  ) 9>"$BUILD/run.lock" || die "the build failed: see $BUILD/run.log"
+}
+
+check_scenario() {
+  local wrong
+  wrong=$("$BUILD/bin/stp-switchd" --scenario "$scenario" --check 2>&1) || die "${wrong#stp-switchd: }"
+}

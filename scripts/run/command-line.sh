@@ -1,0 +1,59 @@
+# What ./run was asked for. Whatever can be found wrong before anything is built is found here.
+# shellcheck shell=bash
+
+readonly FIRST_UNPRIVILEGED_PORT=1024 LAST_PORT=65535
+
+parse_command_line() {
+  while (($# > 0)); do
+    case $1 in
+      --once) once=yes ;;
+      --traps) with_traps=yes ;;
+      --scenario | --port)
+        (($# > 1)) || usage_error "$1 needs a value"
+        if [[ $1 == --port ]]; then port=$2; else scenario=$2; fi
+        shift
+        ;;
+      -h | --help) help_if_asked "$1" ;;
+      *) usage_error "unknown argument '$1'" ;;
+    esac
+    shift
+  done
+  check_port
+  check_scenario_file
+  [[ -z $with_traps ]] || check_private_mount
+  agent=127.0.0.1:$port
+}
+
+check_port() {
+  case $port in
+    *[!0-9]*[.:]* | *[.:]*)
+      usage_error "--port: '$port' is an address: snmpd listens on 127.0.0.1, expected the number of a UDP port" ;;
+  esac
+  if [[ ! $port =~ ^[1-9][0-9]{0,4}$ ]] || ((port > LAST_PORT)); then
+    usage_error "--port: '$port' is not in 1..$LAST_PORT"
+  fi
+  ((port >= FIRST_UNPRIVILEGED_PORT)) ||
+    die "UDP port $port is below $FIRST_UNPRIVILEGED_PORT, where only root may listen, and snmpd does not run as root here:" \
+      "choose another with --port"
+  ! port_is_taken || die "UDP port $port of 127.0.0.1 is taken: choose another with --port"
+}
+
+# By a socket that is bound to 127.0.0.1 or to all addresses.
+port_is_taken() {
+  local local_port
+  printf -v local_port '%04X' "$port"
+  grep -qE "^ *[0-9]+: (0100007F|0{8}|0{32}):$local_port " /proc/net/udp /proc/net/udp6 2>/dev/null
+}
+
+check_scenario_file() {
+  [[ -e $scenario ]] || die "there is no scenario '$scenario'"
+  [[ -f $scenario && -r $scenario ]] || die "cannot read the scenario '$scenario'"
+  scenario=$(realpath "$scenario")
+}
+
+# The module reads which traps are on from a file that stands at one place on every switch.
+check_private_mount() {
+  ((EUID == 0)) || die "--traps: only root can make the private mount that switches them on"
+  unshare --mount true 2>/dev/null ||
+    die "--traps: no private mount can be made here (is / a mount point? In a plain chroot it is not)"
+}

@@ -1,0 +1,84 @@
+# The processes that ./run starts, and what stays of them: nothing but their logs.
+# shellcheck shell=bash
+
+readonly SERVICE_USER=Debian-snmp
+readonly START_POLLS=100 POLL_SECONDS=0.1
+readonly SIGNALLED=128  # the status of a process that a signal has ended, without the signal's number
+
+stop_process() {
+  [[ -n $1 ]] || return 0
+  kill "$1" 2>/dev/null || true
+  wait "$1" 2>/dev/null || true
+}
+
+clean_up() {
+  stop_process "$viewer_pid"
+  stop_process "$agent_pid"
+  stop_process "$receiver_pid"
+  stop_process "$switch_pid"
+  [[ -z $work ]] || rm -rf "$work" "$place/env"
+}
+
+make_folders() {
+  work=$(mktemp -d)
+  mkdir -p "$work/persistent/cert_indexes"  # without that folder, each SNMP program says that it creates it
+  place=$BUILD/$port
+  mkdir -p "$place"
+  rm -f "$place"/*.log
+  root_oid=.1.3.6.1.4.1.$(<"$BUILD/enterprise").9.82
+}
+
+service_user_can() {
+  setpriv --reuid="$SERVICE_USER" --regid="$SERVICE_USER" --init-groups test "$@" 2>/dev/null
+}
+
+# All processes die with this one, and root hands them to the agent's own user where that user can reach everything
+# that they need.
+choose_service_user() {
+  as_service=(setpriv --pdeathsig TERM)
+  ((EUID == 0)) || return 0
+  chown -R "$SERVICE_USER:" "$work"
+  if service_user_can -x "$BUILD/bin/stp-switchd" && service_user_can -r "$BUILD/lib/libstpsnmp.so" &&
+    service_user_can -r "$scenario" && service_user_can -w "$work"; then
+    as_service+=(--reuid="$SERVICE_USER" --regid="$SERVICE_USER" --init-groups)
+  else
+    echo "Staying root: $SERVICE_USER cannot reach $BUILD, $scenario or $work"
+    chown -R root: "$work"
+  fi
+}
+
+# last_line FILE...: why a process gave up, as far as it said.
+last_line() {
+  cat "$@" 2>/dev/null | grep . | tail -n 1
+}
+
+# wait_until PID NAME COMMAND...: until the command succeeds. Fails when the process ends first.
+wait_until() {
+  local pid=$1 name=$2 i
+  shift 2
+  for ((i = 0; i < START_POLLS; i++)); do
+    ! "$@" >/dev/null 2>&1 || return 0
+    kill -0 "$pid" 2>/dev/null || return 1
+    sleep "$POLL_SECONDS"
+  done
+  die "$name started, but does not answer: see $place"
+}
+
+# how_it_ended STATUS LOG: and what it said of that, if it could.
+how_it_ended() {
+  if (($1 > SIGNALLED)); then
+    echo "by signal $(kill -l "$1")"
+  else
+    echo "with status $1: $(last_line "$2")"
+  fi
+}
+
+# Waits until one of them ends, which none should.
+report_who_ended() {
+  local ended status=0 name=snmpd
+  # The shell would tell of a signal in its own words.
+  { wait -n -p ended "$switch_pid" "$agent_pid" ${receiver_pid:+"$receiver_pid"} || status=$?; } 2>/dev/null
+  [[ $ended != "$switch_pid" ]] || name=stp-switchd
+  [[ $ended != "$receiver_pid" ]] || name=snmptrapd
+  die "$name ended $(how_it_ended "$status" "$place/$name.log") (log: $place/$name.log)"
+}

@@ -1,0 +1,68 @@
+# What is told when everything runs, and the file that gives a second terminal short commands.
+# shellcheck shell=bash
+
+readonly MIB=VANTREL-STP-EXTENSIONS-MIB SMI_BASE=$PROJECT_ROOT/build/smi FETCH_SECONDS=60
+
+why_no_names=
+
+# What the MIB file imports is not ours to ship: without it, there are no names for the tools.
+fetch_smi_base() {
+  [[ -z $has_smi_base ]] || return 0
+  local log=$work/smi.log
+  if timeout "$FETCH_SECONDS" "$PROJECT_ROOT/tools/fetch-mibs/stp-fetch-mibs" "$SMI_BASE" 2>"$log"; then
+    has_smi_base=yes
+  else
+    why_no_names=$(last_line "$log")
+  fi
+}
+
+# What the tools need to know, for this shell or another one.
+tool_settings() {
+  local mibs="$MIB:SNMPv2-MIB" folders="$SMI_BASE:$BUILD/mibs"
+  [[ -n $has_smi_base ]] || mibs='' folders=''
+  cat <<EOF
+export PATH=$(printf %q "$BUILD/bin:$PROJECT_ROOT/tools/show-walk"):"\$PATH"
+export STPSWITCHD_CONTROL=$(printf %q "$work/control.sock")
+export SNMPCONFPATH=$(printf %q "$work/tools") SNMP_PERSISTENT_DIR=$(printf %q "$work/tools")
+export MIBS=$mibs MIBDIRS=$(printf %q "$folders")
+export AGENT=$agent
+EOF
+}
+
+use_tools() {
+  mkdir -p "$work/tools/cert_indexes"
+  printf 'defVersion 2c\ndefCommunity %s\n' "$COMMUNITY" >"$work/tools/snmp.conf"
+  eval "$(tool_settings)"
+}
+
+print_instructions() {
+  fetch_smi_base
+  tool_settings >"$place/env"
+  cat <<EOF
+
+For another terminal, which knows sockets, agent and names then:
+  . $(printf %q "$place/env")
+
+Look at the switch, and change it:
+  stp-switchctl show
+  stp-switchctl set mst.region campus-north
+  stp-switchctl set port.1.root_inconsistent 0-10
+  stp-switchctl set switch.mode rapid-pvst
+  stp-switchctl fault drop
+  stp-switchctl fault none
+  stp-switchctl reset
+Walk the agent, as shown above, or as managers see it:
+  stp-show-walk \$AGENT
+  snmpwalk -On \$AGENT $root_oid
+EOF
+  if [[ -n $has_smi_base ]]; then
+    cat <<EOF
+  snmpwalk \$AGENT stpxObjects
+  snmptable -Ci -Cb \$AGENT stpxRSTPPortTable
+  snmptranslate -Td $MIB::stpxRSTPPortRole
+EOF
+  else
+    echo "By name, the tools need what the MIB file imports, which cannot be had: $why_no_names"
+  fi
+  printf '\nRunning until Ctrl-C.%s\n' "${with_traps:+ Traps as they come:}"
+}

@@ -1,0 +1,74 @@
+"""What bash completes for the programs, and that it knows all their words."""
+
+import re
+import subprocess
+
+import pytest
+from harness.build import BUILD, PROJECT, SCENARIOS
+from harness.switch import Switch
+
+COMPLETIONS = PROJECT / 'packaging/bash-completion'
+PROGRAMS = BUILD / 'bin'
+
+
+def completed(*words):
+    """What is offered for the last word."""
+    program = words[0]
+    script = f'''
+source {COMPLETIONS}/{program}
+PATH={PROGRAMS}:$PATH
+COMP_WORDS=("$@") COMP_CWORD=$(($# - 1))
+_{program.replace('-', '_')} "$1" "${{@: -1}}" "${{@: -2:1}}"
+printf '%s\\n' "${{COMPREPLY[@]}}"
+'''
+    result = subprocess.run(['bash', '-c', script, 'bash', *words], check=True, capture_output=True, text=True,
+                            timeout=60)
+    assert result.stderr == ''
+    return [word for word in result.stdout.splitlines() if word]
+
+
+def help_words(*command):
+    """Long options, and subcommands or faults."""
+    shown = subprocess.run([PROGRAMS / command[0], *command[1:], '--help'], check=True, capture_output=True, text=True,
+                           timeout=60).stdout
+    options = re.findall(r'^  (?:-h,)?(--[a-z-]+)', shown, re.MULTILINE)
+    _, _, commands = shown.partition('\nSubcommands:\n')
+    return set(options) | set(re.findall(r'^  ([a-z]+)', commands.partition('\n\n')[0], re.MULTILINE))
+
+
+@pytest.fixture(name='switch', scope='module')
+def fixture_switch(tmp_path_factory):
+    switch = Switch(tmp_path_factory.mktemp('s'), SCENARIOS / 'mst.toml')
+    switch.start()
+    yield switch
+    switch.stop()
+
+
+@pytest.mark.parametrize('command', [
+    ('stp-switchd',), ('stp-switchctl',), ('stp-switchctl', 'fault'),
+])
+def test_every_word_of_the_help_is_offered(command):
+    assert set(completed(*command, '')) == help_words(*command)
+
+
+def test_words_are_offered_by_their_start():
+    assert completed('stp-switchctl', 're') == ['reset']
+    assert completed('stp-switchctl', 'fault', 'd') == ['delay', 'drop', 'disconnect']
+    assert completed('stp-switchctl', 'fault', 'drop', '') == ['--count']
+    assert completed('stp-switchctl', 'fault', 'delay', '300', '') == ['--count']
+    assert completed('stp-switchd', '--k') == ['--keys']
+
+
+def test_keys_are_those_of_the_switch_that_answers(switch):
+    control = ('stp-switchctl', '--control', str(switch.control_socket))
+    assert completed(*control, 'set', 'mst.re') == ['mst.region', 'mst.revision']
+    assert completed(*control, 'show', 'port.300.pa') == ['port.300.path_cost']
+    assert completed(*control, 'show', '--f') == ['--flat']
+    assert completed('stp-switchctl', '--control', '/nowhere', 'set', '') == []
+
+
+def test_files_are_offered_where_one_is_wanted(tmp_path):
+    (tmp_path / 'lab.toml').touch()
+    assert completed('stp-switchd', '--scenario', f'{tmp_path}/l') == [f'{tmp_path}/lab.toml']
+    assert completed('stp-switchctl', '--control', f'{tmp_path}/l') == [f'{tmp_path}/lab.toml']
+    assert 'root' in completed('stp-switchd', '--socket-group', 'roo')
