@@ -5,6 +5,7 @@ import subprocess
 
 import pytest
 from expected import ENTERPRISE
+from harness.agent import need_private_mount
 from harness.build import BUILD, PROJECT
 from throwaway_root import ThrowawayRoot
 
@@ -40,6 +41,7 @@ def fixture_packages(built):
 
 @pytest.fixture(name='root')
 def fixture_root():
+    need_private_mount()
     root = ThrowawayRoot()
     yield root
     root.close()

@@ -2,6 +2,7 @@
 nothing is left when they are purged."""
 
 import configparser
+import re
 import shlex
 import shutil
 
@@ -121,6 +122,29 @@ def test_an_agent_that_runs_serves_what_is_installed_and_drops_what_is_removed(m
     machine.run('dpkg', '--remove', 'libstpsnmp')
     wait_for_no_module(machine)
     assert 'dlopen' not in machine.path(AGENT_LOG).read_text(errors='replace')
+
+
+def test_the_first_walk_takes_the_commands_that_the_installation_prints(machine, packages, tmp_path):
+    machine.path('/etc/snmp/snmpd.conf.d/access.conf').unlink()
+    printed = machine.install(packages)
+    start_switch(machine, tmp_path / 'switch.log')
+    [add_view] = re.findall(r"^  (echo 'view .*)$", printed, re.MULTILINE)
+    [show] = re.findall(r': (stp-show-walk .*)$', printed, re.MULTILINE)
+    before = machine.changes()
+    machine.run('sh', '-c', add_view)
+    assert set(machine.changes()) - set(before) == {'etc/snmp/snmpd.conf.d/stp-view.conf'}
+    wait_until(lambda: 'Mode           mst\n' in machine.run('sh', '-c', f'{show} 2>/dev/null || :'),
+               'the tables are shown')
+    shown = machine.run('sh', '-c', show)
+    assert 'channel 1  p2p     P      loop       a   D!  R   D\n' in shown
+    assert f'\nstpxRootInconsistencyTable ({ROOT_OID}.1.5.2)\n' in shown
+    assert 'view' not in machine.install(packages)
+
+
+def test_the_shell_completes_what_is_installed(machine, packages):
+    machine.install(packages)
+    for name in ('stp-switchctl', 'stp-switchd'):
+        assert machine.run('bash', '-c', f'. /usr/share/bash-completion/completions/{name} && complete -p {name}')
 
 
 def test_an_agent_that_does_not_run_is_not_started(machine, packages):
