@@ -518,3 +518,24 @@ def test_wrong_command_line_is_named_in_one_line(start_run, arguments, status, m
     assert run.wait() == status
     assert run.errors == message
     assert run.output == ''
+
+
+@pytest.mark.parametrize('place, options', [
+    ('', '--preset run'), ('/elsewhere', '--fresh --preset run'), (None, '--preset run'),
+])
+def test_a_build_folder_that_was_copied_or_moved_is_configured_anew(tmp_path, place, options):
+    """`place`: where the folder was before this one; None where it was never configured."""
+    build, programs = tmp_path / 'build/run', tmp_path / 'bin'
+    (tmp_path / 'scripts').mkdir()
+    shutil.copy(PROJECT / 'scripts/common.sh', tmp_path / 'scripts')
+    build.mkdir(parents=True)
+    if place is not None:
+        (build / 'CMakeCache.txt').write_text(
+            f'CMAKE_CACHEFILE_DIR:INTERNAL={place or build}\nCMAKE_COMMAND:INTERNAL=cmake\n', encoding='ascii')
+    programs.mkdir()
+    (programs / 'cmake').write_text('#!/bin/sh\necho "$PWD: $*"\n', encoding='ascii')
+    (programs / 'cmake').chmod(0o755)
+    printed = subprocess.run(['bash', '-euc', f'. {tmp_path}/scripts/common.sh; configure run'], check=True, cwd='/',
+                             capture_output=True, text=True, timeout=60,
+                             env=os.environ | {'PATH': f'{programs}:{os.environ["PATH"]}'}).stdout
+    assert printed == f'{tmp_path}: {options}\n'
