@@ -1,12 +1,15 @@
 # Builds what ./run starts.
 # shellcheck shell=bash
 
+readonly USUAL_WIDTH=80
+
 # show_progress: of a build's lines, the one that tells how far it is, in place of the one before. Others see nothing.
 show_progress() {
-  local line
+  local line width
   [[ -t 1 ]] || { cat >/dev/null; return; }
+  width=$(tput cols 2>/dev/null || echo "$USUAL_WIDTH")
   while IFS= read -r line; do
-    [[ $line != \[*/*\]* ]] || printf '\r\033[K%.*s' "$(($(tput cols 2>/dev/null || echo 80) - 1))" "$line"
+    [[ $line != \[*/*\]* ]] || printf '\r\033[K%.*s' $((width - 1)) "$line"
   done
   printf '\r\033[K'
 }

@@ -25,10 +25,8 @@ parse_command_line() {
 }
 
 check_port() {
-  case $port in
-    *[!0-9]*[.:]* | *[.:]*)
-      usage_error "--port: '$port' is an address: snmpd listens on 127.0.0.1, expected the number of a UDP port" ;;
-  esac
+  [[ $port != *[.:]* ]] ||
+    usage_error "--port: '$port' is an address: snmpd listens on 127.0.0.1, expected the number of a UDP port"
   if [[ ! $port =~ ^[1-9][0-9]{0,4}$ ]] || ((port > LAST_PORT)); then
     usage_error "--port: '$port' is not in 1..$LAST_PORT"
   fi
@@ -38,11 +36,11 @@ check_port() {
   ! port_is_taken || die "UDP port $port of 127.0.0.1 is taken: choose another with --port"
 }
 
-# By a socket that is bound to 127.0.0.1 or to all addresses.
+# By a socket that is bound to 127.0.0.1, in either order of octets, or to all addresses.
 port_is_taken() {
   local local_port
   printf -v local_port '%04X' "$port"
-  grep -qE "^ *[0-9]+: (0100007F|0{8}|0{32}):$local_port " /proc/net/udp /proc/net/udp6 2>/dev/null
+  grep -qE "^ *[0-9]+: (0100007F|7F000001|0{8}|0{32}):$local_port " /proc/net/udp /proc/net/udp6 2>/dev/null
 }
 
 check_scenario_file() {
