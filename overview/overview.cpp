@@ -134,7 +134,6 @@ void to_json(json &object, const Overview &overview) {
 }
 
 void from_json(const json &object, Overview &overview) {
-  overview = {};
   overview.name = object.at("name");
   if (object.contains("mode")) {
     overview.mode = kind_of(kModes, object["mode"]);

@@ -17,7 +17,7 @@ constexpr char kEverything[] =
     R"("pre-standard"],"guards":["root","loop"],"inconsistent":{"loop":"2","pvid":"3","root":"1","type":"4"},)"
     R"("link":"shared","name":"p1","roles":{"alternate":"3","backup":"4","designated":"2","root":"0-1"}}],)"
     R"("region":{"digest":"00ff","name":"campus","revision":3},"regional_root":{"bridge":"1 / 02","cost":2000},)"
-    R"("trees":[{"hops":20,"tree":0,"vlans":"1-9"},{"tree":4094}]})";
+    R"("trees":[{"hops":20,"tree":0,"vlans":"1-9"},{"tree":5,"vlans":"7"},{"hops":3,"tree":6},{"tree":4094}]})";
 
 constexpr char kLeast[] = R"({"name":"","ports":[],"trees":[]})";
 
@@ -38,7 +38,7 @@ TEST(Overviews, AreReadMemberByMember) {
   EXPECT_EQ(overview.regional_root->bridge, "1 / 02");
   EXPECT_EQ(overview.regional_root->cost, 2000U);
   EXPECT_EQ(stpswitch::print_vlans(overview.disabled_vlans), "7,99");
-  ASSERT_EQ(overview.trees.size(), 2U);
+  ASSERT_EQ(overview.trees.size(), 4U);
   EXPECT_EQ(overview.trees.at(0).hops, 20U);
   EXPECT_EQ(stpswitch::print_vlans(*overview.trees.at(0).vlans), "1-9");
   EXPECT_FALSE(overview.trees.at(4094).vlans);

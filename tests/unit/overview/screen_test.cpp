@@ -85,6 +85,12 @@ Tree  Root port  Hops  VLANs
 )");
 }
 
+TEST(Screens, ShowWholeWhatHasNoCommaToGoOnBehind) {
+  EXPECT_EQ(
+      shown(R"({"name": "a-name-that-is-wider-than-the-terminal", "ports": [], "trees": []})", {20, false}),
+      "Switch  a-name-that-is-wider-than-the-terminal\n");
+}
+
 TEST(Screens, ShowTheTreesOfRapidPvstByTheirRootPort) {
   EXPECT_EQ(shown(R"({"name": "s2", "mode": "rapid-pvst", "disabled_vlans": "99",
                   "trees": [{"tree": 1}, {"tree": 2}, {"tree": 3}, {"tree": 4}, {"tree": 5}],

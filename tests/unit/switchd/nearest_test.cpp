@@ -35,6 +35,12 @@ TEST(Suggestions, AllowTheLastPartOfAKeyItsOwnMistakesOnly) {
   EXPECT_EQ(suggestion("port.", {"port"}), "; did you mean 'port'?");
 }
 
+TEST(Suggestions, TakeTwoLettersForSwappedOnlyWhereBothAre) {
+  EXPECT_EQ(suggestion("sa", {"as"}), "; did you mean 'as'?");
+  EXPECT_EQ(suggestion("sa", {"bs"}), "");
+  EXPECT_EQ(suggestion("as", {"sb"}), "");
+}
+
 TEST(Suggestions, AreNotMadeOutOfNothing) {
   EXPECT_EQ(suggestion("port", {"port"}), "");
   EXPECT_EQ(suggestion("restart", kWords), "");

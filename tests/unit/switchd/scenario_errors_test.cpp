@@ -67,6 +67,8 @@ TEST(ScenarioErrors, InTomlShowNoLineThatIsLongOrHoldsMoreThanText) {
   EXPECT_EQ(error_of("a = " + std::string(57, 'x')),
             "x.toml:1: 'a = " + std::string(56, 'x') + "...' is not TOML: a text stands between quotes");
   EXPECT_THAT(error_of(std::string(10000, '[')), StartsWith("x.toml:1: '[[["));
+  EXPECT_EQ(error_of("a = [1,\n\n"),
+            "x.toml:2: the line is not TOML: a quote or a bracket is missing at its end");
 }
 
 TEST(ScenarioErrors, OfUnknownKeys) {
