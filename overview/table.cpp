@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "base/control_character.h"
+
 namespace stpoverview {
 namespace {
 
@@ -23,12 +25,6 @@ std::string_view sequence_of(Colour colour) {
       break;
   }
   return "";
-}
-
-// Another agent's texts may hold anything, and are shown on a terminal.
-bool is_control(char octet) {
-  constexpr char kDelete = 0x7F;
-  return (octet >= 0 && octet < ' ') || octet == kDelete;
 }
 
 // Takes the items of a list, commas included, that go into this width together; at least one.
@@ -60,7 +56,9 @@ size_t width_of(std::string_view text) {
 std::string padded(const Cell &cell, size_t width, const Terminal &terminal) {
   const std::string_view sequence = terminal.has_colours ? sequence_of(cell.colour) : "";
   std::string text(sequence);
-  std::replace_copy_if(cell.text.begin(), cell.text.end(), std::back_inserter(text), is_control, '?');
+  // Another agent's texts may hold anything.
+  std::replace_copy_if(cell.text.begin(), cell.text.end(), std::back_inserter(text), stpswitch::is_control,
+                       '?');
   text += sequence.empty() ? "" : "\033[0m";
   return text.append(width - std::min(width, width_of(cell.text)), ' ');
 }

@@ -1,15 +1,8 @@
 #include "scenario/fields.h"
 
+#include "base/control_character.h"
+
 namespace stpswitch {
-namespace {
-
-// Texts reach logs and terminals, where a control character would break the line that shows them.
-bool is_control(char octet) {
-  constexpr char kDelete = 0x7F;
-  return (octet >= 0 && octet < ' ') || octet == kDelete;
-}
-
-}  // namespace
 
 std::string range_text(int64_t min, int64_t max) {
   return std::to_string(min) + " to " + std::to_string(max);
