@@ -29,9 +29,8 @@ EXAMPLES
 )";
 
 int parse_and_run(int argc, char **argv) {
-  CLI::App app(kDescription, "stp-overview");
-  app.footer(kFooter);
-  if (const std::optional<int> ended = stpswitch::read_command_line(&app, argc, argv)) {
+  stpswitch::CommandLine line("stp-overview", kDescription, kFooter);
+  if (const std::optional<int> ended = line.read(argc, argv)) {
     return *ended;
   }
   const stpoverview::Overview overview = nlohmann::json::parse(std::cin);

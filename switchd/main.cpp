@@ -1,6 +1,5 @@
 // stp-switchd: the command line.
 #include <cstdlib>
-#include <iostream>
 #include <optional>
 
 #include "base/command_line.h"
@@ -42,36 +41,29 @@ SEE ALSO
   stp-switchctl --help, snmpd(8)
 )";
 
-// As --help does: whatever else is on the command line, or is missing there.
-void list_keys_and_exit() {
-  std::cout << stpswitch::list_keys();
-  throw CLI::Success();
-}
-
 int parse_and_run(int argc, char **argv) {
   stpswitch::ProcessOptions options;
   options.socket = stpplatform::wire::kDefaultSocketPath;
   options.control = stpswitch::control::kDefaultSocketPath;
   bool only_check = false;
 
-  CLI::App app(kDescription, "stp-switchd");
-  app.footer(kFooter);
-  app.add_option("--scenario", options.scenario, "The switch to be, a TOML file")
-      ->required()
-      ->type_name("FILE");
-  app.add_option("--socket", options.socket, "Where to listen for commands")
-      ->type_name("PATH")
-      ->capture_default_str();
-  app.add_option("--control", options.control, "Where to listen for stp-switchctl")
-      ->type_name("PATH")
-      ->capture_default_str();
-  app.add_option("--socket-group", options.socket_group,
-                 "The group that may send commands (default: the process's own)")
-      ->type_name("GROUP");
-  app.add_flag("--check", only_check, "Check the scenario and exit");
-  app.add_flag_callback("--keys", list_keys_and_exit, "List sections and keys of scenarios and exit");
-  const std::optional<int> ended = stpswitch::read_command_line(&app, argc, argv);
-  if (ended) {
+  stpswitch::CommandLine line("stp-switchd", kDescription, kFooter);
+  line.add_text({.name = "--scenario",
+                 .description = "The switch to be, a TOML file",
+                 .type = "FILE",
+                 .required = true},
+                &options.scenario);
+  line.add_text({.name = "--socket", .description = "Where to listen for commands", .type = "PATH"},
+                &options.socket);
+  line.add_text({.name = "--control", .description = "Where to listen for stp-switchctl", .type = "PATH"},
+                &options.control);
+  line.add_text({.name = "--socket-group",
+                 .description = "The group that may send commands (default: the process's own)",
+                 .type = "GROUP"},
+                &options.socket_group);
+  line.add_flag("--check", "Check the scenario and exit", &only_check);
+  line.add_listing("--keys", "List sections and keys of scenarios and exit", stpswitch::list_keys);
+  if (const std::optional<int> ended = line.read(argc, argv)) {
     return *ended;
   }
   if (only_check) {

@@ -1,10 +1,9 @@
 #include "base/command_line.h"
 
-#include <algorithm>
-#include <cstdlib>
+#include <CLI/CLI.hpp>
 #include <iostream>
 #include <stdexcept>
-#include <string>
+#include <utility>
 #include <vector>
 
 #include "base/nearest.h"
@@ -58,6 +57,17 @@ std::string unexpected(const std::string &word, const CLI::App &app) {
   return "'" + word + "' is not " + listed(commands) + suggestion(word, commands);
 }
 
+CLI::Option *complete(CLI::Option *option, const Parameter &parameter) {
+  option->required(parameter.required);
+  if (parameter.type != nullptr) {
+    option->type_name(parameter.type);
+  }
+  if (parameter.variable != nullptr) {
+    option->envname(parameter.variable);
+  }
+  return option;
+}
+
 std::string explain(const CLI::App &app, const CLI::ParseError &error) {
   const std::vector<std::string> left = app.remaining(true);
   if (dynamic_cast<const CLI::ExtrasError *>(&error) != nullptr && !left.empty()) {
@@ -68,20 +78,64 @@ std::string explain(const CLI::App &app, const CLI::ParseError &error) {
 
 }  // namespace
 
-std::optional<int> read_command_line(CLI::App *app, int argc, char **argv) {
-  app->set_version_flag("--version", app->get_name() + " " STPSNMP_VERSION);
+void Command::add_text(const Parameter &parameter, std::string *value) {
+  CLI::Option *const option =
+      complete(app_->add_option(parameter.name, *value, parameter.description), parameter);
+  if (!value->empty()) {
+    option->capture_default_str();
+  }
+}
+
+void Command::add_number(const Parameter &parameter, int64_t min, int64_t max, int64_t *value) {
+  complete(app_->add_option(parameter.name, *value, parameter.description), parameter)
+      ->check(CLI::Range(min, max));
+}
+
+void Command::add_flag(const char *name, const char *description, bool *is_given) {
+  app_->add_flag(name, *is_given, description);
+}
+
+void Command::add_listing(const char *name, const char *description, std::string (*text)()) {
+  const auto print = [text] {
+    std::cout << text();
+    throw CLI::Success();
+  };
+  app_->add_flag_callback(name, print, description);
+}
+
+Command Command::add_command(const char *name, const char *description, const char *footer) {
+  CLI::App *const command = app_->add_subcommand(name, description);
+  if (footer != nullptr) {
+    command->footer(footer);
+  }
+  return Command(command);
+}
+
+void Command::set_callback(const std::function<void()> &callback) { app_->callback(callback); }
+
+CommandLine::CommandLine(std::unique_ptr<CLI::App> app) : Command(app.get()), app_(std::move(app)) {}
+
+CommandLine::CommandLine(const char *program, const char *description, const char *footer)
+    : CommandLine(std::make_unique<CLI::App>(description, program)) {
+  app_->footer(footer);
+}
+
+CommandLine::~CommandLine() = default;
+
+std::optional<int> CommandLine::read(int argc, char **argv) {
+  app_->set_version_flag("--version", app_->get_name() + " " STPSNMP_VERSION);
   try {
-    app->parse(argc, argv);
-    const std::vector<std::string> commands = commands_of(*app);
-    if (!commands.empty() && app->get_subcommands().empty()) {
-      std::cerr << app->get_name() << ": expected " << listed(commands) << " (see --help)\n";
+    app_->parse(argc, argv);
+    const std::vector<std::string> commands = commands_of(*app_);
+    if (!commands.empty() && app_->get_subcommands().empty()) {
+      std::cerr << app_->get_name() << ": expected " << listed(commands) << " (see --help)\n";
       return kWrongCommandLine;
     }
     return std::nullopt;
   } catch (const CLI::Success &asked) {
-    return app->exit(asked);
+    return app_->exit(asked);
   } catch (const CLI::ParseError &error) {
-    std::cerr << app->get_name() << ": " << explain(*app, error) << " (see --help)\n";
+    std::cerr << app_->get_name() << ": " << explain(*app_, error) << " (see --help)\n";
     return kWrongCommandLine;
   }
 }

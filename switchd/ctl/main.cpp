@@ -62,7 +62,7 @@ A fault applies to all replies to commands from now on, or to the next N, and re
 is of a different kind each time, in an order that is always the same. The control socket never has faults.
 )";
 
-struct CommandLine {
+struct Words {
   std::string control_path = control::kDefaultSocketPath;
   std::string key;
   std::string value;
@@ -73,75 +73,76 @@ struct CommandLine {
   json request;
 };
 
-void add_fault(CLI::App *faults, CommandLine *line, const char *name, const char *description) {
-  CLI::App *const fault = faults->add_subcommand(name, description);
+void add_fault(stpswitch::Command faults, Words *words, const char *name, const char *description) {
+  stpswitch::Command fault = faults.add_command(name, description);
   if (name == std::string(control::kFaultDelay)) {
-    fault->add_option("MS", line->delay_ms, "How late replies are, in milliseconds")
-        ->required()
-        ->check(CLI::Range(int64_t{1}, control::kMaxDelayMs));
+    fault.add_number({.name = "MS", .description = "How late replies are, in milliseconds", .required = true},
+                     1, control::kMaxDelayMs, &words->delay_ms);
   }
   if (name != std::string(control::kFaultNone)) {
-    fault->add_option("--count", line->count, "Only the next N replies")
-        ->type_name("N")
-        ->check(CLI::Range(int64_t{1}, control::kMaxFaultCount));
+    fault.add_number({.name = "--count", .description = "Only the next N replies", .type = "N"}, 1,
+                     control::kMaxFaultCount, &words->count);
   }
-  fault->callback([line, name] {
-    line->request = {{control::kOperation, control::kFault}, {control::kFault, name}};
-    if (line->delay_ms != 0) {
-      line->request[control::kDelayMs] = line->delay_ms;
+  fault.set_callback([words, name] {
+    words->request = {{control::kOperation, control::kFault}, {control::kFault, name}};
+    if (words->delay_ms != 0) {
+      words->request[control::kDelayMs] = words->delay_ms;
     }
-    if (line->count != 0) {
-      line->request[control::kCount] = line->count;
+    if (words->count != 0) {
+      words->request[control::kCount] = words->count;
     }
   });
 }
 
-void add_commands(CLI::App *app, CommandLine *line) {
-  app->add_option("--control", line->control_path, "The control socket of the switch")
-      ->type_name("PATH")
-      ->envname(kControlVariable)
-      ->capture_default_str();
+void add_commands(stpswitch::Command *program, Words *words) {
+  program->add_text({.name = "--control",
+                     .description = "The control socket of the switch",
+                     .type = "PATH",
+                     .variable = kControlVariable},
+                    &words->control_path);
 
-  CLI::App *const show =
-      app->add_subcommand("show", "Show the spanning trees and their ports on one screen, or keys");
-  show->add_option("KEY", line->key, "This key, or those below it, one a line");
-  show->add_flag("--flat", line->is_flat, "All keys, one a line");
-  show->add_flag("--json", line->as_json, "As one JSON object");
-  show->callback([line] {
-    if (line->key.empty() && !line->is_flat) {
-      line->request = {{control::kOperation, control::kOverview}};
+  stpswitch::Command show =
+      program->add_command("show", "Show the spanning trees and their ports on one screen, or keys");
+  show.add_text({.name = "KEY", .description = "This key, or those below it, one a line"}, &words->key);
+  show.add_flag("--flat", "All keys, one a line", &words->is_flat);
+  show.add_flag("--json", "As one JSON object", &words->as_json);
+  show.set_callback([words] {
+    if (words->key.empty() && !words->is_flat) {
+      words->request = {{control::kOperation, control::kOverview}};
     } else {
-      line->request = {{control::kOperation, control::kShow}, {control::kKey, line->key}};
+      words->request = {{control::kOperation, control::kShow}, {control::kKey, words->key}};
     }
   });
 
-  CLI::App *const set = app->add_subcommand("set", "Change one key");
-  set->add_option("KEY", line->key, "What to change")->required();
-  set->add_option("VALUE", line->value, "Its new value; items of a list between commas")->required();
-  set->callback([line] {
-    line->request = {
-        {control::kOperation, control::kSet}, {control::kKey, line->key}, {control::kValue, line->value}};
+  stpswitch::Command set = program->add_command("set", "Change one key");
+  set.add_text({.name = "KEY", .description = "What to change", .required = true}, &words->key);
+  set.add_text(
+      {.name = "VALUE", .description = "Its new value; items of a list between commas", .required = true},
+      &words->value);
+  set.set_callback([words] {
+    words->request = {
+        {control::kOperation, control::kSet}, {control::kKey, words->key}, {control::kValue, words->value}};
   });
 
-  CLI::App *const reset = app->add_subcommand(
+  stpswitch::Command reset = program->add_command(
       "reset", "Go back to the scenario that the switch was started with, without faults");
-  reset->callback([line] { line->request = {{control::kOperation, control::kReset}}; });
+  reset.set_callback([words] { words->request = {{control::kOperation, control::kReset}}; });
 
-  CLI::App *const ping = app->add_subcommand("ping", "Succeed when the switch answers");
-  ping->callback([line] { line->request = {{control::kOperation, control::kPing}}; });
+  stpswitch::Command ping = program->add_command("ping", "Succeed when the switch answers");
+  ping.set_callback([words] { words->request = {{control::kOperation, control::kPing}}; });
 
-  CLI::App *const faults = app->add_subcommand("fault", "Commit faults in answering commands, or tell which");
-  faults->footer(kFaultFooter);
-  faults->callback([line] {
-    if (line->request.is_null()) {
-      line->request = {{control::kOperation, control::kFault}};
+  stpswitch::Command faults =
+      program->add_command("fault", "Commit faults in answering commands, or tell which", kFaultFooter);
+  faults.set_callback([words] {
+    if (words->request.is_null()) {
+      words->request = {{control::kOperation, control::kFault}};
     }
   });
-  add_fault(faults, line, control::kFaultDelay, "Reply late; other connections are served meanwhile");
-  add_fault(faults, line, control::kFaultDrop, "Do not reply");
-  add_fault(faults, line, control::kFaultGarbage, "Reply with a malformed message");
-  add_fault(faults, line, control::kFaultDisconnect, "Close the connection instead of replying");
-  add_fault(faults, line, control::kFaultNone, "Stop it");
+  add_fault(faults, words, control::kFaultDelay, "Reply late; other connections are served meanwhile");
+  add_fault(faults, words, control::kFaultDrop, "Do not reply");
+  add_fault(faults, words, control::kFaultGarbage, "Reply with a malformed message");
+  add_fault(faults, words, control::kFaultDisconnect, "Close the connection instead of replying");
+  add_fault(faults, words, control::kFaultNone, "Stop it");
 }
 
 std::string printed(const json &value) {
@@ -185,22 +186,22 @@ void print_fault(const json &fault) {
   std::cout << "\n";
 }
 
-int carry_out(const CommandLine &line) {
-  const json answer = stpswitch::ask_switch(line.control_path, line.request);
+int carry_out(const Words &words) {
+  const json answer = stpswitch::ask_switch(words.control_path, words.request);
   if (!answer.at(control::kOk).get<bool>()) {
     std::cerr << "stp-switchctl: " << printed(answer.at(control::kError)) << "\n";
     return kRefused;
   }
   if (answer.contains(control::kOverview)) {
     const json &overview = answer[control::kOverview];
-    std::cout << (line.as_json ? overview.dump(2) + "\n"
-                               : stpoverview::print_overview(overview, stpoverview::standard_output()));
+    std::cout << (words.as_json ? overview.dump(2) + "\n"
+                                : stpoverview::print_overview(overview, stpoverview::standard_output()));
   }
   if (answer.contains(control::kFault)) {
     print_fault(answer);
   }
   if (answer.contains(control::kValues)) {
-    if (line.as_json) {
+    if (words.as_json) {
       print_object(answer.at(control::kValues));
     } else {
       print_lines(answer.at(control::kValues));
@@ -210,12 +211,11 @@ int carry_out(const CommandLine &line) {
 }
 
 int parse_and_run(int argc, char **argv) {
-  CommandLine line;
-  CLI::App app(kDescription, "stp-switchctl");
-  app.footer(kFooter);
-  add_commands(&app, &line);
-  const std::optional<int> ended = stpswitch::read_command_line(&app, argc, argv);
-  return ended ? *ended : carry_out(line);
+  Words words;
+  stpswitch::CommandLine line("stp-switchctl", kDescription, kFooter);
+  add_commands(&line, &words);
+  const std::optional<int> ended = line.read(argc, argv);
+  return ended ? *ended : carry_out(words);
 }
 
 }  // namespace
