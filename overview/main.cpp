@@ -3,8 +3,10 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <string>
 
 #include "base/command_line.h"
+#include "model/refusal.h"
 #include "overview/overview.h"
 #include "overview/screen.h"
 #include "overview/terminal.h"
@@ -13,9 +15,8 @@ namespace {
 
 constexpr char kDescription[] =
     "stp-overview - shows the spanning trees of a switch and their ports on one screen\n\n"
-    "Reads the JSON text that \"stp-switchctl show --json\" prints, or what another program knows of a "
-    "switch in the "
-    "same\nform; stp-show-walk makes it of a walk.\n";
+    "Reads the JSON text that \"stp-switchctl show --json\" prints, or what another program knows of a\n"
+    "switch in the same form; stp-show-walk makes it of a walk.\n";
 
 constexpr char kFooter[] = R"(
 EXIT STATUS
@@ -28,12 +29,20 @@ EXAMPLES
   stp-overview <switch.json
 )";
 
+nlohmann::json read_json(std::istream &input) {
+  try {
+    return nlohmann::json::parse(input);
+  } catch (const nlohmann::json::parse_error &error) {
+    throw stpswitch::Refusal("standard input is not JSON at octet " + std::to_string(error.byte));
+  }
+}
+
 int parse_and_run(int argc, char **argv) {
   stpswitch::CommandLine line("stp-overview", kDescription, kFooter);
   if (const std::optional<int> ended = line.read(argc, argv)) {
     return *ended;
   }
-  const stpoverview::Overview overview = nlohmann::json::parse(std::cin);
+  const stpoverview::Overview overview = read_json(std::cin);
   std::cout << stpoverview::print_overview(overview, stpoverview::standard_output());
   return EXIT_SUCCESS;
 }

@@ -1,6 +1,7 @@
 #include "overview/overview.h"
 
 #include <algorithm>
+#include <limits>
 #include <nlohmann/json.hpp>
 
 #include "model/refusal.h"
@@ -9,6 +10,56 @@ namespace stpoverview {
 namespace {
 
 using nlohmann::json;
+using stpswitch::Refusal;
+
+constexpr uint32_t kMaxNumber = std::numeric_limits<uint32_t>::max();
+
+[[noreturn]] void refuse(const char *name, const std::string &reason) {
+  throw Refusal(std::string(name) + ": " + reason);
+}
+
+bool has(const json &object, const char *name) {
+  if (!object.is_object()) {
+    throw Refusal("expected an object with '" + std::string(name) + "', not " + object.type_name());
+  }
+  return object.contains(name);
+}
+
+const json &get(const json &object, const char *name) {
+  if (!has(object, name)) {
+    refuse(name, "it is missing");
+  }
+  return object.at(name);
+}
+
+std::string text_of(const json &value, const char *name) {
+  if (!value.is_string()) {
+    refuse(name, std::string("expected a text, not ") + value.type_name());
+  }
+  return value;
+}
+
+std::string get_text(const json &object, const char *name) { return text_of(get(object, name), name); }
+
+uint32_t get_number(const json &object, const char *name, uint32_t max = kMaxNumber) {
+  const json &value = get(object, name);
+  if (!value.is_number_unsigned() || value > max) {
+    refuse(name, value.dump() + " is not in 0.." + std::to_string(max));
+  }
+  return value;
+}
+
+const json &get_list(const json &object, const char *name) {
+  const json &value = get(object, name);
+  if (!value.is_array()) {
+    refuse(name, std::string("expected a list, not ") + value.type_name());
+  }
+  return value;
+}
+
+VlanSet get_vlans(const json &object, const char *name) {
+  return stpswitch::parse_vlans(get_text(object, name));
+}
 
 template <class Terms, class Kind>
 std::string name_of(const Terms &terms, Kind kind) {
@@ -17,13 +68,18 @@ std::string name_of(const Terms &terms, Kind kind) {
 }
 
 template <class Terms>
-auto kind_of(const Terms &terms, const std::string &name) {
+auto kind_of(const Terms &terms, const std::string &name, const char *member) {
   const auto term =
       std::find_if(terms.begin(), terms.end(), [&name](const auto &known) { return known.name == name; });
   if (term == terms.end()) {
-    throw stpswitch::Refusal("'" + name + "' has no meaning here");
+    refuse(member, "'" + name + "' has no meaning here");
   }
   return term->kind;
+}
+
+template <class Terms>
+auto get_kind(const json &object, const char *name, const Terms &terms) {
+  return kind_of(terms, get_text(object, name), name);
 }
 
 template <class Terms, class Kind>
@@ -45,17 +101,20 @@ json lists_of(const Terms &terms, const std::map<Kind, TreeSet> &trees) {
 }
 
 template <class Terms, class Kind>
-void read_kinds(const json &names, const Terms &terms, std::set<Kind> *kinds) {
-  for (const std::string name : names) {
-    kinds->insert(kind_of(terms, name));
+void read_kinds(const json &object, const char *name, const Terms &terms, std::set<Kind> *kinds) {
+  for (const json &kind : get_list(object, name)) {
+    kinds->insert(kind_of(terms, text_of(kind, name), name));
   }
 }
 
 template <class Terms, class Kind>
-void read_lists(const json &lists, const Terms &terms, std::map<Kind, TreeSet> *trees) {
-  for (const auto &[name, list] : lists.items()) {
-    const std::string text = list;
-    trees->emplace(kind_of(terms, name), stpswitch::parse_trees(text));
+void read_lists(const json &object, const char *name, const Terms &terms, std::map<Kind, TreeSet> *trees) {
+  const json &lists = get(object, name);
+  if (!lists.is_object()) {
+    refuse(name, std::string("expected an object, not ") + lists.type_name());
+  }
+  for (const auto &[kind, list] : lists.items()) {
+    trees->emplace(kind_of(terms, kind, name), stpswitch::parse_trees(text_of(list, name)));
   }
 }
 
@@ -84,25 +143,25 @@ json json_of(const Port &port) {
 
 Tree tree_of(const json &object) {
   Tree tree;
-  if (object.contains("vlans")) {
-    tree.vlans = stpswitch::parse_vlans(object["vlans"].get<std::string>());
+  if (has(object, "vlans")) {
+    tree.vlans = get_vlans(object, "vlans");
   }
-  if (object.contains("hops")) {
-    tree.hops = object["hops"];
+  if (has(object, "hops")) {
+    tree.hops = get_number(object, "hops");
   }
   return tree;
 }
 
 Port port_of(const json &object) {
   Port port;
-  port.name = object.at("name");
-  if (object.contains("link")) {
-    port.link = kind_of(kLinks, object["link"]);
+  port.name = get_text(object, "name");
+  if (has(object, "link")) {
+    port.link = get_kind(object, "link", kLinks);
   }
-  read_kinds(object.at("flags"), kFlags, &port.flags);
-  read_kinds(object.at("guards"), kGuards, &port.guards);
-  read_lists(object.at("roles"), kRoles, &port.roles);
-  read_lists(object.at("inconsistent"), kInconsistencies, &port.inconsistent);
+  read_kinds(object, "flags", kFlags, &port.flags);
+  read_kinds(object, "guards", kGuards, &port.guards);
+  read_lists(object, "roles", kRoles, &port.roles);
+  read_lists(object, "inconsistent", kInconsistencies, &port.inconsistent);
   return port;
 }
 
@@ -134,25 +193,28 @@ void to_json(json &object, const Overview &overview) {
 }
 
 void from_json(const json &object, Overview &overview) {
-  overview.name = object.at("name");
-  if (object.contains("mode")) {
-    overview.mode = kind_of(kModes, object["mode"]);
+  overview.name = get_text(object, "name");
+  if (has(object, "mode")) {
+    overview.mode = get_kind(object, "mode", kModes);
   }
-  if (object.contains("region")) {
+  if (has(object, "region")) {
     const json &region = object["region"];
-    overview.region = {region.at("name"), region.at("revision"), region.at("digest")};
+    overview.region = {get_text(region, "name"), get_number(region, "revision"), get_text(region, "digest")};
   }
-  if (object.contains("regional_root")) {
+  if (has(object, "regional_root")) {
     const json &root = object["regional_root"];
-    overview.regional_root = {root.at("bridge"), root.at("cost")};
+    overview.regional_root = {get_text(root, "bridge"), get_number(root, "cost")};
   }
-  if (object.contains("disabled_vlans")) {
-    overview.disabled_vlans = stpswitch::parse_vlans(object["disabled_vlans"].get<std::string>());
+  if (has(object, "disabled_vlans")) {
+    overview.disabled_vlans = get_vlans(object, "disabled_vlans");
   }
-  for (const json &tree : object.at("trees")) {
-    overview.trees.emplace(tree.at("tree"), tree_of(tree));
+  for (const json &tree : get_list(object, "trees")) {
+    const uint32_t number = get_number(tree, "tree", stpswitch::kMaxTree);
+    if (!overview.trees.emplace(number, tree_of(tree)).second) {
+      refuse("tree", std::to_string(number) + " is listed twice");
+    }
   }
-  for (const json &port : object.at("ports")) {
+  for (const json &port : get_list(object, "ports")) {
     overview.ports.push_back(port_of(port));
   }
 }

@@ -1,9 +1,8 @@
 #include "overview/table.h"
 
 #include <algorithm>
-#include <iterator>
 
-#include "base/control_character.h"
+#include "base/printable.h"
 
 namespace stpoverview {
 namespace {
@@ -27,6 +26,13 @@ std::string_view sequence_of(Colour colour) {
   return "";
 }
 
+// In UTF-8.
+bool continues_character(char octet) {
+  constexpr unsigned kKindOfOctet = 0xC0;
+  constexpr unsigned kContinuation = 0x80;
+  return (static_cast<unsigned char>(octet) & kKindOfOctet) == kContinuation;
+}
+
 // Takes the items of a list, commas included, that go into this width together; at least one.
 std::string_view take_items(std::string_view *list, size_t width) {
   size_t end = 0;
@@ -46,19 +52,22 @@ std::string_view take_items(std::string_view *list, size_t width) {
 }  // namespace
 
 size_t width_of(std::string_view text) {
-  constexpr unsigned kKindOfOctet = 0xC0;
-  constexpr unsigned kContinuation = 0x80;
-  return static_cast<size_t>(std::count_if(text.begin(), text.end(), [](char octet) {
-    return (static_cast<unsigned char>(octet) & kKindOfOctet) != kContinuation;
-  }));
+  return text.size() - static_cast<size_t>(std::count_if(text.begin(), text.end(), continues_character));
 }
 
 std::string padded(const Cell &cell, size_t width, const Terminal &terminal) {
   const std::string_view sequence = terminal.has_colours ? sequence_of(cell.colour) : "";
   std::string text(sequence);
   // Another agent's texts may hold anything.
-  std::replace_copy_if(cell.text.begin(), cell.text.end(), std::back_inserter(text), stpswitch::is_control,
-                       '?');
+  for (std::string_view left = cell.text; !left.empty();) {
+    const size_t length = stpswitch::printable_length(left);
+    if (length != 0) {
+      text += left.substr(0, length);
+    } else if (!continues_character(left.front())) {
+      text += '?';
+    }
+    left.remove_prefix(std::max<size_t>(length, 1));
+  }
   text += sequence.empty() ? "" : "\033[0m";
   return text.append(width - std::min(width, width_of(cell.text)), ' ');
 }

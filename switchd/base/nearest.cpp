@@ -30,8 +30,8 @@ size_t distance_between(std::string_view one, std::string_view other) {
 
 std::string suggestion(std::string_view word, const std::vector<std::string> &known) {
   constexpr size_t kLettersForEachMistake = 3;
-  constexpr size_t kLongestWord =
-      200;  // what is longer is no misspelt word, and costs its length times all others'
+  // What is longer is no misspelt word, and costs its length times that of all others.
+  constexpr size_t kLongestWord = 200;
   if (word.size() > kLongestWord) {
     return "";
   }

@@ -1,6 +1,6 @@
 #include "scenario/fields.h"
 
-#include "base/control_character.h"
+#include "base/printable.h"
 
 namespace stpswitch {
 
@@ -22,7 +22,7 @@ const std::string &text_of(const Value &value, size_t max_length) {
     throw Refusal("a text of " + std::to_string(text.size()) + " octets is longer than " +
                   std::to_string(max_length));
   }
-  if (std::any_of(text.begin(), text.end(), is_control)) {
+  if (!is_printable(text)) {
     throw Refusal("the text holds a control character");
   }
   return text;

@@ -150,10 +150,10 @@ TEST(Screens, HaveColoursOnATerminalThatHas) {
 }
 
 TEST(Screens, CountCharactersAndShowNoControlCharacters) {
-  EXPECT_EQ(shown(R"({"name": "\u001b[2J", "trees": [], "ports": [
+  EXPECT_EQ(shown(R"({"name": "\u001b[2J\u009b3m", "trees": [], "ports": [
                   {"name": "Zürich", "flags": [], "guards": [], "roles": {}, "inconsistent": {}},
                   {"name": "Berlin", "flags": ["peer"], "guards": [], "roles": {}, "inconsistent": {}}]})"),
-            "Switch  ?[2J\n\n"
+            "Switch  ?[2J?3m\n\n"
             "Port    Link  Flags  Guards\n"
             "Zürich  -     -      -\n"
             "Berlin  -     P      -\n\n"
