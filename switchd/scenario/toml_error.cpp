@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "base/printable.h"
+
 namespace stpswitch {
 namespace {
 
@@ -16,14 +18,24 @@ struct Explanation {
 constexpr auto kExplanations = std::to_array<Explanation>(
     {{"cannot redefine existing", "this stands in the file already"},
      {"encountered end-of-file", "a quote or a bracket is missing at its end"},
+     {"control characters", "a quote is missing at its end, or a text holds a control character"},
+     {"expected comma or closing", "a comma or the closing bracket is missing"},
      {"expected ']'", "the bracket is not closed"},
+     {"expected keys, tables",
+      "a line is a section, a key and its value, or a comment, which begins with '#'"},
      {"expected '='", "a key and its value have '=' between them"},
+     {"expected value, saw", "there is no value behind '='"},
      {"leading zeroes", "a number does not begin with 0"},
-     {"could not determine value type", "a text stands between quotes"},
-     {"expected 'true'", "it is true or false, in small letters; a text stands between quotes"},
-     {"expected 'false'", "it is true or false, in small letters; a text stands between quotes"},
+     {"not representable", "the number is too large"},
+     {"parsing boolean", "it is true or false, in small letters; a text stands between quotes"},
      {"4-digit year", "a text, as lists of VLANs are, stands between quotes"},
-     {"expected a comment or whitespace", "a text, as lists of VLANs are, stands between quotes"}});
+     {"parsing date", "a text stands between quotes"},
+     {"parsing time", "a text stands between quotes"},
+     {"parsing decimal integer", "a text stands between quotes"},
+     {"parsing floating-point", "a text stands between quotes"},
+     {"could not determine value type", "a text stands between quotes"},
+     {"expected a comment or whitespace",
+      "nothing but a comment stands behind a value; a text, as lists of VLANs are, stands between quotes"}});
 
 std::string_view line_of(std::string_view text, uint32_t number) {
   for (uint32_t i = 1; i < number && !text.empty(); ++i) {
@@ -38,12 +50,16 @@ std::string_view line_of(std::string_view text, uint32_t number) {
 
 // Between quotes, where it can be shown on one line.
 std::string shown(std::string_view line) {
-  const bool is_printable =
-      std::all_of(line.begin(), line.end(), [](char octet) { return octet >= ' ' && octet <= '~'; });
-  if (line.empty() || !is_printable) {
-    return "the line";
+  size_t end = 0;
+  for (size_t characters = 0; end < line.size() && characters < kMostShown; ++characters) {
+    const size_t length = printable_length(line.substr(end));
+    if (length == 0) {
+      return "the line";
+    }
+    end += length;
   }
-  return "'" + std::string(line.substr(0, kMostShown)) + (line.size() > kMostShown ? "...'" : "'");
+  return line.empty() ? "the line"
+                      : "'" + std::string(line.substr(0, end)) + (end < line.size() ? "...'" : "'");
 }
 
 }  // namespace

@@ -44,8 +44,41 @@ TEST(ScenarioErrors, InToml) {
   }
   for (const std::string vlans : {"1-10", "1,10"}) {
     EXPECT_EQ(error_after_mode("[[port]]\nnumber = 1\nvlans = " + vlans + "\n"),
-              "x.toml:4: 'vlans = " + vlans +
-                  "' is not TOML: a text, as lists of VLANs are, stands between quotes");
+              "x.toml:4: 'vlans = " + vlans + "' is not TOML: " +
+                  (vlans == "1,10" ? "nothing but a comment stands behind a value; " : "") +
+                  "a text, as lists of VLANs are, stands between quotes");
+  }
+}
+
+TEST(ScenarioErrors, InTomlAreToldInPlainWords) {
+  constexpr const char *kQuotes = "a text stands between quotes";
+  constexpr const char *kBehind =
+      "nothing but a comment stands behind a value; a text, as lists of VLANs are, stands between quotes";
+  constexpr const char *kUnclosed = "a quote is missing at its end, or a text holds a control character";
+  constexpr const char *kLine =
+      "a line is a section, a key and its value, or a comment, which begins with '#'";
+  for (const auto &[line, meaning] : std::vector<std::pair<std::string, std::string>>{
+           {"mode = \"mst", kUnclosed},
+           {"mode = 'mst", kUnclosed},
+           {"revision =", "there is no value behind '='"},
+           {"revision = # three", "there is no value behind '='"},
+           {"users = ['a' 'b']", "a comma or the closing bracket is missing"},
+           {"region = 1campus", kQuotes},
+           {"root_guard = yes", kQuotes},
+           {"root_guard = no", kQuotes},
+           {"mac = 00:00:5e:00:53:00", kQuotes},
+           {"mac = 0a:00:5e:00:53:00", kQuotes},
+           {"address = 10.0.0.1", kQuotes},
+           {"date = 2026-13-01", kQuotes},
+           {"root_guard = truex", "it is true or false, in small letters; a text stands between quotes"},
+           {"revision = 99999999999999999999", "the number is too large"},
+           {"revision = 1 2", kBehind},
+           {"mode = 'mst' x", kBehind},
+           {"vlans = '1', link = 'up'", kBehind},
+           {"revision = 1 // three", kBehind},
+           {"// three", kLine},
+           {"= 3", kLine}}) {
+    EXPECT_EQ(error_of(line + "\n"), "x.toml:1: '" + line + "' is not TOML: " + meaning);
   }
 }
 
@@ -66,6 +99,12 @@ TEST(ScenarioErrors, InTomlShowNoLineThatIsLongOrHoldsMoreThanText) {
             "x.toml:1: 'a = " + std::string(56, 'x') + "' is not TOML: a text stands between quotes");
   EXPECT_EQ(error_of("a = " + std::string(57, 'x')),
             "x.toml:1: 'a = " + std::string(56, 'x') + "...' is not TOML: a text stands between quotes");
+  EXPECT_EQ(error_of("a = B\xC3\xBCro"),
+            "x.toml:1: 'a = B\xC3\xBCro' is not TOML: a text stands between quotes");
+  EXPECT_EQ(error_of("a = x\xC2\x9B"), "x.toml:1: the line is not TOML: a text stands between quotes");
+  EXPECT_EQ(
+      error_of("a = " + std::string(55, 'x') + "\xC3\xBC\xC3\xBC"),
+      "x.toml:1: 'a = " + std::string(55, 'x') + "\xC3\xBC...' is not TOML: a text stands between quotes");
   EXPECT_THAT(error_of(std::string(10000, '[')), StartsWith("x.toml:1: '[[["));
   EXPECT_EQ(error_of("a = [1,\n\n"),
             "x.toml:2: the line is not TOML: a quote or a bracket is missing at its end");
@@ -132,6 +171,8 @@ TEST(ScenarioErrors, OfSwitch) {
   EXPECT_EQ(error_of("[switch]\nmode = 'mst'\nname = '" + std::string(65, 'n') + "'\n"),
             "x.toml:3: switch.name: a text of 65 octets is longer than 64");
   EXPECT_EQ(error_of("[switch]\nmode = 'mst'\nname = \"two\\nlines\"\n"),
+            "x.toml:3: switch.name: the text holds a control character");
+  EXPECT_EQ(error_of("[switch]\nmode = 'mst'\nname = \"\\u009b3m\"\n"),
             "x.toml:3: switch.name: the text holds a control character");
 }
 
