@@ -70,7 +70,10 @@ CLI::Option *complete(CLI::Option *option, const Parameter &parameter) {
 
 std::string explain(const CLI::App &app, const CLI::ParseError &error) {
   const std::vector<std::string> left = app.remaining(true);
-  if (dynamic_cast<const CLI::ExtrasError *>(&error) != nullptr && !left.empty()) {
+  // What is missing may be what is misspelt.
+  const bool is_about_words = dynamic_cast<const CLI::ExtrasError *>(&error) != nullptr ||
+                              dynamic_cast<const CLI::RequiredError *>(&error) != nullptr;
+  if (is_about_words && !left.empty()) {
     return unexpected(left.front(), app);
   }
   return error.what();
@@ -104,6 +107,7 @@ void Command::add_listing(const char *name, const char *description, std::string
 }
 
 Command Command::add_command(const char *name, const char *description, const char *footer) {
+  app_->require_subcommand(0, 1);
   CLI::App *const command = app_->add_subcommand(name, description);
   if (footer != nullptr) {
     command->footer(footer);

@@ -36,7 +36,7 @@ class Command {
   void add_flag(const char *name, const char *description, bool *is_given);
   // Prints a text and ends the program, whatever else is on the command line, or is missing there.
   void add_listing(const char *name, const char *description, std::string (*text)());
-  // Without a footer, --help ends with that of the program.
+  // At most one command is given at a time. Without a footer, --help ends with that of the program.
   Command add_command(const char *name, const char *description, const char *footer = nullptr);
   // Called when the command was read, after those of its own commands.
   void set_callback(const std::function<void()> &callback);

@@ -87,11 +87,19 @@ class Connection {
   stpplatform::OwnedFd fd_;
 };
 
+std::string text_of(const nlohmann::json &request) {
+  try {
+    return request.dump();
+  } catch (const nlohmann::json::type_error &) {
+    throw std::invalid_argument("the key or the value is not UTF-8");
+  }
+}
+
 }  // namespace
 
 nlohmann::json ask_switch(const std::string &control_path, const nlohmann::json &request) {
   Connection connection(control_path);
-  connection.send_line(request.dump());
+  connection.send_line(text_of(request));
   auto answer = nlohmann::json::parse(connection.read_line(), nullptr, false);
   if (!answer.is_object() || !answer.contains(control::kOk) || !answer[control::kOk].is_boolean()) {
     throw Unreachable(control_path + ": whoever answers there is not stp-switchd");

@@ -176,7 +176,9 @@ TEST_F(Programs, NameWhatIsWrongWithACommandLine) {
       {{"--scenario"}, "--scenario: 1 required FILE missing"},
       {{"--scenario", "x", "--chek"}, "unknown option '--chek'; did you mean '--check'?"},
       {{"--scenario", "x", "--verbose"}, "unknown option '--verbose'"},
-      {{"--scenario", "x", "y"}, "unexpected argument 'y'"}};
+      {{"--scenario", "x", "y"}, "unexpected argument 'y'"},
+      {{"--scenari", "x"}, "unknown option '--scenari'; did you mean '--scenario'?"},
+      {{"x"}, "unexpected argument 'x'"}};
   for (const auto &[arguments, error] : wrong_for_the_switch) {
     const ProgramResult result = run_program(STP_SWITCHD, arguments);
     EXPECT_EQ(result.status, 2);
@@ -195,7 +197,10 @@ TEST_F(Programs, NameWhatIsWrongWithACommandLine) {
       {{"set", "switch.mode"}, "VALUE is required"},
       {{"set", "switch.mode", "mst", "rapid-pvst"}, "unexpected argument 'rapid-pvst'"},
       {{"show", "--falt"}, "unknown option '--falt'; did you mean '--flat'?"},
-      {{"reset", "port.3"}, "unexpected argument 'port.3'"}};
+      {{"reset", "port.3"}, "unexpected argument 'port.3'"},
+      {{"ping", "reset"}, "unexpected argument 'reset'"},
+      {{"fault", "none", "reset"}, "unexpected argument 'reset'"},
+      {{"fault", "drop", "garbage"}, "unexpected argument 'garbage'"}};
   for (const auto &[arguments, error] : wrong_for_the_tool) {
     const ProgramResult result = ctl(arguments);
     EXPECT_EQ(result.status, 2);
