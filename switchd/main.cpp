@@ -1,5 +1,8 @@
 // stp-switchd: the command line.
+#include <sysexits.h>
+
 #include <cstdlib>
+#include <iostream>
 #include <optional>
 
 #include "base/command_line.h"
@@ -10,6 +13,8 @@
 #include "wire/message.h"
 
 namespace {
+
+constexpr char kName[] = "stp-switchd";
 
 constexpr char kDescription[] =
     "stp-switchd - a switch's spanning-tree process, and what its interface, port-channel and VLAN managers "
@@ -27,9 +32,10 @@ DESCRIPTION
   is missing, with mode 0750 and the socket's group.
 
 EXIT STATUS
-  0  stopped by a signal, or the scenario passed --check, or the keys are listed
-  1  the scenario has an error, or the switch cannot start: one line on standard error says why
-  2  wrong command line
+  0   stopped by a signal, or the scenario passed --check, or the keys are listed
+  1   the switch cannot start: one line on standard error says why
+  2   wrong command line
+  78  the scenario has an error: one line on standard error names file, line, key and reason
 
 EXAMPLES
   stp-switchd --keys | grep root_guard
@@ -47,7 +53,7 @@ int parse_and_run(int argc, char **argv) {
   options.control = stpswitch::control::kDefaultSocketPath;
   bool only_check = false;
 
-  stpswitch::CommandLine line("stp-switchd", kDescription, kFooter);
+  stpswitch::CommandLine line(kName, kDescription, kFooter);
   line.add_text({.name = "--scenario",
                  .description = "The switch to be, a TOML file",
                  .type = "FILE",
@@ -66,10 +72,15 @@ int parse_and_run(int argc, char **argv) {
   if (const std::optional<int> ended = line.read(argc, argv)) {
     return *ended;
   }
-  if (only_check) {
-    stpswitch::load_scenario(options.scenario);
-  } else {
-    stpswitch::run_switch(options);
+  try {
+    if (only_check) {
+      stpswitch::load_scenario(options.scenario);
+    } else {
+      stpswitch::run_switch(options);
+    }
+  } catch (const stpswitch::ScenarioError &error) {
+    std::cerr << kName << ": " << error.what() << "\n";
+    return EX_CONFIG;
   }
   return EXIT_SUCCESS;
 }
@@ -77,5 +88,5 @@ int parse_and_run(int argc, char **argv) {
 }  // namespace
 
 int main(int argc, char **argv) {
-  return stpswitch::run_program("stp-switchd", EXIT_FAILURE, parse_and_run, argc, argv);
+  return stpswitch::run_program(kName, EXIT_FAILURE, parse_and_run, argc, argv);
 }

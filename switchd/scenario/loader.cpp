@@ -234,7 +234,7 @@ class Loader {
 };
 
 [[noreturn]] void fail(const std::string &name, uint32_t line, std::string_view reason) {
-  throw std::runtime_error(name + ":" + std::to_string(line) + ": " + std::string(reason));
+  throw ScenarioError(name + ":" + std::to_string(line) + ": " + std::string(reason));
 }
 
 toml::table parse_toml(const std::string &text, const std::string &name) {
@@ -247,7 +247,7 @@ toml::table parse_toml(const std::string &text, const std::string &name) {
 }
 
 std::string read_file(const std::string &path) {
-  const auto fail_with_errno = [&path] { throw std::runtime_error(path + ": " + std::strerror(errno)); };
+  const auto fail_with_errno = [&path] { throw ScenarioError(path + ": " + std::strerror(errno)); };
   const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(path.c_str(), "re"), std::fclose);
   if (!file) {
     fail_with_errno();
@@ -258,7 +258,7 @@ std::string read_file(const std::string &path) {
   while ((got = std::fread(block.data(), 1, block.size(), file.get())) > 0) {
     text.append(block.data(), got);
     if (text.size() > kMaxFileSize) {
-      throw std::runtime_error(path + ": larger than " + std::to_string(kMaxFileSize) + " octets");
+      throw ScenarioError(path + ": larger than " + std::to_string(kMaxFileSize) + " octets");
     }
   }
   if (std::ferror(file.get()) != 0) {

@@ -103,12 +103,16 @@ TEST_F(Programs, SwitchChecksScenarios) {
   EXPECT_EQ(right.errors, "");
   const std::string wrong = folder_.write("wrong.toml", "[switch]\nmode = 'stp'\n");
   const ProgramResult checked = run_program(STP_SWITCHD, {"--scenario", wrong, "--check"});
-  EXPECT_EQ(checked.status, 1);
+  EXPECT_EQ(checked.status, 78);
   EXPECT_EQ(checked.errors, "stp-switchd: " + wrong + ":2: switch.mode: 'stp' is not mst or rapid-pvst\n");
   const ProgramResult started =
       run_program(STP_SWITCHD, {"--scenario", wrong, "--socket", socket_, "--control", control_});
-  EXPECT_EQ(started.status, 1);
+  EXPECT_EQ(started.status, 78);
   EXPECT_EQ(started.errors, checked.errors);
+  const std::string none = folder_.path("none.toml");
+  const ProgramResult unread = run_program(STP_SWITCHD, {"--scenario", none, "--check"});
+  EXPECT_EQ(unread.status, 78);
+  EXPECT_EQ(unread.errors, "stp-switchd: " + none + ": No such file or directory\n");
   EXPECT_FALSE(std::filesystem::exists(socket_));
 }
 
@@ -311,6 +315,13 @@ TEST_F(Programs, CtlShowsNothingOfAnEmptyList) {
   const auto program = start_switch(folder_.write("empty.toml", "switch.mode = 'mst'\n"));
   EXPECT_EQ(ctl({"show", "port"}).output, "");
   EXPECT_EQ(ctl({"show", "port", "--json"}).output, "{}\n");
+}
+
+TEST_F(Programs, CtlRefusesWhatIsNotUtf8) {
+  const auto program = start_switch();
+  const ProgramResult result = ctl({"set", "mst.region", "\xFF"});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.errors, "stp-switchctl: the key or the value is not UTF-8\n");
 }
 
 TEST_F(Programs, CtlSets) {
