@@ -2,11 +2,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <map>
 #include <set>
+#include <sstream>
 #include <utility>
 
 #include "model/switch.h"
+#include "scenario/key_list.h"
 #include "scenario/keys.h"
 #include "scenario/loader.h"
 #include "support/octets.h"
@@ -117,7 +120,39 @@ std::vector<bool> flags(const Interface &interface) {
           interface.dispute,          interface.pre_standard_neighbor};
 }
 
+// "[switch] name": the keys that the text of a scenario states.
+std::set<std::string> stated_keys(std::istream &&text) {
+  std::set<std::string> keys;
+  std::string title;
+  for (std::string line; std::getline(text, line);) {
+    const size_t end_of_key = line.find(" = ");
+    if (line.starts_with('[')) {
+      title = line;
+    } else if (!line.starts_with('#') && end_of_key != std::string::npos) {
+      keys.insert(title + " " + line.substr(0, end_of_key));
+    }
+  }
+  return keys;
+}
+
+// The same of those that there are.
+std::set<std::string> all_keys() {
+  std::istringstream list(list_keys());
+  std::set<std::string> keys;
+  for (std::string title, key, rest;
+       std::getline(list, title, '\t') && std::getline(list, key, '\t') && std::getline(list, rest);) {
+    if (!key.empty()) {
+      keys.insert(title.append(" ").append(key));
+    }
+  }
+  return keys;
+}
+
 TEST(Scenario, StatesEveryKey) {
+  const auto stated = stated_keys(std::istringstream(kEverything));
+  for (const std::string &key : all_keys()) {
+    EXPECT_TRUE(stated.contains(key)) << key;
+  }
   const SwitchState state = parse_scenario(kEverything, "demo.toml");
   EXPECT_EQ(state.settings.name, "demo");
   EXPECT_EQ(state.settings.mode, SpanningTreeMode::kRapidPvst);
@@ -232,6 +267,17 @@ TEST(Scenario, MayStateTheHighestNumberOfInstances) {
 TEST(Scenario, IsReadFromAFile) {
   const TemporaryFolder folder;
   EXPECT_EQ(load_scenario(folder.write("demo.toml", kEverything)).settings.name, "demo");
+}
+
+TEST(ShippedScenarios, UseEveryKey) {
+  const auto used = stated_keys(std::ifstream(SCENARIOS "/mst-small.toml"));
+  for (const std::string &key : all_keys()) {
+    const std::string name = key.substr(key.find(' '));
+    const bool is_of_interface = key == "[[port]]" + name || key == "[[port_channel]]" + name;
+    EXPECT_TRUE(used.contains(key) || (is_of_interface && (used.contains("[[port]]" + name) ||
+                                                           used.contains("[[port_channel]]" + name))))
+        << key;
+  }
 }
 
 TEST(ShippedScenarios, AreRight) {
