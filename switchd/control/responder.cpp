@@ -107,12 +107,12 @@ json answer_reset(const Request &request, const SwitchState &scenario, Switch *t
   return success();
 }
 
-constexpr std::array<std::pair<const char *, FaultKind>, 5> kFaultKinds = {
-    {{control::kFaultNone, FaultKind::kNone},
-     {control::kFaultDelay, FaultKind::kDelay},
-     {control::kFaultDrop, FaultKind::kDrop},
-     {control::kFaultGarbage, FaultKind::kGarbage},
-     {control::kFaultDisconnect, FaultKind::kDisconnect}}};
+constexpr auto kFaultKinds =
+    std::to_array<std::pair<const char *, FaultKind>>({{control::kFaultNone, FaultKind::kNone},
+                                                       {control::kFaultDelay, FaultKind::kDelay},
+                                                       {control::kFaultDrop, FaultKind::kDrop},
+                                                       {control::kFaultGarbage, FaultKind::kGarbage},
+                                                       {control::kFaultDisconnect, FaultKind::kDisconnect}});
 
 json answer_ordered_fault(const Faults &faults) {
   const Fault fault = faults.ordered();
