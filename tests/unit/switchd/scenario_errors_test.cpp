@@ -78,7 +78,8 @@ TEST(ScenarioErrors, InTomlAreToldInPlainWords) {
            {"revision = 1 // three", kBehind},
            {"// three", kLine},
            {"= 3", kLine}}) {
-    EXPECT_EQ(error_of(line + "\n"), "x.toml:1: '" + line + "' is not TOML: " + meaning);
+    EXPECT_EQ(error_of(line + "\n"),
+              std::string("x.toml:1: '").append(line).append("' is not TOML: ").append(meaning));
   }
 }
 
