@@ -8,6 +8,7 @@ import signal
 import socket
 import subprocess
 import tempfile
+from itertools import pairwise
 from pathlib import Path
 
 import golden
@@ -235,6 +236,7 @@ class Run:
 
     def __init__(self, place, *arguments, reader=None):
         self._output, self._errors = place / 'output', place / 'errors'
+        self._arguments = arguments
         self.temporary = place / 'temporary'
         self.temporary.mkdir()
         self.temporary.chmod(0o711)
@@ -296,6 +298,11 @@ class Run:
             pass
         self._child.wait()
 
+    def remove_logs(self):
+        for option, value in pairwise(self._arguments):
+            if option == '--port' and value.isdecimal():
+                shutil.rmtree(PROJECT / 'build/run' / value, ignore_errors=True)
+
 
 @pytest.fixture(name='start_run')
 def fixture_start_run():
@@ -314,6 +321,7 @@ def fixture_start_run():
     for run in runs:
         run.kill()
         print(f'--- ./run\n{run.output}\n{run.errors}')
+        run.remove_logs()
     shutil.rmtree(place)
 
 
@@ -417,6 +425,7 @@ def test_the_file_for_another_terminal_stands_at_the_same_place_and_goes_with_th
     assert places[0] == places[1]
 
 
+@pytest.mark.skipif(os.geteuid() != 0, reason='only root can switch the traps on')
 def test_traps_are_shown_as_they_come(start_run, private_mount):
     run = start_run('--traps', '--port', str(free_port()))
     run.wait_for_output('Running until Ctrl-C. Traps as they come:')
