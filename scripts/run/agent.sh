@@ -10,7 +10,7 @@ start_switch() {
     --control "$work/control.sock" 2>"$place/stp-switchd.log" &
   switch_pid=$!
   wait_until "$switch_pid" stp-switchd "$BUILD/bin/stp-switchctl" --control "$work/control.sock" ping ||
-    die "stp-switchd did not start: $(last_line "$place/stp-switchd.log")"
+    die_at_start "$switch_pid" stp-switchd
 }
 
 # daemon_is_up PID NAME: its own log tells: whoever else has its port would answer a request just as well.
@@ -48,19 +48,21 @@ start_agent() {
   agent_pid=$!
   if ! daemon_is_up "$agent_pid" snmpd; then
     ! port_was_refused snmpd || die "UDP port $port of 127.0.0.1 is taken: choose another with --port"
-    die "snmpd did not start: $(last_line "$place/snmpd.log")"
+    die_at_start "$agent_pid" snmpd
   fi
   ! grep '^dlopen' "$place/snmpd.log" >"$work/refused" ||
     die "snmpd did not load the module: $(last_line "$work/refused")"
 }
 
-# On the first free port behind the agent's.
+# On the first free port behind the agent's, or before it where none is left behind.
 start_trap_receiver() {
   local -a names=()
+  local i
   fetch_smi_base
   [[ -z $has_smi_base ]] || names=(-m "$MIB:SNMPv2-MIB" -M "$SMI_BASE:$BUILD/mibs")
   echo "authCommunity log $COMMUNITY" >"$work/snmptrapd.conf"
-  for ((trap_port = port + 1; trap_port <= port + TRAP_PORT_TRIES; trap_port++)); do
+  for ((i = 1; i <= TRAP_PORT_TRIES; i++)); do
+    trap_port=$((port + i <= LAST_PORT ? port + i : port - i))
     MIBS='' SNMPCONFPATH=$work SNMP_PERSISTENT_DIR=$work/persistent \
       "${as_service[@]}" snmptrapd -f -Le -C -c "$work/snmptrapd.conf" -Os "${names[@]}" \
       -F "$TRAP_MARK %.2h:%.2j:%.2k  %v\n" "udp:127.0.0.1:$trap_port" 2>"$place/snmptrapd.log" &
@@ -68,7 +70,7 @@ start_trap_receiver() {
     ! daemon_is_up "$receiver_pid" snmptrapd || return 0
     port_was_refused snmptrapd || break
   done
-  die "snmptrapd did not start: $(last_line "$place/snmptrapd.log")"
+  die_at_start "$receiver_pid" snmptrapd
 }
 
 # Each by the time when it came, its name and what it says.

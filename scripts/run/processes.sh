@@ -47,30 +47,46 @@ choose_service_user() {
   fi
 }
 
-# last_line FILE...: why a process gave up, as far as it said.
+# last_line FILE: why a process gave up, as far as it said.
 last_line() {
-  cat "$@" 2>/dev/null | grep . | tail -n 1
+  grep -s . "$1" | tail -n 1 || true
 }
 
 # wait_until PID NAME COMMAND...: until the command succeeds. Fails when the process ends first.
 wait_until() {
   local pid=$1 name=$2 i
   shift 2
-  for ((i = 0; i < START_POLLS; i++)); do
-    ! "$@" >/dev/null 2>&1 || return 0
-    kill -0 "$pid" 2>/dev/null || return 1
-    sleep "$POLL_SECONDS"
-  done
+  # The shell would tell of a signal in its own words, at the latest when it has waited for the process.
+  {
+    for ((i = 0; i < START_POLLS; i++)); do
+      ! "$@" >/dev/null || return 0
+      if ! kill -0 "$pid"; then
+        wait "$pid" || true
+        return 1
+      fi
+      sleep "$POLL_SECONDS"
+    done
+  } 2>/dev/null
   die "$name started, but does not answer: see $place"
 }
 
-# how_it_ended STATUS LOG: and what it said of that, if it could.
+# how_it_ended NAME STATUS: and what it said of that, if it could, and where its log is.
 how_it_ended() {
-  if (($1 > SIGNALLED)); then
-    echo "by signal $(kill -l "$1")"
+  local log=$place/$1.log how="ended with status $2" signal said
+  if (($2 > SIGNALLED)) && signal=$(kill -l "$2" 2>/dev/null); then
+    how="ended by signal $signal"
   else
-    echo "with status $1: $(last_line "$2")"
+    said=$(last_line "$log")
+    how+=${said:+: $said}
   fi
+  echo "$how (log: $log)"
+}
+
+# die_at_start PID NAME: of a process that ended before it was ready.
+die_at_start() {
+  local status=0
+  wait "$1" 2>/dev/null || status=$?
+  die "$2 did not start: it $(how_it_ended "$2" "$status")"
 }
 
 # Waits until one of them ends, which none should.
@@ -80,5 +96,5 @@ report_who_ended() {
   { wait -n -p ended "$switch_pid" "$agent_pid" ${receiver_pid:+"$receiver_pid"} || status=$?; } 2>/dev/null
   [[ $ended != "$switch_pid" ]] || name=stp-switchd
   [[ $ended != "$receiver_pid" ]] || name=snmptrapd
-  die "$name ended $(how_it_ended "$status" "$place/$name.log") (log: $place/$name.log)"
+  die "$name $(how_it_ended "$name" "$status")"
 }

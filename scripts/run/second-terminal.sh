@@ -2,15 +2,19 @@
 # shellcheck shell=bash
 
 readonly MIB=VANTREL-STP-EXTENSIONS-MIB SMI_BASE=$PROJECT_ROOT/build/smi FETCH_SECONDS=60
+readonly TIMED_OUT=124  # the status of timeout itself
 
 why_no_names=
 
 # What the MIB file imports is not ours to ship: without it, there are no names for the tools.
 fetch_smi_base() {
   [[ -z $has_smi_base ]] || return 0
-  local log=$work/smi.log
-  if timeout "$FETCH_SECONDS" "$PROJECT_ROOT/tools/fetch-mibs/stp-fetch-mibs" "$SMI_BASE" 2>"$log"; then
+  local log=$work/smi.log status=0
+  timeout "$FETCH_SECONDS" "$PROJECT_ROOT/tools/fetch-mibs/stp-fetch-mibs" "$SMI_BASE" 2>"$log" || status=$?
+  if ((status == 0)); then
     has_smi_base=yes
+  elif ((status == TIMED_OUT)); then
+    why_no_names="no answer within $FETCH_SECONDS s"
   else
     why_no_names=$(last_line "$log")
   fi

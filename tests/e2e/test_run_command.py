@@ -234,18 +234,18 @@ stpxSMSTPortTable: no rows
 class Run:
     """One ./run in a session of its own, so that whatever it leaves behind can be found."""
 
-    def __init__(self, place, *arguments, reader=None):
+    def __init__(self, place, *arguments, reader=None, project=PROJECT, environment=None):
         self._output, self._errors = place / 'output', place / 'errors'
-        self._arguments = arguments
+        self._project, self._arguments = project, arguments
         self.temporary = place / 'temporary'
         self.temporary.mkdir()
         self.temporary.chmod(0o711)
         with open(self._output, 'wb') as output, open(self._errors, 'wb') as errors:
             self._child = subprocess.Popen(
-                [PROJECT / 'run', *arguments] if reader is None else
-                ['bash', '-c', f'"$@" | {reader}', 'bash', PROJECT / 'run', *arguments], cwd=place,
+                [project / 'run', *arguments] if reader is None else
+                ['bash', '-c', f'"$@" | {reader}', 'bash', project / 'run', *arguments], cwd=place,
                 stdin=subprocess.DEVNULL, stdout=output, stderr=errors,
-                env={**os.environ, 'TMPDIR': str(self.temporary)},
+                env={**os.environ, 'TMPDIR': str(self.temporary), **(environment or {})},
                 start_new_session=True, preexec_fn=self._before_exec)
 
     @staticmethod
@@ -301,7 +301,7 @@ class Run:
     def remove_logs(self):
         for option, value in pairwise(self._arguments):
             if option == '--port' and value.isdecimal():
-                shutil.rmtree(PROJECT / 'build/run' / value, ignore_errors=True)
+                shutil.rmtree(self._project / 'build/run' / value, ignore_errors=True)
 
 
 @pytest.fixture(name='start_run')
@@ -548,3 +548,130 @@ def test_a_build_folder_that_was_copied_or_moved_is_configured_anew(tmp_path, pl
                              capture_output=True, text=True, timeout=60,
                              env=os.environ | {'PATH': f'{programs}:{os.environ["PATH"]}'}).stdout
     assert printed == f'{tmp_path}: {options}\n'
+
+
+class FakeProject:
+    """./run with stand-ins for all that it builds and starts, each of which does nothing wrong at first."""
+
+    SWITCH = 'build/run/bin/stp-switchd'
+    FETCH = 'tools/fetch-mibs/stp-fetch-mibs'
+    STAYS = 'exec sleep 600'
+    DAEMON_STAYS = f'echo "NET-SNMP version 0" >&2; {STAYS}'
+
+    def __init__(self, place):
+        self.place = place
+        place.mkdir(mode=0o755)
+        shutil.copy(PROJECT / 'run', place)
+        shutil.copytree(PROJECT / 'scripts', place / 'scripts')
+        self.write('build/run/enterprise', '32473')
+        (place / 'build/run/lib').mkdir()
+        self.program(self.SWITCH, f'case "$*" in *--check) ;; *) {self.STAYS} ;; esac')
+        self.program('build/run/bin/stp-switchctl', '')
+        self.program(self.FETCH, '')
+        self.program('tools/show-walk/stp-show-walk', 'echo walk')
+        self.program('bin/cmake', '')
+        self.program('bin/snmpd', self.DAEMON_STAYS)
+        self.program('bin/snmptrapd', self.DAEMON_STAYS)
+        self.write('scenario.toml', '')
+
+    def write(self, name, text):
+        file = self.place / name
+        file.parent.mkdir(mode=0o755, parents=True, exist_ok=True)
+        file.write_text(text, encoding='ascii')
+        return file
+
+    def program(self, name, commands):
+        self.write(name, f'#!/bin/sh\n{commands}\n').chmod(0o755)
+
+    @property
+    def environment(self):
+        return {'PATH': f'{self.place}/bin:{os.environ["PATH"]}'}
+
+    def call(self, commands):
+        """The parts of ./run, without what it does with them."""
+        shared = (f'. {self.place}/scripts/common.sh; BUILD={self.place}/build/run; has_smi_base=; as_service=(); '
+                  f'work={self.place}; place={self.place}; '
+                  f'for part in {self.place}/scripts/run/*.sh; do . "$part"; done; ')
+        return subprocess.run(['bash', '-euo', 'pipefail', '-c', shared + commands], check=True, capture_output=True,
+                              text=True, timeout=60, env=os.environ | self.environment).stdout
+
+
+@pytest.fixture(name='fake_project')
+def fixture_fake_project(start_run):
+    place = Path(tempfile.mkdtemp(prefix='stp-e2e-project-'))
+    place.chmod(0o755)
+    project = FakeProject(place / 'project')
+    project.start = lambda *arguments: start_run('--scenario', project.place / 'scenario.toml', '--port',
+                                                 str(free_port()), *arguments, project=project.place,
+                                                 environment=project.environment)
+    yield project
+    shutil.rmtree(place)
+
+
+def test_a_run_of_stand_ins_stays_up(fake_project):
+    run = fake_project.start()
+    run.wait_for_output('Running until Ctrl-C.')
+    assert run.interrupt(signal.SIGINT) == 0
+    assert run.errors == ''
+    run.check_nothing_is_left()
+
+
+@pytest.mark.parametrize('ends, how', [
+    ('kill -SEGV $$', 'by signal SEGV'),
+    ('kill -KILL $$', 'by signal KILL'),
+    ('exit 7', 'with status 7'),
+    ('exit 255', 'with status 255'),
+    ('echo "no memory" >&2; echo >&2; exit 1', 'with status 1: no memory'),
+])
+@pytest.mark.parametrize('name', ['stp-switchd', 'snmpd'])
+def test_process_that_ends_before_it_is_ready_is_named_with_its_end_and_its_log(fake_project, name, ends, how):
+    if name == 'snmpd':
+        fake_project.program('bin/snmpd', ends)
+    else:
+        fake_project.program(FakeProject.SWITCH, f'case "$*" in *--check) ;; *) {ends} ;; esac')
+        fake_project.program('build/run/bin/stp-switchctl', 'exit 1')
+    run = fake_project.start('--once')
+    assert run.wait() == 1
+    [log] = re.fullmatch(f'run: {name} did not start: it ended {how} \\(log: (.+)\\)\n', run.errors).groups()
+    assert Path(log).name == f'{name}.log'
+    assert Path(log).exists()
+    run.check_nothing_is_left()
+
+
+@pytest.mark.parametrize('fetch, timeout, why', [
+    ('echo "stp-fetch-mibs: cannot unpack it" >&2; exit 1', None, 'stp-fetch-mibs: cannot unpack it'),
+    ('echo "first" >&2; exit 1', 'exit 124', 'no answer within 60 s'),
+    ('exit 1', None, ''),
+])
+def test_names_that_cannot_be_had_end_nothing(fake_project, fetch, timeout, why):
+    fake_project.program(FakeProject.FETCH, fetch)
+    if timeout:
+        fake_project.program('bin/timeout', timeout)
+    run = fake_project.start()
+    run.wait_for_output('Running until Ctrl-C.')
+    assert f'By name, the tools need what the MIB file imports, which cannot be had: {why}\n' in run.output
+    assert run.interrupt(signal.SIGINT) == 0
+    assert run.errors == ''
+
+
+REFUSES = 'echo "couldn\'t open $port" >&2; exit 1'
+
+
+@pytest.mark.parametrize('port, refused, expected', [
+    (1161, '', 1162), (1161, '1162', 1163), (65535, '', 65534), (65533, '65534|65535', 65530),
+])
+def test_the_receiver_of_traps_finds_a_free_port(fake_project, port, refused, expected):
+    fake_project.program('bin/snmptrapd', f"""
+        for port; do :; done
+        port=${{port##*:}}
+        case $port in {refused or 'none'}) {REFUSES} ;; esac
+        if [ "$port" -gt 65535 ]; then {REFUSES}; fi
+        {FakeProject.DAEMON_STAYS}""")
+    assert fake_project.call(f'port={port}; start_trap_receiver; kill "$receiver_pid"; echo "$trap_port"') == f'{expected}\n'
+
+
+def test_a_receiver_of_traps_that_ends_is_named_with_its_end(fake_project):
+    fake_project.program('bin/snmptrapd', 'kill -SEGV $$')
+    printed = fake_project.call('port=1161; (start_trap_receiver) 2>&1 || true')
+    assert printed == ('bash: snmptrapd did not start: it ended by signal SEGV '
+                       f'(log: {fake_project.place}/snmptrapd.log)\n')
