@@ -16,14 +16,14 @@ clean_up() {
   stop_process "$agent_pid"
   stop_process "$receiver_pid"
   stop_process "$switch_pid"
-  [[ -z $work ]] || rm -rf "$work" "$place/env"
+  [[ -z $work ]] || rm -rf "$work" "$place/env" "$place/tools"
 }
 
 make_folders() {
-  work=$(mktemp -d)
-  mkdir -p "$work/persistent/cert_indexes"  # without that folder, each SNMP program says that it creates it
   place=$BUILD/$port
   mkdir -p "$place"
+  work=$(mktemp -d)
+  mkdir -p "$work/persistent/cert_indexes"  # without that folder, each SNMP program says that it creates it
   rm -f "$place"/*.log
   root_oid=.1.3.6.1.4.1.$(<"$BUILD/enterprise").9.82
 }

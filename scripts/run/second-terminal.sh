@@ -20,34 +20,36 @@ fetch_smi_base() {
   fi
 }
 
-# What the tools need to know, for this shell or another one.
+# What the tools need to know, for this shell or another one: also that of another user, who can read $place.
 tool_settings() {
   local mibs="$MIB:SNMPv2-MIB" folders="$SMI_BASE:$BUILD/mibs"
   [[ -n $has_smi_base ]] || mibs='' folders=''
   cat <<EOF
 export PATH=$(printf %q "$BUILD/bin:$PROJECT_ROOT/tools/show-walk"):"\$PATH"
 export STPSWITCHD_CONTROL=$(printf %q "$work/control.sock")
-export SNMPCONFPATH=$(printf %q "$work/tools") SNMP_PERSISTENT_DIR=$(printf %q "$work/tools")
+export SNMPCONFPATH=$(printf %q "$place/tools") SNMP_PERSISTENT_DIR=$(printf %q "$place/tools")
 export MIBS=$mibs MIBDIRS=$(printf %q "$folders")
 export AGENT=$agent
 EOF
 }
 
 use_tools() {
-  mkdir -p "$work/tools/cert_indexes"
-  printf 'defVersion 2c\ndefCommunity %s\n' "$COMMUNITY" >"$work/tools/snmp.conf"
+  mkdir -p "$place/tools/cert_indexes"
+  printf 'defVersion 2c\ndefCommunity %s\n' "$COMMUNITY" >"$place/tools/snmp.conf"
   eval "$(tool_settings)"
 }
 
 print_instructions() {
   fetch_smi_base
+  local as_whom=
+  ((EUID != 0)) || as_whom=', as root'
   tool_settings >"$place/env"
   cat <<EOF
 
 For another terminal, which knows sockets, agent and names then:
   . $(printf %q "$place/env")
 
-Look at the switch, and change it:
+Look at the switch, and change it$as_whom:
   stp-switchctl show
   stp-switchctl set mst.region campus-north
   stp-switchctl set port.1.root_inconsistent 0-10
@@ -56,7 +58,7 @@ Look at the switch, and change it:
   stp-switchctl fault none
   stp-switchctl reset
 Walk the agent, as shown above, or as managers see it:
-  stp-show-walk \$AGENT
+  stp-show-walk --root $root_oid \$AGENT
   snmpwalk -On \$AGENT $root_oid
 EOF
   if [[ -n $has_smi_base ]]; then

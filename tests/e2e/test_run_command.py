@@ -332,6 +332,10 @@ def shown_walk(output):
     return walk.partition('\nFor another terminal')[0].replace(root, 'ROOT')
 
 
+def root_of_walk(run):
+    return re.search(r'^== Walk of (\.[0-9.]+)$', run.output, re.MULTILINE).group(1)
+
+
 def tables_without_rows(output):
     return re.findall('^(.*): no rows$', output, re.MULTILINE)
 
@@ -371,15 +375,17 @@ def test_once_shows_the_example_switch_of_the_other_mode(start_run):
     assert tables_without_rows(run.output) == ['stpxSMSTPortTable']
 
 
-def second_terminal(run):
-    """The printed commands, each typed into a shell that has read the printed file."""
+def second_terminal(run, *prefix, check=True):
+    """The printed commands, each typed into a shell that has read the printed file, by whom the prefix makes of it."""
     commands = re.findall(r'^  (.*)$', run.output.partition('For another terminal')[2], re.MULTILINE)
     read, typed = commands[0], commands[1:]
 
     def type_in(words):
         [command] = [command for command in typed if words in command]
-        return subprocess.run(['bash', '-ec', f'{read}\n{command}'], check=True, capture_output=True, text=True,
-                              cwd='/', timeout=GUARD_SECONDS).stdout
+        result = subprocess.run([*prefix, 'bash', '-ec', f'{read}\n{command}'], check=False, capture_output=True,
+                                text=True, cwd='/', timeout=GUARD_SECONDS)
+        assert result.returncode == 0 or not check, result.stderr
+        return result.stdout if check else (result.returncode, result.stdout, result.stderr)
     return type_in
 
 
@@ -388,7 +394,7 @@ def test_stays_up_for_the_commands_that_it_prints_until_ctrl_c(start_run):
     run.wait_for_output('Running until Ctrl-C.')
     type_in = second_terminal(run)
 
-    walk, show_walk = 'snmpwalk -On', 'stp-show-walk'
+    walk, show_walk = 'snmpwalk -On', f'stp-show-walk --root {root_of_walk(run)} '
     assert len(re.findall(r'\.9\.82\.[0-9.]+ = (?!No more)', type_in(walk))) == len(golden.MST)
     assert type_in(show_walk) in run.output
     assert 'SpanningTreeType.0 = INTEGER: mst(4)' in type_in('snmpwalk $AGENT stpxObjects')
@@ -455,6 +461,27 @@ def test_root_hands_its_processes_to_the_agents_user_where_that_user_can_reach_t
     run.wait_for_output('Running until Ctrl-C.')
     users = {name: user for name, user, _ in run.processes() if name in ('snmpd', 'stp-switchd')}
     assert users == {'snmpd': expected, 'stp-switchd': expected}
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason='only root can become another user')
+def test_after_roots_run_another_user_walks_its_agent_and_only_root_changes_its_switch(start_run):
+    become_nobody = ('setpriv', '--reuid=65534', '--regid=65534', '--clear-groups', 'env', 'HOME=/nonexistent')
+    if subprocess.run([*become_nobody, 'test', '-r', PROJECT / 'run'], check=False).returncode != 0:
+        pytest.skip('this project stands where other users cannot reach it')
+    run = start_run('--scenario', SCENARIOS / 'mst.toml', '--port', str(free_port()))
+    run.wait_for_output('Running until Ctrl-C.')
+    assert '\nLook at the switch, and change it, as root:\n' in run.output
+    type_in = second_terminal(run, *become_nobody, check=False)
+    status, shown, errors = type_in('stp-show-walk')
+    assert (status, errors) == (0, '')
+    assert shown in run.output
+    for words in ('snmpwalk -On', 'snmpwalk $AGENT stpxObjects', 'snmptable', 'snmptranslate'):
+        status, shown, errors = type_in(words)
+        assert (status, errors) == (0, '')
+        assert shown == second_terminal(run)(words)
+    status, _, errors = type_in('set mst.region')
+    assert status == 2
+    assert 'Permission denied' in errors
 
 
 def test_sigterm_ends_everything(start_run):
