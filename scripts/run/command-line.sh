@@ -1,4 +1,5 @@
-# What ./run was asked for. Whatever can be found wrong before anything is built is found here.
+# What ./run was asked for. All of this is checked before anything is installed or built; what a scenario says, by
+# stp-switchd, as soon as that one is built.
 # shellcheck shell=bash
 
 readonly FIRST_UNPRIVILEGED_PORT=1024 LAST_PORT=65535
@@ -18,6 +19,7 @@ parse_command_line() {
     esac
     shift
   done
+  [[ -z $once || -z $with_traps ]] || usage_error "--traps shows what comes after the walk, where --once stops"
   check_port
   check_scenario_file
   [[ -z $with_traps ]] || check_private_mount
@@ -36,11 +38,12 @@ check_port() {
   ! port_is_taken || die "UDP port $port of 127.0.0.1 is taken: choose another with --port"
 }
 
-# By a socket that is bound to 127.0.0.1, in either order of octets, or to all addresses.
+# By a socket that is bound to 127.0.0.1, in either order of octets, or to all addresses. Whether an IPv6 socket takes
+# IPv4 too cannot be seen here: snmpd finds out.
 port_is_taken() {
   local local_port
   printf -v local_port '%04X' "$port"
-  grep -qE "^ *[0-9]+: (0100007F|7F000001|0{8}|0{32}):$local_port " /proc/net/udp /proc/net/udp6 2>/dev/null
+  grep -qE "^ *[0-9]+: (0100007F|7F000001|0{8}):$local_port " /proc/net/udp 2>/dev/null
 }
 
 check_scenario_file() {

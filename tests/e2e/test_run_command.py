@@ -523,6 +523,28 @@ def test_taken_port_is_named_in_one_line(start_run):
     run.check_nothing_is_left()
 
 
+@pytest.mark.skipif(not Path('/proc/net/if_inet6').exists(), reason='no IPv6 here')
+def test_port_that_only_ipv6_uses_is_not_taken(start_run):
+    port = free_port()
+    with socket.socket(socket.AF_INET6, socket.SOCK_DGRAM) as occupant:
+        occupant.setsockopt(socket.IPPROTO_IPV6, socket.IPV6_V6ONLY, 1)
+        occupant.bind(('::', port))
+        run = start_run('--once', '--port', str(port))
+        assert run.wait() == 0, run.errors
+
+
+@pytest.mark.skipif(not Path('/proc/net/if_inet6').exists(), reason='no IPv6 here')
+def test_port_that_ipv6_takes_with_ipv4_is_named_in_one_line(start_run):
+    with socket.socket(socket.AF_INET6, socket.SOCK_DGRAM) as occupant:
+        occupant.setsockopt(socket.IPPROTO_IPV6, socket.IPV6_V6ONLY, 0)
+        occupant.bind(('::', 0))
+        port = occupant.getsockname()[1]
+        run = start_run('--once', '--port', str(port))
+        assert run.wait() == 1
+    assert run.errors == f'run: UDP port {port} of 127.0.0.1 is taken: choose another with --port\n'
+    run.check_nothing_is_left()
+
+
 def test_bad_scenario_is_named_in_one_line(start_run):
     with tempfile.NamedTemporaryFile(suffix='.toml') as scenario:
         scenario.write(b'[switch]\nmode = "none"\n')
@@ -545,6 +567,7 @@ def test_bad_scenario_is_named_in_one_line(start_run):
      'run: UDP port 161 is below 1024, where only root may listen, and snmpd does not run as root here: choose another '
      'with --port\n'),
     (['--port'], 2, 'run: --port needs a value (see --help)\n'),
+    (['--once', '--traps'], 2, 'run: --traps shows what comes after the walk, where --once stops (see --help)\n'),
     (['--twice'], 2, "run: unknown argument '--twice' (see --help)\n"),
     (['--scenario', '/nowhere.toml'], 1, "run: there is no scenario '/nowhere.toml'\n"),
     (['--scenario', '/'], 1, "run: cannot read the scenario '/'\n"),
