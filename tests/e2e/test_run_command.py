@@ -725,3 +725,22 @@ def test_a_receiver_of_traps_that_ends_is_named_with_its_end(fake_project):
     printed = fake_project.call('port=1161; (start_trap_receiver) 2>&1 || true')
     assert printed == ('bash: snmptrapd did not start: it ended by signal SEGV '
                        f'(log: {fake_project.place}/snmptrapd.log)\n')
+
+
+@pytest.mark.parametrize('scenario', ['missing.toml', '.'])
+def test_scenario_file_is_checked_before_anything_is_installed_or_built(fake_project, scenario):
+    for name in ('bin/dpkg-query', 'bin/cmake'):
+        fake_project.program(name, f'touch {fake_project.place}/done')
+    run = fake_project.start('--scenario', fake_project.place / scenario)
+    assert run.wait() == 1
+    assert run.output == ''
+    assert not (fake_project.place / 'done').exists()
+
+
+def test_what_a_scenario_says_is_checked_when_nothing_but_the_switch_is_built(fake_project):
+    fake_project.program('bin/cmake', f'echo "$*" >>{fake_project.place}/built')
+    fake_project.program(FakeProject.SWITCH, 'echo "stp-switchd: a.toml:1: no" >&2; exit 1')
+    run = fake_project.start()
+    assert run.wait() == 1
+    assert run.errors == 'run: a.toml:1: no\n'
+    assert re.findall('--target (.*)', (fake_project.place / 'built').read_text(encoding='ascii')) == ['stp-switchd']
