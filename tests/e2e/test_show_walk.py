@@ -1,10 +1,15 @@
 """stp-show-walk by itself: what it makes of walks that no agent of these tests answers."""
 
 import os
+import pty
+import re
+import shutil
+import signal
 import subprocess
 
 import pytest
-from harness.build import BUILD, PROJECT
+from harness.build import BUILD, PROJECT, VERSION
+from harness.polling import wait_until
 
 ROOT = '.1.3.9'
 SHOW_WALK = PROJECT / 'tools/show-walk/stp-show-walk'
@@ -47,14 +52,14 @@ NO_ROWS_BEFORE_CIST = ''.join(f'\n{table}: no rows\n' for table in (
 NO_ROWS_BEHIND_CIST = '\nstpxSMSTPortTable: no rows\n'
 
 
-def show(served):
+def show(served, **how):
     walk = ''.join(f'{ROOT}{suffix} = {value}\n' for suffix, value in served.items())
-    return show_text(walk)
+    return show_text(walk, **how)
 
 
-def show_text(walk):
-    return subprocess.run([SHOW_WALK, '--root', ROOT], input=walk, capture_output=True, text=True, check=False,
-                          env=ENVIRONMENT, timeout=60)
+def show_text(walk, root=ROOT, environment=None):
+    return subprocess.run([SHOW_WALK, '--root', root], input=walk, capture_output=True, text=True, check=False,
+                          env=ENVIRONMENT | (environment or {}), timeout=60)
 
 
 def parts(result):
@@ -267,8 +272,8 @@ def test_walk_with_roles_lacks_flags_in_rapid_pvst_mode_only():
     assert (result.returncode, result.stderr) == (1, 'stp-show-walk: the walk lacks stpxRPVSTPortFlags\n')
 
 
-def test_empty_walk_lacks_all_that_is_needed_in_any_mode():
-    result = show({})
+def test_walk_that_holds_little_lacks_all_that_is_needed_in_any_mode():
+    result = show({'.1.14.2.0': SCALARS['.1.14.2.0']})
     assert result.returncode == 1
     assert result.stderr.startswith('stp-show-walk: the walk lacks stpxSpanningTreeType, ')
     assert 'stpxSMSTInstanceVlansMappedLow' in result.stderr
@@ -340,8 +345,20 @@ E edge, P peer
 '''
 
 
-def test_the_overview_of_a_walk_that_holds_nothing_is_empty():
-    assert parts(show({}))[0] == ''
+def test_the_overview_of_a_walk_that_knows_nothing_of_trees_is_empty():
+    assert parts(show({'.1.77.0': 'INTEGER: 1'}))[0] == ''
+
+
+@pytest.mark.parametrize('walk', [
+    '', f'{ROOT} = No more variables left in this MIB View (It is past the end of the MIB tree)\n',
+    f'{ROOT} = No Such Object available on this agent at this OID\n', '.1.3.99.1.6.1.0 = INTEGER: 5\n',
+])
+def test_a_walk_of_nothing_is_told_what_most_often_is_missing(walk):
+    result = show_text(walk)
+    assert (result.returncode, result.stdout) == (1, '')
+    assert result.stderr == (
+        f'stp-show-walk: the agent shows nothing below {ROOT}: either its view lacks it (snmpd.conf: "view systemonly '
+        f'included {ROOT}"), or it has not loaded the module\n')
 
 
 def test_an_agent_that_says_anything_does_no_harm():
@@ -372,16 +389,61 @@ R root, D designated, a alternate, b backup, - none, ! inconsistent
 '''
 
 
+@pytest.mark.parametrize('odd', [
+    {'.1.12.2.1.3.5000.131': 'INTEGER: 2'}, {'.1.5.2.1.3.4095.131': 'INTEGER: 1'},
+    {'.1.3.1.1.3.4294967295.131': 'Hex-STRING: 80 '}, {'.1.13.1.1.3.5000.131': 'Hex-STRING: 80 '},
+    {'.1.14.5.1.2.5000': 'Hex-STRING: 80 ', '.1.14.5.1.3.5000': '""', '.1.14.5.1.4.5000': 'INTEGER: 1'},
+])
+def test_the_overview_passes_over_trees_that_there_cannot_be(odd):
+    known = {**SERVED, **PORTS}
+    result = show({**known, **odd})
+    assert (result.returncode, result.stderr) == (0, '')
+    assert parts(result)[0] == parts(show(known))[0]
+    assert parts(result)[1] != parts(show(known))[1]
+
+
+@pytest.mark.parametrize('vlan', [0, 4095, 5000])
+@pytest.mark.parametrize('state', [1, 2])
+def test_the_overview_passes_over_vlans_that_there_cannot_be(vlan, state):
+    known = {**SCALARS, '.1.6.1.0': 'INTEGER: 5'}
+    odd = parts(show({**known, f'.1.2.2.1.2.{vlan}': f'INTEGER: {state}'}))[0]
+    assert odd == parts(show(known))[0]
+
+
+@pytest.mark.parametrize('suffix', ['.1.14.3.0', '.1.14.5.1.4.0', '.1.14.5.1.6.0'])
+def test_the_overview_passes_over_numbers_that_no_object_of_it_has(suffix):
+    result = show({**SERVED, suffix: 'Counter64: 4294967296'})
+    assert (result.returncode, result.stderr) == (0, '')
+    assert parts(result)[0] == parts(show(without(SERVED, suffix)))[0] != parts(show(SERVED))[0]
+    assert '4294967296' in parts(result)[1]
+
+
+def put_program(directory, name, script):
+    (directory / name).write_text(f'#!/bin/sh\n{script}\n', encoding='ascii')
+    (directory / name).chmod(0o755)
+    return {'PATH': f'{directory}:{ENVIRONMENT["PATH"]}'}
+
+
 def run_program(*arguments, environment):
     return subprocess.run([SHOW_WALK, *arguments], input='', capture_output=True, text=True, check=False,
                           env=ENVIRONMENT | environment, timeout=60)
 
 
+SHOWS_THE_MODE = f"echo '{ROOT}.1.6.1.0 = INTEGER: 4'"
+
+
+@pytest.mark.parametrize('fails, told', [
+    ('echo "not today" >&2; exit 1', 'not today'), ('kill -SEGV $$', 'stp-show-walk: stp-overview ended by signal 11'),
+])
+def test_the_tables_are_shown_where_the_overview_cannot_be(tmp_path, fails, told):
+    environment = put_program(tmp_path, 'stp-overview', f'cat >/dev/null; {fails}')
+    result = show(SERVED, environment=environment)
+    assert (result.returncode, result.stderr) == (1, f'{told}\n')
+    assert result.stdout == SHOWN_SCALARS + NO_ROWS_BEFORE_CIST + SHOWN_CIST + NO_ROWS_BEHIND_CIST
+
+
 def test_an_agent_is_walked_by_snmpwalk_with_the_options_given(tmp_path):
-    (tmp_path / 'snmpwalk').write_text(
-        f'#!/bin/sh\necho "$MIBS $@" >&2\necho "{ROOT}.1.6.1.0 = INTEGER: 4"\n', encoding='ascii')
-    (tmp_path / 'snmpwalk').chmod(0o755)
-    environment = {'PATH': f'{tmp_path}:{ENVIRONMENT["PATH"]}'}
+    environment = put_program(tmp_path, 'snmpwalk', f'echo "$MIBS $@" >&2; {SHOWS_THE_MODE}')
     result = run_program('--root', ROOT, '-v2c', '-c', 'two words', 'agent', environment=environment)
     assert result.stderr.startswith(f' -On -Oe -Ox --hexOutputLength=0 -v2c -c two words agent {ROOT}\n')
     assert 'Mode  mst\n' in result.stdout
@@ -389,27 +451,121 @@ def test_an_agent_is_walked_by_snmpwalk_with_the_options_given(tmp_path):
     assert result.stderr.startswith(' -On -Oe -Ox --hexOutputLength=0 agent .1.3.6.1.4.1.32473.9.82\n')
 
 
+@pytest.mark.parametrize('arguments', [
+    ('-c', '--help', 'agent'), ('agent', '-Cr5', '-t', '3'), ('-dc', '--version', 'agent'), ('-A--root', 'agent'),
+    ('--hexOutputLength=7', '--noTokenWarnings', '--PRINTNUMERICOIDS=1', 'agent'),
+])
+def test_what_is_no_option_of_its_own_is_left_to_snmpwalk(tmp_path, arguments):
+    tokens = subprocess.run(['snmpwalk', '-H'], check=True, capture_output=True, text=True, timeout=60).stderr
+    (tmp_path / 'tokens').write_text(tokens, encoding='utf-8')
+    environment = put_program(tmp_path, 'snmpwalk', f"""
+[ "$1" != -H ] || {{ cat {tmp_path}/tokens >&2; exit; }}
+shift 4; echo "$@" >&2; {SHOWS_THE_MODE}""")
+    result = run_program(*arguments, f'--root={ROOT}', environment=environment)
+    assert result.stderr.startswith(f'{" ".join(arguments)} {ROOT}\n')
+
+
+def test_every_short_option_of_snmpwalk_is_known(tmp_path):
+    """But for those with which it does not walk."""
+    environment = put_program(tmp_path, 'snmpwalk', SHOWS_THE_MODE)
+    shown = subprocess.run(['snmpwalk', '-h'], check=False, capture_output=True, text=True, timeout=60).stderr
+    options = re.findall(r'^  (-[a-zA-Z0-9])\b(?! --| *,)(.*)', shown, re.MULTILINE)
+    assert len(options) > 20
+    for option, rest in options:
+        if option not in ('-h', '-H', '-V'):
+            value = [] if rest.startswith('\t') else ['x']
+            result = run_program('--root', ROOT, option, *value, 'agent', environment=environment)
+            assert 'see --help' not in result.stderr, option
+
+
+@pytest.mark.parametrize('root', ['1.3.9', '.1.3.9'])
+def test_the_root_may_lack_its_first_dot(root):
+    result = show(SERVED, root=root)
+    assert (result.returncode, result.stderr) == (0, '')
+    assert parts(result)[1] == SHOWN_SCALARS + NO_ROWS_BEFORE_CIST + SHOWN_CIST + NO_ROWS_BEHIND_CIST
+
+
 def test_what_snmpwalk_complains_of_is_all_that_is_said(tmp_path):
-    (tmp_path / 'snmpwalk').write_text('#!/bin/sh\necho "Timeout: No Response from x" >&2\nexit 1\n', encoding='ascii')
-    (tmp_path / 'snmpwalk').chmod(0o755)
-    result = run_program('x', environment={'PATH': f'{tmp_path}:{ENVIRONMENT["PATH"]}'})
+    environment = put_program(tmp_path, 'snmpwalk', 'echo "Timeout: No Response from x" >&2; exit 1')
+    result = run_program('x', environment=environment)
     assert (result.returncode, result.stdout, result.stderr) == (1, '', 'Timeout: No Response from x\n')
 
 
-@pytest.mark.parametrize('missing', ['snmpwalk', 'stp-overview'])
-def test_programs_that_are_missing_are_named(tmp_path, missing):
-    others = {'snmpwalk': 'stp-overview', 'stp-overview': 'snmpwalk'}
-    (tmp_path / others[missing]).write_text('#!/bin/sh\nexit 0\n', encoding='ascii')
-    (tmp_path / others[missing]).chmod(0o755)
-    result = run_program('x', environment={'PATH': str(tmp_path)})
+def test_a_walk_that_breaks_off_is_shown_as_far_as_it_came(tmp_path):
+    environment = put_program(tmp_path, 'snmpwalk', f'{SHOWS_THE_MODE}; echo "Timeout: No Response" >&2; exit 1')
+    result = run_program('--root', ROOT, 'x', environment=environment)
     assert result.returncode == 1
-    assert missing in result.stderr and result.stderr.startswith('stp-show-walk: ')
+    assert result.stderr == 'Timeout: No Response\nstp-show-walk: the walk broke off: this is not all\n'
+    assert result.stdout.startswith('Mode  mst\n') and '\nstpxSpanningTreeType.0  mst (4)\n' in result.stdout
 
 
-def test_wrong_command_line_is_refused():
-    result = run_program('--root', environment={})
+def test_an_interrupted_walk_ends_without_a_word(tmp_path):
+    environment = put_program(tmp_path, 'snmpwalk', f'touch {tmp_path}/walks; exec sleep 60')
+    program = subprocess.Popen([SHOW_WALK, 'x'], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                               env=ENVIRONMENT | environment, start_new_session=True)
+    try:
+        wait_until((tmp_path / 'walks').exists, 'the walk runs')
+    finally:
+        os.killpg(program.pid, signal.SIGINT)
+    assert program.communicate(timeout=60) == ('', '')
+    assert program.returncode == -signal.SIGINT
+
+
+def test_snmpwalk_that_is_missing_is_named(tmp_path):
+    result = run_program('x', environment={'PATH': str(tmp_path)})
+    assert (result.returncode, result.stdout) == (1, '')
+    assert result.stderr == 'stp-show-walk: snmpwalk is not installed (Debian package snmp)\n'
+
+
+def test_stp_overview_that_is_missing_is_named_above_the_tables(tmp_path):
+    put_program(tmp_path, 'snmpwalk', SHOWS_THE_MODE)
+    result = run_program('--root', ROOT, 'x', environment={'PATH': str(tmp_path)})
+    assert result.returncode == 1
+    assert result.stderr.startswith('stp-show-walk: stp-overview is not in PATH\n')
+    assert result.stdout.startswith('Object ')
+
+
+@pytest.mark.parametrize('arguments, error', [
+    (['--root'], '--root: expected an OID'), (['--root', 'x'], "--root: 'x' is no OID: expected numbers, as {}"),
+    (['--root', '.1..3', 'a'], "--root: '.1..3' is no OID: expected numbers, as {}"),
+    (['--rot', '.1.3'], "unknown option '--rot'; did you mean '--root'?"),
+    (['--vresion'], "unknown option '--vresion'; did you mean '--version'?"),
+    (['--hexOutputLenght=0', 'a'], "unknown option '--hexOutputLenght'; did you mean '--hexOutputLength'?"),
+    (['--bogus', 'a'], "unknown option '--bogus'"), (['-q', 'a'], "unknown option '-q'"),
+    (['-v2c', '-c', 'public'], 'expected an agent'), (['-v2c', '-c'], '-c: expected a value'),
+    (['a', 'b'], "unexpected argument 'b'"),
+])
+def test_wrong_command_line_is_refused(arguments, error):
+    result = run_program(*arguments, environment={})
     assert (result.returncode, result.stdout) == (2, '')
-    assert result.stderr == 'stp-show-walk: --root: expected an OID (see --help)\n'
+    assert result.stderr == f'stp-show-walk: {error.format(".1.3.6.1.4.1.32473.9.82")} (see --help)\n'
+
+
+def test_nobody_is_asked_for_a_walk_on_a_terminal():
+    outer, terminal = pty.openpty()
+    try:
+        result = subprocess.run([SHOW_WALK], stdin=terminal, capture_output=True, text=True, check=False,
+                                env=ENVIRONMENT, timeout=60)
+    finally:
+        os.close(outer)
+        os.close(terminal)
+    assert (result.returncode, result.stdout) == (2, '')
+    assert result.stderr == 'stp-show-walk: expected an agent, or a walk on standard input (see --help)\n'
+
+
+@pytest.mark.parametrize('before', [[], ['-v2c'], ['--root', '.1.3']])
+def test_version_is_that_of_the_project(before):
+    result = run_program(*before, '--version', environment={})
+    assert (result.returncode, result.stdout, result.stderr) == (0, f'stp-show-walk {VERSION}\n', '')
+
+
+def test_nothing_is_written_beside_the_program(tmp_path):
+    shutil.copytree(SHOW_WALK.parent, tmp_path / 'tools/show-walk', ignore=shutil.ignore_patterns('__pycache__'))
+    folder = tmp_path / 'tools/show-walk'
+    before = sorted(folder.rglob('*'))
+    environment = {name: value for name, value in ENVIRONMENT.items() if name != 'PYTHONDONTWRITEBYTECODE'}
+    subprocess.run([folder / SHOW_WALK.name, '--help'], check=True, capture_output=True, env=environment, timeout=60)
+    assert sorted(folder.rglob('*')) == before
 
 
 def test_help_starts_with_what_it_does():

@@ -13,6 +13,8 @@ FLAGS = {'operEdge': 'edge', 'boundary': 'boundary', 'peer': 'peer', 'dispute': 
 PORT_INCONSISTENCIES = {'portVlanId': 'pvid', 'portType': 'type'}
 FIRST_OF_HIGH_VLANS = 2048
 VLANS = range(1, 4095)  # without the reserved ones
+TREES = range(4095)  # instances, or VLANs
+LARGEST_NUMBER = 2**32 - 1
 CIST = '0'
 
 
@@ -31,6 +33,10 @@ class Walk:
     def rows(self, name):
         return self.columns[name].items()
 
+    def rows_of_trees(self, name):
+        """Those whose index begins with a tree that there can be."""
+        return [(instance, value) for instance, value in self.rows(name) if int(instance.partition('.')[0]) in TREES]
+
     def value(self, name, instance='0'):
         return self.columns[name].get(instance)
 
@@ -41,7 +47,8 @@ class Walk:
 
     def number(self, name, instance='0'):
         value = self.value(name, instance)
-        return int(value.text) if value and value.text and value.text.isdecimal() else None
+        number = int(value.text) if value and value.text and value.text.isdecimal() else None
+        return number if number is None or number <= LARGEST_NUMBER else None
 
     def bits(self, name, value):
         """The names of the bits that are set."""
@@ -85,7 +92,7 @@ def tree_of_instance(walk, instance):
 
 def vlans_in_state(walk, state):
     return sorted(int(vlan) for vlan, _ in walk.rows('stpxPVSTVlanState')
-                  if walk.named('stpxPVSTVlanState', vlan) == state)
+                  if int(vlan) in VLANS and walk.named('stpxPVSTVlanState', vlan) == state)
 
 
 def tree_lists(trees_of):
@@ -126,12 +133,12 @@ class Ports(dict):
         for number, _ in walk.rows('stpxSMSTPortPreStandardStatus'):
             if walk.named('stpxSMSTPortPreStandardStatus', number) == 'preStandard':
                 self[int(number)]['flags'].append('pre-standard')
-        for instance, value in walk.rows('stpxRPVSTPortFlags'):
+        for instance, value in walk.rows_of_trees('stpxRPVSTPortFlags'):
             flags = self[tree_and_port(instance)[1]]['flags']
             flags += [FLAGS[bit] for bit in walk.bits('stpxRPVSTPortFlags', value) if FLAGS[bit] not in flags]
 
     def add_roles(self, walk):
-        for instance, _ in walk.rows('stpxRSTPPortRole'):
+        for instance, _ in walk.rows_of_trees('stpxRSTPPortRole'):
             tree, number = tree_and_port(instance)
             port, role = self[number], walk.named('stpxRSTPPortRole', instance)
             if role in ROLES:
@@ -139,10 +146,10 @@ class Ports(dict):
 
     def add_inconsistencies(self, walk):
         for kind, name in (('root', 'stpxRootInconsistencyState'), ('loop', 'stpxLoopInconsistencyState')):
-            for instance, _ in walk.rows(name):
+            for instance, _ in walk.rows_of_trees(name):
                 tree, number = tree_and_port(instance)
                 self[number]['inconsistent'][kind].append(tree)
-        for instance, value in walk.rows('stpxInconsistentState'):
+        for instance, value in walk.rows_of_trees('stpxInconsistentState'):
             tree, number = tree_and_port(instance)
             for bit in walk.bits('stpxInconsistentState', value):
                 self[number]['inconsistent'][PORT_INCONSISTENCIES[bit]].append(tree)
@@ -162,7 +169,7 @@ def overview_of(names, values):
     mode = MODES.get(walk.named('stpxSpanningTreeType'))
     if mode == 'mst':
         overview['trees'] = [tree_of_instance(walk, instance)
-                             for instance, _ in walk.rows('stpxSMSTInstanceVlansMappedLow')]
+                             for instance, _ in walk.rows_of_trees('stpxSMSTInstanceVlansMappedLow')]
         known = {'region': region(walk), 'regional_root': regional_root(walk)}
     else:
         overview['trees'] = [{'tree': vlan} for vlan in vlans_in_state(walk, 'true')]

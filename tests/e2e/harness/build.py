@@ -1,9 +1,11 @@
 """Where the build under test stands."""
 
 import os
+import re
 from pathlib import Path
 
 PROJECT = Path(__file__).resolve().parents[3]
+VERSION = re.search(r'^project\(.* VERSION (\S+)', (PROJECT / 'CMakeLists.txt').read_text(), re.MULTILINE)[1]
 SCENARIOS = PROJECT / 'tests/e2e/scenarios'
 BUILD = Path(os.environ.get('STPSNMP_BUILD_DIR', PROJECT / 'build/dev'))
 # The sanitizers' runtime, where the build has one: snmpd itself is not built with it.
