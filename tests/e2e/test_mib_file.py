@@ -9,11 +9,12 @@ from tempfile import TemporaryDirectory
 
 import golden
 import pytest
-from harness.build import BUILD, PROJECT, ROOT, SMI_BASE
+from harness.build import BUILD, PROJECT, ROOT, SMI_BASE, VERSION
 from harness.lab import run_lab
 
 MODULE = 'VANTREL-STP-EXTENSIONS-MIB'
 MIBS = BUILD / 'mibs'
+FETCH_MIBS = PROJECT / 'tools/fetch-mibs/stp-fetch-mibs'
 COMMUNITY = ('-v2c', '-c', 'public')
 
 
@@ -144,10 +145,47 @@ def test_what_the_file_imports_is_not_half_there_when_it_cannot_be_fetched(tmp_p
     for name in ('apt-get', 'sudo'):
         (programs / name).write_text('#!/bin/sh\necho "E: the archive is away" >&2\nexit 100\n', encoding='ascii')
         (programs / name).chmod(0o755)
-    result = run(str(PROJECT / 'tools/fetch-mibs/stp-fetch-mibs'), str(directory), PATH=f'{programs}:{os.environ["PATH"]}')
+    result = run(str(FETCH_MIBS), str(directory), PATH=f'{programs}:{os.environ["PATH"]}')
     assert (result.returncode, result.stdout) == (1, '')
     assert result.stderr == 'stp-fetch-mibs: cannot unpack erlang-snmp: E: the archive is away\n'
     assert not list(directory.iterdir())
+
+
+@pytest.mark.parametrize('name', ["o'neil", "';touch touched;'", 'two words', '$HOME *'])
+def test_what_the_file_imports_may_be_anywhere(tmp_path, name):
+    """Of the archive, a package with it is made here."""
+    programs, contents = tmp_path / 'bin', tmp_path / 'package'
+    modules = contents / 'usr/lib/erlang/lib/snmp-5.13/mibs'
+    for folder in (programs, modules, contents / 'DEBIAN'):
+        folder.mkdir(parents=True)
+    for module in SMI_BASE.glob('*.txt'):
+        shutil.copy(module, modules / f'{module.stem}.mib')
+    (contents / 'DEBIAN/control').write_text(
+        'Package: erlang-snmp\nVersion: 1\nArchitecture: all\nMaintainer: nobody <nobody@example.org>\n'
+        'Description: for a test\n', encoding='ascii')
+    run('dpkg-deb', '--build', str(contents), str(tmp_path / 'archive.deb'))
+    (programs / 'apt-get').write_text(f'#!/bin/sh\ncp {tmp_path}/archive.deb .\n', encoding='ascii')
+    (programs / 'apt-get').chmod(0o755)
+    directory = tmp_path / name
+    result = subprocess.run([FETCH_MIBS, directory], check=False, capture_output=True, text=True, cwd=tmp_path,
+                            timeout=60, env=os.environ | {'PATH': f'{programs}:{os.environ["PATH"]}'})
+    assert (result.returncode, result.stdout, result.stderr) == (0, '', '')
+    assert sorted(path.name for path in directory.iterdir()) == sorted(path.name for path in SMI_BASE.glob('*.txt'))
+    assert not (tmp_path / 'touched').exists()
+
+
+def test_the_settings_may_end_within_a_line(tmp_path):
+    shutil.copytree(SMI_BASE, tmp_path / '.snmp/mibs')
+    settings = tmp_path / '.snmp/snmp.conf'
+    settings.write_text('defVersion 2c', encoding='ascii')
+    for _ in range(2):
+        assert run(str(FETCH_MIBS), HOME=str(tmp_path)).returncode == 0
+        assert settings.read_text(encoding='ascii') == 'defVersion 2c\nmibs +VANTREL-STP-EXTENSIONS-MIB\n'
+
+
+def test_version_is_that_of_the_project():
+    result = run(str(FETCH_MIBS), '--version')
+    assert (result.returncode, result.stdout, result.stderr) == (0, f'stp-fetch-mibs {VERSION}\n', '')
 
 
 def test_one_command_makes_the_tools_take_names(tmp_path):
@@ -165,7 +203,7 @@ def test_one_command_makes_the_tools_take_names(tmp_path):
 
     assert run_there('snmptranslate', '-IR', '-On', 'stpxObjects').returncode != 0
     for _ in range(2):
-        fetched = run_there(PROJECT / 'tools/fetch-mibs/stp-fetch-mibs')
+        fetched = run_there(FETCH_MIBS)
         assert (fetched.returncode, fetched.stdout, fetched.stderr) == (0, '', '')
     assert (home / '.snmp/snmp.conf').read_text(encoding='ascii') == 'mibs +VANTREL-STP-EXTENSIONS-MIB\n'
     assert run_there('snmptranslate', '-IR', '-On', 'stpxObjects').stdout == f'{ROOT}.1\n'
@@ -173,7 +211,10 @@ def test_one_command_makes_the_tools_take_names(tmp_path):
 
 @pytest.mark.parametrize('arguments, error', [
     (['--force'], "unknown option '--force'"), (['a', 'b'], "unexpected argument 'b'"),
+    (['a', '-x'], "unknown option '-x'"), (['--hlep'], "unknown option '--hlep'; did you mean '--help'?"),
+    (['--verson'], "unknown option '--verson'; did you mean '--version'?"), (['--hlppx'], "unknown option '--hlppx'"),
+    (['--vrsinXX'], "unknown option '--vrsinXX'"), (['-' + 200 * '-'], f"unknown option '{201 * '-'}'"),
 ])
 def test_wrong_command_line_is_refused(arguments, error):
-    result = run(str(PROJECT / 'tools/fetch-mibs/stp-fetch-mibs'), *arguments)
+    result = run(str(FETCH_MIBS), *arguments)
     assert (result.returncode, result.stdout, result.stderr) == (2, '', f'stp-fetch-mibs: {error} (see --help)\n')
