@@ -9,6 +9,7 @@ from harness.switch import Switch
 
 COMPLETIONS = PROJECT / 'packaging/bash-completion'
 PROGRAMS = BUILD / 'bin'
+SCRIPTS = {name: PROJECT / f'tools/{name.removeprefix("stp-")}/{name}' for name in ('stp-fetch-mibs', 'stp-show-walk')}
 
 
 def completed(*words):
@@ -29,7 +30,8 @@ printf '%s\\n' "${{COMPREPLY[@]}}"
 
 def help_words(*command):
     """Long options, and subcommands or faults."""
-    shown = subprocess.run([PROGRAMS / command[0], *command[1:], '--help'], check=True, capture_output=True, text=True,
+    program = SCRIPTS.get(command[0], PROGRAMS / command[0])
+    shown = subprocess.run([program, *command[1:], '--help'], check=True, capture_output=True, text=True,
                            timeout=60).stdout
     options = re.findall(r'^  (?:-h,)?(--[a-z-]+)', shown, re.MULTILINE)
     _, _, commands = shown.partition('\nSubcommands:\n')
@@ -57,6 +59,27 @@ def test_words_are_offered_by_their_start():
     assert completed('stp-switchctl', 'fault', 'drop', '') == ['--count']
     assert completed('stp-switchctl', 'fault', 'delay', '300', '') == ['--count']
     assert completed('stp-switchd', '--k') == ['--keys']
+
+
+@pytest.mark.parametrize('program', SCRIPTS)
+def test_every_option_of_a_tools_help_is_offered(program):
+    words = help_words(program)
+    assert '--version' in words
+    assert {word for word in completed(program, '-') if word.startswith('--')} == words
+    assert completed(program, '--v') == ['--version']
+
+
+def test_who_asks_is_offered_for_a_walk():
+    assert completed('stp-show-walk', '-l', 'a') == ['authNoPriv', 'authPriv']
+    assert completed('stp-show-walk', '-a', 'SHA-3') == ['SHA-384']
+    assert completed('stp-show-walk', '--root', '') == completed('stp-show-walk', '-c', '') == []
+    assert 'localhost' in completed('stp-show-walk', 'localh')
+
+
+def test_folders_are_offered_for_the_modules(tmp_path):
+    (tmp_path / 'some dir').mkdir()
+    (tmp_path / 'some file').touch()
+    assert completed('stp-fetch-mibs', f'{tmp_path}/so') == [f'{tmp_path}/some dir']
 
 
 def test_keys_are_those_of_the_switch_that_answers(switch):

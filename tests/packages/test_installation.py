@@ -143,7 +143,7 @@ def test_the_first_walk_takes_the_commands_that_the_installation_prints(machine,
 
 def test_the_shell_completes_what_is_installed(machine, packages):
     machine.install(packages)
-    for name in ('stp-switchctl', 'stp-switchd'):
+    for name in ('stp-fetch-mibs', 'stp-show-walk', 'stp-switchctl', 'stp-switchd'):
         assert machine.run('bash', '-c', f'. /usr/share/bash-completion/completions/{name} && complete -p {name}')
 
 
@@ -178,6 +178,8 @@ def test_nothing_is_left_of_purged_packages(machine, packages, removed_first):
     before = machine.changes()
     machine.install(packages)
     assert machine.changes() != before
+    # Without the module's switch, the walk lacks most.
+    assert 'stpxSMSTMaxInstances.0 ' in machine.run('sh', '-c', 'stp-show-walk -v2c -c readers localhost || :')
     names = [package.name.partition('_')[0] for package in packages]
     if removed_first:
         machine.run('dpkg', '--remove', *names)

@@ -6,7 +6,7 @@ import subprocess
 
 import pytest
 from expected import ENTERPRISE, NAMES
-from harness.build import PROJECT
+from harness.build import PROJECT, VERSION
 
 PAGES = ['man1/stp-fetch-mibs.1', 'man1/stp-overview.1', 'man1/stp-show-walk.1', 'man1/stp-switchctl.1',
          'man5/stp-scenario.5', 'man7/libstpsnmp.7', 'man8/stp-switchd.8']
@@ -43,9 +43,22 @@ def help_options(*command):
 
 
 def test_packages_are_of_the_projects_version(packages):
-    version = re.search(r'^project\(.* VERSION (\S+)', (PROJECT / 'CMakeLists.txt').read_text(), re.MULTILINE)[1]
     assert {field(package, 'Package'): field(package, 'Version') for package in packages} == {
-        name: version for name in NAMES}
+        name: VERSION for name in NAMES}
+
+
+@pytest.mark.parametrize('command', ['bin/stp-fetch-mibs', 'bin/stp-overview', 'bin/stp-show-walk', 'bin/stp-switchctl',
+                                     'sbin/stp-switchd'])
+def test_commands_are_of_the_projects_version(unpacked, command):
+    assert run(unpacked / 'usr' / command, '--version') == f'{command.partition("/")[2]} {VERSION}\n'
+
+
+@pytest.mark.parametrize('name', ['stp-fetch-mibs', 'stp-show-walk'])
+def test_pages_of_scripts_tell_every_option(unpacked, name):
+    options = set(re.findall(r'^ *(?:-h,)?(--[a-z]+)', run(unpacked / 'usr/bin' / name, '--help')
+                             .partition('\n\n')[2], re.MULTILINE))
+    page = page_text(unpacked, f'man1/{name}.1')
+    assert {'--version', '--help'} <= options <= {f'--{word}' for word in re.findall(r'-([a-z]{3,})\b', page)}
 
 
 def test_each_package_has_the_license(unpacked):
@@ -66,6 +79,7 @@ def test_the_formatter_has_no_remark(unpacked, page):
                             env={'PATH': '/usr/bin:/bin', 'LC_ALL': 'C.UTF-8', 'MANWIDTH': '80'})
     assert (result.returncode, result.stderr) == (0, '')
     assert 'SEE ALSO' in result.stdout
+    assert 'OpenBSD' not in result.stdout  # what the formatter makes of snmpwalk's -Ox
 
 
 def test_pages_tell_every_option(unpacked):
