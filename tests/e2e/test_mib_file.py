@@ -210,10 +210,8 @@ def test_one_command_makes_the_tools_take_names(tmp_path):
 
 
 @pytest.mark.parametrize('arguments, error', [
-    (['--force'], "unknown option '--force'"), (['a', 'b'], "unexpected argument 'b'"),
-    (['a', '-x'], "unknown option '-x'"), (['--hlep'], "unknown option '--hlep'; did you mean '--help'?"),
-    (['--verson'], "unknown option '--verson'; did you mean '--version'?"), (['--hlppx'], "unknown option '--hlppx'"),
-    (['--vrsinXX'], "unknown option '--vrsinXX'"), (['-' + 200 * '-'], f"unknown option '{201 * '-'}'"),
+    (['--force'], "unknown option '--force': expected --version or --help"), (['a', 'b'], "unexpected argument 'b'"),
+    (['a', '-x'], "unknown option '-x': expected --version or --help"),
 ])
 def test_wrong_command_line_is_refused(arguments, error):
     result = run(str(FETCH_MIBS), *arguments)

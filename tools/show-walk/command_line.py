@@ -2,11 +2,11 @@
 
 import re
 import subprocess
+from difflib import get_close_matches
 from typing import NamedTuple, Optional
 
-from nearest import suggestion
-
 OWN_OPTIONS = ('--root', '--version', '--help')
+CLOSE = 0.75  # two letters of an option as long as --version may be wrong
 EXAMPLE_ROOT = '.1.3.6.1.4.1.32473.9.82'
 
 # snmpwalk's. Those with a value take it from the next argument where nothing stands behind the letter.
@@ -36,7 +36,8 @@ def tokens_of_snmpwalk():
 def check_long_option(name):
     known = [f'--{token}' for token in tokens_of_snmpwalk()]
     if name.lower() not in (option.lower() for option in known):
-        raise WrongCommandLine(f"unknown option '{name}'{suggestion(name, (*OWN_OPTIONS, *known))}")
+        meant = get_close_matches(name, (*OWN_OPTIONS, *known), n=1, cutoff=CLOSE)
+        raise WrongCommandLine(f"unknown option '{name}'" + (f"; did you mean '{meant[0]}'?" if meant else ''))
 
 
 def wants_next(option):
