@@ -1,5 +1,7 @@
 """What bash completes for the programs, and that it knows all their words."""
 
+import os
+import pty
 import re
 import subprocess
 
@@ -95,3 +97,42 @@ def test_files_are_offered_where_one_is_wanted(tmp_path):
     assert completed('stp-switchd', '--scenario', f'{tmp_path}/l') == [f'{tmp_path}/lab.toml']
     assert completed('stp-switchctl', '--control', f'{tmp_path}/l') == [f'{tmp_path}/lab.toml']
     assert 'root' in completed('stp-switchd', '--socket-group', 'roo')
+
+
+def typed(directory, words):
+    """The words that bash reads when these are typed, by itself at a terminal, a tab among them."""
+    marker = '-- end'
+    outer, terminal = pty.openpty()
+    shell = subprocess.Popen(['bash', '--noprofile', '--norc', '-i'], stdin=terminal, stdout=terminal, stderr=terminal,
+                             cwd=directory, start_new_session=True,
+                             env={**os.environ, 'TERM': 'dumb', 'PS1': '', 'INPUTRC': '/dev/null'})
+    os.close(terminal)
+    try:
+        sources = '; '.join(f'. {file}' for file in COMPLETIONS.iterdir())
+        # Ctrl-A takes the line, completed, to a command that prints its words.
+        os.write(outer, f"{sources}\n{words}\x01printf '<%s>' \nprintf '\\n%s\\n' '{marker}'\n".encode())
+        shown = ''
+        while f'\r\n{marker}\r\n' not in shown:
+            shown += os.read(outer, 4096).decode(errors='replace')
+    finally:
+        shell.kill()
+        shell.wait()
+        os.close(outer)
+    return re.findall('<(.*?)>', re.findall('^<.*>', shown, re.MULTILINE)[-1])
+
+
+@pytest.mark.parametrize('command', ['stp-switchd --scenario', 'stp-switchd --socket', 'stp-switchctl --control',
+                                     'stp-fetch-mibs'])
+def test_names_of_folders_are_quoted_and_go_on(tmp_path, command):
+    (tmp_path / 'some dir/inner').mkdir(parents=True)
+    assert typed(tmp_path, f'{command} so\tin\t') == [*command.split(), 'some dir/inner/']
+
+
+def test_a_value_may_stand_behind_an_equals_sign(tmp_path, switch):
+    (tmp_path / 'lab.toml').touch()
+    assert typed(tmp_path, 'stp-switchd --scenario=la\t') == ['stp-switchd', '--scenario=lab.toml']
+    assert typed(tmp_path, 'stp-switchctl --control=la\tshow') == ['stp-switchctl', '--control=lab.toml', 'show']
+    assert completed('stp-switchctl', '--control', '=', str(switch.control_socket), 'show', 'mst.re') == [
+        'mst.region', 'mst.revision']
+    assert completed('stp-switchctl', '--control', '=', 'x', 're') == ['reset']
+    assert 'lab.toml' in typed(tmp_path, 'stp-switchd --scenario=\t')[1]
