@@ -20,9 +20,9 @@ build() {
   mkdir -p "$BUILD"
   (
     flock --nonblock 9 || { echo "Waiting for another build in $BUILD"; flock 9; }
+    # Behind || a failure ends nothing by itself.
     {
-      configure run
-      cmake --build "$BUILD" --target "$target"
+      configure run && cmake --build "$BUILD" --target "$target"
     } 2>&1 | tee "$BUILD/run.log" | show_progress
   ) 9>"$BUILD/run.lock" || die "the build failed: see $BUILD/run.log"
 }

@@ -279,12 +279,12 @@ class Run:
         for stat in Path('/proc').glob('[0-9]*/stat'):
             try:
                 name, rest = re.fullmatch(r'\d+ \((.*)\) (.*)\n', stat.read_text()).groups()
-                user = pwd.getpwuid(stat.stat().st_uid).pw_name
+                user = stat.stat().st_uid
             except (FileNotFoundError, ProcessLookupError):
                 continue
             state, _parent, _group, session = rest.split()[:4]
             if int(session) == self._child.pid and state != 'Z':
-                found.append((name, user, int(stat.parent.name)))
+                found.append((name, pwd.getpwuid(user).pw_name, int(stat.parent.name)))
         return sorted(found)
 
     def check_nothing_is_left(self):
@@ -735,6 +735,22 @@ def test_scenario_file_is_checked_before_anything_is_installed_or_built(fake_pro
     assert run.wait() == 1
     assert run.output == ''
     assert not (fake_project.place / 'done').exists()
+
+
+@pytest.mark.parametrize('failing', ['--preset', '--build'])
+def test_a_configuration_or_build_that_fails_ends_the_run(fake_project, failing):
+    fake_project.program('bin/cmake', f"""
+        echo "$*" >>{fake_project.place}/called
+        echo "cmake is told $1"
+        [ "$1" != {failing} ]""")
+    run = fake_project.start('--once')
+    assert run.wait() == 1
+    log = fake_project.place / 'build/run/run.log'
+    assert run.errors == f'run: the build failed: see {log}\n'
+    assert log.read_text(encoding='ascii').endswith(f'cmake is told {failing}\n')
+    called = (fake_project.place / 'called').read_text(encoding='ascii').splitlines()
+    assert [words.split()[0] for words in called] == ['--preset', '--build'][:1 + (failing == '--build')]
+    run.check_nothing_is_left()
 
 
 def test_what_a_scenario_says_is_checked_when_nothing_but_the_switch_is_built(fake_project):
