@@ -12,6 +12,7 @@ stop_process() {
 }
 
 clean_up() {
+  stop_process "$fetch_pid"
   stop_process "$viewer_pid"
   stop_process "$agent_pid"
   stop_process "$receiver_pid"

@@ -10,7 +10,11 @@ why_no_names=
 fetch_smi_base() {
   [[ -z $has_smi_base ]] || return 0
   local log=$work/smi.log status=0
-  timeout "$FETCH_SECONDS" "$PROJECT_ROOT/tools/fetch-mibs/stp-fetch-mibs" "$SMI_BASE" 2>"$log" || status=$?
+  # In the background: the shell attends to Ctrl-C while it waits, not while another command runs.
+  timeout "$FETCH_SECONDS" "$PROJECT_ROOT/tools/fetch-mibs/stp-fetch-mibs" "$SMI_BASE" 2>"$log" &
+  fetch_pid=$!
+  wait "$fetch_pid" || status=$?
+  fetch_pid=
   if ((status == 0)); then
     has_smi_base=yes
   elif ((status == TIMED_OUT)); then
