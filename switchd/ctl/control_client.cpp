@@ -34,7 +34,9 @@ class Connection {
     address.sun_family = AF_UNIX;
     std::memcpy(address.sun_path, path.data(), path.size());
     if (::connect(fd_.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
-      fail_with_errno();
+      const bool nobody_listens = errno == ENOENT || errno == ECONNREFUSED;
+      throw Unreachable(path + ": " + std::strerror(errno) +
+                        (nobody_listens ? " (does stp-switchd run?)" : ""));
     }
   }
 

@@ -222,7 +222,8 @@ TEST_F(Programs, CtlFindsTheSwitchByAVariable) {
 TEST_F(Programs, CtlTellsThatNoSwitchAnswers) {
   const ProgramResult result = ctl({"ping"});
   EXPECT_EQ(result.status, 2);
-  EXPECT_EQ(result.errors, "stp-switchctl: " + control_ + ": No such file or directory\n");
+  EXPECT_EQ(result.errors,
+            "stp-switchctl: " + control_ + ": No such file or directory (does stp-switchd run?)\n");
 }
 
 TEST_F(Programs, CtlDoesNotWaitForeverForAHungSwitch) {
