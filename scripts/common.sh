@@ -15,6 +15,9 @@ usage_error() {
   exit 2
 }
 
+# Bash hands commands to each other by its files.
+[[ -d /dev/fd/ ]] || die "/proc is not mounted, or /dev/fd does not lead there: mount -t proc proc /proc"
+
 # configure PRESET: a build folder that was copied or moved here is configured anew.
 configure() {
   local cache=$PROJECT_ROOT/build/$1/CMakeCache.txt fresh=

@@ -33,7 +33,7 @@ check_port() {
     usage_error "--port: '$port' is not in 1..$LAST_PORT"
   fi
   ((port >= FIRST_UNPRIVILEGED_PORT)) ||
-    die "UDP port $port is below $FIRST_UNPRIVILEGED_PORT, where only root may listen, and snmpd does not run as root here:" \
+    die "UDP port $port is below $FIRST_UNPRIVILEGED_PORT, where only root may listen, which this snmpd shall not be:" \
       "choose another with --port"
   ! port_is_taken || die "UDP port $port of 127.0.0.1 is taken: choose another with --port"
 }

@@ -39,11 +39,14 @@ choose_service_user() {
   as_service=(setpriv --pdeathsig TERM)
   ((EUID == 0)) || return 0
   chown -R "$SERVICE_USER:" "$work"
-  if service_user_can -x "$BUILD/bin/stp-switchd" && service_user_can -r "$BUILD/lib/libstpsnmp.so" &&
-    service_user_can -r "$scenario" && service_user_can -w "$work"; then
+  local missing=
+  service_user_can -w "$work" || missing=$work
+  service_user_can -r "$scenario" || missing=$scenario
+  { service_user_can -x "$BUILD/bin/stp-switchd" && service_user_can -r "$BUILD/lib/libstpsnmp.so"; } || missing=$BUILD
+  if [[ -z $missing ]]; then
     as_service+=(--reuid="$SERVICE_USER" --regid="$SERVICE_USER" --init-groups)
   else
-    echo "Staying root: $SERVICE_USER cannot reach $BUILD, $scenario or $work"
+    echo "Staying root: $SERVICE_USER cannot reach $missing"
     chown -R root: "$work"
   fi
 }

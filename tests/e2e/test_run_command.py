@@ -564,7 +564,7 @@ def test_bad_scenario_is_named_in_one_line(start_run):
      "run: --port: '127.0.0.1:1161' is an address: snmpd listens on 127.0.0.1, expected the number of a UDP port "
      '(see --help)\n'),
     (['--port', '161'], 1,
-     'run: UDP port 161 is below 1024, where only root may listen, and snmpd does not run as root here: choose another '
+     'run: UDP port 161 is below 1024, where only root may listen, which this snmpd shall not be: choose another '
      'with --port\n'),
     (['--port'], 2, 'run: --port needs a value (see --help)\n'),
     (['--once', '--traps'], 2, 'run: --traps shows what comes after the walk, where --once stops (see --help)\n'),

@@ -54,7 +54,11 @@ def run_lab(scenario, agent_class=Agent, **agent_options):
     # Not below pytest's own folders: the path of a local socket holds 107 bytes.
     directory = Path(tempfile.mkdtemp(prefix='stp-e2e-'))
     switch = Switch(directory, SCENARIOS / scenario)
-    agent = agent_class(directory, switch.socket, **agent_options)
+    try:
+        agent = agent_class(directory, switch.socket, **agent_options)
+    except BaseException:
+        shutil.rmtree(directory)
+        raise
     try:
         switch.start()
         agent.start()
