@@ -101,7 +101,7 @@ struct Overview {
 
 void to_json(nlohmann::json &json, const Overview &overview);
 
-// Into an empty one. Throws stpswitch::Refusal, which names the member, for what is no overview.
+// Into an empty one. Throws stpswitch::Refusal for what is no overview.
 void from_json(const nlohmann::json &json, Overview &overview);
 
 }  // namespace stpoverview
