@@ -3,13 +3,16 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <memory>
 #include <optional>
+#include <string>
 
 #include "base/command_line.h"
 #include "control/control_protocol.h"
-#include "scenario/key_list.h"
-#include "scenario/loader.h"
+#include "keys/key_list.h"
 #include "server/switch_process.h"
+#include "sources/scenario/loader.h"
+#include "sources/scenario/scenario_source.h"
 #include "wire/message.h"
 
 namespace {
@@ -51,6 +54,7 @@ int parse_and_run(int argc, char **argv) {
   stpswitch::ProcessOptions options;
   options.socket = stpplatform::wire::kDefaultSocketPath;
   options.control = stpswitch::control::kDefaultSocketPath;
+  std::string scenario;
   bool only_check = false;
 
   stpswitch::CommandLine line(kName, kDescription, kFooter);
@@ -58,7 +62,7 @@ int parse_and_run(int argc, char **argv) {
                  .description = "The switch to be, a TOML file",
                  .type = "FILE",
                  .required = true},
-                &options.scenario);
+                &scenario);
   line.add_text({.name = "--socket", .description = "Where to listen for commands", .type = "PATH"},
                 &options.socket);
   line.add_text({.name = "--control", .description = "Where to listen for stp-switchctl", .type = "PATH"},
@@ -74,8 +78,11 @@ int parse_and_run(int argc, char **argv) {
   }
   try {
     if (only_check) {
-      stpswitch::load_scenario(options.scenario);
+      stpswitch::load_scenario(scenario);
     } else {
+      options.make_source = [&scenario](stpswitch::EventLoop * /*loop*/) {
+        return std::make_unique<stpswitch::ScenarioSource>(scenario);
+      };
       stpswitch::run_switch(options);
     }
   } catch (const stpswitch::ScenarioError &error) {

@@ -13,10 +13,9 @@ cmd_result answer_global_settings(const Switch &the_switch, const CommandRequest
     return CMD_NO_ENTRY;
   }
   const Settings &settings = the_switch.state().settings;
-  reply->add_number(STP_ATTRIBUTE_MODE, static_cast<uint32_t>(settings.mode));
-  reply->add_number(STP_ATTRIBUTE_PATH_COST_METHOD, static_cast<uint32_t>(settings.path_cost_method));
-  reply->add_number(STP_ATTRIBUTE_PATH_COST_OPER_METHOD,
-                    static_cast<uint32_t>(operational_path_cost_method(settings)));
+  reply->add_choice(STP_ATTRIBUTE_MODE, settings.mode);
+  reply->add_choice(STP_ATTRIBUTE_PATH_COST_METHOD, settings.path_cost_method);
+  reply->add_choice(STP_ATTRIBUTE_PATH_COST_OPER_METHOD, operational_path_cost_method(settings));
   reply->add_flag(STP_ATTRIBUTE_LOOP_GUARD_DEFAULT, settings.loop_guard_default);
   reply->add_number(STP_ATTRIBUTE_HOPS, the_switch.state().mst.max_hops);
   return CMD_OK;

@@ -29,9 +29,15 @@ cmd_result answer_mst_region(const Switch &the_switch, const CommandRequest &req
   }
   const MstRegion &region = the_switch.state().mst;
   reply->add_number(STP_ATTRIBUTE_MST_REGION_REVISION, region.revision);
-  reply->add_octets(STP_ATTRIBUTE_MST_REGION_NAME, region.name);
-  reply->add_octets(STP_ATTRIBUTE_MST_CONFIG_DIGEST, the_switch.config_digest());
-  reply->add_octets(STP_ATTRIBUTE_MST_PRE_STANDARD_DIGEST, the_switch.pre_standard_digest());
+  if (region.name) {
+    reply->add_octets(STP_ATTRIBUTE_MST_REGION_NAME, *region.name);
+  }
+  if (const auto &digest = the_switch.config_digest()) {
+    reply->add_octets(STP_ATTRIBUTE_MST_CONFIG_DIGEST, *digest);
+  }
+  if (const auto &digest = the_switch.pre_standard_digest()) {
+    reply->add_octets(STP_ATTRIBUTE_MST_PRE_STANDARD_DIGEST, *digest);
+  }
   if (wants_everything) {
     add_vlan_map(the_switch, reply);
   }

@@ -15,7 +15,7 @@ void add_path_cost(const BridgePort &port, ReplyBuilder *reply) {
 
 // Without a link there is no type of it.
 void add_link(const BridgePort &port, ReplyBuilder *reply) {
-  if (port.link_up) {
+  if (port.link_up.value_or(false)) {
     reply->add_flag(STP_ATTRIBUTE_POINT_TO_POINT, port.point_to_point);
   }
 }
@@ -31,6 +31,11 @@ void add_mst_flags(const BridgePort &port, ReplyBuilder *reply) {
   reply->add_flag(STP_ATTRIBUTE_PEER, port.interface->peer);
   reply->add_flag(STP_ATTRIBUTE_DISPUTE, port.interface->dispute);
   reply->add_flag(STP_ATTRIBUTE_PRE_STANDARD_PEER, port.interface->pre_standard_neighbor);
+}
+
+// Where an entry lacks one of them, the agent takes all of them for flags that are not set.
+bool has_mst_flags(const Interface &interface) {
+  return interface.edge && interface.boundary && interface.peer && interface.dispute;
 }
 
 // What the two commands differ in when they are asked for a port of a tree.
@@ -63,7 +68,7 @@ cmd_result answer_tree_ports(const Switch &the_switch, const TreePortCommand &co
   reply->add_number(STP_ATTRIBUTE_PORT_TREE, entry->tree);
   reply->add_number(STP_ATTRIBUTE_INTERFACE, entry->if_index);
   add_path_cost(port, reply);
-  reply->add_number(STP_ATTRIBUTE_PORT_ROLE, static_cast<uint32_t>(role_in(entry->tree, port)));
+  reply->add_choice(STP_ATTRIBUTE_PORT_ROLE, role_in(entry->tree, port));
   command.add_flags(port, reply);
   return CMD_OK;
 }
@@ -93,7 +98,10 @@ cmd_result answer_mst_ports(const Switch &the_switch, const CommandRequest &requ
   if (!has_keys(request, {kMst.interface})) {
     return answer_tree_ports(the_switch, kMst, request, reply);
   }
-  if (the_switch.state().settings.mode != SpanningTreeMode::kMst) {
+  const BridgePorts &ports = the_switch.bridge_ports();
+  const auto entry = find_entry(ports, request.action, asked_interface(request, kMst.interface));
+  if (the_switch.state().settings.mode != SpanningTreeMode::kMst || entry == ports.end() ||
+      !has_mst_flags(*entry->second.interface)) {
     return CMD_NO_ENTRY;
   }
   return answer_bridge_port(the_switch, request, kMst.interface, add_mst_port, reply);

@@ -16,22 +16,20 @@ cmd_result answer_settings(const Switch &the_switch, const CommandRequest &reque
   return answer_bridge_port(the_switch, request, STP_KEY_INTERFACE, add_settings, reply);
 }
 
-void add_guard(Guard guard, ReplyBuilder *reply) {
-  reply->add_number(STP_ATTRIBUTE_GUARD, static_cast<uint32_t>(guard));
-}
-
 }  // namespace
 
 cmd_result answer_root_guard(const Switch &the_switch, const CommandRequest &request, ReplyBuilder *reply) {
   constexpr AddSettings kAddRootGuard = [](const BridgePort &port, ReplyBuilder *to) {
-    add_guard(port.interface->root_guard ? Guard::kEnabled : Guard::kDisabled, to);
+    if (const auto &is_on = port.interface->root_guard) {
+      to->add_choice(STP_ATTRIBUTE_GUARD, std::optional(*is_on ? Guard::kEnabled : Guard::kDisabled));
+    }
   };
   return answer_settings(the_switch, request, kAddRootGuard, reply);
 }
 
 cmd_result answer_loop_guard(const Switch &the_switch, const CommandRequest &request, ReplyBuilder *reply) {
   constexpr AddSettings kAddLoopGuard = [](const BridgePort &port, ReplyBuilder *to) {
-    add_guard(port.interface->loop_guard, to);
+    to->add_choice(STP_ATTRIBUTE_GUARD, port.interface->loop_guard);
   };
   return answer_settings(the_switch, request, kAddLoopGuard, reply);
 }
@@ -39,7 +37,7 @@ cmd_result answer_loop_guard(const Switch &the_switch, const CommandRequest &req
 cmd_result answer_port_settings(const Switch &the_switch, const CommandRequest &request,
                                 ReplyBuilder *reply) {
   constexpr AddSettings kAddPortSettings = [](const BridgePort &port, ReplyBuilder *to) {
-    to->add_number(STP_ATTRIBUTE_LINK_TYPE, static_cast<uint32_t>(port.interface->link_type));
+    to->add_choice(STP_ATTRIBUTE_LINK_TYPE, port.interface->link_type);
     to->add_flag(STP_ATTRIBUTE_PRE_STANDARD_MST, port.interface->pre_standard_mst);
   };
   return answer_settings(the_switch, request, kAddPortSettings, reply);

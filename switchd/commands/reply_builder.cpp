@@ -12,8 +12,10 @@ namespace wire = stpplatform::wire;
 
 ReplyBuilder::ReplyBuilder() : packet_(sizeof(wire::Reply)) {}
 
-void ReplyBuilder::add_number(stp_attribute attribute, uint32_t value) {
-  add(attribute, &value, sizeof value);
+void ReplyBuilder::add_number(stp_attribute attribute, std::optional<uint32_t> value) {
+  if (value) {
+    add(attribute, &*value, sizeof *value);
+  }
 }
 
 void ReplyBuilder::add_octets(stp_attribute attribute, std::span<const uint8_t> octets) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -15,8 +16,13 @@ class ReplyBuilder {
  public:
   ReplyBuilder();
 
-  void add_number(stp_attribute attribute, uint32_t value);
-  void add_flag(stp_attribute attribute, bool flag) { add_number(attribute, flag ? 1 : 0); }
+  // A value that nobody knows is left out.
+  void add_number(stp_attribute attribute, std::optional<uint32_t> value);
+  void add_flag(stp_attribute attribute, std::optional<bool> flag) { add_number(attribute, flag); }
+  template <class Choice>
+  void add_choice(stp_attribute attribute, const std::optional<Choice> &choice) {
+    add_number(attribute, choice ? std::optional(static_cast<uint32_t>(*choice)) : std::nullopt);
+  }
   void add_octets(stp_attribute attribute, std::span<const uint8_t> octets);
   void add_octets(stp_attribute attribute, std::string_view octets);
 

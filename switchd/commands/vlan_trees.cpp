@@ -14,7 +14,7 @@ cmd_result answer_vlan_trees(const Switch &the_switch, const CommandRequest &req
     return CMD_BAD_REQUEST;
   }
   const SwitchState &state = the_switch.state();
-  reply->add_number(STP_ATTRIBUTE_MODE, static_cast<uint32_t>(state.settings.mode));
+  reply->add_choice(STP_ATTRIBUTE_MODE, state.settings.mode);
   if (state.settings.mode == SpanningTreeMode::kMst) {
     return CMD_OK;
   }

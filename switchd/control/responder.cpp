@@ -10,9 +10,9 @@
 #include "base/log.h"
 #include "control/control_protocol.h"
 #include "control/switch_overview.h"
+#include "keys/config_error.h"
+#include "keys/keys.h"
 #include "model/refusal.h"
-#include "scenario/config_error.h"
-#include "scenario/keys.h"
 
 namespace stpswitch {
 namespace {
@@ -91,18 +91,28 @@ json answer_overview(const Request &request, const Switch &the_switch) {
   return answer;
 }
 
-json answer_set(const Request &request, Switch *the_switch) {
+// As the switch has it now; none when it was taken back.
+std::string value_of(const std::string &key, const Switch &the_switch) {
+  const auto section = values_below(the_switch.state(), key.substr(0, key.rfind('.')));
+  const auto found =
+      std::find_if(section.begin(), section.end(), [&key](const auto &value) { return value.first == key; });
+  return found != section.end() ? print_value(found->second) : "";
+}
+
+json answer_set(const Request &request, const Source &source, Switch *the_switch) {
   request.allow_members({control::kOperation, control::kKey, control::kValue});
   const std::string key = request.text(control::kKey);
-  the_switch->replace(with_value(the_switch->state(), key, request.text(control::kValue)));
-  log_line(key + " = " + print_value(values_below(the_switch->state(), key).front().second));
+  the_switch->replace(source.with_value(the_switch->state(), key, request.text(control::kValue)));
+  log_line(key + " = " + value_of(key, *the_switch));
   return success();
 }
 
-json answer_reset(const Request &request, const SwitchState &scenario, Switch *the_switch, Faults *faults) {
+json answer_reset(const Request &request, const Source &source, Switch *the_switch, Faults *faults) {
   request.allow_members({control::kOperation});
   faults->order(FaultKind::kNone, {}, std::nullopt);
-  the_switch->replace(scenario);
+  if (auto original = source.original()) {
+    the_switch->replace(std::move(*original));
+  }
   log_line("reset");
   return success();
 }
@@ -171,10 +181,10 @@ std::string ControlResponder::answer(std::string_view text) {
       return answer_overview(request, switch_).dump();
     }
     if (operation == control::kSet) {
-      return answer_set(request, &switch_).dump();
+      return answer_set(request, source_, &switch_).dump();
     }
     if (operation == control::kReset) {
-      return answer_reset(request, scenario_, &switch_, &faults_).dump();
+      return answer_reset(request, source_, &switch_, &faults_).dump();
     }
     if (operation == control::kFault) {
       return answer_fault(request, &faults_).dump();

@@ -6,20 +6,21 @@
 
 #include "faults/faults.h"
 #include "model/switch.h"
+#include "sources/source.h"
 
 namespace stpswitch {
 
 class ControlResponder {
  public:
-  // Both must outlive the responder. The switch is as its scenario says: a reset leads back to that.
-  ControlResponder(Switch *the_switch, Faults *faults)
-      : scenario_(the_switch->state()), switch_(*the_switch), faults_(*faults) {}
+  // All must outlive the responder. The switch is as its source says.
+  ControlResponder(const Source *source, Switch *the_switch, Faults *faults)
+      : source_(*source), switch_(*the_switch), faults_(*faults) {}
 
   // The answer to one request, each without the end of its line. Never throws for what a request says.
   std::string answer(std::string_view request);
 
  private:
-  const SwitchState scenario_;
+  const Source &source_;
   Switch &switch_;
   Faults &faults_;
 };

@@ -1,5 +1,7 @@
 #include "control/switch_overview.h"
 
+#include <optional>
+
 #include "base/hex_octets.h"
 
 namespace stpswitch {
@@ -7,10 +9,10 @@ namespace {
 
 namespace view = stpoverview;
 
-std::set<view::Flag> flags_of(const Interface &interface, SpanningTreeMode mode) {
+std::set<view::Flag> flags_of(const Interface &interface, std::optional<SpanningTreeMode> mode) {
   std::set<view::Flag> flags;
-  const auto add_if = [&flags](bool is_set, view::Flag flag) {
-    if (is_set) {
+  const auto add_if = [&flags](const std::optional<bool> &is_set, view::Flag flag) {
+    if (is_set.value_or(false)) {
       flags.insert(flag);
     }
   };
@@ -26,44 +28,63 @@ std::set<view::Flag> flags_of(const Interface &interface, SpanningTreeMode mode)
 
 std::set<view::Guard> guards_of(const Interface &interface, const Settings &settings) {
   std::set<view::Guard> guards;
-  if (interface.root_guard) {
+  if (interface.root_guard.value_or(false)) {
     guards.insert(view::Guard::kRoot);
   }
   if (interface.loop_guard == Guard::kEnabled ||
-      (interface.loop_guard == Guard::kDefault && settings.loop_guard_default)) {
+      (interface.loop_guard == Guard::kDefault && settings.loop_guard_default.value_or(false))) {
     guards.insert(view::Guard::kLoop);
   }
   return guards;
 }
 
-view::Link link_of(const BridgePort &port) {
-  if (!port.link_up) {
+std::optional<view::Link> link_of(const BridgePort &port) {
+  if (port.link_up == false) {
     return view::Link::kDown;
   }
-  return port.point_to_point ? view::Link::kPointToPoint : view::Link::kShared;
+  if (!port.link_up || !port.point_to_point) {
+    return std::nullopt;
+  }
+  return *port.point_to_point ? view::Link::kPointToPoint : view::Link::kShared;
 }
 
-constexpr auto kRoles =
-    std::to_array<std::pair<PortRole, view::Role>>({{PortRole::kRoot, view::Role::kRoot},
-                                                    {PortRole::kAlternate, view::Role::kAlternate},
-                                                    {PortRole::kBackup, view::Role::kBackup}});
+std::optional<view::Role> shown_role(PortRole role) {
+  switch (role) {
+    case PortRole::kRoot:
+      return view::Role::kRoot;
+    case PortRole::kDesignated:
+      return view::Role::kDesignated;
+    case PortRole::kAlternate:
+      return view::Role::kAlternate;
+    case PortRole::kBackup:
+      return view::Role::kBackup;
+    case PortRole::kDisabled:
+      break;
+  }
+  return std::nullopt;
+}
 
-// Designated where nothing else is stated.
-std::map<view::Role, TreeSet> roles_of(const BridgePort &port, TreeSet trees) {
+void add_role(PortRole role, TreeSet trees, const TreeSet &among, std::map<view::Role, TreeSet> *roles) {
+  trees.intersect(among);
+  const auto shown = shown_role(role);
+  if (shown && !trees.is_empty()) {
+    roles->emplace(*shown, trees);
+  }
+}
+
+std::map<view::Role, TreeSet> roles_of(const BridgePort &port, const TreeSet &trees) {
   std::map<view::Role, TreeSet> roles;
-  if (!port.link_up) {
+  if (port.link_up == false) {
     return roles;
   }
-  for (const auto &[stated, role] : kRoles) {
-    const auto some = port.interface->roles.find(stated);
-    if (some != port.interface->roles.end() && some->second.overlaps(trees)) {
-      roles[role] = some->second;
-      roles[role].intersect(trees);
-      trees.erase(some->second);
-    }
+  const PerTree<PortRole> &stated = port.interface->role;
+  TreeSet elsewhere = trees;
+  for (const auto &[role, some] : stated.exceptions) {
+    add_role(role, some, elsewhere, &roles);
+    elsewhere.erase(some);
   }
-  if (!trees.is_empty()) {
-    roles.emplace(view::Role::kDesignated, trees);
+  if (stated.elsewhere) {
+    add_role(*stated.elsewhere, elsewhere, elsewhere, &roles);
   }
   return roles;
 }
@@ -97,10 +118,16 @@ view::Port port_of(const Switch &the_switch, uint32_t if_index, const BridgePort
 
 void add_mst(const Switch &the_switch, view::Overview *overview) {
   const SwitchState &state = the_switch.state();
-  overview->region = {state.mst.name, state.mst.revision, print_hex_octets(the_switch.config_digest(), "")};
-  overview->regional_root = {std::to_string(state.mst_cist.regional_root_priority) + " / " +
-                                 print_mac_address(state.mst_cist.regional_root_mac),
-                             state.mst_cist.internal_root_path_cost};
+  if (const auto &digest = the_switch.config_digest()) {
+    overview->region = {state.mst.name.value_or(""), state.mst.revision.value_or(0),
+                        print_hex_octets(*digest, "")};
+  }
+  const MstCist &cist = state.mst_cist;
+  if (cist.regional_root_priority && cist.regional_root_mac && cist.internal_root_path_cost) {
+    overview->regional_root = {
+        std::to_string(*cist.regional_root_priority) + " / " + print_mac_address(*cist.regional_root_mac),
+        *cist.internal_root_path_cost};
+  }
   for (const auto &[instance, vlans] : the_switch.mst_vlan_map()) {
     overview->trees.emplace(instance, view::Tree{vlans, the_switch.mst_remaining_hops().at(instance)});
   }
@@ -121,10 +148,10 @@ void add_rapid_pvst(const Switch &the_switch, view::Overview *overview) {
 view::Overview overview_of(const Switch &the_switch) {
   view::Overview overview;
   overview.name = the_switch.state().settings.name;
-  if (the_switch.state().settings.mode == SpanningTreeMode::kMst) {
+  if (const auto mode = the_switch.state().settings.mode; mode == SpanningTreeMode::kMst) {
     overview.mode = view::Mode::kMst;
     add_mst(the_switch, &overview);
-  } else {
+  } else if (mode == SpanningTreeMode::kRapidPvst) {
     overview.mode = view::Mode::kRapidPvst;
     add_rapid_pvst(the_switch, &overview);
   }

@@ -8,12 +8,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "wire/if_index.h"
-
 namespace stpswitch {
 namespace {
-
-namespace wire = stpplatform::wire;
 
 // IEEE 802.1Q clause 13.8: the signature key of the Configuration Digest.
 constexpr std::array<uint8_t, 16> kSignatureKey = {0x13, 0xAC, 0x06, 0xA6, 0x2E, 0x47, 0xFD, 0x51,
@@ -56,9 +52,14 @@ TreeSet rapid_pvst_trees_of(const SwitchState &state, const VlanSet &vlans) {
 }
 
 // IEEE 802.1D clause 6.4.3. The members of a port-channel are full duplex (IEEE 802.1AX).
-bool is_point_to_point(LinkType configured, bool half_duplex) {
-  return configured == LinkType::kAuto ? !half_duplex : configured == LinkType::kPointToPoint;
+std::optional<bool> is_point_to_point(std::optional<LinkType> configured, std::optional<bool> half_duplex) {
+  if (!configured || *configured != LinkType::kAuto) {
+    return configured ? std::optional(*configured == LinkType::kPointToPoint) : std::nullopt;
+  }
+  return half_duplex ? std::optional(!*half_duplex) : std::nullopt;
 }
+
+bool is_mst(const SwitchState &state) { return state.settings.mode == SpanningTreeMode::kMst; }
 
 struct FreeMac {
   void operator()(EVP_MAC *mac) const { EVP_MAC_free(mac); }
@@ -67,49 +68,55 @@ struct FreeMac {
 
 }  // namespace
 
-PathCostMethod operational_path_cost_method(const Settings &settings) {
-  return settings.mode == SpanningTreeMode::kMst ? PathCostMethod::kLong : settings.path_cost_method;
+std::optional<PathCostMethod> operational_path_cost_method(const Settings &settings) {
+  const bool is_long = settings.path_cost_method && settings.mode == SpanningTreeMode::kMst;
+  return is_long ? PathCostMethod::kLong : settings.path_cost_method;
 }
 
-std::set<uint32_t> port_channels_up(const SwitchState &state) {
-  std::set<uint32_t> up;
+std::map<uint32_t, std::optional<bool>> links_of_channels(const SwitchState &state) {
+  std::map<uint32_t, std::optional<bool>> links;
+  for (const auto &[number, channel] : state.port_channels) {
+    links.emplace(number, channel.link_up.value_or(false));
+  }
   for (const auto &[number, port] : state.ports) {
-    if (port.channel != 0 && port.link_up) {
-      up.insert(port.channel);
+    if (port.channel == 0 || state.port_channels.at(port.channel).link_up) {
+      continue;
+    }
+    std::optional<bool> &link = links.at(port.channel);
+    if (link != true && port.link_up != false) {
+      link = port.link_up;
     }
   }
-  return up;
+  return links;
 }
 
 bool is_bridge_port(const Port &port) { return port.switchport && port.channel == 0; }
 
 BridgePorts bridge_ports(const SwitchState &state) {
   constexpr bool kChannelsAreHalfDuplex = false;
-  const std::set<uint32_t> channels_up = port_channels_up(state);
   BridgePorts bridge_ports;
+  if (!state.settings.mode) {
+    return bridge_ports;
+  }
+  const std::map<uint32_t, std::optional<bool>> links = links_of_channels(state);
   for (const auto &[number, channel] : state.port_channels) {
-    bridge_ports.emplace(wire::if_index_of(IF_TYPE_PORT_CHANNEL, number),
-                         BridgePort{&channel, channels_up.contains(number),
-                                    is_point_to_point(channel.link_type, kChannelsAreHalfDuplex)});
+    bridge_ports.emplace(
+        channel.numbers.if_index,
+        BridgePort{&channel, links.at(number), is_point_to_point(channel.link_type, kChannelsAreHalfDuplex)});
   }
   for (const auto &[number, port] : state.ports) {
     if (is_bridge_port(port)) {
       bridge_ports.emplace(
-          wire::if_index_of(IF_TYPE_PHYSICAL, number),
+          port.numbers.if_index,
           BridgePort{&port, port.link_up, is_point_to_point(port.link_type, port.half_duplex)});
     }
   }
   return bridge_ports;
 }
 
-PortRole role_in(uint32_t tree, const BridgePort &port) {
-  if (!port.link_up) {
-    return PortRole::kDisabled;
-  }
-  const auto &roles = port.interface->roles;
-  const auto stated = std::find_if(roles.begin(), roles.end(),
-                                   [tree](const auto &entry) { return entry.second.contains(tree); });
-  return stated != roles.end() ? stated->first : PortRole::kDesignated;
+std::optional<PortRole> role_in(uint32_t tree, const BridgePort &port) {
+  const std::optional<PortRole> stated = port.interface->role.in(tree);
+  return stated && port.link_up == false ? PortRole::kDisabled : stated;
 }
 
 std::set<uint32_t> vlans_in_use(const BridgePorts &ports) {
@@ -128,7 +135,10 @@ std::set<uint32_t> vlans_in_use(const BridgePorts &ports) {
 
 TreeSet running_trees(const SwitchState &state, const std::set<uint32_t> &vlans_in_use) {
   TreeSet trees;
-  if (state.settings.mode == SpanningTreeMode::kMst) {
+  if (!state.settings.mode) {
+    return trees;
+  }
+  if (is_mst(state)) {
     trees.insert(kCistId);
     for (const auto &[id, instance] : state.mst_instances) {
       trees.insert(id);
@@ -145,9 +155,8 @@ TreeSet running_trees(const SwitchState &state, const std::set<uint32_t> &vlans_
 TreePorts tree_ports(const SwitchState &state, const BridgePorts &ports) {
   TreePorts tree_ports;
   for (const auto &[if_index, port] : ports) {
-    tree_ports.insert(if_index, state.settings.mode == SpanningTreeMode::kMst
-                                    ? mst_trees_of(state, port.interface->vlans)
-                                    : rapid_pvst_trees_of(state, port.interface->vlans));
+    tree_ports.insert(if_index, is_mst(state) ? mst_trees_of(state, port.interface->vlans)
+                                              : rapid_pvst_trees_of(state, port.interface->vlans));
   }
   return tree_ports;
 }
@@ -164,6 +173,9 @@ VlanSet cist_vlans(const SwitchState &state) {
 }
 
 std::map<uint32_t, VlanSet> mst_vlan_map(const SwitchState &state) {
+  if (!state.settings.mode) {
+    return {};
+  }
   std::map<uint32_t, VlanSet> map = {{kCistId, cist_vlans(state)}};
   for (const auto &[id, instance] : state.mst_instances) {
     map.emplace(id, instance.vlans);
@@ -171,15 +183,21 @@ std::map<uint32_t, VlanSet> mst_vlan_map(const SwitchState &state) {
   return map;
 }
 
-std::map<uint32_t, uint32_t> mst_remaining_hops(const SwitchState &state) {
-  std::map<uint32_t, uint32_t> hops = {{kCistId, state.mst_cist.remaining_hops}};
+std::map<uint32_t, std::optional<uint32_t>> mst_remaining_hops(const SwitchState &state) {
+  if (!state.settings.mode) {
+    return {};
+  }
+  std::map<uint32_t, std::optional<uint32_t>> hops = {{kCistId, state.mst_cist.remaining_hops}};
   for (const auto &[id, instance] : state.mst_instances) {
     hops.emplace(id, instance.remaining_hops);
   }
   return hops;
 }
 
-MstDigest mst_config_digest(const SwitchState &state) {
+std::optional<MstDigest> mst_config_digest(const SwitchState &state) {
+  if (!state.mst.name) {
+    return std::nullopt;
+  }
   const ConfigurationTable table = configuration_table(state);
   const std::unique_ptr<EVP_MAC, FreeMac> mac(EVP_MAC_fetch(nullptr, "HMAC", nullptr));
   const std::unique_ptr<EVP_MAC_CTX, FreeMac> context(mac ? EVP_MAC_CTX_new(mac.get()) : nullptr);

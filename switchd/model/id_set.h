@@ -32,6 +32,8 @@ class IdSet {
 
   const std::array<uint8_t, STP_VLAN_BITMAP_SIZE> &octets() const { return octets_; }
 
+  bool operator==(const IdSet &) const = default;
+
  private:
   static constexpr uint32_t kBitsPerOctet = 8;
   static constexpr uint32_t kEnd = STP_VLAN_BITMAP_SIZE * kBitsPerOctet;

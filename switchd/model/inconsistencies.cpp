@@ -23,7 +23,7 @@ bool comes_before(const InconsistencyEvent &one, const InconsistencyEvent &other
   return std::tie(one.kind, one.tree, one.if_index) < std::tie(other.kind, other.tree, other.if_index);
 }
 
-const TreePorts &single_vlan_tree_ports(SpanningTreeMode mode, const TreePorts &tree_ports) {
+const TreePorts &single_vlan_tree_ports(std::optional<SpanningTreeMode> mode, const TreePorts &tree_ports) {
   static const TreePorts kNone;
   return mode == SpanningTreeMode::kRapidPvst ? tree_ports : kNone;
 }
@@ -66,7 +66,8 @@ TreePorts InconsistencyReport::changes_from(const InconsistencyReport &before) c
   return changes;
 }
 
-Inconsistencies::Inconsistencies(SpanningTreeMode mode, const BridgePorts &ports, const TreePorts &tree_ports)
+Inconsistencies::Inconsistencies(std::optional<SpanningTreeMode> mode, const BridgePorts &ports,
+                                 const TreePorts &tree_ports)
     : pvid_and_type({Inconsistency::kPvid, Inconsistency::kType}, ports,
                     single_vlan_tree_ports(mode, tree_ports)),
       loop({Inconsistency::kLoop}, ports, tree_ports),

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "model/derived.h"
@@ -31,7 +32,8 @@ class InconsistencyReport {
 };
 
 struct Inconsistencies {
-  Inconsistencies(SpanningTreeMode mode, const BridgePorts &ports, const TreePorts &tree_ports);
+  Inconsistencies(std::optional<SpanningTreeMode> mode, const BridgePorts &ports,
+                  const TreePorts &tree_ports);
 
   InconsistencyReport pvid_and_type;  // of trees of single VLANs only
   InconsistencyReport loop;

@@ -16,14 +16,17 @@ Switch::Derived::Derived(const SwitchState &state)
 
 Switch::Switch(SwitchState state) : state_(std::move(state)), derived_(state_) {}
 
-const MstDigest &Switch::pre_standard_digest() const {
-  return state_.mst.pre_standard_digest ? *state_.mst.pre_standard_digest : config_digest();
+const std::optional<MstDigest> &Switch::pre_standard_digest() const {
+  return state_.mst.pre_standard_digest ? state_.mst.pre_standard_digest : config_digest();
 }
 
 void Switch::replace(SwitchState state) {
   // All that can fail comes first; moving a state leaves its ports where the bridge ports point.
   Derived derived(state);
-  const auto events = inconsistency_events(inconsistencies(), derived.inconsistencies, state.settings.mode);
+  // Where spanning tree has gone, what was inconsistent in its last mode is so no more.
+  const auto mode = state.settings.mode ? state.settings.mode : state_.settings.mode;
+  const auto events = mode ? inconsistency_events(inconsistencies(), derived.inconsistencies, *mode)
+                           : std::vector<InconsistencyEvent>();
   state_ = std::move(state);
   derived_ = std::move(derived);
   if (listener_) {

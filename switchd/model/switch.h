@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -21,11 +23,13 @@ class Switch {
   Switch &operator=(const Switch &) = delete;
 
   const SwitchState &state() const { return state_; }
-  const MstDigest &config_digest() const { return derived_.config_digest; }
-  const MstDigest &pre_standard_digest() const;
+  const std::optional<MstDigest> &config_digest() const { return derived_.config_digest; }
+  const std::optional<MstDigest> &pre_standard_digest() const;
   // By instance, the CIST included.
   const std::map<uint32_t, VlanSet> &mst_vlan_map() const { return derived_.mst_vlan_map; }
-  const std::map<uint32_t, uint32_t> &mst_remaining_hops() const { return derived_.mst_remaining_hops; }
+  const std::map<uint32_t, std::optional<uint32_t>> &mst_remaining_hops() const {
+    return derived_.mst_remaining_hops;
+  }
   const BridgePorts &bridge_ports() const { return derived_.bridge_ports; }
   const std::set<uint32_t> &vlans_in_use() const { return derived_.vlans_in_use; }
   const TreeSet &running_trees() const { return derived_.running_trees; }
@@ -47,9 +51,9 @@ class Switch {
   struct Derived {
     explicit Derived(const SwitchState &state);
 
-    MstDigest config_digest;
+    std::optional<MstDigest> config_digest;
     std::map<uint32_t, VlanSet> mst_vlan_map;
-    std::map<uint32_t, uint32_t> mst_remaining_hops;
+    std::map<uint32_t, std::optional<uint32_t>> mst_remaining_hops;
     BridgePorts bridge_ports;
     std::set<uint32_t> vlans_in_use;
     TreeSet running_trees;

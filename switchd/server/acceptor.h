@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "server/event_loop.h"
+#include "base/event_loop.h"
 #include "server/unix_listener.h"
 #include "wire/owned_fd.h"
 

@@ -7,10 +7,10 @@
 #include <span>
 #include <string>
 
+#include "base/event_loop.h"
 #include "commands/packet.h"
 #include "faults/faults.h"
 #include "model/switch.h"
-#include "server/event_loop.h"
 #include "server/event_packet.h"
 #include "wire/owned_fd.h"
 

@@ -6,8 +6,8 @@
 #include <functional>
 #include <memory>
 
+#include "base/event_loop.h"
 #include "control/responder.h"
-#include "server/event_loop.h"
 #include "wire/owned_fd.h"
 
 namespace stpswitch {

@@ -16,10 +16,8 @@ namespace wire = stpplatform::wire;
 
 SnapshotPublisher::SnapshotPublisher(const Switch *the_switch)
     : switch_(*the_switch),
-      capacity_(interface_count(switch_.state())),
-      size_(static_cast<uint32_t>(wire::snapshot_size(capacity_))),
       fd_(::memfd_create("stp-switch-snapshot", MFD_CLOEXEC | MFD_ALLOW_SEALING)),
-      next_slot_(wire::snapshot_slot_size(capacity_)) {
+      next_slot_(wire::snapshot_slot_size(wire::kMaxInterfaces)) {
   map_memory();
   seal();
   publish();
@@ -27,20 +25,21 @@ SnapshotPublisher::SnapshotPublisher(const Switch *the_switch)
 
 SnapshotPublisher::~SnapshotPublisher() {
   if (memory_ != nullptr) {
-    ::munmap(memory_, size_);
+    ::munmap(memory_, size());
   }
 }
 
 void SnapshotPublisher::map_memory() {
-  if (!fd_.is_open() || ::ftruncate(fd_.get(), size_) != 0) {
+  if (!fd_.is_open() || ::ftruncate(fd_.get(), size()) != 0) {
     throw system_failure("cannot create the shared snapshot");
   }
-  void *const memory = ::mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_SHARED, fd_.get(), 0);
+  void *const memory = ::mmap(nullptr, size(), PROT_READ | PROT_WRITE, MAP_SHARED, fd_.get(), 0);
   if (memory == MAP_FAILED) {
     throw system_failure("cannot map the shared snapshot");
   }
   memory_ = static_cast<uint8_t *>(memory);
-  head_ = new (memory) wire::SnapshotHead{wire::kSnapshotMagic, wire::kSnapshotVersion, size_, capacity_, {}};
+  head_ = new (memory)
+      wire::SnapshotHead{wire::kSnapshotMagic, wire::kSnapshotVersion, size(), wire::kMaxInterfaces, {}};
 }
 
 // This process keeps its mapping; nobody else can ever write, and a reader's mapping cannot lose its pages.
@@ -52,12 +51,12 @@ void SnapshotPublisher::seal() const {
 }
 
 void SnapshotPublisher::publish() {
-  fill_snapshot_slot(switch_, next_slot_);
+  const size_t filled = fill_snapshot_slot(switch_, next_slot_);
   const uint64_t generation = head_->generation.load(std::memory_order_relaxed) + 1;
   // Readers of the slot that is overwritten must see the generation that left it before they see new data.
   std::atomic_thread_fence(std::memory_order_release);
-  std::memcpy(memory_ + wire::snapshot_slot_offset(capacity_, generation), next_slot_.data(),
-              next_slot_.size());
+  std::memcpy(memory_ + wire::snapshot_slot_offset(wire::kMaxInterfaces, generation), next_slot_.data(),
+              filled);
   head_->generation.store(generation, std::memory_order_release);
 }
 

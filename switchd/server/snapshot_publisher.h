@@ -12,7 +12,8 @@ namespace stpswitch {
 
 class SnapshotPublisher {
  public:
-  // Publishes the switch's present state, with room for as many interfaces as it has.
+  // Publishes the switch's present state. There is room for every interface that any switch can have, so that
+  // ports may come: memory is used where a state has been, and nowhere else.
   explicit SnapshotPublisher(const Switch *the_switch);
   ~SnapshotPublisher();
   SnapshotPublisher(const SnapshotPublisher &) = delete;
@@ -22,15 +23,13 @@ class SnapshotPublisher {
   void publish();
 
   int fd() const { return fd_.get(); }
-  uint32_t size() const { return size_; }
+  static constexpr uint32_t size() { return stpplatform::wire::kMaxSnapshotSize; }
 
  private:
   void map_memory();
   void seal() const;
 
   const Switch &switch_;
-  uint32_t capacity_;
-  uint32_t size_;
   stpplatform::OwnedFd fd_;
   uint8_t *memory_ = nullptr;
   stpplatform::wire::SnapshotHead *head_ = nullptr;

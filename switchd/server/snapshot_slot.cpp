@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
 #include "model/derived.h"
-#include "wire/if_index.h"
 #include "wire/snapshot.h"
 
 namespace stpswitch {
@@ -16,17 +16,26 @@ void copy_vlans(const VlanSet &vlans, uint8_t (&octets)[STP_VLAN_BITMAP_SIZE]) {
   std::copy(vlans.octets().begin(), vlans.octets().end(), octets);
 }
 
-uint8_t oper_status(bool is_up) { return static_cast<uint8_t>(is_up ? IF_OPER_UP : IF_OPER_DOWN); }
+// A link that nobody knows of is none that anything may rely on.
+uint8_t oper_status(const std::optional<bool> &is_up) {
+  return static_cast<uint8_t>(is_up.value_or(false) ? IF_OPER_UP : IF_OPER_DOWN);
+}
 
 class SlotFiller {
  public:
-  explicit SlotFiller(std::span<uint8_t> slot) : slot_(slot) { std::fill(slot.begin(), slot.end(), 0); }
+  explicit SlotFiller(std::span<uint8_t> slot) : slot_(slot) {}
 
-  // In ascending order of if_index.
+  // In ascending order of if_index. Bridge ports, which have numbers, all have a place; of more members of
+  // port-channels than a slot holds, the last have none.
   void add(const wire::SnapshotInterface &interface) {
+    if (head_.interface_count == wire::kMaxInterfaces) {
+      return;
+    }
     const size_t position = head_.interface_count++;
     std::memcpy(slot_.data() + sizeof head_ + position * sizeof interface, &interface, sizeof interface);
-    head_.interface_of_port[interface.base_port] = static_cast<uint16_t>(position + 1);
+    if (interface.base_port != 0) {
+      head_.interface_of_port[interface.base_port] = static_cast<uint16_t>(position + 1);
+    }
   }
 
   void add_mst_instance(uint32_t id, const VlanSet &vlans) {
@@ -35,32 +44,39 @@ class SlotFiller {
     copy_vlans(vlans, instance.vlans);
   }
 
-  void finish() { std::memcpy(slot_.data(), &head_, sizeof head_); }
+  // Returns how much of the slot is filled.
+  size_t finish() {
+    std::memcpy(slot_.data(), &head_, sizeof head_);
+    return sizeof head_ + head_.interface_count * sizeof(wire::SnapshotInterface);
+  }
 
  private:
   std::span<uint8_t> slot_;
   wire::SnapshotSlot head_{};
 };
 
-wire::SnapshotInterface channel_interface(uint32_t number, const PortChannel &channel, bool is_up) {
+wire::SnapshotInterface numbered_interface(const Interface &from) {
   wire::SnapshotInterface interface {};
-  interface.if_index = wire::if_index_of(IF_TYPE_PORT_CHANNEL, number);
-  interface.base_port = static_cast<uint16_t>(wire::kChannelBasePortOffset + number);
-  interface.oper_status = oper_status(is_up);
+  interface.if_index = from.numbers.if_index;
+  interface.base_port = static_cast<uint16_t>(from.numbers.bridge_port);
+  return interface;
+}
+
+wire::SnapshotInterface channel_interface(const PortChannel &channel, const std::optional<bool> &link) {
+  wire::SnapshotInterface interface = numbered_interface(channel);
+  interface.oper_status = oper_status(link);
   interface.switched = 1;
   copy_vlans(channel.vlans, interface.vlans);
   return interface;
 }
 
 // A member's VLANs are its port-channel's, and a port outside bridging is a member of none.
-wire::SnapshotInterface port_interface(uint32_t number, const Port &port) {
-  wire::SnapshotInterface interface {};
-  interface.if_index = wire::if_index_of(IF_TYPE_PHYSICAL, number);
-  interface.base_port = static_cast<uint16_t>(wire::kPhysicalBasePortOffset + number);
+wire::SnapshotInterface port_interface(const SwitchState &state, const Port &port) {
+  wire::SnapshotInterface interface = numbered_interface(port);
   interface.oper_status = oper_status(port.link_up);
   interface.switched = port.switchport ? 1 : 0;
   if (port.channel != 0) {
-    interface.pc_if_index = wire::if_index_of(IF_TYPE_PORT_CHANNEL, port.channel);
+    interface.pc_if_index = state.port_channels.at(port.channel).numbers.if_index;
     interface.channel = static_cast<uint16_t>(port.channel);
   }
   if (is_bridge_port(port)) {
@@ -69,26 +85,32 @@ wire::SnapshotInterface port_interface(uint32_t number, const Port &port) {
   return interface;
 }
 
-}  // namespace
-
-uint32_t interface_count(const SwitchState &state) {
-  return static_cast<uint32_t>(state.ports.size() + state.port_channels.size());
+// Where no spanning tree runs there are no bridge ports. The agent answers for one without a link unasked.
+wire::SnapshotInterface outside_bridging(wire::SnapshotInterface interface) {
+  interface.base_port = 0;
+  std::fill(std::begin(interface.vlans), std::end(interface.vlans), uint8_t{0});
+  return interface;
 }
 
-void fill_snapshot_slot(const Switch &the_switch, std::span<uint8_t> slot) {
+}  // namespace
+
+size_t fill_snapshot_slot(const Switch &the_switch, std::span<uint8_t> slot) {
   const SwitchState &state = the_switch.state();
   SlotFiller filler(slot);
-  const std::set<uint32_t> channels_up = port_channels_up(state);
+  const auto links = links_of_channels(state);
+  const auto add = [&](const wire::SnapshotInterface &interface) {
+    filler.add(state.settings.mode ? interface : outside_bridging(interface));
+  };
   for (const auto &[number, channel] : state.port_channels) {
-    filler.add(channel_interface(number, channel, channels_up.contains(number)));
+    add(channel_interface(channel, links.at(number)));
   }
   for (const auto &[number, port] : state.ports) {
-    filler.add(port_interface(number, port));
+    add(port_interface(state, port));
   }
   for (const auto &[id, vlans] : the_switch.mst_vlan_map()) {
     filler.add_mst_instance(id, vlans);
   }
-  filler.finish();
+  return filler.finish();
 }
 
 }  // namespace stpswitch

@@ -1,6 +1,7 @@
 // Lays out one generation of the snapshot.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -8,10 +9,8 @@
 
 namespace stpswitch {
 
-// Interfaces that the switch has; a snapshot must have room for them.
-uint32_t interface_count(const SwitchState &state);
-
-// Fills a slot (platform/wire/snapshot.h) of the right size for interface_count().
-void fill_snapshot_slot(const Switch &the_switch, std::span<uint8_t> slot);
+// Fills the beginning of a slot (platform/wire/snapshot.h) that has room for every interface, and returns how
+// much of it that is. Nothing of the rest is read.
+size_t fill_snapshot_slot(const Switch &the_switch, std::span<uint8_t> slot);
 
 }  // namespace stpswitch

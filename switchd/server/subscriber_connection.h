@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "base/event_loop.h"
 #include "model/events.h"
-#include "server/event_loop.h"
 #include "server/event_packet.h"
 #include "server/event_queue.h"
 #include "server/throttled_log.h"

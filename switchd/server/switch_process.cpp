@@ -11,7 +11,6 @@
 #include "base/system_failure.h"
 #include "control/control_protocol.h"
 #include "control/responder.h"
-#include "scenario/loader.h"
 #include "server/command_server.h"
 #include "server/control_server.h"
 
@@ -53,22 +52,24 @@ void create_default_directory(std::optional<gid_t> group) {
 }  // namespace
 
 void run_switch(const ProcessOptions &options) {
-  Switch the_switch(load_scenario(options.scenario));
+  EventLoop loop;
+  const std::unique_ptr<Source> source = options.make_source(&loop);
   const std::optional<gid_t> group = find_group(options.socket_group);
   if (lies_in_default_directory(options.socket) || lies_in_default_directory(options.control)) {
     create_default_directory(group);
   }
 
-  EventLoop loop;
   const Event terminated = loop.make_signal<&EventLoop::stop>(SIGTERM, &loop);
   const Event interrupted = loop.make_signal<&EventLoop::stop>(SIGINT, &loop);
   wait_for(terminated);
   wait_for(interrupted);
 
+  Switch the_switch(
+      source->start([&the_switch](SwitchState state) { the_switch.replace(std::move(state)); }));
   SnapshotPublisher snapshot(&the_switch);
   the_switch.on_change([&snapshot] { snapshot.publish(); });
   Faults faults;
-  ControlResponder responder(&the_switch, &faults);
+  ControlResponder responder(source.get(), &the_switch, &faults);
   CommandServer commands(&loop, {options.socket, SOCK_SEQPACKET, kCommandSocketMode, group}, &the_switch,
                          &snapshot, &faults);
   the_switch.on_inconsistencies([&commands](const auto &events) { commands.tell(events); });

@@ -1,12 +1,17 @@
-// The whole process: a switch from a scenario, served on its two sockets until a signal ends it.
+// The whole process: a switch from its source, served on its two sockets until a signal ends it.
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <string>
+
+#include "base/event_loop.h"
+#include "sources/source.h"
 
 namespace stpswitch {
 
 struct ProcessOptions {
-  std::string scenario;
+  std::function<std::unique_ptr<Source>(EventLoop *)> make_source;
   std::string socket;
   std::string control;
   std::string socket_group;  // empty: the process's own

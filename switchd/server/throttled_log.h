@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "server/event_loop.h"
+#include "base/event_loop.h"
 
 namespace stpswitch {
 

@@ -20,7 +20,7 @@ from harness.ports import PORT_ATTEMPTS, free_port
 from harness.process import Process
 from harness.questions import CountedAgent
 from harness.raw_snmp import make_binding
-from harness.switch import Switch
+from harness.switch import Switch, playing
 
 DOCUMENTS = [PROJECT / 'README.md', *sorted((PROJECT / 'docs').glob('*.md'))]
 MODULE = 'VANTREL-STP-EXTENSIONS-MIB'
@@ -30,7 +30,8 @@ DOCUMENTED_ENTERPRISE = '.1.3.6.1.4.1.32473'
 SCENARIOS = {mode: PROJECT / f'scenarios/{mode}-small.toml' for mode in ('mst', 'rapid-pvst')}
 
 # A switch with one entry in each list: the one with the highest number.
-ENTRIES = {'mst.instance': ('id', 4094), 'port': ('number', 3967), 'port_channel': ('number', 4095)}
+ENTRIES = {'tree': ('number', 4094), 'mst.instance': ('id', 4094), 'port': ('number', 3967),
+           'port_channel': ('number', 4095)}
 MODE = '[switch]\nmode = "mst"\n'
 DEFAULTS = MODE + ''.join(f'[[{path}]]\n{key} = {number}\n' for path, (key, number) in ENTRIES.items())
 
@@ -86,6 +87,10 @@ class Shown:
     def keys(self):
         return {self.documented(key): key for key in self.values}
 
+    def domains(self):
+        """What each key takes, as it is described."""
+        return {key: KEYS[described][0] for described, key in self.keys().items()}
+
     @staticmethod
     def documented(key):
         path, _, number, name = re.fullmatch(r'([a-z_.]+?)(\.(\d+))?\.([a-z_]+)', key).groups()
@@ -108,7 +113,7 @@ def run_switch(scenario):
     with tempfile.TemporaryDirectory(prefix='stp-e2e-docs-') as directory:
         file = Path(directory) / 'scenario.toml'
         file.write_text(scenario, encoding='ascii')
-        switch = Switch(Path(directory), file)
+        switch = Switch(Path(directory), playing(file))
         try:
             switch.start()
             yield switch
@@ -164,7 +169,7 @@ def test_a_page_that_has_lost_a_marker_of_the_keys_is_an_error(tmp_path, lost):
 
 
 def test_every_key_is_described_and_no_other(shown):
-    assert list(KEYS) == list(shown.keys())
+    assert [key for key, (_, default) in KEYS.items() if default != 'none'] == list(shown.keys())
 
 
 def test_every_default_is_the_described_one(shown):
@@ -172,7 +177,9 @@ def test_every_default_is_the_described_one(shown):
         default = KEYS[described][1]
         if default != 'required':
             number = key.split('.')[-2]
-            assert shown.values[key] == json.loads(re.sub('N"$', f'{number}"', default))
+            offset = re.fullmatch(r'(\d+) \+ N', default)
+            assert shown.values[key] == (int(offset[1]) + int(number) if offset else
+                                         json.loads(re.sub('N"$', f'{number}"', default)))
 
 
 def test_required_keys_are_the_described_ones(tmp_path):
@@ -181,7 +188,7 @@ def test_required_keys_are_the_described_ones(tmp_path):
 
 
 def test_numbers_are_taken_within_the_described_ranges(shown):
-    ranges = {shown.keys()[key]: re.fullmatch(r'(\d+) to (\d+)', domain) for key, (domain, _) in KEYS.items()}
+    ranges = {key: re.fullmatch(r'(\d+) to (\d+)', domain) for key, domain in shown.domains().items()}
     ranges = {key: found.groups() for key, found in ranges.items() if found}
     assert len(ranges) > 5
     for key, limits in ranges.items():
@@ -192,7 +199,7 @@ def test_numbers_are_taken_within_the_described_ranges(shown):
 
 
 def test_texts_are_taken_up_to_the_described_lengths(shown):
-    lengths = {shown.keys()[key]: re.search(r'(\d+) octets', domain) for key, (domain, _) in KEYS.items()}
+    lengths = {key: re.search(r'(\d+) octets', domain) for key, domain in shown.domains().items()}
     lengths = {key: int(length[1]) for key, length in lengths.items() if length}
     assert len(lengths) > 2
     for key, length in lengths.items():
@@ -201,7 +208,7 @@ def test_texts_are_taken_up_to_the_described_lengths(shown):
 
 
 def test_choices_are_the_described_ones(shown):
-    choices = {shown.keys()[key]: re.findall('"(.*?)"', domain) for key, (domain, _) in KEYS.items()}
+    choices = {key: re.findall('"(.*?)"', domain) for key, domain in shown.domains().items()}
     choices = {key: words for key, words in choices.items() if words}
     assert len(choices) > 3
     for key, words in choices.items():
@@ -214,7 +221,7 @@ def test_entries_have_the_described_numbers(tmp_path, section):
     key, domain = ENTRY_NUMBERS[section]
     first, last, most = re.fullmatch(r'(\d+) to (\d+)(?:, at most (\d+) entries)?', domain).groups()
     first, last = int(first), int(last)
-    most = int(most or last)
+    most = int(most or last - first + 1)
     def entries(numbers):
         return MODE + ''.join(f'{section}\n{key} = {number}\n' for number in numbers)
     assert check(tmp_path, entries([first, last])).returncode == 0

@@ -4,8 +4,9 @@
  *
  * A request (cmd.h) names a command and has the command's keys; the reply holds attributes. The type of a key
  * or an attribute stands in its token (enum cmd_type): numbers have 32 bits in host byte order, whatever they
- * mean, and a flag is 0 or 1 unless another meaning is named. A tree is a VLAN in Rapid-PVST mode, and in MST
- * mode an MST instance, 0 being the CIST (IEEE 802.1Q clause 13). */
+ * mean, and a flag is 0 or 1 unless another meaning is named. What the process does not know is left out of
+ * the reply, and the manager gets noSuchInstance. A tree is a VLAN in Rapid-PVST mode, and in MST mode an MST
+ * instance, 0 being the CIST (IEEE 802.1Q clause 13). */
 #ifndef PLATFORM_STP_PROTOCOL_H
 #define PLATFORM_STP_PROTOCOL_H
 

@@ -13,11 +13,12 @@
 #include <utility>
 #include <vector>
 
-#include "scenario/loader.h"
+#include "sources/scenario/loader.h"
 #include "support/failing_accept.h"
 #include "support/octets.h"
 #include "support/packet_client.h"
 #include "support/requests.h"
+#include "support/states.h"
 #include "support/temporary_folder.h"
 
 using namespace stpswitch;
@@ -351,7 +352,7 @@ TEST_F(CommandServers, SendGarbageWhenOrdered) {
 TEST_F(CommandServers, AnswerWithTheLongestReplies) {
   constexpr size_t kLongest = 24 + 12 + 8 + 24 + 24 + size_t{65} * 524;
   constexpr uint32_t kMoreThanFit = 100;
-  SwitchState state;
+  SwitchState state = empty_switch();
   for (uint32_t id = 1; id <= 64; ++id) {
     state.mst_instances[id].vlans.insert(id);
   }

@@ -12,7 +12,9 @@
 #include <vector>
 
 #include "control/control_protocol.h"
+#include "sources/scenario/scenario_source.h"
 #include "support/packet_client.h"
+#include "support/states.h"
 #include "support/temporary_folder.h"
 #include "wire/owned_fd.h"
 
@@ -96,9 +98,9 @@ class StreamClient {
 class ControlServers : public testing::Test {
  protected:
   static SwitchState switch_with_ports(uint32_t count) {
-    SwitchState state;
+    SwitchState state = empty_switch();
     for (uint32_t number = 1; number <= count; ++number) {
-      state.ports[number].name = "Ethernet" + std::to_string(number);
+      port(state, number);
     }
     return state;
   }
@@ -117,7 +119,8 @@ class ControlServers : public testing::Test {
   EventLoop loop_;
   Switch switch_{switch_with_ports(3967)};
   Faults faults_;
-  ControlResponder responder_{&switch_, &faults_};
+  const ScenarioSource source_{SCENARIOS "/mst-small.toml"};
+  ControlResponder responder_{&source_, &switch_, &faults_};
   ControlServer server_{&loop_, {path_, SOCK_STREAM, 0600, std::nullopt}, &responder_};
 };
 

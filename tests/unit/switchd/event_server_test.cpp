@@ -11,8 +11,8 @@
 #include <tuple>
 #include <vector>
 
-#include "scenario/loader.h"
 #include "server/command_server.h"
+#include "sources/scenario/loader.h"
 #include "support/events.h"
 #include "support/octets.h"
 #include "support/packet_client.h"

@@ -5,9 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "keys/keys.h"
 #include "model/switch.h"
-#include "scenario/keys.h"
-#include "scenario/loader.h"
+#include "sources/scenario/consistency.h"
+#include "sources/scenario/loader.h"
 
 using namespace stpswitch;
 using testing::ElementsAre;

@@ -1,4 +1,4 @@
-#include "scenario/key_list.h"
+#include "keys/key_list.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -40,6 +40,9 @@ TEST(KeyList, TellsWhatEachKindOfValueMayBe) {
               Contains(StartsWith("[mst.cist]\tregional_root_mac\tsix pairs of hexadecimal digits between "
                                   "colons\t\"00:00:5e:00:53:00\"\t")));
   EXPECT_THAT(lines, Contains(StartsWith("[mst.cist]\tinternal_root_path_cost\t0 to 4294967295\t0\t")));
+  EXPECT_THAT(lines, Contains(StartsWith("[bridge]\tpriority\t0 to 61440 in steps of 4096\t32768\t")));
+  EXPECT_THAT(lines, Contains(StartsWith("[bridge]\troot\tpriority and address in hexadecimal digits, with a "
+                                         "dot between them\t\"6000.00005e005301\"\t")));
   EXPECT_THAT(lines, Contains(StartsWith("[rapid_pvst]\tdisabled_vlans\tVLANs\t\"\"\t")));
   EXPECT_THAT(
       lines,
@@ -56,6 +59,10 @@ TEST(KeyList, TellsTheNumbersAndDefaultsOfEntries) {
   EXPECT_THAT(lines, Contains(StartsWith("[[port]]\tnumber\t1 to 3967\trequired\t")));
   EXPECT_THAT(lines, Contains(StartsWith("[[port]]\tname\ttext, 1 to 64 octets\t\"EthernetN\"\t")));
   EXPECT_THAT(lines, Contains(StartsWith("[[port]]\tvlans\tVLANs\t\"1\"\t")));
+  EXPECT_THAT(lines, Contains(StartsWith("[[port]]\tif_mib_index\t1 to 2147483647\t128 + N\t")));
+  EXPECT_THAT(lines, Contains(StartsWith("[[port_channel]]\tif_mib_index\t1 to 2147483647\t4096 + N\t")));
+  EXPECT_THAT(lines, Contains(StartsWith("[[tree]]\tnumber\t0 to 4094\trequired\t")));
+  EXPECT_THAT(lines, Contains(StartsWith("[[tree]]\troot_cost\t0 to 4294967295\tnone\t")));
   EXPECT_THAT(lines, Contains(StartsWith("[[port_channel]]\tnumber\t1 to 4095\trequired\t")));
   EXPECT_THAT(lines,
               Contains(StartsWith("[[port_channel]]\tname\ttext, 1 to 64 octets\t\"port-channelN\"\t")));

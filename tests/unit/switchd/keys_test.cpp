@@ -1,11 +1,12 @@
 // Showing and setting single keys.
-#include "scenario/keys.h"
+#include "keys/keys.h"
+#include "sources/scenario/consistency.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "scenario/config_error.h"
-#include "scenario/loader.h"
+#include "keys/config_error.h"
+#include "sources/scenario/loader.h"
 
 using namespace stpswitch;
 using testing::ElementsAre;
@@ -90,11 +91,13 @@ TEST_F(Keys, ShowsOneEntryAndNotItsNeighbours) {
       shown("port.7"),
       ElementsAre("port.7.name = Ethernet1/7", "port.7.link = down", "port.7.half_duplex = false",
                   "port.7.channel = 2", "port.7.switchport = true", "port.7.vlans = 1",
-                  "port.7.path_cost = 20000", "port.7.root_guard = false", "port.7.loop_guard = default",
-                  "port.7.link_type = auto", "port.7.pre_standard_mst = false", "port.7.edge = false",
-                  "port.7.boundary = false", "port.7.peer = false", "port.7.dispute = false",
-                  "port.7.pre_standard_neighbor = false",
-                  "port.7.root_port_of = ", "port.7.alternate_port_of = ", "port.7.backup_port_of = ",
+                  "port.7.path_cost = 20000", "port.7.priority = 128", "port.7.if_mib_index = 135",
+                  "port.7.root_guard = false", "port.7.loop_guard = default", "port.7.link_type = auto",
+                  "port.7.pre_standard_mst = false", "port.7.admin_edge = false", "port.7.auto_edge = true",
+                  "port.7.edge = false", "port.7.boundary = false", "port.7.peer = false",
+                  "port.7.dispute = false", "port.7.pre_standard_neighbor = false", "port.7.root_port_of = ",
+                  "port.7.alternate_port_of = ", "port.7.backup_port_of = ", "port.7.designated_cost = 0",
+                  "port.7.designated_port = 32769", "port.7.forward_transitions = 1",
                   "port.7.root_inconsistent = ", "port.7.loop_inconsistent = ", "port.7.pvid_inconsistent = ",
                   "port.7.type_inconsistent = "));
   EXPECT_THAT(shown("port.2"),
@@ -108,6 +111,15 @@ TEST_F(Keys, ShowsOneEntryAndNotItsNeighbours) {
   for (const std::string &line : shown("port_channel.2")) {
     EXPECT_THAT(line, StartsWith("port_channel.2."));
   }
+}
+
+TEST_F(Keys, LeavesOutWhatNobodyKnows) {
+  state_.ports.at(7).edge.reset();
+  for (const std::string &line : shown("port.7")) {
+    EXPECT_FALSE(line.starts_with("port.7.edge ")) << line;
+  }
+  EXPECT_EQ(refusal_to_show("port.7.edge"), "port.7.edge: nobody knows its value");
+  EXPECT_EQ(refusal_to_show("port.7.designated_bridge"), "port.7.designated_bridge: nobody knows its value");
 }
 
 TEST_F(Keys, ShowsOneKey) { EXPECT_THAT(shown("port.7.link"), ElementsAre("port.7.link = down")); }
@@ -187,6 +199,26 @@ TEST_F(Keys, SetsEachKind) {
     }
   }
   EXPECT_EQ(set("port.3.half_duplex", "true"), "true");
+  EXPECT_EQ(set("bridge.address", "0A:bC:De:00:53:FF"), "0a:bc:de:00:53:ff");
+  EXPECT_EQ(set("bridge.root", "F000.0abCDe0053fF"), "f000.0abcde0053ff");
+  EXPECT_EQ(set("tree.0.topology_changes", "4294967295"), "4294967295");
+  for (const std::string path : {"bridge", "tree.0"}) {
+    EXPECT_EQ(set(path + ".priority", "61440"), "61440");
+    EXPECT_EQ(set(path + ".hold_count", "1"), "1");
+    EXPECT_EQ(set(path + ".max_age", "600"), "600");
+    EXPECT_EQ(set(path + ".hello_time", "1000"), "1000");
+    EXPECT_EQ(set(path + ".forward_delay", "400"), "400");
+    EXPECT_EQ(set(path + ".root_max_age", "4000"), "4000");
+    for (const char *const version : {"stp", "rstp", "mstp"}) {
+      EXPECT_EQ(set(path + ".protocol_version", version), version);
+    }
+  }
+  for (const std::string path : {"port.3", "port_channel.2"}) {
+    EXPECT_EQ(set(path + ".priority", "240"), "240");
+    EXPECT_EQ(set(path + ".if_mib_index", "2147483647"), "2147483647");
+    EXPECT_EQ(set(path + ".designated_bridge", "8000.00005e005301"), "8000.00005e005301");
+    EXPECT_EQ(set(path + ".learning_in", "2,0"), "0,2");
+  }
   for (const std::string key : {"root_port_of", "alternate_port_of", "backup_port_of"}) {
     EXPECT_EQ(set("port.3." + key, "12,10,0,11"), "0,10-12");
     EXPECT_EQ(set("port.3." + key, ""), "");

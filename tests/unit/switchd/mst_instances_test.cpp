@@ -3,6 +3,7 @@
 
 #include "support/command_test.h"
 #include "support/octets.h"
+#include "support/states.h"
 
 using namespace stpswitch;
 using testing::ElementsAre;
@@ -88,7 +89,7 @@ constexpr char kPlainCist[] =
     "25900214 04000000 00000000";
 
 TEST_F(MstInstancesCommand, HasTheCistOnASwitchWithoutInstances) {
-  switch_.replace({});
+  switch_.replace(empty_switch());
   EXPECT_EQ(reply_to(request(kGet, 0)), hex(octets(kPlainCist)));
   EXPECT_THAT(rows_after(0), ElementsAre());
 }

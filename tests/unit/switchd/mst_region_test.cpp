@@ -1,6 +1,7 @@
 // Command 112: the MST region.
 #include "support/command_test.h"
 #include "support/octets.h"
+#include "support/states.h"
 
 using namespace stpswitch;
 
@@ -63,14 +64,14 @@ constexpr char kNamelessRegion[] =
     "06b00230 10000000 ac36177f50283cd4b83821d8ab26de62";
 
 TEST_F(MstRegionCommand, AnswersForARegionWithoutNameStatedDigestOrInstances) {
-  switch_.replace({});
+  switch_.replace(empty_switch());
   std::string cist = vlan_map("0000", 0, "7f", 'f');
   cist.replace(size_t{2} * (8 + 2 + 511), 2, "fe");
   EXPECT_EQ(reply_to({112, kGet, {}}), reply(kNamelessRegion) + cist);
 }
 
 TEST_F(MstRegionCommand, MapsInstancesInAscendingOrderHighOctetFirst) {
-  SwitchState state;
+  SwitchState state = empty_switch();
   state.mst_instances[4094].vlans = parse_vlans("4094");
   state.mst_instances[256].vlans = parse_vlans("1-4093");
   state.mst_instances[9] = {};
@@ -83,7 +84,7 @@ TEST_F(MstRegionCommand, MapsInstancesInAscendingOrderHighOctetFirst) {
 }
 
 TEST_F(MstRegionCommand, MapsAsManyInstancesAsThereCanBe) {
-  SwitchState state;
+  SwitchState state = empty_switch();
   for (uint32_t id = 1; id <= 64; ++id) {
     state.mst_instances[id].vlans.insert(id);
   }

@@ -4,6 +4,7 @@
 
 #include "support/command_test.h"
 #include "support/octets.h"
+#include "support/states.h"
 
 using namespace stpswitch;
 using testing::ElementsAre;
@@ -249,7 +250,7 @@ TEST_F(RapidPvstPortsCommand, HasNoRowsInMstMode) {
 }
 
 TEST_F(RapidPvstPortsCommand, HasNoRowsOnASwitchWithoutPorts) {
-  SwitchState empty;
+  SwitchState empty = empty_switch();
   empty.settings.mode = SpanningTreeMode::kRapidPvst;
   switch_.replace(empty);
   EXPECT_THAT(rows(), ElementsAre());

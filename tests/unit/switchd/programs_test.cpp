@@ -12,7 +12,7 @@
 
 #include "model/derived.h"
 #include "scenario/key_list.h"
-#include "scenario/loader.h"
+#include "sources/scenario/loader.h"
 #include "support/program.h"
 #include "support/temporary_folder.h"
 
@@ -416,11 +416,11 @@ TEST_F(Generator, MakesWhatItWasAskedFor) {
   EXPECT_EQ(state.settings.mode, stpswitch::SpanningTreeMode::kRapidPvst);
   EXPECT_EQ(stpswitch::print_vlans(stpswitch::cist_vlans(state)), "1,301-4094");
   const auto guarded = std::count_if(state.ports.begin(), state.ports.end(),
-                                     [](const auto &entry) { return entry.second.root_guard; });
+                                     [](const auto &entry) { return entry.second.root_guard == true; });
   EXPECT_GT(guarded, 25);
   EXPECT_LT(guarded, 250);
   const auto edges = std::count_if(state.ports.begin(), state.ports.end(),
-                                   [](const auto &entry) { return entry.second.edge; });
+                                   [](const auto &entry) { return entry.second.edge == true; });
   EXPECT_GT(edges, 200);
   EXPECT_LT(edges, 400);
 }

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "scenario/loader.h"
+#include "sources/scenario/scenario_source.h"
 
 using namespace stpswitch;
 using namespace std::chrono_literals;
@@ -14,9 +14,10 @@ class Responder : public testing::Test {
  protected:
   std::string answer(const std::string &request) { return responder_.answer(request); }
 
-  Switch switch_{load_scenario(SCENARIOS "/mst-small.toml")};
+  const ScenarioSource source_{SCENARIOS "/mst-small.toml"};
+  Switch switch_{source_.original().value()};
   Faults faults_;
-  ControlResponder responder_{&switch_, &faults_};
+  ControlResponder responder_{&source_, &switch_, &faults_};
 };
 
 TEST_F(Responder, AnswersAPing) { EXPECT_EQ(answer(R"({"op":"ping"})"), R"({"ok":true})"); }
@@ -54,7 +55,7 @@ TEST_F(Responder, RefusesToShowWhatIsNotThere) {
 
 TEST_F(Responder, Sets) {
   EXPECT_EQ(answer(R"({"op":"set","key":"port.3.link","value":"down"})"), R"({"ok":true})");
-  EXPECT_FALSE(switch_.state().ports.at(3).link_up);
+  EXPECT_EQ(switch_.state().ports.at(3).link_up, false);
 }
 
 TEST_F(Responder, SetsNothingWhenACheckFails) {

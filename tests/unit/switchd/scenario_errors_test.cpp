@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "scenario/loader.h"
+#include "sources/scenario/loader.h"
 #include "support/temporary_folder.h"
 
 using namespace stpswitch;

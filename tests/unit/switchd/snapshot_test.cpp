@@ -7,9 +7,12 @@
 
 #include <cstring>
 
-#include "scenario/keys.h"
-#include "scenario/loader.h"
+#include "keys/keys.h"
+#include "model/numbering.h"
 #include "server/snapshot_publisher.h"
+#include "sources/scenario/consistency.h"
+#include "sources/scenario/loader.h"
+#include "support/states.h"
 
 using namespace stpswitch;
 namespace wire = stpplatform::wire;
@@ -101,12 +104,84 @@ class Snapshot : public testing::Test {
 TEST_F(Snapshot, TellsItsLayout) {
   EXPECT_EQ(reader_.head().magic, 0x53545053U);
   EXPECT_EQ(reader_.head().version, 1U);
-  EXPECT_EQ(reader_.head().interface_capacity, 6U);
-  EXPECT_EQ(reader_.head().size, wire::snapshot_size(6));
-  EXPECT_EQ(publisher_.size(), wire::snapshot_size(6));
+  EXPECT_EQ(reader_.head().interface_capacity, 8062U);
+  EXPECT_EQ(reader_.head().size, wire::snapshot_size(8062));
+  EXPECT_EQ(publisher_.size(), wire::snapshot_size(8062));
   struct stat file {};
   ASSERT_EQ(::fstat(publisher_.fd(), &file), 0);
-  EXPECT_EQ(file.st_size, static_cast<off_t>(wire::snapshot_size(6)));
+  EXPECT_EQ(file.st_size, static_cast<off_t>(wire::snapshot_size(8062)));
+}
+
+// The room for more costs nothing until it is used.
+TEST_F(Snapshot, TakesNoMoreMemoryThanItsInterfacesDo) {
+  constexpr blkcnt_t kBlocksPerOctets = 512;
+  struct stat file {};
+  ASSERT_EQ(::fstat(publisher_.fd(), &file), 0);
+  EXPECT_LT(file.st_blocks * kBlocksPerOctets, 256 * 1024);
+}
+
+// Whoever has mapped it once sees ports that come, and no others when they are gone.
+TEST_F(Snapshot, FollowsPortsThatComeAndGo) {
+  const SwitchState before = switch_.state();
+  SwitchState state = before;
+  for (uint32_t number = 1; number <= 3967; ++number) {
+    port(state, number);
+  }
+  for (uint32_t number = 1; number <= 4095; ++number) {
+    channel(state, number);
+  }
+  switch_.replace(state);
+  publisher_.publish();
+  ASSERT_EQ(reader_.slot().interface_count, 8062U);
+  EXPECT_EQ(reader_.interface(0).if_index, 0x16000001U);
+  EXPECT_EQ(reader_.interface(4095).if_index, 0x1A000001U);
+  EXPECT_EQ(reader_.interface(8061).if_index, 0x1A000F7FU);
+  EXPECT_EQ(reader_.slot().interface_of_port[4095], 8062);
+  EXPECT_EQ(reader_.slot().interface_of_port[8191], 4095);
+  switch_.replace(before);
+  publisher_.publish();
+  EXPECT_EQ(reader_.slot().interface_count, 6U);
+  EXPECT_EQ(reader_.slot().interface_of_port[4095], 0);
+}
+
+TEST_F(Snapshot, LeavesOutMembersThatItHasNoRoomFor) {
+  SwitchState state = switch_.state();
+  for (uint32_t number = 10'000; number < 20'000; ++number) {
+    Port &member = state.ports[number];
+    member.numbers = member_numbers(number);
+    member.channel = 2;
+  }
+  switch_.replace(std::move(state));
+  publisher_.publish();
+  ASSERT_EQ(reader_.slot().interface_count, 8062U);
+  EXPECT_EQ(reader_.interface(5).if_index, 0x1A000007U);
+  EXPECT_EQ(reader_.interface(8061).if_index, 0x1A000000U + 10'000 + 8055);
+}
+
+// A member that is no bridge port itself.
+TEST_F(Snapshot, HasInterfacesWithoutABridgePortNumber) {
+  SwitchState state = switch_.state();
+  port(state, 1).numbers.bridge_port = 0;
+  switch_.replace(state);
+  publisher_.publish();
+  EXPECT_EQ(reader_.interface(2).if_index, 0x1A000001U);
+  EXPECT_EQ(reader_.interface(2).base_port, 0);
+  EXPECT_EQ(reader_.slot().interface_of_port[0], 0);
+  EXPECT_EQ(reader_.slot().interface_of_port[129], 0);
+}
+
+TEST_F(Snapshot, HasNoBridgePortsWhereNoSpanningTreeRuns) {
+  SwitchState state = switch_.state();
+  state.settings.mode.reset();
+  switch_.replace(state);
+  publisher_.publish();
+  ASSERT_EQ(reader_.slot().interface_count, 6U);
+  for (size_t i = 0; i < 6; ++i) {
+    EXPECT_EQ(reader_.interface(i).base_port, 0);
+    EXPECT_TRUE(vlans_in(reader_.interface(i).vlans).empty());
+  }
+  const auto &positions = reader_.slot().interface_of_port;
+  EXPECT_EQ(std::count(std::begin(positions), std::end(positions), 0), 8192);
 }
 
 TEST_F(Snapshot, IsSealed) {
@@ -235,12 +310,12 @@ TEST(EmptySnapshot, HasTheCistOnly) {
 
 // As large as a switch can be.
 TEST(LargestSnapshot, HoldsEveryInterfaceAndInstance) {
-  SwitchState state;
+  SwitchState state = empty_switch();
   for (uint32_t number = 1; number <= 3967; ++number) {
-    state.ports[number].channel = number % 4095;
+    port(state, number).channel = number % 4095;
   }
   for (uint32_t number = 1; number <= 4095; ++number) {
-    state.port_channels[number].vlans.insert(number % 4094 + 1);
+    channel(state, number).vlans.insert(number % 4094 + 1);
   }
   for (uint32_t id = 1; id <= 64; ++id) {
     state.mst_instances[id].vlans.insert(id);

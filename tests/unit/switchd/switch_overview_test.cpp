@@ -5,7 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "scenario/loader.h"
+#include "sources/scenario/loader.h"
 
 using namespace stpswitch;
 using nlohmann::json;

@@ -1,4 +1,4 @@
-#include "scenario/value.h"
+#include "keys/value.h"
 
 #include <gtest/gtest.h>
 

@@ -3,8 +3,9 @@
 #include <cstring>
 
 #include "commands/dispatch.h"
+#include "keys/keys.h"
 #include "protocol_numbers.h"
-#include "scenario/keys.h"
+#include "sources/scenario/consistency.h"
 #include "support/octets.h"
 #include "wire/attributes.h"
 

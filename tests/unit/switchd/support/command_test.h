@@ -12,7 +12,7 @@
 
 #include "commands/packet.h"
 #include "model/switch.h"
-#include "scenario/loader.h"
+#include "sources/scenario/loader.h"
 #include "support/requests.h"
 
 // Replies are little-endian here: this is what goes over the socket of such a machine.

@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "base/event_loop.h"
 #include "commands/packet.h"
-#include "server/event_loop.h"
 #include "wire/owned_fd.h"
 
 // Runs the loop until the condition holds. False when that takes so long that something must hang.

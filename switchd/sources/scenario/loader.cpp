@@ -1,4 +1,4 @@
-#include "scenario/loader.h"
+#include "sources/scenario/loader.h"
 
 #include <toml++/toml.h>
 
@@ -13,11 +13,11 @@
 #include <vector>
 
 #include "base/nearest.h"
+#include "keys/config_error.h"
+#include "keys/schema.h"
 #include "model/refusal.h"
-#include "scenario/config_error.h"
-#include "scenario/consistency.h"
-#include "scenario/schema.h"
-#include "scenario/toml_error.h"
+#include "sources/scenario/consistency.h"
+#include "sources/scenario/toml_error.h"
 
 namespace stpswitch {
 namespace {
@@ -105,6 +105,7 @@ class Loader {
     static const toml::table kNothing;
     const toml::table &table = node != nullptr ? *node->as_table() : kNothing;
     check_keys(table, path, section.fields, "");
+    state_.*section.part = section.make();
     assign(table, path, section.fields, &(state_.*section.part));
   }
 

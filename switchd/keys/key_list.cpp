@@ -1,11 +1,14 @@
-#include "scenario/key_list.h"
+#include "keys/key_list.h"
 
-#include "scenario/fields.h"
+#include <optional>
+
+#include "keys/fields.h"
 
 namespace stpswitch {
 namespace {
 
 constexpr std::string_view kRequired = "required";
+constexpr std::string_view kNone = "none";
 constexpr std::string_view kEntryNumber = "N";
 
 struct TomlPrinter {
@@ -15,14 +18,16 @@ struct TomlPrinter {
   std::string operator()(const TextList &list) const { return "[" + print_value(list) + "]"; }
 };
 
-std::string print_toml(const Value &value) { return std::visit(TomlPrinter{}, value); }
+std::string print_toml(const std::optional<Value> &value) {
+  return value ? std::visit(TomlPrinter{}, *value) : std::string(kNone);
+}
 
 class KeyLister {
  public:
   template <class Owner>
   void operator()(const SingleSection<Owner> &section) {
     begin_section("[" + std::string(section.path) + "]", section.meaning);
-    const Owner defaults = SwitchState{}.*section.part;
+    const Owner defaults = section.make();
     for (const Field<Owner> &field : section.fields) {
       add_key(field, print_toml(field.read(defaults)));
     }
@@ -67,15 +72,18 @@ class KeyLister {
     return all_fit ? range : range + ", at most " + std::to_string(section.max_entries) + " entries";
   }
 
-  // Where it depends on the entry, its number is the end of a text.
+  // Where it depends on the entry, the entry's number is the end of a text, or is counted from another one.
   template <class Owner>
   static std::string default_of(const ListSection<Owner> &section, const Field<Owner> &field) {
     const uint32_t number = section.min_number;
-    const Value value = field.read(section.make(number));
-    if (value == field.read(section.make(number + 1))) {
+    const std::optional<Value> value = field.read(section.make(number));
+    if (!value || value == field.read(section.make(number + 1))) {
       return print_toml(value);
     }
-    std::string text = std::get<std::string>(value);
+    if (const auto *const counted = std::get_if<int64_t>(&*value)) {
+      return std::to_string(*counted - number) + " + " + std::string(kEntryNumber);
+    }
+    std::string text = std::get<std::string>(*value);
     text.resize(text.size() - std::to_string(number).size());
     return print_toml(text.append(kEntryNumber));
   }

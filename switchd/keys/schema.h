@@ -1,16 +1,17 @@
-// The schema: every section of a scenario and every key in it, with its meaning, type, check and print.
+// The schema: every section of a switch's state and every key in it, with its meaning, type, check and print.
 // Scenario files, `show`, `set` and the list of keys are all driven by it, so that a new key is one more row
-// in schema.cpp or interface_schema.cpp.
+// in schema.cpp, tree_schema.cpp or interface_schema.cpp.
 #pragma once
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
+#include "keys/value.h"
 #include "model/switch_state.h"
-#include "scenario/value.h"
 
 namespace stpswitch {
 
@@ -20,10 +21,10 @@ struct Field {
   std::string_view name;
   std::string_view meaning;  // whole sentences, for whoever writes a scenario
   ValueType type;
-  std::string (*domain)();                 // what assign takes, in words: "6 to 40"
-  bool required;                           // a scenario must state it
-  void (*assign)(Owner &, const Value &);  // throws Refusal; the value has the field's type
-  Value (*read)(const Owner &);            // what assign would take
+  std::string (*domain)();                      // what assign takes, in words: "6 to 40"
+  bool required;                                // a scenario must state it
+  void (*assign)(Owner &, const Value &);       // throws Refusal; the value has the field's type
+  std::optional<Value> (*read)(const Owner &);  // what assign would take; none when nobody knows
 };
 
 // A section that stands once: [switch].
@@ -32,6 +33,7 @@ struct SingleSection {
   std::string_view path;
   std::string_view meaning;
   Owner SwitchState::*part;
+  Owner (*make)();  // one with the defaults of a scenario
   std::span<const Field<Owner>> fields;
 };
 
@@ -45,11 +47,13 @@ struct ListSection {
   uint32_t min_number;
   uint32_t max_number;
   size_t max_entries;
-  Owner (*make)(uint32_t number);  // an entry with its defaults
+  Owner (*make)(uint32_t number);  // an entry with the defaults of a scenario
   std::span<const Field<Owner>> fields;
 };
 
 extern const SingleSection<Settings> kSwitchSection;
+extern const SingleSection<Bridge> kBridgeSection;
+extern const ListSection<Tree> kTreeSection;
 extern const SingleSection<MstRegion> kMstSection;
 extern const SingleSection<MstCist> kMstCistSection;
 extern const ListSection<MstInstance> kMstInstanceSection;
@@ -62,6 +66,8 @@ extern const SingleSection<Access> kAccessSection;
 template <class Visitor>
 void for_each_section(Visitor &&visitor) {
   visitor(kSwitchSection);
+  visitor(kBridgeSection);
+  visitor(kTreeSection);
   visitor(kMstSection);
   visitor(kMstCistSection);
   visitor(kMstInstanceSection);

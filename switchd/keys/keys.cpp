@@ -1,14 +1,14 @@
-#include "scenario/keys.h"
+#include "keys/keys.h"
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 #include <set>
 
 #include "base/nearest.h"
+#include "keys/config_error.h"
+#include "keys/schema.h"
 #include "model/refusal.h"
-#include "scenario/config_error.h"
-#include "scenario/consistency.h"
-#include "scenario/schema.h"
 
 namespace stpswitch {
 namespace {
@@ -42,6 +42,7 @@ class ValueCollector {
   }
 
   bool prefix_is_known() const { return prefix_is_known_ || !values_.empty(); }
+  bool is_unknown_value() const { return is_unknown_value_; }
   std::vector<KeyAndValue> take() { return std::move(values_); }
 
  private:
@@ -52,8 +53,13 @@ class ValueCollector {
   void collect(std::string_view path, std::span<const Field<Owner>> fields, const Owner &owner) {
     for (const Field<Owner> &field : fields) {
       std::string key = std::string(path) + kDot + std::string(field.name);
-      if (lies_below(key, prefix_)) {
-        values_.emplace_back(std::move(key), field.read(owner));
+      if (!lies_below(key, prefix_)) {
+        continue;
+      }
+      if (std::optional<Value> value = field.read(owner)) {
+        values_.emplace_back(std::move(key), std::move(*value));
+      } else {
+        is_unknown_value_ |= key == prefix_;
       }
     }
   }
@@ -61,6 +67,7 @@ class ValueCollector {
   const SwitchState &state_;
   std::string_view prefix_;
   bool prefix_is_known_ = false;
+  bool is_unknown_value_ = false;
   std::vector<KeyAndValue> values_;
 };
 
@@ -127,6 +134,8 @@ std::string digits_of(std::string_view text) {
   return digits;
 }
 
+}  // namespace
+
 // Of the switch's keys, and of what lies above them. Who writes another number means another entry.
 std::string suggested_key(const SwitchState &state, const std::string &key) {
   ValueCollector collector(state, "");
@@ -142,25 +151,25 @@ std::string suggested_key(const SwitchState &state, const std::string &key) {
   return suggestion(key, {known.begin(), known.end()});
 }
 
-}  // namespace
-
 std::vector<KeyAndValue> values_below(const SwitchState &state, const std::string &prefix) {
   ValueCollector collector(state, prefix);
   for_each_section(collector);
+  if (collector.is_unknown_value()) {
+    throw ConfigError(prefix, "nobody knows its value");
+  }
   if (!collector.prefix_is_known()) {
     throw ConfigError(prefix, "the switch has no such key" + suggested_key(state, prefix));
   }
   return collector.take();
 }
 
-SwitchState with_value(const SwitchState &state, const std::string &key, const std::string &text) {
+SwitchState with_key_set(const SwitchState &state, const std::string &key, const std::string &text) {
   SwitchState changed = state;
   ValueSetter setter(&changed, key, text);
   for_each_section(setter);
   if (!setter.found()) {
     throw ConfigError(key, "the switch has no such key that can be set" + suggested_key(state, key));
   }
-  check_consistency(changed, key);
   return changed;
 }
 

@@ -1,4 +1,4 @@
-#include "scenario/fields.h"
+#include "keys/fields.h"
 
 #include "base/printable.h"
 
@@ -14,6 +14,14 @@ uint32_t number_in(const Value &value, int64_t min, int64_t max) {
     throw Refusal(std::to_string(number) + " is not in " + std::to_string(min) + ".." + std::to_string(max));
   }
   return static_cast<uint32_t>(number);
+}
+
+uint32_t number_in_steps(const Value &value, int64_t step, int64_t max) {
+  const uint32_t number = number_in(value, 0, max);
+  if (number % step != 0) {
+    throw Refusal(std::to_string(number) + " is not a multiple of " + std::to_string(step));
+  }
+  return number;
 }
 
 const std::string &text_of(const Value &value, size_t max_length) {

@@ -1,11 +1,12 @@
-#include "scenario/consistency.h"
+#include "sources/scenario/consistency.h"
 
 #include <array>
 #include <map>
 #include <string>
 #include <utility>
 
-#include "scenario/config_error.h"
+#include "keys/config_error.h"
+#include "keys/keys.h"
 
 namespace stpswitch {
 namespace {
@@ -63,28 +64,36 @@ void check_membership(const SwitchState &state, const std::string &asked) {
   }
 }
 
-// The keys that state roles, in their order.
-struct RoleKey {
-  PortRole role;
+// Keys that say in which trees an interface has a value of its role or state, in their order.
+template <class Kind>
+struct TreesKey {
+  Kind kind;
   const char *name;
 };
-constexpr auto kRoleKeys = std::to_array<RoleKey>({{PortRole::kRoot, ".root_port_of"},
-                                                   {PortRole::kAlternate, ".alternate_port_of"},
-                                                   {PortRole::kBackup, ".backup_port_of"}});
+constexpr auto kRoleKeys = std::to_array<TreesKey<PortRole>>({{PortRole::kRoot, ".root_port_of"},
+                                                              {PortRole::kAlternate, ".alternate_port_of"},
+                                                              {PortRole::kBackup, ".backup_port_of"}});
+constexpr auto kStateKeys = std::to_array<TreesKey<PortState>>({{PortState::kBlocking, ".blocking_in"},
+                                                                {PortState::kListening, ".listening_in"},
+                                                                {PortState::kLearning, ".learning_in"},
+                                                                {PortState::kForwarding, ".forwarding_in"}});
 
-TreeSet trees_with_role(const Interface &interface, PortRole role) {
-  const auto trees = interface.roles.find(role);
-  return trees != interface.roles.end() ? trees->second : TreeSet();
+template <class Kind>
+TreeSet trees_with(const PerTree<Kind> &values, Kind kind) {
+  const auto trees = values.exceptions.find(kind);
+  return trees != values.exceptions.end() ? trees->second : TreeSet();
 }
 
-// A port has one role in a tree.
-void check_roles(const std::string &path, const Interface &interface, const std::string &asked) {
-  for (const RoleKey &key : kRoleKeys) {
-    for (const RoleKey *before = kRoleKeys.data(); before != &key; ++before) {
-      TreeSet both = trees_with_role(interface, key.role);
-      both.intersect(trees_with_role(interface, before->role));
+// A port has one role, and one state, in a tree.
+template <class Kind, size_t kCount>
+void check_trees(const std::string &path, const PerTree<Kind> &values,
+                 const std::array<TreesKey<Kind>, kCount> &keys, const std::string &asked) {
+  for (const auto &key : keys) {
+    for (const auto *before = keys.data(); before != &key; ++before) {
+      TreeSet both = trees_with(values, key.kind);
+      both.intersect(trees_with(values, before->kind));
       if (const auto tree = both.first_from(0)) {
-        const auto blame = [&path, &tree](const RoleKey &one, const RoleKey &other) {
+        const auto blame = [&path, &tree](const auto &one, const auto &other) {
           return Blame{path + one.name,
                        "tree " + std::to_string(*tree) + " stands in " + path + other.name + " already"};
         };
@@ -95,10 +104,11 @@ void check_roles(const std::string &path, const Interface &interface, const std:
 }
 
 template <class Entries>
-void check_roles(const char *section, const Entries &entries, const std::string &asked) {
+void check_roles_and_states(const char *section, const Entries &entries, const std::string &asked) {
   for (const auto &[number, entry] : entries) {
-    if (!entry.roles.empty()) {
-      check_roles(entry_key(section, number), entry, asked);
+    if (!entry.role.exceptions.empty() || !entry.state.exceptions.empty()) {
+      check_trees(entry_key(section, number), entry.role, kRoleKeys, asked);
+      check_trees(entry_key(section, number), entry.state, kStateKeys, asked);
     }
   }
 }
@@ -126,11 +136,17 @@ void check_names(const char *section, const Entries &entries, const std::string 
 void check_consistency(const SwitchState &state, const std::string &asked) {
   check_vlan_mapping(state, asked);
   check_membership(state, asked);
-  check_roles("port", state.ports, asked);
-  check_roles("port_channel", state.port_channels, asked);
+  check_roles_and_states("port", state.ports, asked);
+  check_roles_and_states("port_channel", state.port_channels, asked);
   std::map<std::string, std::string> names;
   check_names("port", state.ports, asked, &names);
   check_names("port_channel", state.port_channels, asked, &names);
+}
+
+SwitchState with_value(const SwitchState &state, const std::string &key, const std::string &text) {
+  SwitchState changed = with_key_set(state, key, text);
+  check_consistency(changed, key);
+  return changed;
 }
 
 }  // namespace stpswitch

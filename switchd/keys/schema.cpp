@@ -1,12 +1,13 @@
-// The sections of what is not an interface.
-#include "scenario/schema.h"
+// The sections of the whole switch and of its MST region.
+#include "keys/schema.h"
 
 #include <limits>
 #include <optional>
 
 #include "base/hex_octets.h"
+#include "keys/defaults.h"
+#include "keys/fields.h"
 #include "platform/cmd.h"
-#include "scenario/fields.h"
 #include "wire/snapshot.h"
 
 namespace stpswitch {
@@ -16,6 +17,7 @@ namespace wire = stpplatform::wire;
 
 constexpr size_t kMaxRegionNameLength = 32;  // IEEE 802.1Q clause 13.8
 constexpr int64_t kMaxRevision = 65535;      // IEEE 802.1Q clause 13.8
+constexpr uint32_t kRecommendedHops = 20;    // IEEE 802.1Q clause 13
 constexpr int64_t kMinMaxHops = 6;
 constexpr int64_t kMaxMaxHops = 40;
 constexpr int64_t kMinRemainingHops = 1;
@@ -99,18 +101,16 @@ constexpr auto kMstFields = std::to_array<Field<MstRegion>>(
       "standard one, which the switch computes itself.",
       ValueType::kText, domain_of_digest, false,
       [](MstRegion &mst, const Value &value) { mst.pre_standard_digest = digest_of(value); },
-      [](const MstRegion &mst) -> Value { return print_digest(mst.pre_standard_digest); }}});
+      [](const MstRegion &mst) -> std::optional<Value> {
+        return mst.name ? std::optional<Value>(print_digest(mst.pre_standard_digest)) : std::nullopt;
+      }}});
 
 constexpr auto kMstCistFields = std::to_array<Field<MstCist>>(
     {remaining_hops_field<MstCist>("How many of max_hops are left at this switch."),
      number_field<MstCist, &MstCist::regional_root_priority, 0, kMaxPriority>(
          "regional_root_priority", "The priority of the regional root."),
-     {"regional_root_mac", "The address of the regional root.", ValueType::kText,
-      []() -> std::string { return "six pairs of hexadecimal digits between colons"; }, false,
-      [](MstCist &cist, const Value &value) {
-        cist.regional_root_mac = parse_mac_address(std::get<std::string>(value));
-      },
-      [](const MstCist &cist) -> Value { return print_mac_address(cist.regional_root_mac); }},
+     mac_field<MstCist, &MstCist::regional_root_mac>("regional_root_mac",
+                                                     "The address of the regional root."),
      number_field<MstCist, &MstCist::internal_root_path_cost, 0, kMaxRootPathCost>(
          "internal_root_path_cost", "The path cost from here to the regional root.")});
 
@@ -127,20 +127,48 @@ constexpr auto kRapidPvstFields =
 constexpr auto kAccessFields = std::to_array<Field<Access>>(
     {{"refused_users", "SNMP users whose requests are refused.", ValueType::kTextList, domain_of_users, false,
       [](Access &access, const Value &value) { access.refused_users = users_of(value); },
-      [](const Access &access) -> Value { return access.refused_users; }}});
+      [](const Access &access) -> std::optional<Value> { return access.refused_users; }}});
 
-MstInstance make_mst_instance(uint32_t /*number*/) { return {}; }
+// The defaults of scenarios.
+
+Settings make_settings() {
+  return {.name = {},
+          .mode = SpanningTreeMode::kMst,
+          .path_cost_method = PathCostMethod::kShort,
+          .loop_guard_default = false};
+}
+
+MstRegion make_mst_region() {
+  return {.name = "", .revision = 0, .max_hops = kRecommendedHops, .pre_standard_digest = {}};
+}
+
+// The switch is the regional root itself.
+MstCist make_mst_cist() {
+  return {.remaining_hops = kRecommendedHops,
+          .regional_root_priority = kDefaultBridgePriority,
+          .regional_root_mac = kDefaultBridgeAddress,
+          .internal_root_path_cost = 0};
+}
+
+MstInstance make_mst_instance(uint32_t /*number*/) {
+  return {.vlans = {}, .remaining_hops = kRecommendedHops};
+}
+
+template <class Owner>
+Owner make_empty() {
+  return {};
+}
 
 }  // namespace
 
 const SingleSection<Settings> kSwitchSection = {"switch", "The whole switch.", &SwitchState::settings,
-                                                kSwitchFields};
+                                                make_settings, kSwitchFields};
 const SingleSection<MstRegion> kMstSection = {
     "mst", "The MST region: what a neighbour must have in common to be in it, and what the region computes.",
-    &SwitchState::mst, kMstFields};
+    &SwitchState::mst, make_mst_region, kMstFields};
 const SingleSection<MstCist> kMstCistSection = {
     "mst.cist", "Where the switch stands in the CIST, which spans all regions.", &SwitchState::mst_cist,
-    kMstCistFields};
+    make_mst_cist, kMstCistFields};
 const ListSection<MstInstance> kMstInstanceSection = {
     "mst.instance",
     "An MST instance. VLANs that no instance claims belong to the CIST, instance 0.",
@@ -153,8 +181,8 @@ const ListSection<MstInstance> kMstInstanceSection = {
     kMstInstanceFields};
 const SingleSection<RapidPvst> kRapidPvstSection = {
     "rapid_pvst", "One spanning tree for each VLAN that an interface is a member of.",
-    &SwitchState::rapid_pvst, kRapidPvstFields};
+    &SwitchState::rapid_pvst, make_empty<RapidPvst>, kRapidPvstFields};
 const SingleSection<Access> kAccessSection = {"access", "Who may not read the switch.", &SwitchState::access,
-                                              kAccessFields};
+                                              make_empty<Access>, kAccessFields};
 
 }  // namespace stpswitch

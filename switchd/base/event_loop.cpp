@@ -1,4 +1,4 @@
-#include "server/event_loop.h"
+#include "base/event_loop.h"
 
 #include <sys/time.h>
 

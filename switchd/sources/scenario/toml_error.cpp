@@ -1,4 +1,4 @@
-#include "scenario/toml_error.h"
+#include "sources/scenario/toml_error.h"
 
 #include <algorithm>
 #include <array>
