@@ -70,4 +70,17 @@ bool is_printable(std::string_view text) {
   return true;
 }
 
+std::string made_printable(std::string_view text, size_t max) {
+  std::string made;
+  while (!text.empty() && made.size() < max) {
+    const size_t length = printable_length(text);
+    if (length > max - made.size()) {
+      break;
+    }
+    length != 0 ? made.append(text.substr(0, length)) : made.append(1, '?');
+    text.remove_prefix(std::max(length, size_t{1}));
+  }
+  return made;
+}
+
 }  // namespace stpswitch

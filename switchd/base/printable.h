@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace stpswitch {
@@ -13,5 +14,9 @@ size_t printable_length(std::string_view text);
 
 // All characters of a text are.
 bool is_printable(std::string_view text);
+
+// Its first `max` octets at most, in whole characters, with a question mark for each octet that is part of
+// none: texts of others, which must reach a log or a name as they are or not at all.
+std::string made_printable(std::string_view text, size_t max);
 
 }  // namespace stpswitch

@@ -43,4 +43,18 @@ TEST(PrintableTexts, HoldNothingElse) {
   EXPECT_FALSE(is_printable("a\xC2\x9B"));
 }
 
+TEST(TextsMadePrintable, KeepWhatCanBePrinted) {
+  EXPECT_EQ(made_printable("", 9), "");
+  EXPECT_EQ(made_printable("veth0 \xC3\xA9", 9), "veth0 \xC3\xA9");
+  EXPECT_EQ(made_printable("a\nb\x1B\xC2\x9B", 9), "a?b???");
+  EXPECT_EQ(made_printable("\xFF\xC3", 9), "??");
+}
+
+TEST(TextsMadePrintable, EndBehindAWholeCharacter) {
+  EXPECT_EQ(made_printable("abcd", 3), "abc");
+  EXPECT_EQ(made_printable("ab\xC3\xA9", 3), "ab");
+  EXPECT_EQ(made_printable("ab\xC3\xA9", 4), "ab\xC3\xA9");
+  EXPECT_EQ(made_printable("a", 0), "");
+}
+
 }  // namespace

@@ -1,0 +1,152 @@
+#include "sources/linux_bridge/link_query.h"
+
+#include <libmnl/libmnl.h>
+#include <linux/if_link.h>
+#include <linux/rtnetlink.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <utility>
+
+#include "base/system_failure.h"
+
+namespace stpswitch {
+namespace {
+
+constexpr uint32_t kNoGroups = 0;
+
+// An answer is there when the question has been sent, see above; this only keeps a fault of the kernel from
+// being one of the whole process.
+constexpr std::chrono::milliseconds kPatience{250};
+
+// Every interface that somebody adds or removes anywhere on the machine interrupts a dump.
+constexpr int kTries = 5;
+
+// A question is far shorter.
+constexpr size_t kLongestQuestion = 256;
+
+}  // namespace
+
+class LinkQuery::Question {
+ public:
+  Question(uint8_t family, uint16_t flags, uint32_t filter) : head_(*mnl_nlmsg_put_header(octets_.data())) {
+    head_.nlmsg_type = RTM_GETLINK;
+    head_.nlmsg_flags = static_cast<uint16_t>(NLM_F_REQUEST | flags);
+    auto *const link = static_cast<ifinfomsg *>(mnl_nlmsg_put_extra_header(&head_, sizeof(ifinfomsg)));
+    link->ifi_family = family;
+    mnl_attr_put_u32(&head_, IFLA_EXT_MASK, filter);
+  }
+  Question(const Question &) = delete;
+  Question &operator=(const Question &) = delete;
+
+  nlmsghdr &head() { return head_; }
+
+ private:
+  alignas(nlmsghdr) std::array<uint8_t, kLongestQuestion> octets_{};
+  nlmsghdr &head_;
+};
+
+struct LinkQuery::Answer {
+  bool is_complete = false;  // nothing more will come
+  bool is_interrupted = false;
+  int error = 0;
+  std::vector<Link> links;
+
+  void take(const nlmsghdr &message);
+};
+
+void LinkQuery::Answer::take(const nlmsghdr &message) {
+  is_interrupted |= (message.nlmsg_flags & NLM_F_DUMP_INTR) != 0;
+  if (message.nlmsg_type == NLMSG_ERROR || message.nlmsg_type == NLMSG_DONE) {
+    // Both begin with an errno, negative; that of NLMSG_DONE may be missing.
+    int status = 0;
+    if (mnl_nlmsg_get_payload_len(&message) >= sizeof status) {
+      std::memcpy(&status, mnl_nlmsg_get_payload(&message), sizeof status);
+    }
+    error = -status;
+    is_complete = true;
+    return;
+  }
+  if (auto parsed = parse_link_message(message)) {
+    links.push_back(std::move(parsed->link));
+  }
+  is_complete = (message.nlmsg_flags & NLM_F_MULTI) == 0;
+}
+
+LinkQuery::LinkQuery() : socket_(kNoGroups) {}
+
+LinkQuery::Answer LinkQuery::ask(Question *question) {
+  question->head().nlmsg_seq = ++sequence_;
+  socket_.send(question->head());
+  Answer answer;
+  while (!answer.is_complete) {
+    switch (socket_.receive(kPatience)) {
+      case NetlinkSocket::Receipt::kDatagram:
+        for_each_message(socket_.datagram(), [this, &answer](const nlmsghdr &message) {
+          if (!answer.is_complete && mnl_nlmsg_seq_ok(&message, sequence_) && message.nlmsg_seq != 0) {
+            answer.take(message);
+          }
+        });
+        break;
+      case NetlinkSocket::Receipt::kNothing:
+        give_up(ETIMEDOUT);
+      case NetlinkSocket::Receipt::kLost:
+        give_up(ENOBUFS);
+    }
+  }
+  return answer;
+}
+
+// What is still to come would stand before the next answer.
+void LinkQuery::give_up(int error) {
+  socket_ = NetlinkSocket(kNoGroups);
+  errno = error;
+  throw system_failure("the kernel does not tell about its bridges");
+}
+
+std::optional<std::vector<Link>> LinkQuery::ask_for_all(Question *question) {
+  for (int i = 0; i < kTries; ++i) {
+    Answer answer = ask(question);
+    if (answer.error != 0) {
+      give_up(answer.error);
+    }
+    if (!answer.is_interrupted) {
+      return std::move(answer.links);
+    }
+  }
+  return std::nullopt;
+}
+
+std::optional<Link> LinkQuery::link(const std::string &name) {
+  Question question(AF_UNSPEC, 0, RTEXT_FILTER_SKIP_STATS);
+  mnl_attr_put_strz(&question.head(), IFLA_IFNAME, name.c_str());
+  Answer answer = ask(&question);
+  if (answer.error == ENODEV) {
+    return std::nullopt;
+  }
+  if (answer.error != 0) {
+    give_up(answer.error);
+  }
+  return answer.links.empty() ? std::nullopt : std::optional(std::move(answer.links.front()));
+}
+
+std::optional<std::vector<Link>> LinkQuery::links_of(uint32_t master) {
+  Question question(AF_UNSPEC, NLM_F_DUMP, RTEXT_FILTER_SKIP_STATS);
+  mnl_attr_put_u32(&question.head(), IFLA_MASTER, master);
+  auto links = ask_for_all(&question);
+  if (links) {
+    // Kernels that do not know the filter tell of all.
+    std::erase_if(*links, [master](const Link &link) { return link.master != master; });
+  }
+  return links;
+}
+
+std::optional<std::vector<Link>> LinkQuery::bridge_ports() {
+  Question question(AF_BRIDGE, NLM_F_DUMP, RTEXT_FILTER_BRVLAN_COMPRESSED);
+  return ask_for_all(&question);
+}
+
+}  // namespace stpswitch
