@@ -89,6 +89,12 @@ void Command::add_text(const Parameter &parameter, std::string *value) {
   }
 }
 
+void Command::add_texts(const Parameter &parameter, std::vector<std::string> *values) {
+  complete(app_->add_option(parameter.name, *values, parameter.description), parameter)
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
 void Command::add_number(const Parameter &parameter, int64_t min, int64_t max, int64_t *value) {
   complete(app_->add_option(parameter.name, *value, parameter.description), parameter)
       ->check(CLI::Range(min, max));
@@ -132,16 +138,19 @@ std::optional<int> CommandLine::read(int argc, char **argv) {
     app_->parse(argc, argv);
     const std::vector<std::string> commands = commands_of(*app_);
     if (!commands.empty() && app_->get_subcommands().empty()) {
-      std::cerr << app_->get_name() << ": expected " << listed(commands) << " (see --help)\n";
-      return kWrongCommandLine;
+      return refuse("expected " + listed(commands));
     }
     return std::nullopt;
   } catch (const CLI::Success &asked) {
     return app_->exit(asked);
   } catch (const CLI::ParseError &error) {
-    std::cerr << app_->get_name() << ": " << explain(*app_, error) << " (see --help)\n";
-    return kWrongCommandLine;
+    return refuse(explain(*app_, error));
   }
+}
+
+int CommandLine::refuse(const std::string &reason) const {
+  std::cerr << app_->get_name() << ": " << reason << " (see --help)\n";
+  return kWrongCommandLine;
 }
 
 int run_program(const char *name, int failure, int (*body)(int argc, char **argv), int argc, char **argv) {

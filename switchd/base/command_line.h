@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -31,6 +32,8 @@ class Command {
  public:
   // What `value` holds before is the default, which --help shows.
   void add_text(const Parameter &parameter, std::string *value);
+  // One that may be given several times.
+  void add_texts(const Parameter &parameter, std::vector<std::string> *values);
   // From `min` to `max`.
   void add_number(const Parameter &parameter, int64_t min, int64_t max, int64_t *value);
   void add_flag(const char *name, const char *description, bool *is_given);
@@ -58,6 +61,9 @@ class CommandLine : public Command {
   // What there is to say is on standard error or standard output then. Nothing, or the exit status with which
   // the program ends: after --help, --version or a listing, or when the command line is wrong.
   std::optional<int> read(int argc, char **argv);
+
+  // Says what is wrong with a command line that has been read; returns the exit status.
+  int refuse(const std::string &reason) const;
 
  private:
   explicit CommandLine(std::unique_ptr<CLI::App> app);

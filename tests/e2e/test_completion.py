@@ -7,7 +7,7 @@ import subprocess
 
 import pytest
 from harness.build import BUILD, PROJECT, SCENARIOS
-from harness.switch import Switch
+from harness.switch import Switch, playing
 
 COMPLETIONS = PROJECT / 'packaging/bash-completion'
 PROGRAMS = BUILD / 'bin'
@@ -42,7 +42,7 @@ def help_words(*command):
 
 @pytest.fixture(name='switch', scope='module')
 def fixture_switch(tmp_path_factory):
-    switch = Switch(tmp_path_factory.mktemp('s'), SCENARIOS / 'mst.toml')
+    switch = Switch(tmp_path_factory.mktemp('s'), playing(SCENARIOS / 'mst.toml'))
     switch.start()
     yield switch
     switch.stop()

@@ -10,8 +10,8 @@
 #include <memory>
 #include <thread>
 
+#include "keys/key_list.h"
 #include "model/derived.h"
-#include "scenario/key_list.h"
 #include "sources/scenario/loader.h"
 #include "support/program.h"
 #include "support/temporary_folder.h"
@@ -176,7 +176,13 @@ TEST_F(Programs, TellTheirVersion) {
 
 TEST_F(Programs, NameWhatIsWrongWithACommandLine) {
   const std::vector<std::pair<std::vector<std::string>, std::string>> wrong_for_the_switch = {
-      {{}, "--scenario is required"},
+      {{}, "expected one of --scenario, --linux-bridge and --openvswitch"},
+      {{"--check"}, "expected one of --scenario, --linux-bridge and --openvswitch"},
+      {{"--scenario", "x", "--linux-bridge", "br0"},
+       "expected one of --scenario, --linux-bridge and --openvswitch"},
+      {{"--linux-bridge", "br0", "--openvswitch", "br0"},
+       "expected one of --scenario, --linux-bridge and --openvswitch"},
+      {{"--linux-bridge", "br0", "--check"}, "--check is for a scenario"},
       {{"--scenario"}, "--scenario: 1 required FILE missing"},
       {{"--scenario", "x", "--chek"}, "unknown option '--chek'; did you mean '--check'?"},
       {{"--scenario", "x", "--verbose"}, "unknown option '--verbose'"},
@@ -428,10 +434,13 @@ TEST_F(Generator, MakesWhatItWasAskedFor) {
 TEST_F(Generator, LeadsToTheRootOfEveryTreeByTheFirstPortChannels) {
   for (const auto &[mode, trees] : {std::pair("mst", "0-4"), std::pair("rapid-pvst", "1-100")}) {
     const auto state = stpswitch::parse_scenario(generate({"--mode", mode}).output, "generated.toml");
-    EXPECT_EQ(stpswitch::print_trees(state.port_channels.at(1).roles.at(stpswitch::PortRole::kRoot)), trees);
-    EXPECT_EQ(stpswitch::print_trees(state.port_channels.at(2).roles.at(stpswitch::PortRole::kAlternate)),
-              trees);
-    EXPECT_TRUE(state.port_channels.at(3).roles.empty());
+    EXPECT_EQ(
+        stpswitch::print_trees(state.port_channels.at(1).role.exceptions.at(stpswitch::PortRole::kRoot)),
+        trees);
+    EXPECT_EQ(
+        stpswitch::print_trees(state.port_channels.at(2).role.exceptions.at(stpswitch::PortRole::kAlternate)),
+        trees);
+    EXPECT_TRUE(state.port_channels.at(3).role.exceptions.empty());
   }
 }
 
