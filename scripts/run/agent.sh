@@ -5,12 +5,22 @@ readonly COMMUNITY=public
 readonly TRAP_FOLDER=/mnt/pss TRAP_FILE=stp_trap_value ALL_TRAPS=7
 readonly TRAP_MARK='trap at' TRAP_PORT_TRIES=20
 
+# start_switch NAME: of a bridge of the ring, or none.
 start_switch() {
-  "${as_service[@]}" "$BUILD/bin/stp-switchd" --scenario "$scenario" --socket "$work/switch.sock" \
-    --control "$work/control.sock" 2>"$place/stp-switchd.log" &
-  switch_pid=$!
-  wait_until "$switch_pid" stp-switchd "$BUILD/bin/stp-switchctl" --control "$work/control.sock" ping ||
-    die_at_start "$switch_pid" stp-switchd
+  local name=$1 process=stp-switchd${1:+-$1} enter=() source=(--scenario "$scenario")
+  if [[ -n $name ]]; then
+    mapfile -t source < <(bridge_lab source "$name")
+    enter=("${as_child[@]}" "$BRIDGE_LAB" inside "$ring" "$name")
+  fi
+  "${enter[@]}" "${as_service[@]}" "$BUILD/bin/stp-switchd" "${source[@]}" --socket "$work/switch${name:+-$name}.sock" \
+    --control "$(control_socket "$name")" 2>"$place/$process.log" &
+  started "$process"
+  wait_until "$!" "$process" "$BUILD/bin/stp-switchctl" --control "$(control_socket "$name")" ping ||
+    die_at_start "$!" "$process"
+}
+
+control_socket() {
+  echo "$work/control${1:+-$1}.sock"
 }
 
 # daemon_is_up PID NAME: its own log tells: whoever else has its port would answer a request just as well.
@@ -22,60 +32,73 @@ port_was_refused() {
   grep -qE '^(Error opening specified endpoint|couldn.t open)' "$place/$1.log"
 }
 
+# write_agent_configuration FOLDER SOURCE: the address that traps come from.
 # The configuration's words cannot hold spaces, so the library stands under a path that has none.
 write_agent_configuration() {
-  ln -s "$BUILD/lib" "$work/lib"
-  cat >"$work/snmpd.conf" <<EOF
+  ln -s "$BUILD/lib" "$1/lib"
+  cat >"$1/snmpd.conf" <<EOF
 view shown included $root_oid
 view shown included .1.3.6.1.2.1.1
 rocommunity $COMMUNITY 127.0.0.1 -V shown
 dontLogTCPWrappersConnects yes
-dlmod stp_extensions_mib $work/lib/libstpsnmp.so
-${trap_port:+trap2sink 127.0.0.1:$trap_port $COMMUNITY}
+dlmod stp_extensions_mib $1/lib/libstpsnmp.so
+${trap_port:+trap2sink -s $2 127.0.0.1:$trap_port $COMMUNITY}
 EOF
 }
 
+# trap_source NAME: an address of loopback for each, by which its traps are known.
+trap_source() {
+  echo "127.0.0.$((1 + $(agent_port "$1") - port))"
+}
+
 start_agent() {
-  local with_switched_traps=()
-  write_agent_configuration
+  local name=$1 process=snmpd${1:+-$1} folder=$work/agent${1:+-$1} with_switched_traps=()
+  write_agent_configuration "$folder" "$(trap_source "$name")"
   # shellcheck disable=SC2016  # the inner shell's parameters
   [[ -z $with_traps ]] || with_switched_traps=(unshare --mount sh -ec '
     mount -t tmpfs tmpfs "$(dirname "$1")"; mkdir "$1"; echo "$3" >"$1/$2"; shift 3; exec "$@"
   ' sh "$TRAP_FOLDER" "$TRAP_FILE" "$ALL_TRAPS")
-  MIBS='' SNMPCONFPATH=$work SNMP_PERSISTENT_DIR=$work/persistent STPPLATFORM_SOCKET=$work/switch.sock \
-    "${with_switched_traps[@]}" "${as_service[@]}" snmpd -f -Le -C -c "$work/snmpd.conf" -I -smux "udp:$agent" \
-    2>"$place/snmpd.log" &
-  agent_pid=$!
-  if ! daemon_is_up "$agent_pid" snmpd; then
-    ! port_was_refused snmpd || die "UDP port $port of 127.0.0.1 is taken: choose another with --port"
-    die_at_start "$agent_pid" snmpd
+  MIBS='' SNMPCONFPATH=$folder SNMP_PERSISTENT_DIR=$folder/persistent \
+    STPPLATFORM_SOCKET=$work/switch${name:+-$name}.sock \
+    "${with_switched_traps[@]}" "${as_service[@]}" snmpd -f -Le -C -c "$folder/snmpd.conf" -I -smux \
+    "udp:$(agent_of "$name")" 2>"$place/$process.log" &
+  started "$process"
+  if ! daemon_is_up "$!" "$process"; then
+    ! port_was_refused "$process" ||
+      die "UDP port $(agent_port "$name") of 127.0.0.1 is taken: choose another with --port"
+    die_at_start "$!" "$process"
   fi
-  ! grep '^dlopen' "$place/snmpd.log" >"$work/refused" ||
-    die "snmpd did not load the module: $(last_line "$work/refused")"
+  ! grep '^dlopen' "$place/$process.log" >"$folder/refused" ||
+    die "snmpd did not load the module: $(last_line "$folder/refused")"
 }
 
-# On the first free port behind the agent's, or before it where none is left behind.
+# On the first free port behind the agents', or before them where none is left behind.
 start_trap_receiver() {
   local -a names=()
-  local i
+  local i last=$((port + ${#switches[@]} - 1))
   fetch_smi_base
   [[ -z $has_smi_base ]] || names=(-m "$MIB:SNMPv2-MIB" -M "$SMI_BASE:$BUILD/mibs")
   echo "authCommunity log $COMMUNITY" >"$work/snmptrapd.conf"
   for ((i = 1; i <= TRAP_PORT_TRIES; i++)); do
-    trap_port=$((port + i <= LAST_PORT ? port + i : port - i))
+    trap_port=$((last + i <= LAST_PORT ? last + i : port - i))
     MIBS='' SNMPCONFPATH=$work SNMP_PERSISTENT_DIR=$work/persistent \
       "${as_service[@]}" snmptrapd -f -Le -C -c "$work/snmptrapd.conf" -Os "${names[@]}" \
-      -F "$TRAP_MARK %.2h:%.2j:%.2k  %v\n" "udp:127.0.0.1:$trap_port" 2>"$place/snmptrapd.log" &
-    receiver_pid=$!
-    ! daemon_is_up "$receiver_pid" snmptrapd || return 0
+      -F "$TRAP_MARK %.2h:%.2j:%.2k${live:+ %b}  %v\n" "udp:127.0.0.1:$trap_port" 2>"$place/snmptrapd.log" &
+    started snmptrapd
+    ! daemon_is_up "$!" snmptrapd || return 0
     port_was_refused snmptrapd || break
+    forget_last_started
   done
-  die_at_start "$receiver_pid" snmptrapd
+  die_at_start "$!" snmptrapd
 }
 
-# Each by the time when it came, its name and what it says.
+# Each by the time when it came, the bridge where there are several, its name and what it says.
 show_traps() {
+  local name whose=
+  for name in "${switches[@]}"; do
+    [[ -z $name ]] || whose+="s/ UDP: \[$(trap_source "$name")\][^ ]*  / on $name  /; "
+  done
   tail -n +1 -F "$place/snmptrapd.log" 2>/dev/null | sed --unbuffered -n -E \
-    "/^$TRAP_MARK/{s/  .*(snmpTrapOID|\.1\.3\.6\.1\.6\.3\.1\.1\.4\.1)\.0 = OID: /  /; s/\t/, /g; p}" &
+    "/^$TRAP_MARK/{${whose}s/  .*(snmpTrapOID|\.1\.3\.6\.1\.6\.3\.1\.1\.4\.1)\.0 = OID: /  /; s/\t/, /g; p}" &
   viewer_pid=$!
 }

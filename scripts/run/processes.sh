@@ -5,26 +5,67 @@ readonly SERVICE_USER=Debian-snmp
 readonly START_POLLS=100 POLL_SECONDS=0.1
 readonly SIGNALLED=128  # the status of a process that a signal has ended, without the signal's number
 
+# Of one that is gone, there is nothing to wait for: bash waits for any other process instead where a signal came while
+# it took note of the end.
 stop_process() {
-  [[ -n $1 ]] || return 0
-  kill "$1" 2>/dev/null || true
+  [[ -n $1 ]] && kill "$1" 2>/dev/null || return 0
   wait "$1" 2>/dev/null || true
 }
 
+# started NAME: takes note of the process that was just put into the background.
+started() {
+  daemons+=("$!")
+  daemon_names[$!]=$1
+}
+
+# Of one that has ended, as it was to.
+forget_last_started() {
+  unset 'daemons[-1]'
+}
+
 clean_up() {
+  local i
+  # Whoever is impatient would break it off.
+  trap '' INT TERM HUP
   stop_process "$fetch_pid"
   stop_process "$viewer_pid"
-  stop_process "$agent_pid"
-  stop_process "$receiver_pid"
-  stop_process "$switch_pid"
+  for ((i = ${#daemons[@]} - 1; i >= 0; i--)); do
+    stop_process "${daemons[i]}"
+  done
   [[ -z $work ]] || rm -rf "$work" "$place/env" "$place/tools"
+}
+
+# Of runs that were killed. Those that live hold a lock.
+remove_leftovers() {
+  local left
+  for left in "${TMPDIR:-/tmp}"/stp-run-????????; do
+    if [[ ! -L $left && -f $left/lock ]] && is_ours "$left" && flock --nonblock "$left/lock" true; then
+      rm -rf "$left"
+    fi
+  done
+}
+
+# Root hands its folder to the agent's user.
+is_ours() {
+  [[ -O $1 ]] || { ((EUID == 0)) && [[ $(stat -c %U "$1") == "$SERVICE_USER" ]]; }
 }
 
 make_folders() {
   place=$BUILD/$port
   mkdir -p "$place"
-  work=$(mktemp -d)
-  mkdir -p "$work/persistent/cert_indexes"  # without that folder, each SNMP program says that it creates it
+  # Another one that has yet to come to its snmpd has not taken the port.
+  exec {place_lock}>"$place/lock"
+  flock --nonblock "$place_lock" || die "another ./run is about to take UDP port $port: choose another with --port"
+  remove_leftovers
+  work=$(mktemp -d -t stp-run-XXXXXXXX)
+  exec {work_lock}>"$work/lock"
+  flock "$work_lock"
+  local name
+  # Without these folders, each SNMP program says that it creates them.
+  mkdir -p "$work/persistent/cert_indexes"
+  for name in "${switches[@]}"; do
+    mkdir -p "$work/agent${name:+-$name}/persistent/cert_indexes"
+  done
   rm -f "$place"/*.log
   root_oid=.1.3.6.1.4.1.$(<"$BUILD/enterprise").9.82
 }
@@ -36,12 +77,12 @@ service_user_can() {
 # All processes die with this one, and root hands them to the agent's own user where that user can reach everything
 # that they need.
 choose_service_user() {
-  as_service=(setpriv --pdeathsig TERM)
+  as_service=("${as_child[@]}")
   ((EUID == 0)) || return 0
   chown -R "$SERVICE_USER:" "$work"
   local missing=
   service_user_can -w "$work" || missing=$work
-  service_user_can -r "$scenario" || missing=$scenario
+  [[ -n $live ]] || service_user_can -r "$scenario" || missing=$scenario
   { service_user_can -x "$BUILD/bin/stp-switchd" && service_user_can -r "$BUILD/lib/libstpsnmp.so"; } || missing=$BUILD
   if [[ -z $missing ]]; then
     as_service+=(--reuid="$SERVICE_USER" --regid="$SERVICE_USER" --init-groups)
@@ -56,13 +97,13 @@ last_line() {
   grep -s . "$1" | tail -n 1 || true
 }
 
-# wait_until PID NAME COMMAND...: until the command succeeds. Fails when the process ends first.
+# wait_until PID NAME COMMAND...: until the command succeeds. Fails when the process ends first. `polls`: for how long.
 wait_until() {
   local pid=$1 name=$2 i
   shift 2
   # The shell would tell of a signal in its own words, at the latest when it has waited for the process.
   {
-    for ((i = 0; i < START_POLLS; i++)); do
+    for ((i = 0; i < ${polls:-$START_POLLS}; i++)); do
       ! "$@" >/dev/null || return 0
       if ! kill -0 "$pid"; then
         wait "$pid" || true
@@ -95,10 +136,8 @@ die_at_start() {
 
 # Waits until one of them ends, which none should.
 report_who_ended() {
-  local ended status=0 name=snmpd
+  local ended status=0
   # The shell would tell of a signal in its own words.
-  { wait -n -p ended "$switch_pid" "$agent_pid" ${receiver_pid:+"$receiver_pid"} || status=$?; } 2>/dev/null
-  [[ $ended != "$switch_pid" ]] || name=stp-switchd
-  [[ $ended != "$receiver_pid" ]] || name=snmptrapd
-  die "$name $(how_it_ended "$name" "$status")"
+  { wait -n -p ended "${daemons[@]}" || status=$?; } 2>/dev/null
+  die "${daemon_names[$ended]} $(how_it_ended "${daemon_names[$ended]}" "$status")"
 }

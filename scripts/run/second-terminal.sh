@@ -30,10 +30,12 @@ tool_settings() {
   [[ -n $has_smi_base ]] || mibs='' folders=''
   cat <<EOF
 export PATH=$(printf %q "$BUILD/bin:$PROJECT_ROOT/tools/show-walk"):"\$PATH"
-export STPSWITCHD_CONTROL=$(printf %q "$work/control.sock")
 export SNMPCONFPATH=$(printf %q "$place/tools") SNMP_PERSISTENT_DIR=$(printf %q "$place/tools")
 export MIBS=$mibs MIBDIRS=$(printf %q "$folders")
-export AGENT=$agent
+EOF
+  [[ -n $live ]] || cat <<EOF
+export STPSWITCHD_CONTROL=$(printf %q "$(control_socket '')")
+export AGENT=$(agent_of '')
 EOF
 }
 
@@ -45,15 +47,40 @@ use_tools() {
 
 print_instructions() {
   fetch_smi_base
-  local as_whom=
+  local as_whom= example_agent=\$AGENT
+  # shellcheck disable=SC2016  # for the other terminal
+  [[ -z $live ]] || example_agent='$(agent_of c)'
   ((EUID != 0)) || as_whom=', as root'
-  tool_settings >"$place/env"
+  {
+    tool_settings
+    [[ -z $live ]] || ring_commands
+  } >"$place/env"
   cat <<EOF
 
 For another terminal, which knows sockets, agent and names then:
   . $(printf %q "$place/env")
+EOF
+  if [[ -n $live ]]; then
+    print_ring_instructions "$as_whom"
+  else
+    print_switch_instructions "$as_whom"
+  fi
+  if [[ -n $has_smi_base ]]; then
+    cat <<EOF
+  snmpwalk $example_agent stpxObjects
+  snmptable -Ci -Cb $example_agent stpxRSTPPortTable
+  snmptranslate -Td $MIB::stpxRSTPPortRole
+EOF
+  else
+    echo "By name, the tools need what the MIB file imports, which cannot be had: $why_no_names"
+  fi
+  printf '\nRunning until Ctrl-C.%s\n' "${with_traps:+ Traps as they come:}"
+}
 
-Look at the switch, and change it$as_whom:
+print_switch_instructions() {
+  cat <<EOF
+
+Look at the switch, and change it$1:
   stp-switchctl show
   stp-switchctl set mst.region campus-north
   stp-switchctl set port.1.root_inconsistent 0-10
@@ -65,14 +92,4 @@ Walk the agent, as shown above, or as managers see it:
   stp-show-walk --root $root_oid \$AGENT
   snmpwalk -On \$AGENT $root_oid
 EOF
-  if [[ -n $has_smi_base ]]; then
-    cat <<EOF
-  snmpwalk \$AGENT stpxObjects
-  snmptable -Ci -Cb \$AGENT stpxRSTPPortTable
-  snmptranslate -Td $MIB::stpxRSTPPortRole
-EOF
-  else
-    echo "By name, the tools need what the MIB file imports, which cannot be had: $why_no_names"
-  fi
-  printf '\nRunning until Ctrl-C.%s\n' "${with_traps:+ Traps as they come:}"
 }

@@ -52,13 +52,13 @@ NO_ROWS_BEFORE_CIST = ''.join(f'\n{table}: no rows\n' for table in (
 NO_ROWS_BEHIND_CIST = '\nstpxSMSTPortTable: no rows\n'
 
 
-def show(served, **how):
+def show(served, *options, **how):
     walk = ''.join(f'{ROOT}{suffix} = {value}\n' for suffix, value in served.items())
-    return show_text(walk, **how)
+    return show_text(walk, *options, **how)
 
 
-def show_text(walk, root=ROOT, environment=None):
-    return subprocess.run([SHOW_WALK, '--root', root], input=walk, capture_output=True, text=True, check=False,
+def show_text(walk, *options, root=ROOT, environment=None):
+    return subprocess.run([SHOW_WALK, '--root', root, *options], input=walk, capture_output=True, text=True, check=False,
                           env=ENVIRONMENT | (environment or {}), timeout=60)
 
 
@@ -234,6 +234,15 @@ def test_walk_that_lacks_what_must_be_there_is_shown_and_refused(lost, named):
     assert result.returncode == 1
     assert result.stderr == f'stp-show-walk: the walk lacks {named}\n'
     assert 'stpxSMSTMaxHopCount.0' in result.stdout
+
+
+def test_walk_of_a_switch_that_does_not_know_everything_may_lack_objects():
+    result = show({suffix: SERVED[suffix] for suffix in ('.1.6.1.0', '.1.14.8.0')}, '--partial')
+    assert (result.returncode, result.stderr) == (0, '')
+    assert 'stpxSMSTMaxHopCount.0' in result.stdout
+    nothing = show({}, '--partial')
+    assert nothing.returncode == 1
+    assert 'shows nothing below' in nothing.stderr
 
 
 def test_columns_of_mst_mode_may_be_missing_in_the_other_mode():

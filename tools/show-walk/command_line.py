@@ -5,7 +5,7 @@ import subprocess
 from difflib import get_close_matches
 from typing import NamedTuple, Optional
 
-OWN_OPTIONS = ('--root', '--version', '--help')
+OWN_OPTIONS = ('--root', '--partial', '--version', '--help')
 CLOSE = 0.75  # two letters of an option as long as --version may be wrong
 EXAMPLE_ROOT = '.1.3.6.1.4.1.32473.9.82'
 
@@ -21,6 +21,7 @@ class CommandLine(NamedTuple):
     asked: Optional[str]  # "help" or "version", which is all that is done then
     root: Optional[str]
     walk: list            # snmpwalk's options and the agent. Empty: the walk comes on standard input
+    partial: bool = False  # objects may be missing
 
 
 def tokens_of_snmpwalk():
@@ -57,7 +58,7 @@ def root_of(text):
 
 
 def parse(arguments):
-    root, walk, agents, left = None, [], [], list(arguments)
+    root, partial, walk, agents, left = None, False, [], [], list(arguments)
 
     def next_argument(option, wanted):
         if not left:
@@ -72,6 +73,9 @@ def parse(arguments):
         if name == '--root':
             root = root_of(value if equals else next_argument(name, 'an OID'))
             continue
+        if argument == '--partial':
+            partial = True
+            continue
         walk.append(argument)
         if argument.startswith('--'):
             check_long_option(name)
@@ -84,4 +88,4 @@ def parse(arguments):
         raise WrongCommandLine('expected an agent')
     if len(agents) > 1:
         raise WrongCommandLine(f"unexpected argument '{agents[1]}'")
-    return CommandLine(None, root, walk)
+    return CommandLine(None, root, walk, partial)

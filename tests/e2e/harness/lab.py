@@ -10,7 +10,7 @@ from .build import ROOT, SCENARIOS
 from .polling import wait_until
 from .raw_snmp import RawClient
 from .snmp_tools import SnmpTools
-from .switch import Switch
+from .switch import Switch, playing
 
 
 class Lab:
@@ -49,11 +49,15 @@ class Lab:
         wait_until(all_is_served, 'a walk shows everything')
 
 
+def run_lab(file, **options):
+    return run_lab_of(playing(SCENARIOS / file), **options)
+
+
 @contextmanager
-def run_lab(scenario, agent_class=Agent, **agent_options):
+def run_lab_of(source, enter=(), agent_class=Agent, **agent_options):
     # Not below pytest's own folders: the path of a local socket holds 107 bytes.
     directory = Path(tempfile.mkdtemp(prefix='stp-e2e-'))
-    switch = Switch(directory, SCENARIOS / scenario)
+    switch = Switch(directory, source, enter)
     try:
         agent = agent_class(directory, switch.socket, **agent_options)
     except BaseException:
@@ -73,6 +77,6 @@ def run_lab(scenario, agent_class=Agent, **agent_options):
         shutil.rmtree(directory)
 
 
-def run_impatient_lab(scenario):
+def run_impatient_lab(file):
     """For switches that fall silent: the agent gives up on them soon."""
-    return run_lab(scenario, deadline_ms=SHORT_DEADLINE_MS)
+    return run_lab(file, deadline_ms=SHORT_DEADLINE_MS)

@@ -15,13 +15,14 @@ CANDIDATES = range(LOWEST, FIRST_EPHEMERAL) or range(LOWEST, HIGHEST + 1)
 _reservations = []
 
 
-def free_port(kind=socket.SOCK_DGRAM):
+def free_port(kind=socket.SOCK_DGRAM, count=1):
     """One that no other test has or gets, whichever runs at the same time, and that the system gives to no
-    client's socket. Who is no test may still take it before the server does."""
+    client's socket. Who is no test may still take it before the server does. With `count`, the first of so many
+    in a row."""
     for _ in CANDIDATES:
-        port = random.choice(CANDIDATES)
-        if _reserve(port) and _is_free(port, kind):
-            return port
+        first = random.choice(CANDIDATES[:1 - count or None])
+        if all(_reserve(port) and _is_free(port, kind) for port in range(first, first + count)):
+            return first
     raise AssertionError('found no free port')
 
 

@@ -9,11 +9,18 @@ from .polling import GUARD_SECONDS, wait_until
 from .process import Process
 
 
+def playing(file):
+    """The source that plays it."""
+    return ['--scenario', file]
+
+
 class Switch:
-    def __init__(self, directory, scenario):
+    def __init__(self, directory, source, enter=()):
+        """`source`: the arguments that tell where its state comes from; `enter`: what runs it somewhere else."""
         self.socket = directory / 'switch.sock'
         self.control_socket = directory / 'control.sock'
-        self._scenario = scenario
+        self._source = source
+        self._enter = enter
         self._log = directory / 'switch.log'
         self._process = None
 
@@ -23,7 +30,7 @@ class Switch:
 
     def start(self):
         self._process = Process(
-            [BUILD / 'bin/stp-switchd', '--scenario', self._scenario, '--socket', self.socket,
+            [*self._enter, BUILD / 'bin/stp-switchd', *self._source, '--socket', self.socket,
              '--control', self.control_socket], self._log)
         wait_until(self._answers_or_ended, 'stp-switchd answers')
         assert self._process.is_alive(), f'stp-switchd did not start: {self._log.read_text()}'
