@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstring>
 #include <new>
+#include <vector>
 
 #include "base/system_failure.h"
 #include "server/snapshot_slot.h"
@@ -15,9 +16,7 @@ namespace stpswitch {
 namespace wire = stpplatform::wire;
 
 SnapshotPublisher::SnapshotPublisher(const Switch *the_switch)
-    : switch_(*the_switch),
-      fd_(::memfd_create("stp-switch-snapshot", MFD_CLOEXEC | MFD_ALLOW_SEALING)),
-      next_slot_(wire::snapshot_slot_size(wire::kMaxInterfaces)) {
+    : switch_(*the_switch), fd_(::memfd_create("stp-switch-snapshot", MFD_CLOEXEC | MFD_ALLOW_SEALING)) {
   map_memory();
   seal();
   publish();
@@ -51,12 +50,12 @@ void SnapshotPublisher::seal() const {
 }
 
 void SnapshotPublisher::publish() {
-  const size_t filled = fill_snapshot_slot(switch_, next_slot_);
+  const std::vector<uint8_t> slot = snapshot_slot(switch_);
   const uint64_t generation = head_->generation.load(std::memory_order_relaxed) + 1;
   // Readers of the slot that is overwritten must see the generation that left it before they see new data.
   std::atomic_thread_fence(std::memory_order_release);
-  std::memcpy(memory_ + wire::snapshot_slot_offset(wire::kMaxInterfaces, generation), next_slot_.data(),
-              filled);
+  std::memcpy(memory_ + wire::snapshot_slot_offset(wire::kMaxInterfaces, generation), slot.data(),
+              slot.size());
   head_->generation.store(generation, std::memory_order_release);
 }
 

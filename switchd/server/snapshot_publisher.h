@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
 #include "model/switch.h"
 #include "wire/owned_fd.h"
@@ -33,7 +32,6 @@ class SnapshotPublisher {
   stpplatform::OwnedFd fd_;
   uint8_t *memory_ = nullptr;
   stpplatform::wire::SnapshotHead *head_ = nullptr;
-  std::vector<uint8_t> next_slot_;
 };
 
 }  // namespace stpswitch

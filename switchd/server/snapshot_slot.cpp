@@ -23,18 +23,17 @@ uint8_t oper_status(const std::optional<bool> &is_up) {
 
 class SlotFiller {
  public:
-  explicit SlotFiller(std::span<uint8_t> slot) : slot_(slot) {}
-
   // In ascending order of if_index. Bridge ports, which have numbers, all have a place; of more members of
   // port-channels than a slot holds, the last have none.
   void add(const wire::SnapshotInterface &interface) {
     if (head_.interface_count == wire::kMaxInterfaces) {
       return;
     }
-    const size_t position = head_.interface_count++;
-    std::memcpy(slot_.data() + sizeof head_ + position * sizeof interface, &interface, sizeof interface);
+    ++head_.interface_count;
+    const auto *const octets = reinterpret_cast<const uint8_t *>(&interface);
+    slot_.insert(slot_.end(), octets, octets + sizeof interface);
     if (interface.base_port != 0) {
-      head_.interface_of_port[interface.base_port] = static_cast<uint16_t>(position + 1);
+      head_.interface_of_port[interface.base_port] = static_cast<uint16_t>(head_.interface_count);
     }
   }
 
@@ -44,15 +43,14 @@ class SlotFiller {
     copy_vlans(vlans, instance.vlans);
   }
 
-  // Returns how much of the slot is filled.
-  size_t finish() {
+  std::vector<uint8_t> finish() && {
     std::memcpy(slot_.data(), &head_, sizeof head_);
-    return sizeof head_ + head_.interface_count * sizeof(wire::SnapshotInterface);
+    return std::move(slot_);
   }
 
  private:
-  std::span<uint8_t> slot_;
   wire::SnapshotSlot head_{};
+  std::vector<uint8_t> slot_ = std::vector<uint8_t>(sizeof head_);
 };
 
 wire::SnapshotInterface numbered_interface(const Interface &from) {
@@ -94,9 +92,9 @@ wire::SnapshotInterface outside_bridging(wire::SnapshotInterface interface) {
 
 }  // namespace
 
-size_t fill_snapshot_slot(const Switch &the_switch, std::span<uint8_t> slot) {
+std::vector<uint8_t> snapshot_slot(const Switch &the_switch) {
   const SwitchState &state = the_switch.state();
-  SlotFiller filler(slot);
+  SlotFiller filler;
   const auto links = links_of_channels(state);
   const auto add = [&](const wire::SnapshotInterface &interface) {
     filler.add(state.settings.mode ? interface : outside_bridging(interface));
@@ -110,7 +108,7 @@ size_t fill_snapshot_slot(const Switch &the_switch, std::span<uint8_t> slot) {
   for (const auto &[id, vlans] : the_switch.mst_vlan_map()) {
     filler.add_mst_instance(id, vlans);
   }
-  return filler.finish();
+  return std::move(filler).finish();
 }
 
 }  // namespace stpswitch

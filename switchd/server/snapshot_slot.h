@@ -1,16 +1,15 @@
 // Lays out one generation of the snapshot.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
-#include <span>
+#include <vector>
 
 #include "model/switch.h"
 
 namespace stpswitch {
 
-// Fills the beginning of a slot (platform/wire/snapshot.h) that has room for every interface, and returns how
-// much of it that is. Nothing of the rest is read.
-size_t fill_snapshot_slot(const Switch &the_switch, std::span<uint8_t> slot);
+// The octets of a slot (platform/wire/snapshot.h) that are in use: its head, and the interfaces that there
+// are.
+std::vector<uint8_t> snapshot_slot(const Switch &the_switch);
 
 }  // namespace stpswitch
