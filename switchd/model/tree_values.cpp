@@ -110,8 +110,10 @@ TreeValues tree_values(const SwitchState &state, const BridgePorts &ports, uint3
   ObservedTree &observed = values.observed;
   observed.bridge_id = first_of(observed.bridge_id, own_id(values.settings, state.bridge.address, tree));
   const RootPort root_port = root_port_of(ports, tree);
-  // A switch that is no bridge with an identifier is nobody's root.
-  if (observed.bridge_id) {
+  // A switch that is no bridge with an identifier is nobody's root, and neither is one that knows another
+  // root.
+  const bool may_be_root = !observed.root_id || observed.root_id == observed.bridge_id;
+  if (observed.bridge_id && (may_be_root || root_port.number != 0U)) {
     observed.root_port = first_of(observed.root_port, root_port.number);
   }
   if (observed.root_port == 0U) {

@@ -125,6 +125,13 @@ TEST(TreeValues, AreUnknownWithoutPortsAndIdentifier) {
   EXPECT_EQ(values.observed.root_port, std::nullopt);
 }
 
+TEST(TreeValues, HaveNoRootPortThatNobodyKnowsOfToAForeignRoot) {
+  SwitchState state = three_ports();
+  state.trees[0].observed.root_id = parse_bridge_id("1000.00005e0053bb");
+  EXPECT_EQ(values_of(state, 0).observed.root_port, std::nullopt);
+  EXPECT_EQ(values_of(state, 0).observed.root_cost, std::nullopt);
+}
+
 TEST(TreePortValues, AreTheSwitchsOwnOnADesignatedPort) {
   const TreePortValues values = port_values_of(below_the_root(), 0, 1);
   EXPECT_EQ(values.role, PortRole::kDesignated);
