@@ -11,6 +11,9 @@
 namespace stpswitch {
 namespace {
 
+// Of ports that are left out.
+constexpr size_t kMostLinesAtOnce = 10;
+
 constexpr auto kOfInterfaces = std::to_array<SetInstead>({
     {"path_cost", "ovs-vsctl set port % other_config:rstp-path-cost=N"},
     {"priority", "ovs-vsctl set port % other_config:rstp-port-priority=N"},
@@ -116,13 +119,21 @@ SwitchState OpenVSwitchSource::read() {
   for (size_t place = 0; place < bridges_.size(); ++place) {
     note("bridge '" + bridges_[place].name + "'", reading.without_tree[place], "has a spanning tree");
   }
-  for (const std::string &line : reading.left_out) {
-    if (!left_out_.contains(line)) {
+  note_left_out(std::move(reading.left_out));
+  return std::move(reading.state);
+}
+
+void OpenVSwitchSource::note_left_out(std::set<std::string> lines) {
+  size_t news = 0;
+  for (const std::string &line : lines) {
+    if (!left_out_.contains(line) && ++news <= kMostLinesAtOnce) {
       log_line(line);
     }
   }
-  left_out_ = std::move(reading.left_out);
-  return std::move(reading.state);
+  if (news > kMostLinesAtOnce) {
+    log_line(std::to_string(news - kMostLinesAtOnce) + " more ports are left out");
+  }
+  left_out_ = std::move(lines);
 }
 
 // One line when trouble begins or becomes another, and one when it ends.

@@ -47,6 +47,7 @@ class OpenVSwitchSource : public Source {
   void lose_rows(const std::string &why);
   void tell();
   SwitchState read();
+  void note_left_out(std::set<std::string> lines);
   void note(const std::string &subject, const std::string &trouble, const std::string &end_of_it);
 
   std::string socket_;

@@ -20,6 +20,7 @@ using namespace std::chrono_literals;
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 
 const std::string kSchema = R"({"tables":{
     "Open_vSwitch":{"columns":{"other_config":{},"bridges":{}}},
@@ -135,6 +136,27 @@ TEST_F(OpenVSwitchSources, MakeOneStateOfABurst) {
   server_.send(role_update("Alternate") + role_update("Backup") + role_update("Designated"));
   ASSERT_TRUE(wait_for_role(PortRole::kDesignated));
   EXPECT_EQ(states_, 2);
+}
+
+// Twelve bonds beside the port, on which Open vSwitch runs no RSTP.
+TEST_F(OpenVSwitchSources, NameNoMoreThanTenPortsThatAreLeftOutAtOnce) {
+  std::string ports = R"(["uuid","p"])";
+  std::string rows;
+  for (int number = 1; number <= 12; ++number) {
+    const std::string bond = "bond" + std::to_string(number);
+    ports += R"(,["uuid",")" + bond + R"("])";
+    rows += ",\"" + bond + R"(":{"new":{"name":")" + bond +
+            R"(","interfaces":["set",[["uuid","i1"],["uuid","i2"]]]}})";
+  }
+  server_.rows =
+      R"({"Bridge":{"b":{"new":{"name":"br0","rstp_enable":true,"ports":["set",[)" + ports +
+      R"(]],"rstp_status":["map",[["rstp_bridge_id","8.000.00005e005301"]]]}}},"Port":{"p":{"new":)" +
+      port_row("Root") + "}" + rows + "}}";
+  start_and_read();
+  const std::string text = log();
+  EXPECT_THAT(text, HasSubstr("port 'bond7' is left out"));
+  EXPECT_THAT(text, Not(HasSubstr("port 'bond9' is left out")));
+  EXPECT_THAT(text, HasSubstr("2 more ports are left out\n"));
 }
 
 TEST_F(OpenVSwitchSources, AnswerEchoes) {
