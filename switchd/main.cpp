@@ -125,6 +125,9 @@ int parse_and_run(int argc, char **argv) {
   if (count_of_sources(source) != 1) {
     return line.refuse("expected one of --scenario, --linux-bridge and --openvswitch");
   }
+  if (source.openvswitch.empty() && source.ovsdb != stpswitch::kDefaultOvsdbSocket) {
+    return line.refuse("--ovsdb is for --openvswitch");
+  }
   if (only_check && source.scenario.empty()) {
     return line.refuse("--check is for a scenario");
   }
