@@ -39,9 +39,7 @@ cmd_result answer_mst_instances(const Switch &the_switch, const CommandRequest &
   reply->add_number(STP_ATTRIBUTE_TREE, id);
   reply->add_number(STP_ATTRIBUTE_HOPS, remaining_hops);
   if (id == kCistId) {
-    if (state.mst_cist.regional_root_mac) {
-      reply->add_octets(STP_ATTRIBUTE_REGIONAL_ROOT_MAC, *state.mst_cist.regional_root_mac);
-    }
+    reply->add_octets(STP_ATTRIBUTE_REGIONAL_ROOT_MAC, *state.mst_cist.regional_root_mac);
     reply->add_number(STP_ATTRIBUTE_REGIONAL_ROOT_PRIORITY, state.mst_cist.regional_root_priority);
     reply->add_number(STP_ATTRIBUTE_INTERNAL_ROOT_PATH_COST, state.mst_cist.internal_root_path_cost);
   }

@@ -22,8 +22,7 @@ constexpr int64_t kMaxPortId = 65535;  // two octets, IEEE 802.1D clause 9.2.7
 constexpr int64_t kMaxTransitions = std::numeric_limits<uint32_t>::max();
 constexpr int64_t kMaxIfMibIndex = std::numeric_limits<int32_t>::max();  // RFC 2863
 constexpr uint32_t kDefaultVlan = 1;
-// The first port of the root.
-constexpr uint32_t kDefaultDesignatedPort = kRecommendedPriority << 8 | 1;
+constexpr uint32_t kDefaultDesignatedPort = 0x8001;  // priority 128, the first port
 
 constexpr Choices<bool, 2> kLinkStates = {{{"up", true}, {"down", false}}};
 constexpr Choices<Guard, 3> kGuards = {

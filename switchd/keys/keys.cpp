@@ -134,8 +134,6 @@ std::string digits_of(std::string_view text) {
   return digits;
 }
 
-}  // namespace
-
 // Of the switch's keys, and of what lies above them. Who writes another number means another entry.
 std::string suggested_key(const SwitchState &state, const std::string &key) {
   ValueCollector collector(state, "");
@@ -150,6 +148,8 @@ std::string suggested_key(const SwitchState &state, const std::string &key) {
   }
   return suggestion(key, {known.begin(), known.end()});
 }
+
+}  // namespace
 
 std::vector<KeyAndValue> values_below(const SwitchState &state, const std::string &prefix) {
   ValueCollector collector(state, prefix);

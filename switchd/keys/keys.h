@@ -20,7 +20,4 @@ std::vector<KeyAndValue> values_below(const SwitchState &state, const std::strin
 // The state with one key changed, which by itself may be so. Throws ConfigError.
 SwitchState with_key_set(const SwitchState &state, const std::string &key, const std::string &text);
 
-// The suggestion (base/nearest.h) for a key that the switch does not have.
-std::string suggested_key(const SwitchState &state, const std::string &key);
-
 }  // namespace stpswitch

@@ -18,8 +18,8 @@ namespace {
 
 constexpr uint32_t kNoGroups = 0;
 
-// An answer is there when the question has been sent, see above; this only keeps a fault of the kernel from
-// being one of the whole process.
+// An answer is there when the question has been sent (link_query.h); this only keeps a fault of the kernel
+// from being one of the whole process.
 constexpr std::chrono::milliseconds kPatience{250};
 
 // Every interface that somebody adds or removes anywhere on the machine interrupts a dump.

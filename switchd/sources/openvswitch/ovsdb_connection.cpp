@@ -208,11 +208,11 @@ void OvsdbConnection::take(const std::string &text) {
   } else if (*method == "echo") {
     answer_echo(message);
   } else if (*method == "update" && has_rows_) {
-    const json params = copy_of(message, "params");
-    if (!params.is_array() || params.size() != 2 || params[0] != kMonitor) {
+    const json *const params = member(message, "params");
+    if (params == nullptr || !params->is_array() || params->size() != 2 || params->front() != kMonitor) {
       throw Refusal("an update is malformed");
     }
-    events_.updated(params[1]);
+    events_.updated(params->back());
   }
 }
 
