@@ -25,12 +25,13 @@ constexpr BridgeId kBr0 = {0x8000, {0x02, 0x00, 0x5E, 0x00, 0x53, 0x10}};
 // A message of the type about interface 7, with these attributes.
 std::vector<uint8_t> message(uint16_t type, uint8_t family, const std::string &attributes) {
   const std::vector<uint8_t> tail = octets(attributes);
-  std::vector<uint8_t> all(32 + tail.size());
-  all[0] = static_cast<uint8_t>(all.size());
-  all[4] = static_cast<uint8_t>(type);
-  all[16] = family;
-  all[20] = 7;
-  std::copy(tail.begin(), tail.end(), all.begin() + 32);
+  std::array<uint8_t, 32> head{};
+  head[0] = static_cast<uint8_t>(head.size() + tail.size());
+  head[4] = static_cast<uint8_t>(type);
+  head[16] = family;
+  head[20] = 7;
+  std::vector<uint8_t> all(head.begin(), head.end());
+  all.insert(all.end(), tail.begin(), tail.end());
   return all;
 }
 
