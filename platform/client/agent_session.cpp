@@ -42,7 +42,14 @@ struct RequestIdentity {
 RequestIdentity current_request = {};
 
 using Listener = void (*)();
-constinit Listener request_listener = nullptr;
+constinit Listener on_begin = nullptr;
+constinit Listener on_end = nullptr;
+
+void tell(Listener listener) {
+  if (listener != nullptr) {
+    listener();
+  }
+}
 
 // Copies `length` bytes as a text; nothing when it would not be the same text there. Returns the length
 // copied.
@@ -109,9 +116,7 @@ int on_access_check(int, int, void *parameters, void *) {
       copy_text(and_context_name, AND_CONTEXT_NAME_MAX + 1, pdu->contextName, pdu->contextNameLen));
   copy_user(*pdu);
   session = session_number(*pdu, user_name);
-  if (request_listener != nullptr) {
-    request_listener();
-  }
+  tell(on_begin);
   return SNMPERR_SUCCESS;
 }
 
@@ -128,7 +133,10 @@ void watch_requests() {
   }
 }
 
-void on_new_request(void (*begun)()) { request_listener = begun; }
+void on_request(void (*begun)(), void (*ended)()) {
+  on_begin = begun;
+  on_end = ended;
+}
 
 void stop_watching_requests() {
   for (const int check : kAccessChecks) {
@@ -142,6 +150,7 @@ void end_of_request() {
   and_context_name_len = 0;
   user_name[0] = '\0';
   session = 0;
+  tell(on_end);
 }
 
 }  // namespace stpplatform

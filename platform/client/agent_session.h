@@ -8,8 +8,9 @@ namespace stpplatform {
 void watch_requests();
 void stop_watching_requests();
 
-// Has `begun` called for every request that is checked; there is one listener.
-void on_new_request(void (*begun)());
+// Has `begun` called for every request that is checked, and `ended` when nobody asks any more; there is one
+// listener.
+void on_request(void (*begun)(), void (*ended)());
 
 // Nobody asks any more.
 void end_of_request();

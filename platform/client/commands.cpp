@@ -1,10 +1,10 @@
-// cmd.h: requests laid out in the caller's buffer, replies as handles. The connection (connection.h) carries
-// them.
+// cmd.h: requests laid out in the caller's buffer, replies as handles. The channel (channel.h) turns the ones
+// into the others.
 #include <algorithm>
-#include <cstdlib>
+#include <cstddef>
 #include <cstring>
 
-#include "connection.h"
+#include "channel.h"
 #include "export.h"
 #include "platform/cmd.h"
 #include "replies.h"
@@ -15,14 +15,12 @@ namespace stpplatform {
 namespace {
 
 constexpr uint32_t kRequestCookie = 0x5354'5051;
-constexpr uint32_t kReplyCookie = 0x5354'5052;
 
 // What stands at the start of the caller's buffer. The message follows the private fields and is sent as it
 // stands.
 struct RequestBuffer {
   uint32_t cookie;
-  uint32_t capacity;  // of the message
-  uint32_t reserved[2];
+  uint32_t capacity;      // of the message
   wire::Request message;  // attributes follow; header.length is what is in use
 };
 
@@ -32,21 +30,6 @@ RequestBuffer *request_of(void *handle) {
 }
 
 }  // namespace
-
-const Reply *reply_of(const void *handle) {
-  const auto *reply = static_cast<const Reply *>(handle);
-  return reply != nullptr && reply->cookie == kReplyCookie ? reply : nullptr;
-}
-
-void *make_reply(const void *attributes, uint32_t size) {
-  auto *reply = static_cast<Reply *>(std::malloc(sizeof(Reply) + size));
-  if (reply != nullptr) {
-    *reply = {kReplyCookie, size};
-    std::memcpy(reply + 1, attributes, size);
-  }
-  return reply;
-}
-
 }  // namespace stpplatform
 
 using stpplatform::RequestBuffer;
@@ -60,11 +43,14 @@ STPPLATFORM_EXPORT void *cmd_req_init(void *buffer, uint32_t size) {
     return nullptr;
   }
   auto *request = static_cast<RequestBuffer *>(buffer);
-  std::memset(request, 0, sizeof *request);
   constexpr auto kHead = static_cast<uint32_t>(offsetof(RequestBuffer, message));
   request->cookie = stpplatform::kRequestCookie;
   request->capacity = std::min(size - kHead, wire::kMaxMessageSize);
+  // Whoever sends it fills in the rest.
   request->message.header.length = sizeof request->message;
+  request->message.command = 0;
+  request->message.action = 0;
+  request->message.attribute_count = 0;
   return request;
 }
 
@@ -137,40 +123,32 @@ STPPLATFORM_EXPORT int cmd_snmp_req_send_recv(uint32_t destination, uint32_t ser
   message.service = service;
   message.session = session;
   message.flags = flags;
-  std::memset(message.user, 0, sizeof message.user);
   if (user_length != 0) {
     std::memcpy(message.user, user, user_length);
   }
-  stpplatform::ReplyAttributes attributes;
-  const cmd_result result = stpplatform::connection().exchange(&message, &attributes);
-  if (result != CMD_OK) {
-    return result;
+  message.user[user_length] = '\0';
+  stpplatform::Reply *answered = nullptr;
+  const cmd_result result = stpplatform::ask_command(&message, &answered);
+  if (result == CMD_OK) {
+    *reply = answered;
   }
-  void *handle = stpplatform::make_reply(attributes.begin, static_cast<uint32_t>(attributes.size));
-  if (handle == nullptr) {
-    return CMD_NO_MEMORY;
-  }
-  *reply = handle;
-  return CMD_OK;
+  return result;
 }
 
 STPPLATFORM_EXPORT int cmd_rsp_attr_get(void *reply, uint32_t token, void **value, uint32_t *length) {
-  const stpplatform::Reply *found = stpplatform::reply_of(reply);
+  stpplatform::Reply *found = stpplatform::reply_of(reply);
   if (found == nullptr || value == nullptr || length == nullptr) {
     return CMD_INVALID_ARGUMENT;
   }
-  wire::AttributeReader reader = found->attributes();
   wire::Attribute attribute;
-  while (reader.next(&attribute)) {
-    if (attribute.token == token) {
-      *value = const_cast<void *>(attribute.value);
-      *length = attribute.length;
-      return CMD_OK;
-    }
+  if (!stpplatform::find_attribute(found, token, &attribute)) {
+    return CMD_NO_ATTRIBUTE;
   }
-  return CMD_NO_ATTRIBUTE;
+  *value = const_cast<void *>(attribute.value);
+  *length = attribute.length;
+  return CMD_OK;
 }
 
-STPPLATFORM_EXPORT void cmd_snmp_free_rx_hndl(void *reply) { std::free(reply); }
+STPPLATFORM_EXPORT void cmd_snmp_free_rx_hndl(void *reply) { stpplatform::release_reply(reply); }
 
 }  // extern "C"

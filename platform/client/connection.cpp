@@ -14,6 +14,7 @@
 
 #include "packet_socket.h"
 #include "settings.h"
+#include "waiting_time.h"
 
 namespace stpplatform {
 namespace {
@@ -29,23 +30,35 @@ alignas(uint32_t) uint8_t packet[wire::kMaxMessageSize];
 Connection &connection() { return the_connection; }
 
 cmd_result Connection::exchange(wire::Request *request, ReplyAttributes *attributes) {
-  const Deadline deadline(settings().deadline_ms);
-  const bool was_idle = is_open();
-  const cmd_result opened = ensure_open(deadline);
-  if (opened != CMD_OK) {
-    return opened;
-  }
-  sequence_ = wire::next_sequence(sequence_);
-  request->header = {wire::kMagic, wire::kVersion, static_cast<uint16_t>(wire::MessageType::kRequest),
-                     request->header.length, sequence_};
-  cmd_result status = CMD_OK;
-  const cmd_result result = attempt(*request, was_idle, deadline, &status, attributes);
-  return result == CMD_OK ? status : result;
+  return exchange(&request->header, wire::MessageType::kRequest, attributes);
 }
 
-cmd_result Connection::attempt(const wire::Request &request, bool was_idle, const Deadline &deadline,
+cmd_result Connection::renew_lease() {
+  wire::MessageHeader renewal{};
+  renewal.length = sizeof renewal;
+  ReplyAttributes none;
+  return exchange(&renewal, wire::MessageType::kRenewal, &none);
+}
+
+cmd_result Connection::exchange(wire::MessageHeader *message, wire::MessageType type,
+                                ReplyAttributes *attributes) {
+  return waiting_time().spend([&](const Deadline &deadline) {
+    const bool was_idle = is_open();
+    const cmd_result opened = ensure_open(deadline);
+    if (opened != CMD_OK) {
+      return opened;
+    }
+    sequence_ = wire::next_sequence(sequence_);
+    *message = {wire::kMagic, wire::kVersion, static_cast<uint16_t>(type), message->length, sequence_};
+    cmd_result status = CMD_OK;
+    const cmd_result result = attempt(*message, was_idle, deadline, &status, attributes);
+    return result == CMD_OK ? status : result;
+  });
+}
+
+cmd_result Connection::attempt(const wire::MessageHeader &message, bool was_idle, const Deadline &deadline,
                                cmd_result *status, ReplyAttributes *attributes) {
-  cmd_result result = send_packet(socket_, &request, request.header.length, deadline);
+  cmd_result result = send_packet(socket_, &message, message.length, deadline);
   if (result == CMD_UNREACHABLE && was_idle) {
     // The switch was restarted since the last request. It has not seen this one.
     drop();
@@ -53,14 +66,14 @@ cmd_result Connection::attempt(const wire::Request &request, bool was_idle, cons
     if (result != CMD_OK) {
       return result;
     }
-    result = send_packet(socket_, &request, request.header.length, deadline);
+    result = send_packet(socket_, &message, message.length, deadline);
   }
   size_t size = 0;
   if (result == CMD_OK) {
     result = receive_packet(socket_, packet, sizeof packet, deadline, &size);
   }
   if (result == CMD_OK) {
-    result = check_reply(packet, size, request.header.sequence, status, attributes);
+    result = check_reply(packet, size, message.sequence, status, attributes);
   }
   if (result != CMD_OK) {
     return failed(result, describe_failure(result));
@@ -69,16 +82,26 @@ cmd_result Connection::attempt(const wire::Request &request, bool was_idle, cons
   return CMD_OK;
 }
 
-const SnapshotReader *Connection::snapshot() {
-  if (!is_open() && ensure_open(Deadline(settings().deadline_ms)) != CMD_OK) {
-    return nullptr;
+cmd_result Connection::open() {
+  if (is_open()) {
+    return CMD_OK;
   }
-  return &snapshot_;
+  return waiting_time().spend([this](const Deadline &deadline) { return ensure_open(deadline); });
 }
+
+cmd_result Connection::reopen() {
+  return waiting_time().spend([this](const Deadline &deadline) {
+    drop();
+    return connect(deadline);
+  });
+}
+
+cmd_result Connection::image_failed(const char *what) { return failed(CMD_BAD_REPLY, what); }
 
 void Connection::reset() {
   drop();
   backoff_.reset();
+  is_recovering_ = false;
   failure_reported_ = false;
   malformed_.reset();
 }
@@ -90,10 +113,10 @@ cmd_result Connection::ensure_open(const Deadline &deadline) {
   if (!backoff_.allows(monotonic_ms())) {
     return CMD_UNREACHABLE;
   }
-  return open(deadline);
+  return connect(deadline);
 }
 
-cmd_result Connection::open(const Deadline &deadline) {
+cmd_result Connection::connect(const Deadline &deadline) {
   OwnedFd socket = connect_packet_socket(settings().socket_path);
   if (!socket.is_open()) {
     return failed(CMD_UNREACHABLE, std::strerror(errno));
@@ -105,11 +128,11 @@ cmd_result Connection::open(const Deadline &deadline) {
   if (result != CMD_OK) {
     return failed(result, describe_failure(result));
   }
-  uint32_t snapshot_size = 0;
-  if (!check_hello(packet, size, &snapshot_size)) {
+  uint32_t image_size = 0;
+  if (!check_hello(packet, size, &image_size)) {
     return failed(CMD_BAD_REPLY, describe_failure(CMD_BAD_REPLY));
   }
-  const char *fault = snapshot_.map(shared_memory.get(), snapshot_size);
+  const char *fault = image_.map(shared_memory.get(), image_size);
   if (fault != nullptr) {
     return failed(CMD_BAD_REPLY, fault);
   }
@@ -123,6 +146,7 @@ cmd_result Connection::failed(cmd_result result, const char *what) {
   const uint64_t now = monotonic_ms();
   drop();
   backoff_.failed(now);
+  is_recovering_ = true;
   // Messages that are not valid are counted even while the log already tells of a failure.
   const bool is_told = result == CMD_BAD_REPLY ? malformed_.take(now) : !failure_reported_;
   if (is_told) {
@@ -139,6 +163,7 @@ void Connection::answered() {
     snmp_log(LOG_NOTICE, "stpplatform: %s: the switch answers again\n", settings().socket_path);
   }
   malformed_.tell();
+  is_recovering_ = malformed_.has_left_out();
 }
 
 void Connection::drop() {
@@ -148,7 +173,7 @@ void Connection::drop() {
     close(socket_);
     socket_ = -1;
   }
-  snapshot_.unmap();
+  image_.unmap();
 }
 
 // Nothing is due on an idle connection: input is the switch's farewell, or a breach of the protocol.

@@ -114,9 +114,9 @@ bool EventSubscription::receive_one() {
   alignas(uint32_t) uint8_t packet[kMaxPacketSize];
   const Deadline at_once(0);
   size_t size = 0;
-  OwnedFd snapshot;  // comes with the hello, and is not needed here
+  OwnedFd image;  // comes with the hello, and is not needed here
   const cmd_result result =
-      receive_packet(socket_, packet, sizeof packet, at_once, &size, is_greeted_ ? nullptr : &snapshot);
+      receive_packet(socket_, packet, sizeof packet, at_once, &size, is_greeted_ ? nullptr : &image);
   switch (result) {
     case CMD_OK:
       return is_greeted_ ? take_event(packet, size) : take_hello(packet, size);
@@ -129,8 +129,8 @@ bool EventSubscription::receive_one() {
 }
 
 bool EventSubscription::take_hello(const void *packet, size_t size) {
-  uint32_t snapshot_size = 0;
-  if (!check_hello(packet, size, &snapshot_size)) {
+  uint32_t image_size = 0;
+  if (!check_hello(packet, size, &image_size)) {
     failed(CMD_BAD_REPLY, describe_failure(CMD_BAD_REPLY));
     return false;
   }

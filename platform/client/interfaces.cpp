@@ -1,10 +1,11 @@
-// im.h: the interface manager, from the switch's snapshot.
+// im.h: the interface manager, from the switch's image.
 #include "platform/im.h"
 
-#include "ask_snapshot.h"
+#include "channel.h"
 #include "export.h"
 #include "wire/if_index.h"
 
+namespace answers = stpplatform::answers;
 namespace wire = stpplatform::wire;
 
 extern "C" {
@@ -14,11 +15,10 @@ STPPLATFORM_EXPORT int im_get_next_ifindex(uint32_t if_index, uint32_t *next) {
     return CMD_INVALID_ARGUMENT;
   }
   uint32_t found = 0;
-  const cmd_result result = stpplatform::ask_snapshot([&](const stpplatform::SlotView &slot) {
-    const uint32_t position =
-        if_index == UINT32_MAX ? slot.interface_count() : slot.lower_bound(if_index + 1);
-    found =
-        position == slot.interface_count() ? 0 : stpplatform::load_shared(slot.interface(position).if_index);
+  const cmd_result result = stpplatform::ask_image([&](const answers::Image &image) {
+    const auto &interfaces = image.interfaces();
+    const uint32_t position = if_index == UINT32_MAX ? interfaces.count : image.first_interface(if_index + 1);
+    found = position == interfaces.count ? 0 : answers::load_shared(interfaces[position].if_index);
     return CMD_OK;
   });
   if (result == CMD_OK) {
@@ -33,10 +33,9 @@ STPPLATFORM_EXPORT int im_get_ifindex_oper_status_list(im_oper_status_entry *ent
   }
   for (uint32_t i = 0; i < count; ++i) {
     uint8_t status = 0;
-    const cmd_result result =
-        stpplatform::ask_interface(entries[i].if_index, [&](const wire::SnapshotInterface &interface) {
-          status = stpplatform::load_shared(interface.oper_status);
-        });
+    const cmd_result result = stpplatform::ask_interface(
+        entries[i].if_index,
+        [&](const wire::ImageInterface &interface) { status = answers::load_shared(interface.oper_status); });
     if (result != CMD_OK) {
       return result;
     }
@@ -67,13 +66,11 @@ STPPLATFORM_EXPORT int if_index_eth_port_channel_init(uint32_t *if_index, uint32
 
 STPPLATFORM_EXPORT int check_if_valid_base_port_ifindex(uint32_t if_index, uint8_t selector) {
   bool accepted = false;
-  const cmd_result result =
-      stpplatform::ask_interface(if_index, [&](const wire::SnapshotInterface &interface) {
-        accepted =
-            stpplatform::is_bridge_port(interface) &&
-            (selector == BASE_PORT_ALL ||
-             (selector == BASE_PORT_ACTIVE && stpplatform::load_shared(interface.oper_status) == IF_OPER_UP));
-      });
+  const cmd_result result = stpplatform::ask_interface(if_index, [&](const wire::ImageInterface &interface) {
+    accepted = answers::is_bridge_port(interface) &&
+               (selector == BASE_PORT_ALL ||
+                (selector == BASE_PORT_ACTIVE && answers::load_shared(interface.oper_status) == IF_OPER_UP));
+  });
   return result == CMD_OK && accepted ? 1 : 0;
 }
 

@@ -5,16 +5,23 @@
 #include "event_subscription.h"
 #include "notification_registry.h"
 #include "settings.h"
+#include "waiting_time.h"
 
 namespace {
 
 void follow_subscriptions() { stpplatform::event_subscription().follow_subscriptions(); }
-void on_request() { stpplatform::event_subscription().on_request(); }
+
+void begin_request() {
+  stpplatform::waiting_time().begin_request();
+  stpplatform::event_subscription().on_request();
+}
+
+void end_request() { stpplatform::waiting_time().end_request(); }
 
 __attribute__((constructor)) void on_load() {
   stpplatform::read_settings();
   stpplatform::watch_requests();
-  stpplatform::on_new_request(on_request);
+  stpplatform::on_request(begin_request, end_request);
   stpplatform::on_subscription_change(follow_subscriptions);
 }
 

@@ -16,6 +16,9 @@ class MalformedMessages {
   // Counts one more. True when the log may tell of it.
   bool take(uint64_t now_ms);
 
+  // True while some were left out of which the log has not told.
+  bool has_left_out() const { return left_out_ != 0; }
+
   // Tells of those that were left out, if there are any and they have been kept back long enough. To be
   // called when a message was valid.
   void tell();

@@ -32,7 +32,7 @@ bool values_are_short_enough(const ReplyAttributes &attributes) {
 
 }  // namespace
 
-bool check_hello(const void *packet, size_t size, uint32_t *snapshot_size) {
+bool check_hello(const void *packet, size_t size, uint32_t *image_size) {
   wire::Hello hello;
   if (size != sizeof hello) {
     return false;
@@ -41,7 +41,7 @@ bool check_hello(const void *packet, size_t size, uint32_t *snapshot_size) {
   if (!is_message(hello.header, wire::MessageType::kHello, size, 0)) {
     return false;
   }
-  *snapshot_size = hello.snapshot_size;
+  *image_size = hello.image_size;
   return true;
 }
 

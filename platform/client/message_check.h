@@ -8,8 +8,8 @@
 
 namespace stpplatform {
 
-// True for a hello; sets the size of the snapshot that comes with it.
-bool check_hello(const void *packet, size_t size, uint32_t *snapshot_size);
+// True for a hello; sets the size of the image that comes with it.
+bool check_hello(const void *packet, size_t size, uint32_t *image_size);
 
 // A reply's attributes: a part of the packet.
 struct ReplyAttributes {

@@ -128,8 +128,9 @@ const char *describe_failure(cmd_result result) {
     case CMD_TIMEOUT:
       return "the switch does not answer in time";
     case CMD_NO_MEMORY:
-      return "the agent cannot take the snapshot's descriptor: too many open files, or a security policy "
-             "forbids it";
+      return "the agent cannot take the image's descriptor: too many open files, or a security policy "
+             "forbids "
+             "it";
     default:
       return "the switch has sent something that is not a valid message";
   }

@@ -10,7 +10,7 @@ namespace stpplatform {
 
 struct Settings {
   char socket_path[sizeof(sockaddr_un::sun_path)];  // STPPLATFORM_SOCKET: where the switch listens
-  uint32_t deadline_ms;         // STPPLATFORM_DEADLINE_MS: for everything one request needs
+  uint32_t deadline_ms;         // STPPLATFORM_DEADLINE_MS: that all questions of one request may wait
   uint32_t debug_level;         // STPPLATFORM_DEBUG_LEVEL: highest level printed, 0 for none
   uint32_t history_level;       // STPPLATFORM_HISTORY_LEVEL: highest level kept, 0 for none
   char history_file[PATH_MAX];  // STPPLATFORM_HISTORY_FILE: where the history goes at unload, empty for

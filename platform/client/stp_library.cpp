@@ -1,29 +1,21 @@
-// stp.h: bridge port numbers and MST contexts from the switch's snapshot, MST VLAN maps from replies.
-#include <cstring>
-
-#include "ask_snapshot.h"
+// stp.h: bridge port numbers and the VLANs of MST instances, from the switch's image.
+#include "channel.h"
 #include "export.h"
 #include "platform/stp.h"
-#include "platform/stp_protocol.h"
 #include "replies.h"
 
-namespace stpplatform {
+namespace answers = stpplatform::answers;
+namespace wire = stpplatform::wire;
+
 namespace {
 
-constexpr uint32_t kOctetBits = 8;
-
-uint16_t instance_of(const stp_mst_vlans &map) {
-  return static_cast<uint16_t>((map.instance[0] << kOctetBits) | map.instance[1]);
+void copy_vlans(const wire::ImageMstInstance &instance, stp_vlan_bmp *vlans) {
+  vlans->size = STP_VLAN_BITMAP_SIZE;
+  answers::copy_words(vlans->bits, instance.vlans, sizeof vlans->bits);
 }
-
-bool is_wanted(uint16_t instance, uint32_t action, uint16_t asked) {
-  return action == CMD_ACTION_GET ? instance == asked : instance > asked;
-}
+static_assert(offsetof(wire::ImageMstInstance, vlans) % sizeof(uint32_t) == 0, "VLANs are copied by words");
 
 }  // namespace
-}  // namespace stpplatform
-
-namespace wire = stpplatform::wire;
 
 extern "C" {
 
@@ -32,10 +24,9 @@ STPPLATFORM_EXPORT int stp_ifindex2dot1dportnum(uint32_t if_index, uint16_t *por
     return CMD_INVALID_ARGUMENT;
   }
   uint16_t found = 0;
-  const cmd_result result =
-      stpplatform::ask_interface(if_index, [&](const wire::SnapshotInterface &interface) {
-        found = stpplatform::load_shared(interface.base_port);
-      });
+  const cmd_result result = stpplatform::ask_interface(if_index, [&](const wire::ImageInterface &interface) {
+    found = answers::load_shared(interface.base_port);
+  });
   if (result != CMD_OK) {
     return result;
   }
@@ -51,12 +42,12 @@ STPPLATFORM_EXPORT int stp_dot1dportnum2ifindex(uint16_t port, uint32_t *if_inde
     return CMD_INVALID_ARGUMENT;
   }
   uint32_t found = 0;
-  const cmd_result result = stpplatform::ask_snapshot([&](const stpplatform::SlotView &slot) {
-    const wire::SnapshotInterface *interface = slot.find_port(port);
+  const cmd_result result = stpplatform::ask_image([&](const answers::Image &image) {
+    const wire::ImageInterface *interface = image.find_port(port);
     if (interface == nullptr) {
       return CMD_NO_ENTRY;
     }
-    found = stpplatform::load_shared(interface->if_index);
+    found = answers::load_shared(interface->if_index);
     return CMD_OK;
   });
   if (result == CMD_OK) {
@@ -67,39 +58,35 @@ STPPLATFORM_EXPORT int stp_dot1dportnum2ifindex(uint16_t port, uint32_t *if_inde
 
 STPPLATFORM_EXPORT int stp_valid_if_index(uint32_t if_index) {
   bool switched = false;
-  const cmd_result result =
-      stpplatform::ask_interface(if_index, [&](const wire::SnapshotInterface &interface) {
-        switched = stpplatform::load_shared(interface.switched) != 0;
-      });
+  const cmd_result result = stpplatform::ask_interface(if_index, [&](const wire::ImageInterface &interface) {
+    switched = answers::load_shared(interface.switched) != 0;
+  });
   return result == CMD_OK && switched ? 1 : 0;
 }
 
 STPPLATFORM_EXPORT int stp_get_mst_vlan_bmp(void *reply, uint32_t action, uint16_t *instance,
                                             stp_vlan_bmp *vlans) {
-  const stpplatform::Reply *found = stpplatform::reply_of(reply);
-  if (found == nullptr || instance == nullptr || vlans == nullptr ||
+  if (stpplatform::reply_of(reply) == nullptr || instance == nullptr || vlans == nullptr ||
       (action != CMD_ACTION_GET && action != CMD_ACTION_GET_NEXT)) {
     return CMD_INVALID_ARGUMENT;
   }
-  wire::AttributeReader reader = found->attributes();
-  wire::Attribute attribute;
-  while (reader.next(&attribute)) {
-    if (attribute.token != STP_ATTRIBUTE_MST_VLAN_MAP) {
-      continue;
+  uint32_t id = 0;
+  stp_vlan_bmp found;
+  const cmd_result result = stpplatform::ask_image([&](const answers::Image &image) {
+    const wire::ImageMstInstance *candidate =
+        action == CMD_ACTION_GET ? image.find_mst_instance(*instance) : image.mst_instance_behind(*instance);
+    if (candidate == nullptr) {
+      return CMD_NO_ENTRY;
     }
-    if (attribute.length != sizeof(stp_mst_vlans)) {
-      return CMD_BAD_REPLY;
-    }
-    const auto &map = *static_cast<const stp_mst_vlans *>(attribute.value);  // octets alone: aligned anywhere
-    const uint16_t candidate = stpplatform::instance_of(map);
-    if (stpplatform::is_wanted(candidate, action, *instance)) {
-      *instance = candidate;
-      vlans->size = STP_VLAN_BITMAP_SIZE;
-      std::memcpy(vlans->bits, map.vlans, sizeof map.vlans);
-      return CMD_OK;
-    }
+    id = answers::load_shared(candidate->id);
+    copy_vlans(*candidate, &found);
+    return id <= UINT16_MAX ? CMD_OK : CMD_BAD_REPLY;
+  });
+  if (result == CMD_OK) {
+    *instance = static_cast<uint16_t>(id);
+    *vlans = found;
   }
-  return CMD_NO_ENTRY;
+  return result;
 }
 
 STPPLATFORM_EXPORT int stp_dot1d_bridgemib_get_mst_ctx(uint16_t instance, stp_vlan_bmp *vlans) {
@@ -107,16 +94,13 @@ STPPLATFORM_EXPORT int stp_dot1d_bridgemib_get_mst_ctx(uint16_t instance, stp_vl
     return CMD_INVALID_ARGUMENT;
   }
   stp_vlan_bmp found;
-  const cmd_result result = stpplatform::ask_snapshot([&](const stpplatform::SlotView &slot) {
-    for (uint32_t i = 0; i < slot.mst_instance_count(); ++i) {
-      const wire::SnapshotMstInstance &candidate = slot.mst_instance(i);
-      if (stpplatform::load_shared(candidate.id) == instance) {
-        found.size = STP_VLAN_BITMAP_SIZE;
-        stpplatform::copy_shared(found.bits, candidate.vlans, sizeof found.bits);
-        return CMD_OK;
-      }
+  const cmd_result result = stpplatform::ask_image([&](const answers::Image &image) {
+    const wire::ImageMstInstance *candidate = image.find_mst_instance(instance);
+    if (candidate == nullptr) {
+      return CMD_NO_ENTRY;
     }
-    return CMD_NO_ENTRY;
+    copy_vlans(*candidate, &found);
+    return CMD_OK;
   });
   if (result == CMD_OK) {
     *vlans = found;

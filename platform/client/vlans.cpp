@@ -1,60 +1,107 @@
-// vlan_mgr.h: the VLAN manager, from the switch's snapshot.
+// vlan_mgr.h: the VLAN manager, from the switch's image.
 #include <algorithm>
+#include <bit>
 #include <cstdlib>
 #include <cstring>
 
-#include "ask_snapshot.h"
+#include "channel.h"
 #include "export.h"
 #include "platform/vlan_mgr.h"
 
 namespace stpplatform {
 namespace {
 
-constexpr uint32_t kOctetBits = 8;
-constexpr uint32_t kFirstBit = 0x80;
-constexpr uint32_t kWordSize = sizeof(uint32_t);
-constexpr uint32_t kWords = STP_VLAN_BITMAP_SIZE / kWordSize;
+using answers::load_shared;
 
-// A set of VLANs as words, with the range of those that are not zero: most sets have one word.
-class VlanMask {
+constexpr uint32_t kOctetBits = 8;
+constexpr uint32_t kWordBits = 32;
+constexpr uint8_t kFirstBit = 0x80;
+
+// The interfaces that are members of at least one of several VLANs, by position as the image has them.
+class Union {
  public:
-  explicit VlanMask(const stp_vlan_bmp &vlans) {
-    std::memcpy(words_, vlans.bits, std::min<uint32_t>(vlans.size, sizeof words_));
-    while (first_ < end_ && words_[first_] == 0) {
-      ++first_;
-    }
-    while (end_ > first_ && words_[end_ - 1] == 0) {
-      --end_;
+  explicit Union(const answers::Image &image)
+      : image_(image), word_count_(wire::member_words(image.interfaces().count)) {}
+
+  void add_vlans(const uint8_t *octets, uint32_t size) {
+    for (uint32_t i = 0; i < size; ++i) {
+      for (uint8_t left = octets[i]; left != 0;) {
+        const auto bit = static_cast<uint32_t>(std::countl_zero(left));
+        left = static_cast<uint8_t>(left & ~(kFirstBit >> bit));
+        add_vlan(i * kOctetBits + bit);
+      }
     }
   }
 
-  bool intersects(const wire::SnapshotInterface &interface) const {
-    const auto *members = reinterpret_cast<const uint32_t *>(interface.vlans);
-    for (uint32_t i = first_; i < end_; ++i) {
-      if ((load_shared(members[i]) & words_[i]) != 0) {
-        return true;
+  // Sets the bits of their bridge ports. False when one of them cannot be a bridge port.
+  bool write_ports(uint8_t *ports) const {
+    for (uint32_t i = 0; i < word_count_; ++i) {
+      for (uint32_t left = words_[i]; left != 0; left &= left - 1) {
+        if (!write_port(i * kWordBits + static_cast<uint32_t>(std::countr_zero(left)), ports)) {
+          return false;
+        }
       }
     }
-    return false;
+    return true;
   }
 
  private:
-  uint32_t words_[kWords] = {};
-  uint32_t first_ = 0;
-  uint32_t end_ = kWords;
-};
-
-static_assert(offsetof(wire::SnapshotInterface, vlans) % kWordSize == 0, "membership is read by words");
-
-void collect_members(const SlotView &slot, const VlanMask &mask, uint8_t *ports) {
-  for (uint32_t i = 0; i < slot.interface_count(); ++i) {
-    const wire::SnapshotInterface &interface = slot.interface(i);
-    if (is_bridge_port(interface) && mask.intersects(interface)) {
-      const uint32_t port = load_shared(interface.base_port);
-      ports[port / kOctetBits] |= static_cast<uint8_t>(kFirstBit >> (port % kOctetBits));
+  void add_vlan(uint32_t vlan) {
+    const uint32_t *members = image_.members_of(vlan);
+    for (uint32_t i = 0; i < word_count_; ++i) {
+      words_[i] |= load_shared(members[i]);
     }
   }
-}
+
+  bool write_port(uint32_t position, uint8_t *ports) const {
+    const auto &interfaces = image_.interfaces();
+    const uint32_t port = position < interfaces.count ? load_shared(interfaces[position].base_port) : 0;
+    if (port == 0 || port >= wire::kPortNumbers) {
+      return false;
+    }
+    ports[port / kOctetBits] =
+        static_cast<uint8_t>(ports[port / kOctetBits] | kFirstBit >> (port % kOctetBits));
+    return true;
+  }
+
+  const answers::Image &image_;
+  uint32_t word_count_;
+  uint32_t words_[wire::member_words(wire::kMaxInterfaces)] = {};
+};
+
+// The latest question and its answer: a walk asks for the VLANs of one tree again and again.
+class LatestMembers {
+ public:
+  // Sets `*ports` to the bridge ports of the VLANs.
+  cmd_result find(const answers::Image &image, uint64_t view_number, const uint8_t *vlans, uint32_t size,
+                  const uint8_t **ports) {
+    *ports = ports_;
+    if (view_number_ == view_number && size_ == size && std::memcmp(vlans_, vlans, size) == 0) {
+      return CMD_OK;
+    }
+    view_number_ = 0;
+    std::memset(ports_, 0, sizeof ports_);
+    Union members(image);
+    members.add_vlans(vlans, size);
+    if (!members.write_ports(ports_)) {
+      return CMD_BAD_REPLY;
+    }
+    view_number_ = view_number;
+    size_ = size;
+    std::memcpy(vlans_, vlans, size);
+    return CMD_OK;
+  }
+
+  static constexpr uint32_t kPortsSize = wire::kPortNumbers / kOctetBits;
+
+ private:
+  uint64_t view_number_ = 0;  // of the generation that was asked; 0: none
+  uint32_t size_ = 0;
+  uint8_t vlans_[STP_VLAN_BITMAP_SIZE] = {};
+  uint8_t ports_[kPortsSize] = {};
+};
+
+constinit LatestMembers latest;
 
 }  // namespace
 }  // namespace stpplatform
@@ -64,20 +111,23 @@ extern "C" STPPLATFORM_EXPORT vlan_mgr_baseport_bmp *vlan_mgr_get_baseport_membe
   if (vlans == nullptr) {
     return nullptr;
   }
-  auto *ports = static_cast<vlan_mgr_baseport_bmp *>(std::malloc(sizeof(vlan_mgr_baseport_bmp)));
-  if (ports == nullptr) {
+  auto *members = static_cast<vlan_mgr_baseport_bmp *>(std::malloc(sizeof(vlan_mgr_baseport_bmp)));
+  if (members == nullptr) {
     return nullptr;
   }
-  ports->size = BASEPORT_BITMAP_SIZE;
-  const stpplatform::VlanMask mask(*vlans);
-  const cmd_result result = stpplatform::ask_snapshot([&](const stpplatform::SlotView &slot) {
-    std::memset(ports->bits, 0, sizeof ports->bits);
-    stpplatform::collect_members(slot, mask, ports->bits);
-    return CMD_OK;
+  const uint32_t size = std::min<uint32_t>(vlans->size, sizeof vlans->bits);
+  const uint8_t *ports = nullptr;
+  const cmd_result result = stpplatform::ask_image([&](const stpplatform::answers::Image &image) {
+    return stpplatform::latest.find(image, stpplatform::connection().image().view_number(), vlans->bits, size,
+                                    &ports);
   });
   if (result != CMD_OK) {
-    std::free(ports);
+    std::free(members);
     return nullptr;
   }
-  return ports;
+  constexpr uint32_t kPortsSize = stpplatform::LatestMembers::kPortsSize;
+  members->size = BASEPORT_BITMAP_SIZE;
+  std::memcpy(members->bits, ports, kPortsSize);
+  std::memset(members->bits + kPortsSize, 0, sizeof members->bits - kPortsSize);
+  return members;
 }

@@ -17,9 +17,10 @@ struct AttributeHead {
 
 constexpr uint32_t padded(uint32_t length) { return (length + 3U) & ~3U; }
 
+inline constexpr uint32_t kMacAddressSize = 6;
+
 // The length that every value of the token's type has; 0 for types of variable or unknown length.
 constexpr uint32_t fixed_length(uint32_t token) {
-  constexpr uint32_t kMacAddressSize = 6;
   switch (CMD_TOKEN_TYPE(token)) {
     case CMD_TYPE_PLAIN:
     case CMD_TYPE_FLAG:
@@ -115,11 +116,11 @@ inline size_t write_attribute(void *at, size_t room, const Attribute &attribute)
   }
   const AttributeHead head{attribute.token, attribute.length};
   auto *bytes = static_cast<uint8_t *>(at);
-  std::memset(bytes, 0, used);
   std::memcpy(bytes, &head, sizeof head);
   if (attribute.length != 0) {
     std::memcpy(bytes + sizeof head, attribute.value, attribute.length);
   }
+  std::memset(bytes + sizeof head + attribute.length, 0, padded(attribute.length) - attribute.length);
   return used;
 }
 

@@ -1,9 +1,10 @@
 // Messages between the platform library and stp-switchd.
 //
 // A local SOCK_SEQPACKET socket carries one message a packet, in host byte order. After it has accepted a
-// connection the switch sends a hello, with the snapshot's file descriptor as ancillary data; then every
-// request is answered by one reply of the same sequence number. Request and reply end in attributes
-// (attributes.h).
+// connection the switch sends a hello, with the image's file descriptor (image.h) as ancillary data; then
+// every request is answered by one reply of the same sequence number. Request and reply end in attributes
+// (attributes.h). A renewal, a header and nothing more, asks for nothing but that the image's lease is
+// renewed, and is answered by a reply without attributes. Every reply renews it, before it is sent.
 //
 // A subscription turns its connection into one for events: from then on the switch sends an event whenever
 // there is one, and nothing else; a further subscription takes the place of the first one.
@@ -25,7 +26,14 @@ inline constexpr char kDefaultSocketPath[] = "/run/stp-switchd/switch.sock";
 // The longest message: more than the largest reply, less than the default socket buffer.
 inline constexpr uint32_t kMaxMessageSize = 128 * 1024;
 
-enum class MessageType : uint16_t { kHello = 1, kRequest = 2, kReply = 3, kSubscribe = 4, kEvent = 5 };
+enum class MessageType : uint16_t {
+  kHello = 1,
+  kRequest = 2,
+  kReply = 3,
+  kSubscribe = 4,
+  kEvent = 5,
+  kRenewal = 6
+};
 
 struct MessageHeader {
   uint32_t magic;
@@ -40,7 +48,7 @@ constexpr uint32_t next_sequence(uint32_t sequence) { return sequence == UINT32_
 
 struct Hello {
   MessageHeader header;
-  uint32_t snapshot_size;  // of the shared memory behind the descriptor, in bytes
+  uint32_t image_size;  // of the shared memory behind the descriptor, in bytes
 };
 
 struct Request {

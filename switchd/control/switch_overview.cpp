@@ -134,13 +134,13 @@ void add_mst(const Switch &the_switch, view::Overview *overview) {
 }
 
 void add_rapid_pvst(const Switch &the_switch, view::Overview *overview) {
-  for (const uint32_t vlan : the_switch.vlans_in_use()) {
+  the_switch.vlans_in_use().for_each([&](uint32_t vlan) {
     if (the_switch.running_trees().contains(vlan)) {
       overview->trees.emplace(vlan, view::Tree{});
     } else {
       overview->disabled_vlans.insert(vlan);
     }
-  }
+  });
 }
 
 }  // namespace

@@ -3,7 +3,9 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
+#include <utility>
 
 namespace stpswitch {
 
@@ -17,6 +19,9 @@ struct Fault {
 
 class Faults {
  public:
+  // Told whether a fault is ordered, each time that this may have changed; there is one listener.
+  void on_change(std::function<void(bool is_ordered)> listener) { listener_ = std::move(listener); }
+
   // From now on, for the next `count` replies or for all; replaces what was ordered before.
   void order(FaultKind kind, std::chrono::milliseconds delay, std::optional<uint32_t> count);
 
@@ -28,8 +33,11 @@ class Faults {
   std::optional<uint32_t> left() const { return left_ == 0U ? std::nullopt : left_; }
 
  private:
+  void tell() const;
+
   Fault fault_;
   std::optional<uint32_t> left_;
+  std::function<void(bool)> listener_;
 };
 
 }  // namespace stpswitch

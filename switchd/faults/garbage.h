@@ -1,7 +1,7 @@
 // Replies that break the rules of platform/wire, each in one way.
 #pragma once
 
-#include "commands/packet.h"
+#include "base/packet.h"
 
 namespace stpswitch {
 

@@ -8,7 +8,7 @@
 #include "keys/defaults.h"
 #include "keys/fields.h"
 #include "platform/cmd.h"
-#include "wire/snapshot.h"
+#include "wire/image.h"
 
 namespace stpswitch {
 namespace {

@@ -119,21 +119,15 @@ std::optional<PortRole> role_in(uint32_t tree, const BridgePort &port) {
   return stated && port.link_up == false ? PortRole::kDisabled : stated;
 }
 
-std::set<uint32_t> vlans_in_use(const BridgePorts &ports) {
-  VlanSet all;
+VlanSet vlans_in_use(const BridgePorts &ports) {
+  VlanSet vlans;
   for (const auto &[if_index, port] : ports) {
-    all.insert(port.interface->vlans);
-  }
-  std::set<uint32_t> vlans;
-  for (uint32_t vlan = kMinVlan; vlan <= kMaxVlan; ++vlan) {
-    if (all.contains(vlan)) {
-      vlans.insert(vlans.end(), vlan);
-    }
+    vlans.insert(port.interface->vlans);
   }
   return vlans;
 }
 
-TreeSet running_trees(const SwitchState &state, const std::set<uint32_t> &vlans_in_use) {
+TreeSet running_trees(const SwitchState &state, const VlanSet &vlans_in_use) {
   TreeSet trees;
   if (!state.settings.mode) {
     return trees;
@@ -145,9 +139,7 @@ TreeSet running_trees(const SwitchState &state, const std::set<uint32_t> &vlans_
     }
     return trees;
   }
-  for (const uint32_t vlan : vlans_in_use) {
-    trees.insert(vlan);
-  }
+  trees = vlans_in_use;
   trees.erase(state.rapid_pvst.disabled_vlans);
   return trees;
 }

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <set>
 
 #include "model/switch_state.h"
 #include "model/tree_ports.h"
@@ -38,11 +37,11 @@ BridgePorts bridge_ports(const SwitchState &state);
 std::optional<PortRole> role_in(uint32_t tree, const BridgePort &port);
 
 // The VLANs that some bridge port is a member of.
-std::set<uint32_t> vlans_in_use(const BridgePorts &ports);
+VlanSet vlans_in_use(const BridgePorts &ports);
 
 // The spanning trees that run in the switch's mode: one for each VLAN in use unless it is disabled, or the
 // CIST and each MST instance.
-TreeSet running_trees(const SwitchState &state, const std::set<uint32_t> &vlans_in_use);
+TreeSet running_trees(const SwitchState &state, const VlanSet &vlans_in_use);
 
 // The ports of these trees: the members of the VLAN, or of any VLAN mapped to the instance. The CIST has all
 // bridge ports.

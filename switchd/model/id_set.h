@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -27,6 +28,17 @@ class IdSet {
   // Any number may be asked for.
   bool contains(uint32_t id) const { return id < kEnd && (octets_[id / kBitsPerOctet] & bit_of(id)) != 0; }
   std::optional<uint32_t> first_from(uint32_t id) const;
+  // Calls `take` with each, in ascending order.
+  template <class Take>
+  void for_each(Take take) const {
+    for (uint32_t i = 0; i < octets_.size(); ++i) {
+      for (uint8_t left = octets_[i]; left != 0;) {
+        const auto bit = static_cast<uint32_t>(std::countl_zero(left));
+        left &= static_cast<uint8_t>(~bit_of(bit));
+        take(i * kBitsPerOctet + bit);
+      }
+    }
+  }
   bool is_empty() const;
   bool overlaps(const IdSet &ids) const;
 

@@ -13,9 +13,9 @@ void add_events(InconsistencyEventKind kind, const InconsistencyReport &before,
                 std::vector<InconsistencyEvent> *events) {
   const TreePorts changes = after.changes_from(before);
   for (const auto &[if_index, trees] : changes.by_port()) {
-    for (auto tree = trees.first_from(0); tree; tree = trees.first_from(*tree + 1)) {
-      events->push_back({kind, *tree, if_index, after.state_of({*tree, if_index}), mode});
-    }
+    trees.for_each([&, port = if_index](uint32_t tree) {
+      events->push_back({kind, tree, port, after.state_of({tree, port}), mode});
+    });
   }
 }
 

@@ -5,7 +5,6 @@
 #include <functional>
 #include <map>
 #include <optional>
-#include <set>
 #include <utility>
 #include <vector>
 
@@ -31,7 +30,7 @@ class Switch {
     return derived_.mst_remaining_hops;
   }
   const BridgePorts &bridge_ports() const { return derived_.bridge_ports; }
-  const std::set<uint32_t> &vlans_in_use() const { return derived_.vlans_in_use; }
+  const VlanSet &vlans_in_use() const { return derived_.vlans_in_use; }
   const TreeSet &running_trees() const { return derived_.running_trees; }
   const TreePorts &tree_ports() const { return derived_.tree_ports; }
   const Inconsistencies &inconsistencies() const { return derived_.inconsistencies; }
@@ -55,7 +54,7 @@ class Switch {
     std::map<uint32_t, VlanSet> mst_vlan_map;
     std::map<uint32_t, std::optional<uint32_t>> mst_remaining_hops;
     BridgePorts bridge_ports;
-    std::set<uint32_t> vlans_in_use;
+    VlanSet vlans_in_use;
     TreeSet running_trees;
     TreePorts tree_ports;
     Inconsistencies inconsistencies;

@@ -1,15 +1,14 @@
-// Ports of spanning trees, in the order in which the spanning-tree process lists them.
+// Ports of spanning trees.
 #pragma once
 
 #include <cstdint>
 #include <map>
-#include <optional>
 
 #include "model/tree_set.h"
 
 namespace stpswitch {
 
-// An interface in a tree, or a place between such.
+// An interface in a tree.
 struct TreePort {
   uint32_t tree;
   uint32_t if_index;
@@ -17,8 +16,7 @@ struct TreePort {
   bool operator==(const TreePort &) const = default;
 };
 
-// A set of them. A large switch has millions, so they are kept as the trees of each port, and found by
-// stepping through the ports.
+// A set of them. A large switch has millions, so they are kept as the trees of each port.
 class TreePorts {
  public:
   void insert(uint32_t if_index, const TreeSet &trees);
@@ -26,13 +24,11 @@ class TreePorts {
 
   // Any number may be asked for.
   bool contains(const TreePort &tree_port) const;
-  std::optional<TreePort> first_after(const TreePort &place) const;
 
   const std::map<uint32_t, TreeSet> &by_port() const { return trees_of_port_; }
 
  private:
   std::map<uint32_t, TreeSet> trees_of_port_;  // no empty sets
-  TreeSet trees_;                              // of any port
 };
 
 // What is in exactly one of the two.

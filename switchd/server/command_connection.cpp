@@ -7,16 +7,16 @@
 #include <tuple>
 #include <utility>
 
-#include "commands/dispatch.h"
 #include "faults/garbage.h"
+#include "server/command_reply.h"
 #include "server/send_failure.h"
 
 namespace stpswitch {
 
-CommandConnection::CommandConnection(EventLoop *loop, stpplatform::OwnedFd fd, const Switch *the_switch,
+CommandConnection::CommandConnection(EventLoop *loop, stpplatform::OwnedFd fd, ImagePublisher *publisher,
                                      Faults *faults, std::span<uint8_t> buffer, Ends ends)
     : fd_(std::move(fd)),
-      switch_(*the_switch),
+      publisher_(*publisher),
       faults_(*faults),
       buffer_(buffer),
       ends_(std::move(ends)),
@@ -46,14 +46,19 @@ void CommandConnection::read_packet() {
     subscribe(packet, sent_size);
     return;
   }
-  auto reply = answer_packet(switch_, packet, sent_size);
+  auto reply = answer_packet(publisher_.view(), packet, sent_size);
   if (!reply) {
     close("a client sent " + std::to_string(sent_size) + " octets that are no message: disconnecting it");
     return;
   }
   has_asked_ = true;
   heard_at_ = std::chrono::steady_clock::now();
-  deliver(std::move(*reply));
+  if (is_renewal(packet, sent_size)) {
+    pending_ = std::move(*reply);
+    send_pending();
+  } else {
+    deliver(std::move(*reply));
+  }
 }
 
 void CommandConnection::subscribe(std::span<const uint8_t> packet, size_t sent_size) {
@@ -95,6 +100,7 @@ void CommandConnection::deliver(Packet reply) {
 }
 
 void CommandConnection::send_pending() {
+  publisher_.renew_lease();
   const ssize_t sent = ::send(fd_.get(), pending_.data(), pending_.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
   if (sent >= 0) {
     forget(hung_up_);

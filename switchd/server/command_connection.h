@@ -8,9 +8,9 @@
 #include <string>
 
 #include "base/event_loop.h"
-#include "commands/packet.h"
+#include "base/packet.h"
 #include "faults/faults.h"
-#include "model/switch.h"
+#include "publisher/image_publisher.h"
 #include "server/event_packet.h"
 #include "wire/owned_fd.h"
 
@@ -26,7 +26,7 @@ class CommandConnection {
 
   // `buffer` takes one packet and may serve all connections. One of `ends` is called once, as the last thing,
   // and may destroy the connection.
-  CommandConnection(EventLoop *loop, stpplatform::OwnedFd fd, const Switch *the_switch, Faults *faults,
+  CommandConnection(EventLoop *loop, stpplatform::OwnedFd fd, ImagePublisher *publisher, Faults *faults,
                     std::span<uint8_t> buffer, Ends ends);
   CommandConnection(const CommandConnection &) = delete;
   CommandConnection &operator=(const CommandConnection &) = delete;
@@ -47,7 +47,7 @@ class CommandConnection {
   void hung_up();
 
   stpplatform::OwnedFd fd_;
-  const Switch &switch_;
+  ImagePublisher &publisher_;
   Faults &faults_;
   std::span<uint8_t> buffer_;
   Ends ends_;

@@ -19,19 +19,20 @@ namespace wire = stpplatform::wire;
 // The other connections are for commands, whatever subscribers there are.
 constexpr size_t kMaxSubscribers = kMaxConnections / 2;
 
-CommandServer::CommandServer(EventLoop *loop, UnixSocketOptions options, const Switch *the_switch,
-                             const SnapshotPublisher *snapshot, Faults *faults)
+CommandServer::CommandServer(EventLoop *loop, UnixSocketOptions options, ImagePublisher *publisher,
+                             Faults *faults)
     : loop_(*loop),
-      switch_(*the_switch),
-      snapshot_(*snapshot),
+      publisher_(*publisher),
       faults_(*faults),
       buffer_(wire::kMaxMessageSize),
       log_(loop, options.path),
+      lease_(loop, publisher),
       acceptor_(
           loop, std::move(options), [this](stpplatform::OwnedFd fd) { take(std::move(fd)); },
           [this] { make_room(); }) {}
 
 void CommandServer::take(stpplatform::OwnedFd fd) {
+  lease_.renew();
   if (!send_hello(fd.get())) {
     connection_closed(describe_send_failure("cannot greet a client"));
     return;
@@ -46,7 +47,7 @@ void CommandServer::take(stpplatform::OwnedFd fd) {
     connections_.erase(position);
     connection_closed(why);
   };
-  *position = std::make_unique<CommandConnection>(&loop_, std::move(fd), &switch_, &faults_, buffer_,
+  *position = std::make_unique<CommandConnection>(&loop_, std::move(fd), &publisher_, &faults_, buffer_,
                                                   std::move(ends));
 }
 
@@ -63,6 +64,9 @@ void CommandServer::make_room() {
 
 void CommandServer::connection_closed(const std::string &why) {
   acceptor_.connection_closed();
+  if (connections_.empty() && subscribers_.empty()) {
+    lease_.leave();
+  }
   if (!why.empty()) {
     log_.log(why);
   }
@@ -93,7 +97,7 @@ void CommandServer::tell(const std::vector<InconsistencyEvent> &events) {
 bool CommandServer::send_hello(int fd) const {
   wire::Hello hello{{wire::kMagic, wire::kVersion, static_cast<uint16_t>(wire::MessageType::kHello),
                      sizeof(wire::Hello), 0},
-                    snapshot_.size()};
+                    publisher_.size()};
   iovec octets{&hello, sizeof hello};
   alignas(cmsghdr) std::array<uint8_t, CMSG_SPACE(sizeof(int))> ancillary{};
   msghdr message{};
@@ -105,8 +109,8 @@ bool CommandServer::send_hello(int fd) const {
   descriptor->cmsg_level = SOL_SOCKET;
   descriptor->cmsg_type = SCM_RIGHTS;
   descriptor->cmsg_len = CMSG_LEN(sizeof(int));
-  const int snapshot_fd = snapshot_.fd();
-  std::memcpy(CMSG_DATA(descriptor), &snapshot_fd, sizeof snapshot_fd);
+  const int image = publisher_.fd();
+  std::memcpy(CMSG_DATA(descriptor), &image, sizeof image);
   return ::sendmsg(fd, &message, MSG_NOSIGNAL | MSG_DONTWAIT) == static_cast<ssize_t>(sizeof hello);
 }
 

@@ -1,4 +1,4 @@
-// The command socket: greets each connection with the snapshot, then serves its requests or, once it has
+// The command socket: greets each connection with the image, then serves its requests or, once it has
 // subscribed, events.
 #pragma once
 
@@ -7,9 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "publisher/image_publisher.h"
+#include "publisher/lease.h"
 #include "server/acceptor.h"
 #include "server/command_connection.h"
-#include "server/snapshot_publisher.h"
 #include "server/subscriber_connection.h"
 #include "server/throttled_log.h"
 #include "wire/owned_fd.h"
@@ -19,8 +20,7 @@ namespace stpswitch {
 class CommandServer {
  public:
   // All that is pointed to must outlive the server.
-  CommandServer(EventLoop *loop, UnixSocketOptions options, const Switch *the_switch,
-                const SnapshotPublisher *snapshot, Faults *faults);
+  CommandServer(EventLoop *loop, UnixSocketOptions options, ImagePublisher *publisher, Faults *faults);
 
   // Tells those who have subscribed.
   void tell(const std::vector<InconsistencyEvent> &events);
@@ -33,11 +33,11 @@ class CommandServer {
   void take_subscriber(stpplatform::OwnedFd fd, NotificationClasses classes);
 
   EventLoop &loop_;
-  const Switch &switch_;
-  const SnapshotPublisher &snapshot_;
+  ImagePublisher &publisher_;
   Faults &faults_;
   std::vector<uint8_t> buffer_;
   ThrottledLog log_;
+  Lease lease_;
   Acceptor acceptor_;
   std::list<std::unique_ptr<CommandConnection>> connections_;
   std::list<std::unique_ptr<SubscriberConnection>> subscribers_;  // as they subscribed

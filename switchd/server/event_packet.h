@@ -7,7 +7,7 @@
 #include <set>
 #include <span>
 
-#include "commands/packet.h"
+#include "base/packet.h"
 #include "model/events.h"
 
 namespace stpswitch {

@@ -66,12 +66,13 @@ void run_switch(const ProcessOptions &options) {
 
   Switch the_switch(
       source->start([&the_switch](SwitchState state) { the_switch.replace(std::move(state)); }));
-  SnapshotPublisher snapshot(&the_switch);
-  the_switch.on_change([&snapshot] { snapshot.publish(); });
+  ImagePublisher publisher(&the_switch);
+  the_switch.on_change([&publisher] { publisher.publish(); });
   Faults faults;
+  faults.on_change([&publisher](bool is_ordered) { publisher.ask_me(is_ordered); });
   ControlResponder responder(source.get(), &the_switch, &faults);
-  CommandServer commands(&loop, {options.socket, SOCK_SEQPACKET, kCommandSocketMode, group}, &the_switch,
-                         &snapshot, &faults);
+  CommandServer commands(&loop, {options.socket, SOCK_SEQPACKET, kCommandSocketMode, group}, &publisher,
+                         &faults);
   the_switch.on_inconsistencies([&commands](const auto &events) { commands.tell(events); });
   const ControlServer control(&loop, {options.control, SOCK_STREAM, kControlSocketMode, std::nullopt},
                               &responder);

@@ -48,7 +48,6 @@ inline constexpr uint32_t kMstRegionName = 0x3002'B002;
 inline constexpr uint32_t kMstRegionRevision = 0x1402'B003;
 inline constexpr uint32_t kMstConfigDigest = 0x3002'B005;
 inline constexpr uint32_t kMstPreStandardDigest = 0x3002'B006;
-inline constexpr uint32_t kMstVlanMap = 0x3002'B007;
 inline constexpr uint32_t kVlanTreeState = 0x0000'102C;
 inline constexpr uint32_t kRegionalRootMac = 0x0F02'9023;
 inline constexpr uint32_t kRegionalRootPriority = 0x1402'9024;
@@ -70,8 +69,5 @@ inline constexpr uint32_t kInconsistency = 0x1402'A015;
 inline constexpr uint32_t kPortInconsistencyClass = 17421;
 inline constexpr uint32_t kLoopInconsistencyClass = 17422;
 inline constexpr uint32_t kRootInconsistencyClass = 17423;
-
-// Octets of one instance's VLANs.
-inline constexpr uint32_t kMstVlanMapSize = 514;
 
 }  // namespace protocol

@@ -13,7 +13,6 @@
 #include <stdint.h>
 
 #include "platform/cmd.h"
-#include "platform/stp.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -30,7 +29,7 @@ enum stp_command CMD_ENUM_BASE {
                                        * interface alone, bridge ports in any mode. GET_NEXT */
   STP_COMMAND_MST_PORTS = 111,        /* ports of MST instances; keys: MST tree, MST interface. GET_NEXT. By
                                        * interface alone, bridge ports, in MST mode */
-  STP_COMMAND_MST_REGION = 112,       /* the MST region; no key, or MST digests: all but the VLAN map */
+  STP_COMMAND_MST_REGION = 112,       /* the MST region; no key, or MST digests */
   STP_COMMAND_VLAN_TREES = 115,       /* the VLANs' own trees; key: VLAN tree. GET_NEXT */
   STP_COMMAND_PORT_INCONSISTENCIES = 116, /* port VLAN identifier and port type inconsistencies; keys:
                                            * VLAN tree, interface. GET_NEXT */
@@ -80,7 +79,6 @@ enum stp_attribute CMD_ENUM_BASE {
   STP_ATTRIBUTE_MST_REGION_REVISION = 0x1402B003,
   STP_ATTRIBUTE_MST_CONFIG_DIGEST = 0x3002B005,       /* 16 octets */
   STP_ATTRIBUTE_MST_PRE_STANDARD_DIGEST = 0x3002B006, /* 16 octets: what older equipment computes */
-  STP_ATTRIBUTE_MST_VLAN_MAP = 0x3002B007,            /* struct stp_mst_vlans */
 
   /* Trees. */
   STP_ATTRIBUTE_VLAN_TREE_STATE = 0x0000102C,         /* 1: a spanning tree runs on the VLAN, 0: none does */
@@ -135,13 +133,6 @@ enum stp_port_inconsistency CMD_ENUM_BASE {
   STP_INCONSISTENT_TYPE = 2  /* the neighbour's port is not of the same type */
 };
 
-/* One MST instance's VLANs in the reply of STP_COMMAND_MST_REGION, one attribute for each instance in
- * ascending order, the CIST first. The module leaves it to stp_get_mst_vlan_bmp to read them. */
-struct stp_mst_vlans {
-  uint8_t instance[2]; /* identifier, network byte order */
-  uint8_t vlans[STP_VLAN_BITMAP_SIZE];
-};
-
 /* What the process tells of unasked: classes of notifications (agent_ext.h). */
 enum stp_notification CMD_ENUM_BASE {
   STP_NOTIFICATION_PORT_INCONSISTENCY = 17421, /* port VLAN identifier or port type */
@@ -168,13 +159,9 @@ enum stp_inconsistency_change CMD_ENUM_BASE {
 
 #ifdef __cplusplus
 }
-static_assert(sizeof(struct stp_mst_vlans) == 2 + STP_VLAN_BITMAP_SIZE &&
-                  sizeof(struct stp_inconsistency_payload) == 16,
-              "values and payloads have no padding");
+static_assert(sizeof(struct stp_inconsistency_payload) == 16, "payloads have no padding");
 #else
-_Static_assert(sizeof(struct stp_mst_vlans) == 2 + STP_VLAN_BITMAP_SIZE &&
-                   sizeof(struct stp_inconsistency_payload) == 16,
-               "values and payloads have no padding");
+_Static_assert(sizeof(struct stp_inconsistency_payload) == 16, "payloads have no padding");
 #endif
 
 #endif

@@ -38,12 +38,12 @@ class Connections : public PlatformTest {
   void answer_normally() { switch_.answer_with(FakeSwitch::echo); }
 };
 
-// How many times the process has a snapshot in its memory.
-size_t mapped_snapshots() {
+// How many times the process has an image in its memory.
+size_t mapped_images() {
   std::ifstream maps("/proc/self/maps");
   size_t count = 0;
   for (std::string line; std::getline(maps, line);) {
-    count += line.find("/memfd:snapshot") == std::string::npos ? 0U : 1U;
+    count += line.find("/memfd:image") == std::string::npos ? 0U : 1U;
   }
   return count;
 }
@@ -253,15 +253,15 @@ TEST_F(Connections, ARestartBetweenTwoRequestsIsNotNoticedByTheUser) {
   EXPECT_TRUE(LogCapture::take().empty());
 }
 
-TEST_F(Connections, ASwitchThatGoesAwayWhileIdleTakesTheSnapshotAlongWithoutPenalty) {
-  switch_.snapshot().publish({physical_port(1)});
+TEST_F(Connections, ASwitchThatGoesAwayWhileIdleTakesTheImageAlongWithoutPenalty) {
+  switch_.image().publish({{physical_port(1)}});
   uint32_t next = 0;
-  const size_t mapped_by_the_test = mapped_snapshots();
+  const size_t mapped_by_the_test = mapped_images();
   ASSERT_EQ(im_get_next_ifindex(0, &next), CMD_OK);
-  EXPECT_EQ(mapped_snapshots(), mapped_by_the_test + 1);
+  EXPECT_EQ(mapped_images(), mapped_by_the_test + 1);
   switch_.close_connections();
   EXPECT_EQ(run_main_loop_once(), 1);
-  EXPECT_EQ(mapped_snapshots(), mapped_by_the_test);
+  EXPECT_EQ(mapped_images(), mapped_by_the_test);
   EXPECT_EQ(watched_descriptors(), 0);
   EXPECT_EQ(im_get_next_ifindex(0, &next), CMD_OK);
   EXPECT_EQ(switch_.connections(), 2U);
@@ -378,7 +378,7 @@ TEST_F(Connections, ARefusalIsPassedOnAndKeepsTheConnection) {
 
 struct BadGreeting {
   const char *name;
-  std::function<Greeting(const Greeting &good, const SnapshotFile &other)> make;
+  std::function<Greeting(const Greeting &good, const ImageFile &other)> make;
 };
 
 void set_hello_field(Greeting *greeting, size_t offset, uint32_t value) {
@@ -390,117 +390,117 @@ void PrintTo(const BadGreeting &parameter, std::ostream *out) { *out << paramete
 
 const BadGreeting kBadGreetings[] = {
     {"WithoutDescriptor",
-     [](Greeting good, const SnapshotFile &) {
+     [](Greeting good, const ImageFile &) {
        good.descriptors.clear();
        return good;
      }},
     {"WithTwoDescriptors",
-     [](Greeting good, const SnapshotFile &) {
+     [](Greeting good, const ImageFile &) {
        good.descriptors.push_back(good.descriptors.front());
        return good;
      }},
     {"WithManyDescriptors",
-     [](Greeting good, const SnapshotFile &) {
+     [](Greeting good, const ImageFile &) {
        good.descriptors.resize(200, good.descriptors.front());
        return good;
      }},
-    {"WithAnUnsealedSnapshot",
-     [](const Greeting &, const SnapshotFile &other) {
+    {"WithAnUnsealedImage",
+     [](const Greeting &, const ImageFile &other) {
        return Greeting{make_hello(other.size()), {other.descriptor()}};
      }},
-    {"WithASnapshotThatMayShrink",
-     [](const Greeting &, const SnapshotFile &other) {
+    {"WithAnImageThatMayShrink",
+     [](const Greeting &, const ImageFile &other) {
        other.seal(F_SEAL_GROW);
        return Greeting{make_hello(other.size()), {other.descriptor()}};
      }},
     {"WithAFileOfAnotherSize",
-     [](const Greeting &, const SnapshotFile &other) {
+     [](const Greeting &, const ImageFile &other) {
        other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
        return Greeting{make_hello(other.size() - 8), {other.descriptor()}};
      }},
     {"WithAFileThatWasCutBehindItsHead",
-     [](const Greeting &, const SnapshotFile &other) {
+     [](const Greeting &, const ImageFile &other) {
        EXPECT_EQ(ftruncate(other.descriptor(), 4096), 0);
        other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
        return Greeting{make_hello(other.size()), {other.descriptor()}};
      }},
     {"WithAnEmptyFile",
-     [](const Greeting &, const SnapshotFile &other) {
+     [](const Greeting &, const ImageFile &other) {
        EXPECT_EQ(ftruncate(other.descriptor(), 0), 0);
        other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
        return Greeting{make_hello(0), {other.descriptor()}};
      }},
     {"WithAPipe",
-     [](const Greeting &good, const SnapshotFile &) {
+     [](const Greeting &good, const ImageFile &) {
        return Greeting{good.packet, {STDERR_FILENO}};
      }},
-    {"WithACapacityThatDoesNotFit",
-     [](const Greeting &, const SnapshotFile &other) {
-       other.head()->interface_capacity += 1;
+    {"WithSlotsOfAnotherSize",
+     [](const Greeting &, const ImageFile &other) {
+       other.head()->slot_size += 8;
        other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
        return Greeting{make_hello(other.size()), {other.descriptor()}};
      }},
-    {"WithAnEnormousCapacity",
-     [](const Greeting &, const SnapshotFile &other) {
-       other.head()->interface_capacity = UINT32_MAX;
+    {"WithEnormousSlots",
+     [](const Greeting &, const ImageFile &other) {
+       other.head()->slot_size = 0x8000'0000U + ImageFile::kSlotSize;
        other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
        return Greeting{make_hello(other.size()), {other.descriptor()}};
      }},
-    {"WithAnotherSizeInTheSnapshot",
-     [](const Greeting &, const SnapshotFile &other) {
+    {"WithAnotherSizeInTheImage",
+     [](const Greeting &, const ImageFile &other) {
        other.head()->size += 8;
        other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
        return Greeting{make_hello(other.size()), {other.descriptor()}};
      }},
-    {"WithAnotherMagicInTheSnapshot",
-     [](const Greeting &, const SnapshotFile &other) {
+    {"WithAnotherMagicInTheImage",
+     [](const Greeting &, const ImageFile &other) {
        other.head()->magic ^= 1;
        other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
        return Greeting{make_hello(other.size()), {other.descriptor()}};
      }},
-    {"WithAnotherVersionInTheSnapshot",
-     [](const Greeting &, const SnapshotFile &other) {
+    {"WithAnotherVersionInTheImage",
+     [](const Greeting &, const ImageFile &other) {
        other.head()->version += 1;
        other.seal(F_SEAL_GROW | F_SEAL_SHRINK);
        return Greeting{make_hello(other.size()), {other.descriptor()}};
      }},
     {"OfAnotherMagic",
-     [](Greeting good, const SnapshotFile &) {
+     [](Greeting good, const ImageFile &) {
        set_hello_field(&good, offsetof(wire::MessageHeader, magic), 0);
        return good;
      }},
     {"OfAnotherVersion",
-     [](Greeting good, const SnapshotFile &) {
+     [](Greeting good, const ImageFile &) {
        good.packet[offsetof(wire::MessageHeader, version)] += 1;
        return good;
      }},
     {"OfAnotherType",
-     [](Greeting good, const SnapshotFile &) {
+     [](Greeting good, const ImageFile &) {
        good.packet[offsetof(wire::MessageHeader, type)] = static_cast<uint8_t>(wire::MessageType::kReply);
        return good;
      }},
     {"OfAnotherLength",
-     [](Greeting good, const SnapshotFile &) {
+     [](Greeting good, const ImageFile &) {
        set_hello_field(&good, offsetof(wire::MessageHeader, length), 24);
        return good;
      }},
     {"WithASequenceNumber",
-     [](Greeting good, const SnapshotFile &) {
+     [](Greeting good, const ImageFile &) {
        set_hello_field(&good, offsetof(wire::MessageHeader, sequence), 1);
        return good;
      }},
     {"TooShort",
-     [](Greeting good, const SnapshotFile &) {
+     [](Greeting good, const ImageFile &) {
        good.packet.pop_back();
        return good;
      }},
     {"TooLong",
-     [](Greeting good, const SnapshotFile &) {
+     [](Greeting good, const ImageFile &) {
        good.packet.push_back(0);
        return good;
      }},
     {"LongerThanAnyMessage",
-     [](Greeting good, const SnapshotFile &) {
+     [](Greeting good, const ImageFile &) {
        good.packet.resize(wire::kMaxMessageSize + 1);
        return good;
      }},
@@ -509,7 +509,7 @@ const BadGreeting kBadGreetings[] = {
 class BadGreetings : public Connections, public testing::WithParamInterface<BadGreeting> {};
 
 TEST_P(BadGreetings, IsRefusedAndLeavesNothingBehind) {
-  const SnapshotFile other(4);
+  const ImageFile other;
   switch_.greet_with(GetParam().make(switch_.good_greeting(), other));
   const size_t before = open_descriptors();
   EXPECT_EQ(ask(1), CMD_BAD_REPLY);
@@ -528,29 +528,25 @@ TEST_P(BadGreetings, IsRefusedAndLeavesNothingBehind) {
 INSTANTIATE_TEST_SUITE_P(Greetings, BadGreetings, testing::ValuesIn(kBadGreetings),
                          [](const auto &parameter) { return std::string(parameter.param.name); });
 
-// 3967 physical ports and 4095 port-channels.
-TEST_F(Connections, TheLargestSnapshotOfAnySwitchIsTaken) {
-  const SnapshotFile largest(8062);
+TEST_F(Connections, TheLargestImageOfAnySwitchIsTaken) {
+  const ImageFile largest(static_cast<uint32_t>(wire::kMaxSlotSize / 8 * 8));
   largest.seal(F_SEAL_GROW | F_SEAL_SHRINK);
-  switch_.greet_with({make_hello(largest.size()), {largest.descriptor()}});
+  largest.head()->flags = wire::kAskMe;
+  switch_.hand_out(largest);
   EXPECT_TRUE(switch_answers());
 }
 
-TEST_F(Connections, ASnapshotOfMoreInterfacesThanASwitchCanHaveIsRefusedUnread) {
-  for (const uint32_t capacity : {8063U, 40000U}) {
-    const SnapshotFile enormous(capacity);
-    enormous.seal(F_SEAL_GROW | F_SEAL_SHRINK);
-    enormous.head()->magic = 0;
-    switch_.greet_with({make_hello(enormous.size()), {enormous.descriptor()}});
-    EXPECT_EQ(ask(1), CMD_BAD_REPLY);
-    EXPECT_EQ(LogCapture::take(),
-              std::vector<std::string>{"stpplatform: " + switch_.path() +
-                                       ": the snapshot is larger than that of any switch\n"});
-    stpplatform::connection().reset();
-  }
+TEST_F(Connections, AnImageLargerThanThatOfAnySwitchIsRefusedUnread) {
+  const ImageFile enormous(static_cast<uint32_t>(wire::kMaxSlotSize / 8 * 8 + 8));
+  enormous.seal(F_SEAL_GROW | F_SEAL_SHRINK);
+  enormous.head()->magic = 0;
+  switch_.hand_out(enormous);
+  EXPECT_EQ(ask(1), CMD_BAD_REPLY);
+  EXPECT_EQ(LogCapture::take(), std::vector<std::string>{"stpplatform: " + switch_.path() +
+                                                         ": the image is larger than that of any switch\n"});
 }
 
-TEST_F(Connections, ASnapshotThatFindsNoFreeDescriptorIsNamedAsSuch) {
+TEST_F(Connections, AnImageThatFindsNoFreeDescriptorIsNamedAsSuch) {
   {
     // For the two ends of the connection.
     const FullDescriptorTable full(2);
@@ -562,8 +558,8 @@ TEST_F(Connections, ASnapshotThatFindsNoFreeDescriptorIsNamedAsSuch) {
   EXPECT_EQ(
       LogCapture::take(),
       std::vector<std::string>{"stpplatform: " + switch_.path() +
-                               ": the agent cannot take the snapshot's descriptor: too many open files, or "
-                               "a security policy forbids it\n"});
+                               ": the agent cannot take the image's descriptor: too many open files, or a "
+                               "security policy forbids it\n"});
   wait_for_backoff();
   EXPECT_TRUE(switch_answers());
 }

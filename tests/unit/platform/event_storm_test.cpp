@@ -78,10 +78,9 @@ class ServedSwitch {
   void serve() {
     stpswitch::EventLoop loop;
     stpswitch::Switch the_switch{stpswitch::SwitchState{}};
-    const stpswitch::SnapshotPublisher snapshot(&the_switch);
+    stpswitch::ImagePublisher publisher(&the_switch);
     stpswitch::Faults faults;
-    stpswitch::CommandServer server(&loop, {path_, SOCK_SEQPACKET, 0660, std::nullopt}, &the_switch,
-                                    &snapshot, &faults);
+    stpswitch::CommandServer server(&loop, {path_, SOCK_SEQPACKET, 0660, std::nullopt}, &publisher, &faults);
     is_up_ = true;
     while (!is_over_) {
       event_base_loop(loop.base(), EVLOOP_NONBLOCK);

@@ -528,7 +528,7 @@ TEST_F(EventSubscriptions, AHelloThatFindsNoFreeDescriptorIsNamedAsSuch) {
   }
   EXPECT_EQ(LogCapture::take(),
             std::vector{log_prefix() +
-                        "the agent cannot take the snapshot's descriptor: too many open files, or a security "
+                        "the agent cannot take the image's descriptor: too many open files, or a security "
                         "policy forbids it\n"});
   EXPECT_TRUE(connects());
 }

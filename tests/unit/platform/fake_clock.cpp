@@ -1,27 +1,42 @@
 #include "fake_clock.h"
 
+#include <atomic>
 #include <ctime>
 
 namespace {
 
-constexpr uint64_t kMsPerSecond = 1000;
-constexpr uint64_t kNsPerMs = 1000000;
+constexpr uint64_t kNsPerSecond = 1'000'000'000;
+constexpr uint64_t kNsPerMs = 1'000'000;
 
-bool stopped = false;
-uint64_t now_ms = 0;
+// The switch's thread reads them, too.
+std::atomic<bool> stopped = false;
+std::atomic<uint64_t> stopped_at_ns = 0;
+std::atomic<uint64_t> coarse_lag_ns = 0;
+
+timespec time_of(uint64_t ns) {
+  return {static_cast<time_t>(ns / kNsPerSecond), static_cast<long>(ns % kNsPerSecond)};
+}
 
 }  // namespace
 
 extern "C" {
 
 int __real_clock_gettime(clockid_t clock, timespec *time);
+int __real_clock_getres(clockid_t clock, timespec *resolution);
 
 int __wrap_clock_gettime(clockid_t clock, timespec *time) {
-  if (!stopped || clock != CLOCK_MONOTONIC) {
+  if (!stopped || (clock != CLOCK_MONOTONIC && clock != CLOCK_MONOTONIC_COARSE)) {
     return __real_clock_gettime(clock, time);
   }
-  time->tv_sec = static_cast<time_t>(now_ms / kMsPerSecond);
-  time->tv_nsec = static_cast<long>(now_ms % kMsPerSecond * kNsPerMs);
+  *time = time_of(stopped_at_ns - (clock == CLOCK_MONOTONIC_COARSE ? coarse_lag_ns.load() : 0));
+  return 0;
+}
+
+int __wrap_clock_getres(clockid_t clock, timespec *resolution) {
+  if (!stopped || clock != CLOCK_MONOTONIC_COARSE) {
+    return __real_clock_getres(clock, resolution);
+  }
+  *resolution = time_of(StoppedClock::kTickNs);
   return 0;
 }
 }
@@ -29,10 +44,19 @@ int __wrap_clock_gettime(clockid_t clock, timespec *time) {
 StoppedClock::StoppedClock() {
   timespec now;
   __real_clock_gettime(CLOCK_MONOTONIC, &now);
-  now_ms = static_cast<uint64_t>(now.tv_sec) * kMsPerSecond + static_cast<uint64_t>(now.tv_nsec) / kNsPerMs;
+  stopped_at_ns = static_cast<uint64_t>(now.tv_sec) * kNsPerSecond + static_cast<uint64_t>(now.tv_nsec);
+  coarse_lag_ns = 0;
   stopped = true;
 }
 
 StoppedClock::~StoppedClock() { stopped = false; }
 
-void StoppedClock::pass_ms(uint64_t ms) { now_ms += ms; }
+void StoppedClock::pass_ns(uint64_t ns) { stopped_at_ns += ns; }
+
+void StoppedClock::pass_ms(uint64_t ms) { pass_ns(ms * kNsPerMs); }
+
+void StoppedClock::set_ns(uint64_t ns) { stopped_at_ns = ns; }
+
+uint64_t StoppedClock::now_ns() const { return stopped_at_ns; }
+
+void StoppedClock::set_lag_ns(uint64_t ns) { coarse_lag_ns = ns; }

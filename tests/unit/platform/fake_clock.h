@@ -1,4 +1,4 @@
-// The library's monotonic clock, stopped: time passes only when the test says so. Waiting for a socket still
+// The library's monotonic clocks, stopped: time passes only when the test says so. Waiting for a socket still
 // takes real time, up to the deadline that the clock tells.
 #pragma once
 
@@ -6,10 +6,19 @@
 
 class StoppedClock {
  public:
+  // How long a tick of the coarse clock is.
+  static constexpr uint64_t kTickNs = 1'000'000;
+
   StoppedClock();
   ~StoppedClock();
   StoppedClock(const StoppedClock &) = delete;
   StoppedClock &operator=(const StoppedClock &) = delete;
 
+  void pass_ns(uint64_t ns);
   void pass_ms(uint64_t ms);
+  void set_ns(uint64_t ns);
+  uint64_t now_ns() const;
+
+  // From now on the coarse clock lags so far behind.
+  void set_lag_ns(uint64_t ns);
 };

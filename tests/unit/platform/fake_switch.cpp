@@ -19,7 +19,6 @@ namespace wire = stpplatform::wire;
 
 namespace {
 
-constexpr uint32_t kInterfaceCapacity = 64;
 constexpr int kBacklog = 16;
 constexpr size_t kTypeOffset = offsetof(wire::MessageHeader, type);
 
@@ -64,6 +63,10 @@ Bytes packet_of(const T &head) {
   return {bytes, bytes + sizeof head};
 }
 
+bool is_of_type(const Bytes &packet, wire::MessageType type) {
+  return packet.size() > kTypeOffset && packet[kTypeOffset] == static_cast<uint8_t>(type);
+}
+
 void write_one(const OwnedFd &pipe, char octet) { require(write(pipe.get(), &octet, 1) == 1, "write"); }
 
 char read_one(const OwnedFd &pipe) {
@@ -90,11 +93,11 @@ Bytes bytes_of(uint32_t value) {
   return bytes;
 }
 
-Bytes make_hello(uint32_t snapshot_size) {
+Bytes make_hello(uint32_t image_size) {
   wire::Hello hello{};
   hello.header = {wire::kMagic, wire::kVersion, static_cast<uint16_t>(wire::MessageType::kHello),
                   sizeof hello, 0};
-  hello.snapshot_size = snapshot_size;
+  hello.image_size = image_size;
   return packet_of(hello);
 }
 
@@ -130,12 +133,13 @@ Bytes make_event_packet(uint32_t sequence, uint32_t notification_class, const Ev
   return packet;
 }
 
-FakeSwitch::FakeSwitch() : snapshot_(kInterfaceCapacity), responder_(echo) {
+FakeSwitch::FakeSwitch() : responder_(echo), renewal_responder_(confirm) {
   directory_ = (std::filesystem::temp_directory_path() / "fake-switch-XXXXXX").string();
   require(mkdtemp(directory_.data()) != nullptr, "mkdtemp");
   path_ = directory_ + "/socket";
-  snapshot_.publish(std::vector<SnapshotInterface>{});
-  snapshot_.seal(F_SEAL_SHRINK | F_SEAL_GROW);
+  image_.publish(ImageContent{});
+  image_.seal(F_SEAL_SHRINK | F_SEAL_GROW);
+  want_to_be_asked(true);
   greeting_ = good_greeting();
   start();
 }
@@ -148,14 +152,41 @@ FakeSwitch::~FakeSwitch() {
   std::filesystem::remove_all(directory_, ignored);
 }
 
-Greeting FakeSwitch::good_greeting() const {
-  return {make_hello(snapshot_.size()), {snapshot_.descriptor()}};
-}
+Greeting FakeSwitch::good_greeting() const { return {make_hello(image_.size()), {image_.descriptor()}}; }
 
 Answer FakeSwitch::echo(const Bytes &request) {
   const uint32_t sequence = get32(request, offsetof(wire::MessageHeader, sequence));
   const uint32_t command = get32(request, offsetof(wire::Request, command));
   return {{make_reply_packet(sequence, CMD_OK, {{kEchoToken, bytes_of(command)}})}};
+}
+
+Answer FakeSwitch::confirm(const Bytes &renewal) {
+  return {{make_reply_packet(get32(renewal, offsetof(wire::MessageHeader, sequence)), CMD_OK)}};
+}
+
+void FakeSwitch::want_to_be_asked(bool wanted) {
+  if (wanted) {
+    image_.head()->flags |= wire::kAskMe;
+  } else {
+    image_.head()->flags &= ~uint32_t{wire::kAskMe};
+  }
+}
+
+void FakeSwitch::hand_out(const ImageFile &image) {
+  const std::lock_guard lock(mutex_);
+  handed_out_ = &image;
+  greeting_ = {make_hello(image.size()), {image.descriptor()}};
+}
+
+void FakeSwitch::neglect_lease() {
+  const std::lock_guard lock(mutex_);
+  keeps_lease_ = false;
+}
+
+void FakeSwitch::vouch() {
+  if (keeps_lease_) {
+    handed_out_->renew_lease();
+  }
 }
 
 void FakeSwitch::greet_with(const Greeting &greeting) {
@@ -166,6 +197,11 @@ void FakeSwitch::greet_with(const Greeting &greeting) {
 void FakeSwitch::answer_with(const Responder &responder) {
   const std::lock_guard lock(mutex_);
   responder_ = responder;
+}
+
+void FakeSwitch::answer_renewals_with(const Responder &responder) {
+  const std::lock_guard lock(mutex_);
+  renewal_responder_ = responder;
 }
 
 void FakeSwitch::start() {
@@ -229,6 +265,11 @@ std::vector<Bytes> FakeSwitch::requests() const {
   return requests_;
 }
 
+size_t FakeSwitch::renewals() const {
+  const std::lock_guard lock(mutex_);
+  return renewals_;
+}
+
 bool FakeSwitch::has_heard(size_t requests) const {
   constexpr auto kHangGuard = std::chrono::seconds(30);
   const auto give_up = std::chrono::steady_clock::now() + kHangGuard;
@@ -283,6 +324,7 @@ void FakeSwitch::accept_one() {
   OwnedFd connection(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
   const std::lock_guard lock(mutex_);
   ++connections_;
+  vouch();
   if (!greeting_.packet.empty()) {
     send_packet(connection.get(), greeting_.packet, greeting_.descriptors);
   }
@@ -300,19 +342,27 @@ bool FakeSwitch::serve_request(int connection) {
   Responder responder;
   {
     const std::lock_guard lock(mutex_);
-    if (request.size() > kTypeOffset &&
-        request[kTypeOffset] == static_cast<uint8_t>(wire::MessageType::kSubscribe)) {
+    if (is_of_type(request, wire::MessageType::kSubscribe)) {
       subscriptions_.push_back(request);
       subscriber_ = connection;
       return true;
     }
-    requests_.push_back(request);
-    responder = responder_;
+    if (is_of_type(request, wire::MessageType::kRenewal)) {
+      ++renewals_;
+      responder = renewal_responder_;
+    } else {
+      requests_.push_back(request);
+      responder = responder_;
+    }
   }
   const Answer answer = responder(request);
+  if (!answer.packets.empty()) {
+    const std::lock_guard lock(mutex_);
+    vouch();
+  }
   std::vector<int> descriptors;
   if (answer.with_descriptor) {
-    descriptors.push_back(snapshot_.descriptor());
+    descriptors.push_back(image_.descriptor());
   }
   for (const Bytes &packet : answer.packets) {
     send_packet(connection, packet, descriptors);

@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "snapshot_file.h"
+#include "image_file.h"
 #include "wire/attributes.h"
 #include "wire/message.h"
 #include "wire/owned_fd.h"
@@ -22,7 +22,7 @@ struct AttributeValue {
 };
 
 // A well-formed hello, and a well-formed reply to request `sequence`.
-Bytes make_hello(uint32_t snapshot_size);
+Bytes make_hello(uint32_t image_size);
 Bytes make_reply_packet(uint32_t sequence, uint32_t status,
                         const std::vector<AttributeValue> &attributes = {});
 
@@ -57,22 +57,33 @@ class FakeSwitch {
  public:
   using Responder = std::function<Answer(const Bytes &request)>;
 
-  // Publishes an empty snapshot and listens in a directory of its own.
+  // Publishes an empty image and listens in a directory of its own.
   FakeSwitch();
   ~FakeSwitch();
   FakeSwitch(const FakeSwitch &) = delete;
   FakeSwitch &operator=(const FakeSwitch &) = delete;
 
   const std::string &path() const { return path_; }
-  const SnapshotFile &snapshot() const { return snapshot_; }
+  const ImageFile &image() const { return image_; }
 
-  // The script. The default greets well, and answers every request with its own command number in attribute
-  // kEchoToken.
+  // The script. The default greets well, and wants to be asked: it answers every request with its own command
+  // number in attribute kEchoToken, and every renewal with a reply. With each of them it renews the lease.
   static constexpr uint32_t kEchoToken = 0x1402'0001;
   void greet_with(const Greeting &greeting);
   void answer_with(const Responder &responder);
+  void answer_renewals_with(const Responder &responder);
   Greeting good_greeting() const;
   static Answer echo(const Bytes &request);
+  static Answer confirm(const Bytes &renewal);
+
+  // Lets the image answer commands, or not any more.
+  void want_to_be_asked(bool wanted);
+
+  // Greets with another image from now on, and renews its lease.
+  void hand_out(const ImageFile &image);
+
+  // Renews no lease any more.
+  void neglect_lease();
 
   // Stops, as a switch that is killed does, and starts again at the same address.
   void stop();
@@ -90,6 +101,7 @@ class FakeSwitch {
   // What has happened. Requests and subscriptions are complete packets.
   size_t connections() const;
   std::vector<Bytes> requests() const;
+  size_t renewals() const;
   std::vector<Bytes> subscriptions() const;
 
   // Waits until that many requests have come in. False when they do not.
@@ -102,21 +114,26 @@ class FakeSwitch {
   void accept_one();
   bool serve_request(int connection);
   void tell(Command command);
+  void vouch();
 
   std::string directory_;
   std::string path_;
-  SnapshotFile snapshot_;
+  ImageFile image_;
   OwnedFd listener_;
   OwnedFd control_[2];
   OwnedFd done_[2];
   std::thread thread_;
 
   mutable std::mutex mutex_;
+  const ImageFile *handed_out_ = &image_;
+  bool keeps_lease_ = true;
   Greeting greeting_;
   Responder responder_;
+  Responder renewal_responder_;
   std::vector<OwnedFd> open_connections_;
   size_t connections_ = 0;
   std::vector<Bytes> requests_;
+  size_t renewals_ = 0;
   std::vector<Bytes> subscriptions_;
   int subscriber_ = -1;
 };

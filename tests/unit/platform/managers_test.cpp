@@ -1,4 +1,4 @@
-// The interface, port-channel and VLAN managers and the STP library, over a snapshot.
+// The interface, port-channel and VLAN managers and the STP library, over an image.
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -62,23 +62,19 @@ std::vector<uint32_t> members_of(const stp_vlan_bmp &vlans) {
 class Managers : public PlatformTest {
  protected:
   Managers() {
-    SnapshotInterface member = physical_port(2, {10, 20});
+    ImagePort member = physical_port(2, {10, 20});
     member.channel = 1;
     member.pc_if_index = kPc1;
-    SnapshotInterface down = physical_port(3, {10, 4094});
+    ImagePort down = physical_port(3, {10, 4094});
     down.oper_status = IF_OPER_DOWN;
-    SnapshotInterface routed = physical_port(4, {10});
+    ImagePort routed = physical_port(4, {10});
     routed.switched = 0;
     routed.base_port = 0;
-    SnapshotMstInstance cist{0, 0, {}};
-    add_vlan(cist.vlans, 1);
-    SnapshotMstInstance five{5, 0, {}};
-    add_vlan(five.vlans, 10);
-    add_vlan(five.vlans, 4094);
-    SnapshotInterface down_channel = port_channel(2);
+    ImagePort down_channel = port_channel(2);
     down_channel.oper_status = IF_OPER_DOWN;
-    switch_.snapshot().publish(
-        {port_channel(1, {10, 20}), down_channel, physical_port(1, {1}), member, down, routed}, {cist, five});
+    switch_.image().publish(
+        {{port_channel(1, {10, 20}), down_channel, physical_port(1, {1}), member, down, routed},
+         {mst_instance(0, {1}), mst_instance(5, {10, 4094})}});
   }
 };
 
@@ -223,8 +219,8 @@ TEST_F(Managers, BridgePortsOfAllVlansAreThoseThatHaveAny) {
     add_vlan(all.bits, vlan);
   }
   EXPECT_EQ(members_of(all), (std::vector<uint32_t>{129, 131, 4097}));
-  switch_.snapshot().publish(
-      {port_channel(1), port_channel(2, {1}), physical_port(1), physical_port(2, {4094})});
+  switch_.image().publish(
+      {{port_channel(1), port_channel(2, {1}), physical_port(1), physical_port(2, {4094})}});
   EXPECT_EQ(members_of(all), (std::vector<uint32_t>{130, 4098}));
 }
 
@@ -240,7 +236,7 @@ TEST_F(Managers, OnlyTheOctetsInUseOfAVlanSetCount) {
 
 TEST_F(Managers, AnyVlanSetFindsThePortsThatABitByBitSearchFinds) {
   Random random = seeded(1);
-  std::vector<SnapshotInterface> interfaces;
+  std::vector<ImagePort> interfaces;
   for (uint32_t i = 1; i <= 60; ++i) {
     std::vector<uint16_t> vlans;
     for (auto k = random() % 6; k > 0; --k) {
@@ -248,7 +244,7 @@ TEST_F(Managers, AnyVlanSetFindsThePortsThatABitByBitSearchFinds) {
     }
     interfaces.push_back(physical_port(i, vlans));
   }
-  switch_.snapshot().publish(interfaces);
+  switch_.image().publish({interfaces});
   for (int round = 0; round < 300; ++round) {
     stp_vlan_bmp set = vlan_set({});
     for (auto k = random() % 800; k > 0; --k) {
@@ -256,8 +252,8 @@ TEST_F(Managers, AnyVlanSetFindsThePortsThatABitByBitSearchFinds) {
     }
     const std::vector<uint32_t> wanted = bits_of(set.bits, sizeof set.bits);
     std::vector<uint32_t> expected;
-    for (const SnapshotInterface &interface : interfaces) {
-      const std::vector<uint32_t> of_port = bits_of(interface.vlans, sizeof interface.vlans);
+    for (const ImagePort &interface : interfaces) {
+      const std::vector<uint16_t> &of_port = interface.vlans;
       if (std::find_first_of(of_port.begin(), of_port.end(), wanted.begin(), wanted.end()) != of_port.end()) {
         expected.push_back(interface.base_port);
       }
@@ -269,7 +265,7 @@ TEST_F(Managers, AnyVlanSetFindsThePortsThatABitByBitSearchFinds) {
 TEST_F(Managers, AChangeIsSeenAtOnce) {
   uint32_t if_index = 0;
   EXPECT_EQ(stp_dot1dportnum2ifindex(129, &if_index), CMD_OK);
-  switch_.snapshot().publish({physical_port(7)});
+  switch_.image().publish({{physical_port(7)}});
   EXPECT_EQ(stp_dot1dportnum2ifindex(129, &if_index), CMD_NO_ENTRY);
   EXPECT_EQ(stp_dot1dportnum2ifindex(135, &if_index), CMD_OK);
   EXPECT_EQ(switch_.connections(), 1U);

@@ -1,4 +1,4 @@
-// The VLANs of MST instances in replies that carry the MST configuration.
+// The VLANs of MST instances, for whoever has a reply that carries the MST region.
 #include <cstring>
 
 #include "platform/cmd.h"
@@ -6,29 +6,17 @@
 #include "platform_test.h"
 #include "protocol_numbers.h"
 
-namespace wire = stpplatform::wire;
-
 namespace {
 
 constexpr uint16_t kUntouched = 0xABCD;
-
-AttributeValue vlan_map(uint16_t instance, uint16_t vlan) {
-  Bytes value(protocol::kMstVlanMapSize);
-  value[0] = static_cast<uint8_t>(instance >> 8);
-  value[1] = static_cast<uint8_t>(instance);
-  add_vlan(value.data() + 2, vlan);
-  return {protocol::kMstVlanMap, value};
-}
 
 class MstVlanMaps : public PlatformTest {
  protected:
   ~MstVlanMaps() override { cmd_snmp_free_rx_hndl(reply_); }
 
-  void receive(const std::vector<AttributeValue> &attributes) {
-    switch_.answer_with([attributes](const Bytes &request) {
-      const uint32_t sequence = get32(request, offsetof(wire::MessageHeader, sequence));
-      return Answer{{make_reply_packet(sequence, CMD_OK, attributes)}};
-    });
+  // Has a reply from a switch with these instances.
+  void receive(const std::vector<ImageMstInstance> &instances) {
+    switch_.image().publish({{}, instances});
     alignas(max_align_t) uint8_t buffer[512];
     void *request = cmd_req_init(buffer, sizeof buffer);
     cmd_req_cmdId_set(request, protocol::kMstRegion);
@@ -60,11 +48,7 @@ class MstVlanMaps : public PlatformTest {
 };
 
 TEST_F(MstVlanMaps, GetFindsExactlyTheInstance) {
-  receive({{0x3002B002, {'r'}},
-           vlan_map(0, 1),
-           vlan_map(5, 10),
-           {0x1402B003, bytes_of(1)},
-           vlan_map(4094, 4094)});
+  receive({mst_instance(0, {1}), mst_instance(5, {10}), mst_instance(4094, {4094})});
   expect_found(CMD_ACTION_GET, 0, 0, 1);
   expect_found(CMD_ACTION_GET, 5, 5, 10);
   expect_found(CMD_ACTION_GET, 4094, 4094, 4094);
@@ -72,7 +56,7 @@ TEST_F(MstVlanMaps, GetFindsExactlyTheInstance) {
 }
 
 TEST_F(MstVlanMaps, GetNextFindsTheOneAfterIt) {
-  receive({vlan_map(0, 1), vlan_map(5, 10), vlan_map(4094, 4094)});
+  receive({mst_instance(0, {1}), mst_instance(5, {10}), mst_instance(4094, {4094})});
   expect_found(CMD_ACTION_GET_NEXT, 0, 5, 10);
   expect_found(CMD_ACTION_GET_NEXT, 4, 5, 10);
   expect_found(CMD_ACTION_GET_NEXT, 5, 4094, 4094);
@@ -80,25 +64,24 @@ TEST_F(MstVlanMaps, GetNextFindsTheOneAfterIt) {
   expect_failure(CMD_ACTION_GET_NEXT, 65535, CMD_NO_ENTRY);
 }
 
-TEST_F(MstVlanMaps, AReplyWithoutMapsHasNoInstance) {
-  receive({{0x3002B002, {'r'}}});
+TEST_F(MstVlanMaps, ASwitchWithoutInstancesHasNone) {
+  receive({});
   expect_failure(CMD_ACTION_GET, 0, CMD_NO_ENTRY);
   expect_failure(CMD_ACTION_GET_NEXT, 0, CMD_NO_ENTRY);
 }
 
-TEST_F(MstVlanMaps, AMapOfAnotherLengthIsRefused) {
-  AttributeValue cut = vlan_map(5, 10);
-  cut.value.pop_back();
-  receive({cut});
-  expect_failure(CMD_ACTION_GET, 5, CMD_BAD_REPLY);
+TEST_F(MstVlanMaps, AnInstanceThatNoRegionCanHaveIsRefused) {
+  receive({mst_instance(5, {10}), mst_instance(65536 + 6, {11})});
+  expect_failure(CMD_ACTION_GET_NEXT, 5, CMD_BAD_REPLY);
+  expect_failure(CMD_ACTION_GET, 6, CMD_UNREACHABLE);
 }
 
-TEST_F(MstVlanMaps, AllInstancesThatARegionCanHaveFitIntoAReply) {
-  std::vector<AttributeValue> maps;
+TEST_F(MstVlanMaps, AllInstancesThatARegionCanHaveAreFound) {
+  std::vector<ImageMstInstance> instances;
   for (uint16_t instance = 0; instance <= 64; ++instance) {
-    maps.push_back(vlan_map(instance, instance));
+    instances.push_back(mst_instance(instance, {instance}));
   }
-  receive(maps);
+  receive(instances);
   for (uint16_t instance = 0; instance < 64; ++instance) {
     expect_found(CMD_ACTION_GET_NEXT, instance, static_cast<uint16_t>(instance + 1),
                  static_cast<uint16_t>(instance + 1));
@@ -106,7 +89,7 @@ TEST_F(MstVlanMaps, AllInstancesThatARegionCanHaveFitIntoAReply) {
 }
 
 TEST_F(MstVlanMaps, ArgumentsAreChecked) {
-  receive({vlan_map(5, 10)});
+  receive({mst_instance(5, {10})});
   uint16_t instance = 5;
   stp_vlan_bmp vlans{};
   EXPECT_EQ(stp_get_mst_vlan_bmp(nullptr, CMD_ACTION_GET, &instance, &vlans), CMD_INVALID_ARGUMENT);
@@ -114,6 +97,13 @@ TEST_F(MstVlanMaps, ArgumentsAreChecked) {
   EXPECT_EQ(stp_get_mst_vlan_bmp(reply_, 2, &instance, &vlans), CMD_INVALID_ARGUMENT);
   EXPECT_EQ(stp_get_mst_vlan_bmp(reply_, CMD_ACTION_GET, nullptr, &vlans), CMD_INVALID_ARGUMENT);
   EXPECT_EQ(stp_get_mst_vlan_bmp(reply_, CMD_ACTION_GET, &instance, nullptr), CMD_INVALID_ARGUMENT);
+}
+
+TEST_F(MstVlanMaps, AReleasedReplyIsNoneAnyMore) {
+  receive({mst_instance(5, {10})});
+  cmd_snmp_free_rx_hndl(reply_);
+  expect_failure(CMD_ACTION_GET, 5, CMD_INVALID_ARGUMENT);
+  reply_ = nullptr;
 }
 
 }  // namespace

@@ -53,7 +53,6 @@ TEST(StpProtocol, HasTheAttributes) {
   EXPECT_EQ(STP_ATTRIBUTE_MST_REGION_REVISION, protocol::kMstRegionRevision);
   EXPECT_EQ(STP_ATTRIBUTE_MST_CONFIG_DIGEST, protocol::kMstConfigDigest);
   EXPECT_EQ(STP_ATTRIBUTE_MST_PRE_STANDARD_DIGEST, protocol::kMstPreStandardDigest);
-  EXPECT_EQ(STP_ATTRIBUTE_MST_VLAN_MAP, protocol::kMstVlanMap);
   EXPECT_EQ(STP_ATTRIBUTE_VLAN_TREE_STATE, protocol::kVlanTreeState);
   EXPECT_EQ(STP_ATTRIBUTE_REGIONAL_ROOT_MAC, protocol::kRegionalRootMac);
   EXPECT_EQ(STP_ATTRIBUTE_REGIONAL_ROOT_PRIORITY, protocol::kRegionalRootPriority);
@@ -103,7 +102,6 @@ TEST(StpProtocol, HasTheNotifications) {
   EXPECT_EQ(offsetof(stp_inconsistency_payload, state), 8U);
   EXPECT_EQ(offsetof(stp_inconsistency_payload, mode), 12U);
   EXPECT_EQ(sizeof(stp_inconsistency_payload), 16U);
-  EXPECT_EQ(sizeof(stp_mst_vlans), protocol::kMstVlanMapSize);
 }
 
 TEST(StpProtocol, HasTheEventClass) { EXPECT_EQ(STP_EVENT_CLASS, 0x73'0000U); }

@@ -15,6 +15,7 @@
 
 #include "sources/scenario/loader.h"
 #include "support/failing_accept.h"
+#include "support/mapped_image.h"
 #include "support/octets.h"
 #include "support/packet_client.h"
 #include "support/requests.h"
@@ -31,6 +32,10 @@ constexpr std::chrono::milliseconds kLongDelay{3'600'000};
 
 class CommandServers : public testing::Test {
  protected:
+  CommandServers() {
+    switch_.on_change([this] { publisher_.publish(); });
+  }
+
   PacketClient connect() { return {&loop_, path_}; }
 
   // A connection whose hello is read.
@@ -65,26 +70,26 @@ class CommandServers : public testing::Test {
   std::string path_ = folder_.path("switch.sock");
   EventLoop loop_;
   Switch switch_{load_scenario(SCENARIOS "/mst-small.toml")};
-  SnapshotPublisher snapshot_{&switch_};
+  ImagePublisher publisher_{&switch_};
   Faults faults_;
-  std::optional<CommandServer> server_{
-      std::in_place, &loop_,     UnixSocketOptions{path_, SOCK_SEQPACKET, 0660, std::nullopt},
-      &switch_,      &snapshot_, &faults_};
+  std::optional<CommandServer> server_{std::in_place, &loop_,
+                                       UnixSocketOptions{path_, SOCK_SEQPACKET, 0660, std::nullopt},
+                                       &publisher_, &faults_};
 };
 
-TEST_F(CommandServers, GreetWithTheSnapshot) {
+TEST_F(CommandServers, GreetWithTheImage) {
   PacketClient client = connect();
   const stpplatform::OwnedFd fd = client.receive_hello();
   struct stat received {};
   struct stat published {};
   ASSERT_EQ(::fstat(fd.get(), &received), 0);
-  ASSERT_EQ(::fstat(snapshot_.fd(), &published), 0);
+  ASSERT_EQ(::fstat(publisher_.fd(), &published), 0);
   EXPECT_EQ(received.st_ino, published.st_ino);
 }
 
-TEST_F(CommandServers, SayHelloWithTheSnapshotsSize) {
+TEST_F(CommandServers, SayHelloWithTheImagesSize) {
   PacketClient client = connect();
-  const uint32_t size = snapshot_.size();
+  const uint32_t size = publisher_.size();
   Packet hello = octets("57505453 0100 0100 14000000 00000000 00000000");
   put(&hello, 16, size);
   EXPECT_EQ(hex(client.receive()), hex(hello));
@@ -348,14 +353,12 @@ TEST_F(CommandServers, SendGarbageWhenOrdered) {
   EXPECT_EQ(hex(client.ask(request(1))), hex(good));
 }
 
-// The VLAN map of as many MST instances as there can be. Some of these replies fill the socket.
+// More of the longest replies than the socket has room for.
 TEST_F(CommandServers, AnswerWithTheLongestReplies) {
-  constexpr size_t kLongest = 24 + 12 + 8 + 24 + 24 + size_t{65} * 524;
-  constexpr uint32_t kMoreThanFit = 100;
-  SwitchState state = empty_switch();
-  for (uint32_t id = 1; id <= 64; ++id) {
-    state.mst_instances[id].vlans.insert(id);
-  }
+  constexpr size_t kLongest = 24 + 12 + (8 + 32) + 24 + 24;
+  constexpr uint32_t kMoreThanFit = 400;
+  SwitchState state = switch_.state();
+  state.mst.name = std::string(32, 'n');
   switch_.replace(state);
   PacketClient client = greeted();
   for (uint32_t sequence = 1; sequence <= kMoreThanFit; ++sequence) {
@@ -366,6 +369,88 @@ TEST_F(CommandServers, AnswerWithTheLongestReplies) {
     ASSERT_EQ(reply.size(), kLongest);
     ASSERT_EQ(sequence_of(reply), sequence);
   }
+}
+
+constexpr char kRenewal[] = "57505453 0100 0600 10000000 2a000000";
+
+// Without attributes, and whatever fault is ordered.
+TEST_F(CommandServers, AnswerARenewalOfTheLease) {
+  PacketClient client = greeted();
+  faults_.order(FaultKind::kDrop, {}, 1);
+  EXPECT_EQ(hex(client.ask(octets(kRenewal))),
+            hex(octets("57505453 0100 0300 18000000 2a000000 00000000 00000000")));
+  EXPECT_EQ(faults_.left(), 1U);
+}
+
+TEST_F(CommandServers, RefuseARenewalThatIsMoreThanAHead) {
+  PacketClient client = greeted();
+  Packet longer = octets(kRenewal);
+  longer.resize(20);
+  put(&longer, offsetof(wire::MessageHeader, length), uint32_t{20});
+  EXPECT_EQ(reply_head(client.ask(longer)).status, CMD_BAD_REQUEST);
+}
+
+// What the image's lease does with connections and replies.
+class Leases : public CommandServers {
+ protected:
+  uint64_t lease_end() const { return shared_.head().lease_end.load(); }
+
+  static uint64_t now() {
+    return static_cast<uint64_t>(
+        std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count());
+  }
+
+  // Lets the server work until the lease ends at another time.
+  bool is_renewed(uint64_t end) {
+    return run_until(loop_, [&] { return lease_end() != end; });
+  }
+
+  bool waits_for_a_timer() const {
+    const auto is_timer = [](const event_base *, const event *pending, void *) {
+      return event_pending(pending, EV_TIMEOUT, nullptr);
+    };
+    return event_base_foreach_event(loop_.base(), is_timer, nullptr) != 0;
+  }
+
+  MappedImage shared_{publisher_.fd(), publisher_.size()};
+};
+
+TEST_F(Leases, AreNoneBeforeSomebodyConnects) { EXPECT_EQ(lease_end(), 0U); }
+
+TEST_F(Leases, HoldForHalfASecondFromTheHelloOn) {
+  const uint64_t before = now();
+  const PacketClient client = greeted();
+  EXPECT_GE(lease_end(), before + 500'000'000);
+  EXPECT_LE(lease_end(), now() + 500'000'000);
+}
+
+TEST_F(Leases, AreRenewedWhileSomebodyIsConnected) {
+  const PacketClient client = greeted();
+  const uint64_t first = lease_end();
+  ASSERT_TRUE(is_renewed(first));
+  const uint64_t second = lease_end();
+  EXPECT_GT(second, first);
+  EXPECT_TRUE(is_renewed(second));
+}
+
+TEST_F(Leases, AreRenewedBeforeEachReply) {
+  PacketClient client = greeted();
+  for (const Packet &packet : {request(1), octets(kRenewal)}) {
+    const uint64_t before = now();
+    EXPECT_EQ(client.ask(packet).empty(), false);
+    EXPECT_GE(lease_end(), before + 500'000'000);
+  }
+}
+
+// A switch that nobody asks sleeps.
+TEST_F(Leases, AreLeftToRunOutWhenEverybodyHasGone) {
+  std::optional<PacketClient> client = greeted();
+  std::optional<PacketClient> other = greeted();
+  client.reset();
+  ASSERT_TRUE(is_renewed(lease_end()));
+  ASSERT_TRUE(is_renewed(lease_end()));
+  other.reset();
+  EXPECT_TRUE(run_until(loop_, [&] { return !waits_for_a_timer(); }));
 }
 
 TEST_F(CommandServers, ServeTheStateOfTheMoment) {

@@ -1,5 +1,6 @@
 // Packets and their replies, octet by octet, with the plainest command.
-#include "commands/dispatch.h"
+#include "server/command_reply.h"
+
 #include "support/command_test.h"
 #include "support/octets.h"
 #include "wire/attributes.h"
@@ -127,7 +128,7 @@ TEST_F(Commands, RefuseARequestOfAnyShorterSize) {
 
 TEST_F(Commands, RefuseAPacketThatWasLongerThanWhatWasReceived) {
   const Packet packet = good_request();
-  const auto reply = answer_packet(switch_, packet, packet.size() + 1);
+  const auto reply = answer_packet(publisher_.view(), packet, packet.size() + 1);
   EXPECT_EQ(reply_head(reply.value()).status, CMD_BAD_REQUEST);
 }
 

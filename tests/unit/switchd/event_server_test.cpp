@@ -104,11 +104,11 @@ class EventServers : public testing::Test {
   std::string path_ = folder_.path("switch.sock");
   EventLoop loop_;
   Switch switch_{load_scenario(SCENARIOS "/mst-small.toml")};
-  SnapshotPublisher snapshot_{&switch_};
+  ImagePublisher publisher_{&switch_};
   Faults faults_;
-  std::optional<CommandServer> server_{
-      std::in_place, &loop_,     UnixSocketOptions{path_, SOCK_SEQPACKET, 0660, std::nullopt},
-      &switch_,      &snapshot_, &faults_};
+  std::optional<CommandServer> server_{std::in_place, &loop_,
+                                       UnixSocketOptions{path_, SOCK_SEQPACKET, 0660, std::nullopt},
+                                       &publisher_, &faults_};
 };
 
 TEST_F(EventServers, TellASubscriberInOrder) {

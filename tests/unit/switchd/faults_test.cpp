@@ -1,11 +1,14 @@
 #include "faults/faults.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <set>
+#include <vector>
 
-#include "commands/dispatch.h"
 #include "faults/garbage.h"
+#include "publisher/image_publisher.h"
+#include "server/command_reply.h"
 #include "support/octets.h"
 #include "support/requests.h"
 #include "wire/attributes.h"
@@ -13,6 +16,7 @@
 using namespace stpswitch;
 using namespace std::chrono_literals;
 namespace wire = stpplatform::wire;
+using testing::ElementsAre;
 
 namespace {
 
@@ -57,6 +61,21 @@ TEST(Faults, TakeTurns) {
   EXPECT_EQ(faults.next().turn, 0U);
 }
 
+TEST(Faults, TellWhetherOneIsOrdered) {
+  Faults faults;
+  std::vector<bool> told;
+  faults.on_change([&told](bool is_ordered) { told.push_back(is_ordered); });
+  faults.order(FaultKind::kDrop, {}, 2);
+  faults.next();
+  EXPECT_THAT(told, ElementsAre(true));
+  faults.next();
+  EXPECT_THAT(told, ElementsAre(true, false));
+  faults.order(FaultKind::kDrop, {}, std::nullopt);
+  faults.next();
+  faults.order(FaultKind::kNone, {}, std::nullopt);
+  EXPECT_THAT(told, ElementsAre(true, false, true, false));
+}
+
 class GarbageReplies : public testing::Test {
  protected:
   Packet spoilt(Garbage kind) const { return spoil(good_, kind); }
@@ -69,7 +88,8 @@ class GarbageReplies : public testing::Test {
   }
 
   Switch switch_{SwitchState{}};
-  Packet good_ = answer_packet(switch_, make_request({}), make_request({}).size()).value();
+  ImagePublisher publisher_{&switch_};
+  Packet good_ = answer_packet(publisher_.view(), make_request({}), make_request({}).size()).value();
 };
 
 TEST_F(GarbageReplies, AreEachWrongInOneWay) {

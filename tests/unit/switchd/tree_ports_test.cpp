@@ -4,8 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <set>
 #include <utility>
-#include <vector>
 
 using namespace stpswitch;
 using testing::ElementsAre;
@@ -13,15 +13,11 @@ using testing::Pair;
 
 namespace {
 
-std::vector<std::pair<uint32_t, uint32_t>> in_order(const TreePorts &tree_ports) {
-  std::vector<std::pair<uint32_t, uint32_t>> rows;
-  constexpr TreePort kBeforeAll{0, 0};
-  for (auto next = tree_ports.first_after(kBeforeAll); next; next = tree_ports.first_after(*next)) {
-    rows.emplace_back(next->tree, next->if_index);
-    if (rows.size() > 1 && rows.back() <= rows[rows.size() - 2]) {
-      ADD_FAILURE() << "the order does not end";
-      break;
-    }
+// By tree, then by port.
+std::set<std::pair<uint32_t, uint32_t>> in_order(const TreePorts &tree_ports) {
+  std::set<std::pair<uint32_t, uint32_t>> rows;
+  for (const auto &[if_index, trees] : tree_ports.by_port()) {
+    trees.for_each([&rows, port = if_index](uint32_t tree) { rows.emplace(tree, port); });
   }
   return rows;
 }
@@ -34,21 +30,10 @@ TreePorts some_tree_ports() {
   return tree_ports;
 }
 
-TEST(TreePorts, AreOrderedByTreeThenByPort) {
+TEST(TreePorts, HaveNoPortsWithoutTrees) {
   EXPECT_THAT(in_order(some_tree_ports()), ElementsAre(Pair(0, 5), Pair(0, 9), Pair(7, 5), Pair(4094, 9)));
-  EXPECT_THAT(in_order({}), ElementsAre());
-}
-
-TEST(TreePorts, FindWhatComesAfterAnyPlace) {
-  const TreePorts tree_ports = some_tree_ports();
-  EXPECT_EQ(tree_ports.first_after({0, 5}), (TreePort{0, 9}));
-  EXPECT_EQ(tree_ports.first_after({0, 9}), (TreePort{7, 5}));
-  EXPECT_EQ(tree_ports.first_after({0, 0xFFFF'FFFF}), (TreePort{7, 5}));
-  EXPECT_EQ(tree_ports.first_after({3, 100}), (TreePort{7, 5}));
-  EXPECT_EQ(tree_ports.first_after({7, 5}), (TreePort{4094, 9}));
-  EXPECT_EQ(tree_ports.first_after({4094, 9}), std::nullopt);
-  EXPECT_EQ(tree_ports.first_after({4095, 0}), std::nullopt);
-  EXPECT_EQ(tree_ports.first_after({0xFFFF'FFFF, 0}), std::nullopt);
+  EXPECT_EQ(some_tree_ports().by_port().size(), 2U);
+  EXPECT_TRUE(TreePorts().by_port().empty());
 }
 
 TEST(TreePorts, ContainWhatWasInserted) {

@@ -2,9 +2,9 @@
 
 #include <cstring>
 
-#include "commands/dispatch.h"
 #include "keys/keys.h"
 #include "protocol_numbers.h"
+#include "server/command_reply.h"
 #include "sources/scenario/consistency.h"
 #include "support/octets.h"
 #include "wire/attributes.h"
@@ -27,12 +27,12 @@ std::optional<uint32_t> number_in(const stpswitch::Packet &reply, uint32_t token
 
 // Asks for the row after `from`, then for the one after that, to the end.
 template <class Row, class RequestAfter, class RowIn>
-std::vector<Row> rows_after(const stpswitch::Switch &the_switch, Row from, RequestAfter request_after,
+std::vector<Row> rows_after(const stpplatform::answers::Image &image, Row from, RequestAfter request_after,
                             RowIn row_in) {
   std::vector<Row> rows;
   for (Row row = from;;) {
     const stpswitch::Packet request = make_request(request_after(row));
-    const auto reply = answer_packet(the_switch, request, request.size());
+    const auto reply = stpswitch::answer_packet(image, request, request.size());
     const std::optional<Row> next = row_in(reply.value());
     if (!next) {
       EXPECT_EQ(reply_head(*reply).status, CMD_NO_ENTRY);
@@ -50,17 +50,17 @@ std::vector<Row> rows_after(const stpswitch::Switch &the_switch, Row from, Reque
 }  // namespace
 
 std::string CommandTest::reply_to_packet(const stpswitch::Packet &packet) const {
-  const auto reply = answer_packet(switch_, packet, packet.size());
+  const auto reply = stpswitch::answer_packet(publisher_.view(), packet, packet.size());
   return reply ? hex(*reply) : "none";
 }
 
 std::optional<uint32_t> CommandTest::number_in_reply_to(const RequestText &text, uint32_t token) const {
   const stpswitch::Packet request = make_request(text);
-  return number_in(answer_packet(switch_, request, request.size()).value(), token);
+  return number_in(stpswitch::answer_packet(publisher_.view(), request, request.size()).value(), token);
 }
 
 uint32_t CommandTest::refusal_of_packet(const stpswitch::Packet &packet) const {
-  const auto reply = answer_packet(switch_, packet, packet.size());
+  const auto reply = stpswitch::answer_packet(publisher_.view(), packet, packet.size());
   EXPECT_TRUE(reply.has_value());
   const wire::Reply head = reply_head(reply.value_or(stpswitch::Packet()));
   EXPECT_EQ(reply->size(), sizeof head);
@@ -72,13 +72,13 @@ uint32_t CommandTest::refusal_of_packet(const stpswitch::Packet &packet) const {
 
 std::vector<uint32_t> CommandTest::walk(const RequestAfter &request_after, uint32_t from,
                                         uint32_t token) const {
-  return rows_after(switch_, from, request_after,
+  return rows_after(publisher_.view(), from, request_after,
                     [token](const stpswitch::Packet &reply) { return number_in(reply, token); });
 }
 
 std::vector<CommandTest::TreePortRow> CommandTest::walk_tree_ports(RequestAfterTreePort request_after,
                                                                    TreePortRow from) const {
-  return rows_after(switch_, from, request_after,
+  return rows_after(publisher_.view(), from, request_after,
                     [](const stpswitch::Packet &reply) -> std::optional<TreePortRow> {
                       const auto tree = number_in(reply, protocol::kPortTree);
                       const auto if_index = number_in(reply, protocol::kInterface);

@@ -10,8 +10,9 @@
 #include <utility>
 #include <vector>
 
-#include "commands/packet.h"
+#include "base/packet.h"
 #include "model/switch.h"
+#include "publisher/image_publisher.h"
 #include "sources/scenario/loader.h"
 #include "support/requests.h"
 
@@ -23,6 +24,10 @@ inline constexpr uint32_t kGetNext = 3;
 
 class CommandTest : public testing::Test {
  protected:
+  CommandTest() {
+    switch_.on_change([this] { publisher_.publish(); });
+  }
+
   // The reply as hexadecimal digits, or "none".
   std::string reply_to(const RequestText &text) const { return reply_to_packet(make_request(text)); }
   std::string reply_to_packet(const stpswitch::Packet &packet) const;
@@ -46,4 +51,5 @@ class CommandTest : public testing::Test {
   void set(const std::string &key, const std::string &text);
 
   stpswitch::Switch switch_{stpswitch::load_scenario(SCENARIOS "/mst-small.toml")};
+  stpswitch::ImagePublisher publisher_{&switch_};
 };

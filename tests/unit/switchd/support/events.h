@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "commands/packet.h"
+#include "base/packet.h"
 #include "protocol_numbers.h"
 
 stpswitch::Packet make_subscription(const std::vector<uint32_t> &classes);

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "commands/packet.h"
+#include "base/packet.h"
 
 // Lower-case digits, two an octet.
 std::string hex(std::span<const uint8_t> octets);

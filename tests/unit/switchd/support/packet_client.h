@@ -6,7 +6,7 @@
 #include <string>
 
 #include "base/event_loop.h"
-#include "commands/packet.h"
+#include "base/packet.h"
 #include "wire/owned_fd.h"
 
 // Runs the loop until the condition holds. False when that takes so long that something must hang.

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "commands/packet.h"
+#include "base/packet.h"
 #include "protocol_numbers.h"
 #include "wire/message.h"
 
