@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <chrono>
 #include <utility>
-#include <vector>
 
 #include "publisher/image_slot.h"
 
@@ -30,12 +29,12 @@ ImagePublisher::ImagePublisher(const Switch *the_switch) : switch_(*the_switch) 
 ImagePublisher::~ImagePublisher() { image_->set_lease_end(0); }
 
 void ImagePublisher::publish() {
-  const std::vector<uint8_t> slot = image_slot(switch_);
-  if (image_ && slot.size() <= image_->slot_size()) {
-    image_->write(slot);
+  lay_out_slot(switch_, &slot_);
+  if (image_ && slot_.size() <= image_->slot_size()) {
+    image_->write(slot_);
   } else {
-    auto larger = std::make_unique<SharedImage>(roomy(slot.size()), image_ ? image_->generation() : 0);
-    larger->write(slot);
+    auto larger = std::make_unique<SharedImage>(roomy(slot_.size()), image_ ? image_->generation() : 0);
+    larger->write(slot_);
     const std::unique_ptr<SharedImage> smaller = std::exchange(image_, std::move(larger));
     set_head();
     // Its readers look for the new one as soon as they see the flag.

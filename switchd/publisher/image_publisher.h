@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "answers/image.h"
 #include "model/switch.h"
@@ -41,6 +42,7 @@ class ImagePublisher {
   const Switch &switch_;
   std::unique_ptr<SharedImage> image_;
   stpplatform::answers::Image view_;
+  std::vector<uint8_t> slot_;  // the latest generation, and memory for the next one
   uint64_t lease_end_ = 0;
   bool ask_me_ = false;
 };

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstring>
 #include <optional>
+#include <span>
 #include <string>
-#include <utility>
 
 #include "model/derived.h"
 #include "publisher/image_interfaces.h"
@@ -20,24 +20,29 @@ namespace wire = stpplatform::wire;
 // The slot under construction: its head stays in front while tables are added behind it.
 class SlotWriter {
  public:
-  template <class Record>
-  wire::ImageTable add(const std::vector<Record> &records) {
-    const size_t offset = wire::aligned_table(octets_.size());
-    octets_.resize(offset + records.size() * sizeof(Record));
-    if (!records.empty()) {
-      std::memcpy(octets_.data() + offset, records.data(), records.size() * sizeof(Record));
-    }
-    return {static_cast<uint32_t>(offset), static_cast<uint32_t>(records.size())};
+  explicit SlotWriter(std::vector<uint8_t> *octets) : octets_(*octets) {
+    octets_.assign(sizeof(wire::ImageSlot), 0);
   }
 
-  std::vector<uint8_t> finish(const wire::ImageSlot &head) && {
-    std::memcpy(octets_.data(), &head, sizeof head);
-    octets_.resize(wire::aligned_table(octets_.size()));
-    return std::move(octets_);
+  // Makes room for a table. The room is valid until more is made.
+  template <class Record>
+  std::span<Record> add(size_t count, wire::ImageTable *table) {
+    const size_t offset = wire::aligned_table(octets_.size());
+    octets_.resize(wire::aligned_table(offset + count * sizeof(Record)));
+    *table = {static_cast<uint32_t>(offset), static_cast<uint32_t>(count)};
+    return {reinterpret_cast<Record *>(octets_.data() + offset), count};
   }
+
+  template <class Record>
+  void add(const std::vector<Record> &records, wire::ImageTable *table) {
+    const std::span<Record> room = add<Record>(records.size(), table);
+    std::copy(records.begin(), records.end(), room.begin());
+  }
+
+  void finish(const wire::ImageSlot &head) { std::memcpy(octets_.data(), &head, sizeof head); }
 
  private:
-  std::vector<uint8_t> octets_ = std::vector<uint8_t>(sizeof(wire::ImageSlot));
+  std::vector<uint8_t> &octets_;
 };
 
 void copy_set(const IdSet &set, uint8_t (&octets)[wire::kTreeSetSize]) {
@@ -99,26 +104,27 @@ std::vector<wire::ImageUser> image_users(const std::vector<std::string> &names) 
 
 }  // namespace
 
-std::vector<uint8_t> image_slot(const Switch &the_switch) {
+void lay_out_slot(const Switch &the_switch, std::vector<uint8_t> *slot) {
   const ImageInterfaces interfaces(the_switch);
-  const ImageTreePorts tree_ports(the_switch, interfaces);
-  SlotWriter writer;
+  const ImageTreePorts tree_ports(&the_switch, &interfaces);
+  SlotWriter writer(slot);
   wire::ImageSlot head{};
-  head.interfaces = writer.add(interfaces.records());
-  head.tree_ports = writer.add(tree_ports.records());
-  head.pvid_or_type = writer.add(tree_ports.inconsistent(wire::kPvidInconsistent | wire::kTypeInconsistent));
-  head.loop_inconsistent = writer.add(tree_ports.inconsistent(wire::kLoopInconsistent));
-  head.root_inconsistent = writer.add(tree_ports.inconsistent(wire::kRootInconsistent));
-  head.members = writer.add(interfaces.members());
-  head.mst_instances = writer.add(image_mst_instances(the_switch));
-  head.refused_users = writer.add(image_users(the_switch.state().access.refused_users));
+  writer.add(interfaces.records(), &head.interfaces);
+  writer.add(interfaces.members(), &head.members);
+  writer.add(image_mst_instances(the_switch), &head.mst_instances);
+  writer.add(image_users(the_switch.state().access.refused_users), &head.refused_users);
+  const ListedPorts listed =
+      tree_ports.fill(writer.add<wire::ImageTreePort>(tree_ports.count(), &head.tree_ports));
+  writer.add(listed.pvid_or_type, &head.pvid_or_type);
+  writer.add(listed.loop_inconsistent, &head.loop_inconsistent);
+  writer.add(listed.root_inconsistent, &head.root_inconsistent);
   head.settings = image_settings(the_switch);
   copy_set(the_switch.running_trees(), head.running_trees);
   copy_set(the_switch.vlans_in_use(), head.vlans_in_use);
   copy_set(the_switch.state().rapid_pvst.disabled_vlans, head.disabled_vlans);
   std::copy(tree_ports.first_of_trees().begin(), tree_ports.first_of_trees().end(), head.first_tree_port);
   interfaces.copy_positions_of_ports(head.interface_of_port);
-  return std::move(writer).finish(head);
+  writer.finish(head);
 }
 
 }  // namespace stpswitch

@@ -8,7 +8,8 @@
 
 namespace stpswitch {
 
-// The octets of a slot (platform/wire/image.h), as many as its tables need and no more.
-std::vector<uint8_t> image_slot(const Switch &the_switch);
+// Makes `*slot` the octets of a slot (platform/wire/image.h), as many as its tables need and no more. It may
+// hold those of another one: memory that is there already costs nothing.
+void lay_out_slot(const Switch &the_switch, std::vector<uint8_t> *slot);
 
 }  // namespace stpswitch

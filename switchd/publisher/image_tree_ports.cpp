@@ -1,7 +1,6 @@
 #include "publisher/image_tree_ports.h"
 
 #include <numeric>
-#include <ranges>
 
 namespace stpswitch {
 namespace {
@@ -19,8 +18,10 @@ OctetOfTrees roles_of(const BridgePort &port) {
   };
   OctetOfTrees roles;
   roles.fill(stated.elsewhere ? shown(*stated.elsewhere) : wire::kUnknown);
-  for (const auto &[role, trees] : std::views::reverse(stated.exceptions)) {
-    trees.for_each([&roles, value = shown(role)](uint32_t tree) { roles[tree] = value; });
+  // The first exception that has a tree counts: it is written last.
+  for (auto exception = stated.exceptions.rbegin(); exception != stated.exceptions.rend(); ++exception) {
+    exception->second.for_each(
+        [&roles, value = shown(exception->first)](uint32_t tree) { roles[tree] = value; });
   }
   return roles;
 }
@@ -41,38 +42,43 @@ OctetOfTrees inconsistencies_of(const Inconsistencies &reported, uint32_t if_ind
   return inconsistencies;
 }
 
-}  // namespace
-
-ImageTreePorts::ImageTreePorts(const Switch &the_switch, const ImageInterfaces &interfaces) {
-  const auto &trees_of_ports = the_switch.tree_ports().by_port();
-  for (const auto &[if_index, trees] : trees_of_ports) {
-    trees.for_each([this](uint32_t tree) { ++first_of_trees_[tree + 1]; });
-  }
-  std::partial_sum(first_of_trees_.begin(), first_of_trees_.end(), first_of_trees_.begin());
-  records_.resize(first_of_trees_.back());
-  FirstOfTrees next = first_of_trees_;
-  for (const auto &[if_index, trees] : trees_of_ports) {
-    const uint16_t position = interfaces.position_of(if_index);
-    const OctetOfTrees roles = roles_of(the_switch.bridge_ports().at(if_index));
-    const OctetOfTrees inconsistencies = inconsistencies_of(the_switch.inconsistencies(), if_index);
-    trees.for_each([&](uint32_t tree) {
-      records_[next[tree]++] = {static_cast<uint16_t>(tree), position, roles[tree], inconsistencies[tree], 0};
-      inconsistencies_ |= inconsistencies[tree];
-    });
-  }
-}
-
-std::vector<uint32_t> ImageTreePorts::inconsistent(unsigned kinds) const {
+// The positions of records with any of these kinds. `all` has the kinds of all records.
+std::vector<uint32_t> positions_with(unsigned kinds, unsigned all,
+                                     std::span<const wire::ImageTreePort> records) {
   std::vector<uint32_t> positions;
-  if ((inconsistencies_ & kinds) == 0) {
-    return positions;
-  }
-  for (uint32_t position = 0; position < records_.size(); ++position) {
-    if ((records_[position].inconsistencies & kinds) != 0) {
-      positions.push_back(position);
+  for (uint32_t i = 0; (all & kinds) != 0 && i < records.size(); ++i) {
+    if ((records[i].inconsistencies & kinds) != 0) {
+      positions.push_back(i);
     }
   }
   return positions;
+}
+
+}  // namespace
+
+ImageTreePorts::ImageTreePorts(const Switch *the_switch, const ImageInterfaces *interfaces)
+    : switch_(*the_switch), interfaces_(*interfaces) {
+  for (const auto &[if_index, trees] : switch_.tree_ports().by_port()) {
+    trees.for_each([this](uint32_t tree) { ++first_of_trees_[tree + 1]; });
+  }
+  std::partial_sum(first_of_trees_.begin(), first_of_trees_.end(), first_of_trees_.begin());
+}
+
+ListedPorts ImageTreePorts::fill(std::span<wire::ImageTreePort> records) const {
+  FirstOfTrees next = first_of_trees_;
+  unsigned all = 0;
+  for (const auto &[if_index, trees] : switch_.tree_ports().by_port()) {
+    const uint16_t position = interfaces_.position_of(if_index);
+    const OctetOfTrees roles = roles_of(switch_.bridge_ports().at(if_index));
+    const OctetOfTrees inconsistencies = inconsistencies_of(switch_.inconsistencies(), if_index);
+    trees.for_each([&](uint32_t tree) {
+      records[next[tree]++] = {static_cast<uint16_t>(tree), position, roles[tree], inconsistencies[tree], 0};
+      all |= inconsistencies[tree];
+    });
+  }
+  return {positions_with(wire::kPvidInconsistent | wire::kTypeInconsistent, all, records),
+          positions_with(wire::kLoopInconsistent, all, records),
+          positions_with(wire::kRootInconsistent, all, records)};
 }
 
 }  // namespace stpswitch

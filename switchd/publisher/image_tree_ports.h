@@ -2,7 +2,9 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "model/switch.h"
@@ -11,23 +13,31 @@
 
 namespace stpswitch {
 
+// Positions among the ports of trees, in ascending order.
+struct ListedPorts {
+  std::vector<uint32_t> pvid_or_type;
+  std::vector<uint32_t> loop_inconsistent;
+  std::vector<uint32_t> root_inconsistent;
+};
+
 class ImageTreePorts {
  public:
-  ImageTreePorts(const Switch &the_switch, const ImageInterfaces &interfaces);
+  // Both must outlive it.
+  ImageTreePorts(const Switch *the_switch, const ImageInterfaces *interfaces);
 
-  const std::vector<stpplatform::wire::ImageTreePort> &records() const { return records_; }
+  size_t count() const { return first_of_trees_.back(); }
 
   // The position of each tree's first port, and behind them the count of all.
   using FirstOfTrees = std::array<uint32_t, stpplatform::wire::kTrees + 1>;
   const FirstOfTrees &first_of_trees() const { return first_of_trees_; }
 
-  // The positions of those that have any of these inconsistencies.
-  std::vector<uint32_t> inconsistent(unsigned kinds) const;
+  // Fills the table, of count() records, and returns which of them are inconsistent.
+  ListedPorts fill(std::span<stpplatform::wire::ImageTreePort> records) const;
 
  private:
-  std::vector<stpplatform::wire::ImageTreePort> records_;
+  const Switch &switch_;
+  const ImageInterfaces &interfaces_;
   FirstOfTrees first_of_trees_{};
-  unsigned inconsistencies_ = 0;  // of any port
 };
 
 }  // namespace stpswitch
