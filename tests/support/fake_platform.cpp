@@ -124,6 +124,9 @@ std::string named(const void *request) {
 }
 
 int answer_of(const std::map<uint32_t, int> &answers, uint32_t level) {
+  if (platform().before_level_check) {
+    platform().before_level_check();
+  }
   const auto found = answers.find(level);
   if (found == answers.end()) {
     trace("UNKNOWN LEVEL " + std::to_string(level));

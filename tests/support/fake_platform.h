@@ -94,6 +94,7 @@ struct Platform {
   // print shows it at anything else.
   std::map<uint32_t, int> history_answers{{100, 0}, {101, 0}};
   std::map<uint32_t, int> print_answers{{100, 0}, {101, 0}};
+  std::function<void()> before_level_check;  // called when either of them is asked
 
   // The byte lengths that the command library finds for a list of ranges, and for every other value.
   uint32_t range_list_length = 16;

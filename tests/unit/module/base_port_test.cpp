@@ -680,7 +680,7 @@ TEST_F(BasePortListing, BeginsAtTheFirstPortWhateverWasListedBefore) {
   }
 }
 
-TEST_F(BasePortListing, IsMadeThoughNobodyTakesIt) {
+TEST_F(BasePortListing, EndsAtZeroThoughNobodyTakesIt) {
   fake::platform().history_answers = {{100, 1}, {101, 1}};
   fake::platform().interfaces = {{kPort129, 129}};
   for (const std::vector<uint32_t> &ports : {std::vector<uint32_t>{129}, every_second(129, 40), {}}) {
@@ -689,6 +689,33 @@ TEST_F(BasePortListing, IsMadeThoughNobodyTakesIt) {
     EXPECT_EQ(validate(kGetNext, 0), ports.empty() ? -1 : 0);
     EXPECT_THAT(fake::taken_trace(), Each(Not(StartsWith("log"))));
     EXPECT_EQ(printf_curr_idx, 0) << "there was a listing";
+  }
+}
+
+// Every port that is listed changes the index, so that whoever is asked in between would see it.
+TEST_F(BasePortListing, IsNotMadeWhereNobodyTakesIt) {
+  fake::platform().history_answers = {{100, 1}, {101, 1}};
+  std::vector<int> indexes;
+  fake::platform().before_level_check = [&indexes] { indexes.push_back(printf_curr_idx); };
+  printf_curr_idx = 500;
+  members_are(every_second(1001, 40));
+  EXPECT_EQ(validate(kGetNext, 65535), -1);
+  // Both sinks are asked for the two texts before the listing, for its first line and for the two behind it.
+  EXPECT_THAT(indexes, ElementsAre(500, 500, 500, 500, 0, 0, 0, 0));
+}
+
+TEST_F(BasePortListing, AsksBothSinksForEachLineWhereOneTakesIt) {
+  for (const bool is_kept : {true, false}) {
+    fake::platform().history_answers = {{100, is_kept ? 0 : 1}, {101, 1}};
+    fake::platform().print_answers = {{100, is_kept ? 0 : 1}, {101, 0}};
+    std::vector<int> indexes;
+    fake::platform().before_level_check = [&indexes] { indexes.push_back(printf_curr_idx); };
+    printf_curr_idx = 500;
+    members_are(every_second(1001, 17));
+    EXPECT_EQ(validate(kGetNext, 65535), -1);
+    // A line is made for the sink that takes it.
+    EXPECT_THAT(indexes, is_kept ? ElementsAre(500, 500, 500, 1031, 1031, 1033, 0, 0, 0, 0)
+                                 : ElementsAre(500, 500, 500, 500, 1031, 1031, 0, 0, 0, 0));
   }
 }
 

@@ -1,5 +1,6 @@
 #include "bitmap.h"
 
+#include <algorithm>
 #include <cstring>
 #include <random>
 #include <set>
@@ -7,6 +8,8 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "platform/vlan_mgr.h"
 
 using namespace stpsnmp::bitmap;
 
@@ -87,6 +90,61 @@ TEST(FindBit, EqualsAPlainSearchInRandomBitmaps) {
         ++clear;
       }
       ASSERT_EQ(find_clear(vlans.bits, kVlans, from), clear) << from;
+    }
+  }
+}
+
+// Runs at any distance from each other, from neighbours to a bitmap with one of them.
+TEST(FindBit, EqualsAPlainSearchAcrossTheLargestBitmaps) {
+  constexpr unsigned kSeed = 20260102;
+  constexpr uint32_t kBits = 8 * BASEPORT_BITMAP_SIZE;
+  std::mt19937 random(kSeed);  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same bitmaps each time
+  const auto below = [&random](uint32_t limit) { return static_cast<uint32_t>(random() % limit); };
+  for (uint32_t round = 0; round < 32; ++round) {
+    // Every other round, runs of clear bits among those that are set.
+    const bool is_set = round % 2 == 0;
+    std::vector<bool> bits(kBits, !is_set);
+    std::vector<uint8_t> octets(kBits / 8 + 1, is_set ? 0x00 : 0xFF);
+    uint8_t *const bitmap = octets.data() + round % 4 / 2;  // where records have them, no word is aligned
+    const uint32_t gap = 1U << below(16);
+    for (uint32_t at = below(gap); at < kBits; at += 1 + below(gap)) {
+      for (const uint32_t end = std::min(kBits, at + 1 + below(130)); at < end; ++at) {
+        bits[at] = is_set;
+        bitmap[at / 8] = static_cast<uint8_t>(bitmap[at / 8] ^ 0x80U >> at % 8);
+      }
+    }
+    const auto plain = [&bits](uint32_t from, bool wanted) {
+      while (from < kBits && bits[from] != wanted) {
+        ++from;
+      }
+      return from;
+    };
+    for (uint32_t from = 0; from <= kBits; from += 1 + below(300)) {
+      ASSERT_EQ(find_set(bitmap, kBits, from), plain(from, true)) << "round " << round << " from " << from;
+      ASSERT_EQ(find_clear(bitmap, kBits, from), plain(from, false)) << "round " << round << " from " << from;
+    }
+  }
+}
+
+// One bit at a time, at every place where words and their groups begin and end.
+TEST(FindBit, FindsTheOnlyBitWhereverItIs) {
+  constexpr uint32_t kBits = 8 * BASEPORT_BITMAP_SIZE;
+  std::vector<uint8_t> clear(kBits / 8, 0x00);
+  std::vector<uint8_t> set(kBits / 8, 0xFF);
+  for (uint32_t boundary = 0; boundary <= kBits; boundary += 64) {
+    for (const uint32_t bit : {boundary - 1, boundary, boundary + 63}) {
+      if (bit >= kBits) {
+        continue;
+      }
+      clear[bit / 8] = static_cast<uint8_t>(0x80U >> bit % 8);
+      set[bit / 8] = static_cast<uint8_t>(~clear[bit / 8]);
+      ASSERT_EQ(find_set(clear.data(), kBits, 0), bit);
+      ASSERT_EQ(find_set(clear.data(), kBits, bit), bit);
+      ASSERT_EQ(find_set(clear.data(), kBits, bit + 1), kBits);
+      ASSERT_EQ(find_clear(set.data(), kBits, 0), bit);
+      ASSERT_EQ(find_clear(set.data(), kBits, bit + 1), kBits);
+      clear[bit / 8] = 0x00;
+      set[bit / 8] = 0xFF;
     }
   }
 }

@@ -1,5 +1,6 @@
 #include "bitmap.h"
 
+#include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cstring>
@@ -23,15 +24,42 @@ uint64_t load_word(const uint8_t *octets, uint32_t word) {
   return std::endian::native == std::endian::little ? __builtin_bswap64(value) : value;
 }
 
-// The first bit that is set once the bitmap's bits are flipped by `flip`.
-uint32_t find(const uint8_t *octets, uint32_t bits, uint32_t from, uint64_t flip) {
+// A bitmap has few runs, and between them words that are all alike: these are passed over by the block, of
+// which the compiler makes as few instructions as the machine has wide registers.
+using Lanes = uint64_t __attribute__((vector_size(16)));
+constexpr uint32_t kBlockLanes = 16;
+constexpr uint32_t kBlockWords = kBlockLanes * sizeof(Lanes) / sizeof(uint64_t);
+
+// Whether no word of a block has a bit that differs from those of `alike`.
+template <uint64_t alike>
+bool is_block_of(const uint8_t *octets) {
+  Lanes differences{};
+  for (uint32_t i = 0; i < kBlockLanes; ++i) {
+    Lanes lanes;
+    std::memcpy(&lanes, octets + i * sizeof lanes, sizeof lanes);
+    differences |= lanes ^ alike;
+  }
+  return (differences[0] | differences[1]) == 0;
+}
+
+// The first bit at or after `from` that differs from those of `alike`, which are all the same.
+template <uint64_t alike>
+uint32_t find_other(const uint8_t *octets, uint32_t bits, uint32_t from) {
+  const uint32_t words = bits / kWordBits;
   uint64_t wanted = kAllBits >> (from % kWordBits);
-  for (uint32_t word = from / kWordBits; word < bits / kWordBits; ++word) {
-    const uint64_t found = (load_word(octets, word) ^ flip) & wanted;
-    if (found != 0) {
-      return word * kWordBits + static_cast<uint32_t>(std::countl_zero(found));
+  uint32_t word = from / kWordBits;
+  while (word < words) {
+    const uint32_t end_of_block = std::min(words, (word / kBlockWords + 1) * kBlockWords);
+    for (; word < end_of_block; ++word) {
+      const uint64_t found = (load_word(octets, word) ^ alike) & wanted;
+      if (found != 0) {
+        return word * kWordBits + static_cast<uint32_t>(std::countl_zero(found));
+      }
+      wanted = kAllBits;
     }
-    wanted = kAllBits;
+    while (words - word >= kBlockWords && is_block_of<alike>(octets + word * sizeof wanted)) {
+      word += kBlockWords;
+    }
   }
   return bits;
 }
@@ -53,10 +81,12 @@ constexpr stp_vlan_bmp make_all_vlans() {
 
 constexpr stp_vlan_bmp kAllVlans = make_all_vlans();
 
-uint32_t find_set(const uint8_t *octets, uint32_t bits, uint32_t from) { return find(octets, bits, from, 0); }
+uint32_t find_set(const uint8_t *octets, uint32_t bits, uint32_t from) {
+  return find_other<0>(octets, bits, from);
+}
 
 uint32_t find_clear(const uint8_t *octets, uint32_t bits, uint32_t from) {
-  return find(octets, bits, from, kAllBits);
+  return find_other<kAllBits>(octets, bits, from);
 }
 
 bool find_run(const uint8_t *octets, uint32_t bits, uint32_t from, Run *run) {
