@@ -73,14 +73,11 @@ bool write_history(const char *path) {
 
 EventHistory &event_history() { return the_history; }
 
-void EventHistory::add(uint32_t event_class, const evhist_record &record) {
+void EventHistory::add(uint32_t event_class, const void *record, uint32_t length) {
   Entry &entry = entries_[count_ % kCapacity];
   clock_gettime(CLOCK_REALTIME, &entry.time);
   entry.event_class = event_class;
-  entry.record.level = record.level;
-  const size_t length = strnlen(record.text, sizeof record.text - 1);
-  std::memcpy(entry.record.text, record.text, length);
-  entry.record.text[length] = '\0';
+  std::memcpy(&entry.record, record, length);  // what is behind the text is an older one's
   ++count_;
 }
 
@@ -119,9 +116,7 @@ STPPLATFORM_EXPORT int evhist_hist_event(uint32_t event_class, uint32_t length, 
       static_cast<const char *>(record)[length - 1] != '\0') {
     return 1;
   }
-  evhist_record copy{};
-  std::memcpy(&copy, record, length);
-  stpplatform::event_history().add(event_class, copy);
+  stpplatform::event_history().add(event_class, record, length);
   return 0;
 }
 

@@ -16,8 +16,9 @@ class EventHistory {
 
   constexpr EventHistory() = default;
 
-  // Takes the place of the oldest record when the history is full.
-  void add(uint32_t event_class, const evhist_record &record);
+  // Copies the first `length` octets of a record: its level and its text with the terminating zero. They take
+  // the place of the oldest record when the history is full.
+  void add(uint32_t event_class, const void *record, uint32_t length);
 
   // Writes one line a record, the oldest first: UTC time, class, level, text.
   void dump(FILE *file) const;

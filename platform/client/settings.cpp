@@ -18,8 +18,6 @@ constexpr uint32_t kMaxDeadlineMs = 60000;
 constexpr uint32_t kDefaultHistoryLevel = 100;
 constexpr int kDecimal = 10;
 
-Settings current;
-
 void reject(const char *variable, const char *value, const char *expected) {
   snmp_log(LOG_WARNING, "stpplatform: %s: '%s' is not %s; the default is used\n", variable, value, expected);
 }
@@ -63,17 +61,19 @@ void path_setting(const char *variable, const char *fallback, char *path, size_t
 
 }  // namespace
 
-const Settings &settings() { return current; }
+Settings current_settings;
 
 void read_settings() {
-  path_setting("STPPLATFORM_SOCKET", wire::kDefaultSocketPath, current.socket_path,
-               sizeof current.socket_path);
-  current.deadline_ms = number_setting("STPPLATFORM_DEADLINE_MS", 1, kMaxDeadlineMs, kDefaultDeadlineMs,
-                                       "a number of milliseconds from 1 to 60000");
-  current.debug_level = number_setting("STPPLATFORM_DEBUG_LEVEL", 0, UINT32_MAX, 0, "a level");
-  current.history_level =
+  path_setting("STPPLATFORM_SOCKET", wire::kDefaultSocketPath, current_settings.socket_path,
+               sizeof current_settings.socket_path);
+  current_settings.deadline_ms =
+      number_setting("STPPLATFORM_DEADLINE_MS", 1, kMaxDeadlineMs, kDefaultDeadlineMs,
+                     "a number of milliseconds from 1 to 60000");
+  current_settings.debug_level = number_setting("STPPLATFORM_DEBUG_LEVEL", 0, UINT32_MAX, 0, "a level");
+  current_settings.history_level =
       number_setting("STPPLATFORM_HISTORY_LEVEL", 0, UINT32_MAX, kDefaultHistoryLevel, "a level");
-  path_setting("STPPLATFORM_HISTORY_FILE", "", current.history_file, sizeof current.history_file);
+  path_setting("STPPLATFORM_HISTORY_FILE", "", current_settings.history_file,
+               sizeof current_settings.history_file);
 }
 
 }  // namespace stpplatform

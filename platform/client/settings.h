@@ -17,7 +17,11 @@ struct Settings {
                                 // nowhere
 };
 
-const Settings &settings();
+// Written by read_settings alone.
+extern Settings current_settings;
+
+// Asked for at each text that the module may log, so it has to cost nothing.
+inline const Settings &settings() { return current_settings; }
 
 // Reads the environment anew. A value that cannot be used is named in the agent's log, and the default taken
 // instead.

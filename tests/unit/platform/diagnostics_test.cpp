@@ -131,6 +131,24 @@ TEST_F(History, NoOctetBehindTheRecordIsRead) {
   EXPECT_EQ(without_times(dump()), std::vector<std::string>{"0x730000 101 ab"});
 }
 
+TEST_F(History, NothingShowsOfWhatStoodInTheSamePlace) {
+  for (size_t i = 0; i < EventHistory::kCapacity; ++i) {
+    keep(std::string(EVHIST_TEXT_SIZE - 1, 'x'));
+  }
+  keep("short", 100);
+  keep("", 100);
+  const std::vector<std::string> lines = without_times(dump());
+  ASSERT_EQ(lines.size(), EventHistory::kCapacity);
+  EXPECT_EQ(lines[EventHistory::kCapacity - 2], "0x730000 100 short");
+  EXPECT_EQ(lines[EventHistory::kCapacity - 1], "0x730000 100 ");
+}
+
+TEST_F(History, ATextEndsAtItsFirstZero) {
+  evhist_record record{101, "ab\0cd"};
+  EXPECT_EQ(evhist_hist_event(kClass, 4 + 6, &record), 0);
+  EXPECT_EQ(without_times(dump()), std::vector<std::string>{"0x730000 101 ab"});
+}
+
 TEST_F(History, TheLevelDecidesWhatIsKept) {
   const auto kept = [](uint32_t event_class, uint32_t level) {
     return evhist_hist_event_subtype_check(event_class, level) == 0;
