@@ -6,7 +6,7 @@ namespace stpsnmp::tables {
 
 RowRequest::RowRequest(const oid *column, size_t column_length, oid *name, size_t *length, int exact)
     : column_(column), column_length_(column_length), name_(name), length_(length), exact_(exact), arcs_(0) {
-  if (*length > column_length && snmp_oid_compare(name, column_length, column, column_length) == 0) {
+  if (*length > column_length && std::equal(column, column + column_length, name)) {
     arcs_ = *length - column_length;
   }
 }
