@@ -719,6 +719,21 @@ TEST_F(BasePortListing, AsksBothSinksForEachLineWhereOneTakesIt) {
   }
 }
 
+TEST_F(BasePortListing, EndsBehindTheLastLineThatASinkTakes) {
+  members_are(every_second(1001, 40));
+  fake::platform().before_log = [] {
+    if (printf_curr_idx != 0) {  // the first line has been made
+      fake::platform().history_answers = {{100, 1}, {101, 1}};
+    }
+  };
+  EXPECT_EQ(validate(kGetNext, 65535), -1);
+  EXPECT_THAT(fake::taken_trace(),
+              ElementsAre("vlan_mgr_get_baseport_membership_range(10)", "malloc(8196)",
+                          rejection(":LINE Printing baseport bitset"),
+                          logged_rejection(kFifteenPorts + std::string(",1031\\n")), "free(8196)"));
+  EXPECT_EQ(printf_curr_idx, 0);
+}
+
 TEST_F(BasePortListing, IsLoggedForThePrintAlone) {
   fake::platform().history_answers = {{100, 1}, {101, 1}};
   fake::platform().print_answers = {{100, 1}, {101, 0}};

@@ -100,7 +100,7 @@ TEST(FindBit, EqualsAPlainSearchAcrossTheLargestBitmaps) {
   constexpr uint32_t kBits = 8 * BASEPORT_BITMAP_SIZE;
   std::mt19937 random(kSeed);  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same bitmaps each time
   const auto below = [&random](uint32_t limit) { return static_cast<uint32_t>(random() % limit); };
-  for (uint32_t round = 0; round < 32; ++round) {
+  for (uint32_t round = 0; round < 16; ++round) {
     // Every other round, runs of clear bits among those that are set.
     const bool is_set = round % 2 == 0;
     std::vector<bool> bits(kBits, !is_set);
@@ -145,6 +145,18 @@ TEST(FindBit, FindsTheOnlyBitWhereverItIs) {
       ASSERT_EQ(find_clear(set.data(), kBits, bit + 1), kBits);
       clear[bit / 8] = 0x00;
       set[bit / 8] = 0xFF;
+    }
+  }
+}
+
+TEST(FindBit, ReadsNoWordBehindTheEnd) {
+  constexpr uint32_t kMostWords = 100;
+  for (uint32_t words = 0; words <= kMostWords; ++words) {
+    const std::vector<uint8_t> clear(8 * words, 0x00);
+    const std::vector<uint8_t> set(8 * words, 0xFF);
+    for (uint32_t from = 0; from <= 64 * words; from += 64) {
+      ASSERT_EQ(find_set(clear.data(), 64 * words, from), 64 * words);
+      ASSERT_EQ(find_clear(set.data(), 64 * words, from), 64 * words);
     }
   }
 }

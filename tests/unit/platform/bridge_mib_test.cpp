@@ -21,17 +21,17 @@ TEST(StringNonZeroLength, CountsUpToTheLastOctetThatIsNotZero) {
 }
 
 TEST(StringNonZeroLength, OfEachLengthWithTheLastOctetAnywhere) {
-  constexpr int kLongest = 40;
-  for (int begin = 0; begin < 8; ++begin) {
-    for (int length = 0; length <= kLongest; ++length) {
-      // What is behind the string, and before it, does not count.
-      std::vector<uint8_t> octets(8 + kLongest + 8, 0xFF);
-      uint8_t *const string = octets.data() + begin;
+  constexpr size_t kLongest = 40;
+  constexpr size_t kAround = 8;
+  for (const uint8_t around : {uint8_t{0x00}, uint8_t{0xFF}}) {
+    for (size_t length = 0; length <= kLongest; ++length) {
+      std::vector<uint8_t> octets(kAround + length + kAround, around);
+      uint8_t *const string = octets.data() + kAround;
       std::fill_n(string, length, uint8_t{0});
-      EXPECT_EQ(dot1d_stringNonZeroLength(string, length), 0);
-      for (int last = 0; last < length; ++last) {
+      EXPECT_EQ(dot1d_stringNonZeroLength(string, static_cast<int>(length)), 0);
+      for (size_t last = 0; last < length; ++last) {
         string[last] = 0x01;
-        ASSERT_EQ(dot1d_stringNonZeroLength(string, length), last + 1) << length << " octets from " << begin;
+        ASSERT_EQ(dot1d_stringNonZeroLength(string, static_cast<int>(length)), last + 1) << length;
         string[last] = 0;
       }
     }
