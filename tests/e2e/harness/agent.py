@@ -1,12 +1,12 @@
-"""A private snmpd on a loopback port, with the module and, as a rule, the request probe loaded."""
+"""A private snmpd on a loopback port, with the module and, as a rule, the request probe loaded; or with something else
+in the module's place."""
 
 import os
 import re
 import signal
 import subprocess
+import unittest
 from pathlib import Path
-
-import pytest
 
 from . import build
 from .polling import wait_until
@@ -45,8 +45,8 @@ access all "" any noauth prefix everything everything none
 {create_user('alice')}
 {create_user('bob')}
 {create_user('guest')}
-dlmod stp_extensions_mib {build.MODULE}
 '''
+MODULE_CONFIGURATION = f'dlmod stp_extensions_mib {build.MODULE}\n'
 PROBE_CONFIGURATION = f'dlmod agent_probe {build.PROBE}\n'
 
 # The file whose word says which traps start enabled. The agent sees one of its own, under a private mount.
@@ -69,14 +69,16 @@ def need_private_mount():
     """Skips the test where there can be none."""
     tried = subprocess.run([*UNSHARE_MOUNTS, 'true'], check=False, capture_output=True, text=True)
     if tried.returncode != 0:
-        pytest.skip(f'no private mount can be made: {tried.stderr.strip()} (in a plain chroot, / is no mount point)')
+        raise unittest.SkipTest(
+            f'no private mount can be made: {tried.stderr.strip()} (in a plain chroot, / is no mount point)')
 
 
 class Agent:
     def __init__(self, directory, switch_socket, deadline_ms=PATIENT_DEADLINE_MS, with_probe=True,
-                 trap_endpoint=None, trap_word=None, enabled_classes=()):
+                 trap_endpoint=None, trap_word=None, enabled_classes=(), serves=MODULE_CONFIGURATION, environment=()):
         """`trap_word` is the text of the trap word file, if there is to be one; the probe enables
-        `enabled_classes` on top of what it says."""
+        `enabled_classes` on top of what it says. `serves` and `environment` are for what takes the module's place:
+        lines of the configuration, and variables."""
         self.log = directory / 'snmpd.log'
         self._directory = directory
         self._expected_trouble = []
@@ -91,13 +93,14 @@ class Agent:
             'STPPLATFORM_SOCKET': str(switch_socket),
             'STPPLATFORM_DEADLINE_MS': str(deadline_ms),
             'AGENT_PROBE_ENABLE': ' '.join(str(number) for number in enabled_classes),
+            **dict(environment),
         }
         if build.PRELOAD:
             reports = f'log_path={directory}/sanitizer:print_stacktrace=1'
             self._environment.update(LD_PRELOAD=build.PRELOAD, UBSAN_OPTIONS=reports,
                                      ASAN_OPTIONS=f'{reports}:detect_leaks=0:quarantine_size_mb=4')
         (directory / 'persistent').mkdir()
-        configuration = CONFIGURATION + (PROBE_CONFIGURATION if with_probe else '')
+        configuration = CONFIGURATION + serves + (PROBE_CONFIGURATION if with_probe else '')
         if trap_endpoint:
             configuration += f'trap2sink {trap_endpoint} public\n'
         (directory / 'snmpd.conf').write_text(configuration, encoding='ascii')

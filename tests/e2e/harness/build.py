@@ -7,7 +7,7 @@ from pathlib import Path
 PROJECT = Path(__file__).resolve().parents[3]
 VERSION = re.search(r'^project\(.* VERSION (\S+)', (PROJECT / 'CMakeLists.txt').read_text(), re.MULTILINE)[1]
 SCENARIOS = PROJECT / 'tests/e2e/scenarios'
-BUILD = Path(os.environ.get('STPSNMP_BUILD_DIR', PROJECT / 'build/dev'))
+BUILD = Path(os.environ.get('STPSNMP_BUILD_DIR', PROJECT / 'build/dev')).resolve()
 # The sanitizers' runtime, where the build has one: snmpd itself is not built with it.
 PRELOAD = os.environ.get('STPSNMP_PRELOAD', '')
 

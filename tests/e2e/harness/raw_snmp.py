@@ -128,13 +128,13 @@ def trap_bindings(datagram):
 
 
 class RawClient:
-    def __init__(self, endpoint, community):
+    def __init__(self, endpoint, community, answer_seconds=ANSWER_SECONDS):
         host, port = endpoint.split(':')
         self._community = community.encode()
         self._request_ids = itertools.count(1)
         self._socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
         self._socket.connect((host, int(port)))
-        self._socket.settimeout(ANSWER_SECONDS)
+        self._socket.settimeout(answer_seconds)
 
     def __enter__(self):
         return self
