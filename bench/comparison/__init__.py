@@ -1,0 +1,1 @@
+"""What bench/compare is made of."""

@@ -1,0 +1,5 @@
+"""What ends a comparison."""
+
+
+class ComparisonError(RuntimeError):
+    """Something could not be measured, or the agents do not serve the same."""
