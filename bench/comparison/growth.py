@@ -107,7 +107,7 @@ def largest_switch(sizes, progress):
     progress('the largest switch: starting')
     with agents_side_by_side(switches.plain(switches.RAPID_PVST, sizes.large_vlans, sizes.large_ports),
                              table_oid(ROLES), [GETBULK]) as stand:
-        return [*large_walk(stand, sizes, progress), *memory(stand), *set_until_served(stand, sizes)]
+        return [*large_walk(stand, sizes, progress), *set_until_served(stand, sizes), *memory(stand)]
 
 
 def search_cost(sizes, progress):

@@ -17,12 +17,14 @@ import pytest
 from harness.build import BUILD, PROJECT, ROOT
 from harness.polling import wait_until
 from harness.process import die_with_parent
-from harness.raw_snmp import OCTETS, SEQUENCE, V2C, encode, encode_integer, encode_oid, parse_message
+from harness.raw_snmp import (
+    OCTETS, SEQUENCE, V2C, RawClient, encode, encode_integer, encode_oid, parse_message)
 
 sys.path.append(str(PROJECT / 'bench'))
 
 from comparison import report, switches  # noqa: E402
 from comparison.failure import ComparisonError  # noqa: E402
+from comparison.growth import Figure  # noqa: E402
 from comparison.spread import Spread, ratios, spread  # noqa: E402
 from comparison.stand import AGENTS, AGENTX, CEILING, MODULE, stand_with  # noqa: E402
 from comparison.walk_client import GETBULK, GETNEXT, Timing, WalkClient  # noqa: E402
@@ -59,11 +61,11 @@ FIGURES = [
     ('port roles of 12 VLANs x 5 ports, 60 rows: module', '≤ 1.5 s'),
     ('port roles of 12 VLANs x 5 ports, 60 rows: ceiling', ''),
     ('port roles of 12 VLANs x 5 ports, 60 rows: AgentX copy', ''),
+    ('one set there, a setting of a port, until the agent serves it', '≤ 10 ms'),
+    ('one set there, a link: a row of each tree, until the agent serves it', '≤ 10 ms'),
     ('memory of stp-switchd there', ''),
     ('memory of snmpd with the module there', ''),
     ('memory of both', '≤ 64 MiB'),
-    ('one set there, a setting of a port, until the agent serves it', '≤ 10 ms'),
-    ('one set there, a link: a row of each tree, until the agent serves it', '≤ 10 ms'),
     ('inconsistency search, each interface from 6 to 12', '≤ 15 ns'),
     ('a GETBULK of 50 rows while the switch hangs, deadline 0.1 s', '≤ 0.11 s'),
     ('a GETBULK of 50 rows while the switch takes 15 ms for a reply, deadline 0.1 s', '≤ 0.11 s'),
@@ -128,14 +130,13 @@ def test_short_run_has_every_other_figure(short_run):
         assert reached == ('not judged' if goal else '')
 
 
-def test_text_form_has_the_same_columns():
-    result = compare('--short', '--only', 'PVST VLANs', BUILD)
-    assert result.returncode == 0, result.stderr
-    _, _, table, _, _ = result.stdout.split('\n\n')
-    heads, *rows = [re.split(r'  +', line) for line in table.splitlines()]
-    assert heads[:5] == ['walk', 'mode', 'by', 'rows', 'rows/s']
-    assert [row[:4] for row in rows] == [['PVST VLANs', 'rapid-pvst', 'GETBULK 50', '6'],
-                                         ['PVST VLANs', 'rapid-pvst', 'GETNEXT', '6']]
+def test_text_form_stands_in_columns():
+    figure = Figure('memory', 'MiB', [60, 62, 70], at_most=64)
+    assert report.render([('CPU', 'one')], [], [figure], is_judged=True, as_markdown=False) == '''\
+CPU: one
+
+figure  median  quartiles  goal      reached
+memory  62 MiB  61 to 66   ≤ 64 MiB  unclear'''
 
 
 @pytest.mark.parametrize('arguments, status, message', [
@@ -174,6 +175,9 @@ def test_agents_that_serve_the_same_are_compared():
         for name in AGENTS:
             timing = stand.measure(name, f'{ROOT}.1.12.2', GETNEXT, 0)
             assert (timing.walks, timing.rows) == (1, 9)
+            with RawClient(stand.agents[name].endpoint, 'public') as client:
+                assert client.get(ROLE.split()[0]).number == 3
+                assert client.get(f'{ROOT}.1.12.2.1.3.0.128').exception == 'noSuchInstance'
 
 
 @pytest.mark.parametrize('served, told', [
