@@ -100,7 +100,8 @@ uint32_t token_type_2len(uint32_t token, const void *value);
 int cmd_req_attr_add(void *request, uint32_t token, const void *value, uint32_t length);
 
 /* Sends the request to `service` at `destination` on behalf of `user` (zero-terminated, null means the empty
- * name) and `session`, and waits for the reply, at most until the library's deadline. `flags` is 0.
+ * name) and `session`, and waits for the reply, at most until the library's deadline, which all questions of
+ * one SNMP request may share. `flags` is 0.
  *
  * Success: returns 0 and sets `*reply` to a handle that the caller releases with cmd_snmp_free_rx_hndl; null
  * stands for a process that answered without a reply. Failure: returns another code and leaves `*reply` as it

@@ -28,10 +28,11 @@ int stp_dot1dportnum2ifindex(uint16_t port, uint32_t *if_index);
  * port-channel. */
 int stp_valid_if_index(uint32_t if_index);
 
-/* Reads the VLANs of an MST instance from a reply that carries the MST configuration. `action` is
- * CMD_ACTION_GET for the instance `*instance`, CMD_ACTION_GET_NEXT for the one after it. Returns 0 with
- * `*instance` set to the instance found and `*vlans` filled; another code, with the outputs left as they
- * were, when there is none. */
+/* The VLANs of an MST instance, for whoever has a reply about the MST region that the process has given it.
+ * Whether they stand in the reply or are looked up when they are asked for is the platform's business.
+ * `action` is CMD_ACTION_GET for the instance `*instance`, CMD_ACTION_GET_NEXT for the one after it. Returns
+ * 0 with `*instance` set to the instance found and `*vlans` filled; another code, with the outputs left as
+ * they were, when there is none, or the switch cannot be asked. */
 int stp_get_mst_vlan_bmp(void *reply, uint32_t action, uint16_t *instance, struct stp_vlan_bmp *vlans);
 
 /* The VLANs mapped to an MST instance. Returns 0 on success; another code, with `*vlans` left as it was, when
