@@ -1,4 +1,6 @@
 // vlan_mgr.h: the VLAN manager, from the switch's image.
+#include <endian.h>
+
 #include <algorithm>
 #include <bit>
 #include <cstdlib>
@@ -21,15 +23,17 @@ constexpr uint8_t kFirstBit = 0x80;
 class Union {
  public:
   explicit Union(const answers::Image &image)
-      : image_(image), word_count_(wire::member_words(image.interfaces().count)) {}
+      : image_(image), word_count_(wire::member_words(image.interfaces().count)) {
+    std::memset(words_, 0, word_count_ * sizeof words_[0]);
+  }
 
+  // Adds the members of the VLANs in the first `size` octets of a set.
   void add_vlans(const uint8_t *octets, uint32_t size) {
-    for (uint32_t i = 0; i < size; ++i) {
-      for (uint8_t left = octets[i]; left != 0;) {
-        const auto bit = static_cast<uint32_t>(std::countl_zero(left));
-        left = static_cast<uint8_t>(left & ~(kFirstBit >> bit));
-        add_vlan(i * kOctetBits + bit);
-      }
+    uint64_t word = 0;
+    for (uint32_t at = 0; at < size; at += sizeof word) {
+      word = 0;
+      std::memcpy(&word, octets + at, std::min<size_t>(size - at, sizeof word));
+      add_word(at * kOctetBits, be64toh(word));
     }
   }
 
@@ -46,6 +50,16 @@ class Union {
   }
 
  private:
+  // The VLANs from `first` on; the first one's bit is the highest.
+  void add_word(uint32_t first, uint64_t left) {
+    constexpr uint64_t kFirstVlan = uint64_t{1} << 63;
+    while (left != 0) {
+      const auto place = static_cast<uint32_t>(std::countl_zero(left));
+      left &= ~(kFirstVlan >> place);
+      add_vlan(first + place);
+    }
+  }
+
   void add_vlan(uint32_t vlan) {
     const uint32_t *members = image_.members_of(vlan);
     for (uint32_t i = 0; i < word_count_; ++i) {
@@ -66,20 +80,20 @@ class Union {
 
   const answers::Image &image_;
   uint32_t word_count_;
-  uint32_t words_[wire::member_words(wire::kMaxInterfaces)] = {};
+  uint32_t words_[wire::member_words(wire::kMaxInterfaces)];  // the first word_count_ of them
 };
 
 // The latest question and its answer: a walk asks for the VLANs of one tree again and again.
 class LatestMembers {
  public:
-  // Sets `*ports` to the bridge ports of the VLANs.
+  // Sets `*ports` to the bridge ports of the VLANs in the first `size` octets of a set; kPortsSize octets.
   cmd_result find(const answers::Image &image, uint64_t view_number, const uint8_t *vlans, uint32_t size,
                   const uint8_t **ports) {
     *ports = ports_;
     if (view_number_ == view_number && size_ == size && std::memcmp(vlans_, vlans, size) == 0) {
       return CMD_OK;
     }
-    view_number_ = 0;
+    view_number_ = kNone;
     std::memset(ports_, 0, sizeof ports_);
     Union members(image);
     members.add_vlans(vlans, size);
@@ -95,7 +109,9 @@ class LatestMembers {
   static constexpr uint32_t kPortsSize = wire::kPortNumbers / kOctetBits;
 
  private:
-  uint64_t view_number_ = 0;  // of the generation that was asked; 0: none
+  static constexpr uint64_t kNone = 0;
+
+  uint64_t view_number_ = kNone;  // of the generation that was asked
   uint32_t size_ = 0;
   uint8_t vlans_[STP_VLAN_BITMAP_SIZE] = {};
   uint8_t ports_[kPortsSize] = {};

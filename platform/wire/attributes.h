@@ -117,10 +117,13 @@ inline size_t write_attribute(void *at, size_t room, const Attribute &attribute)
   const AttributeHead head{attribute.token, attribute.length};
   auto *bytes = static_cast<uint8_t *>(at);
   std::memcpy(bytes, &head, sizeof head);
+  if (padded(attribute.length) != attribute.length) {
+    constexpr uint32_t kZero = 0;
+    std::memcpy(bytes + used - sizeof kZero, &kZero, sizeof kZero);
+  }
   if (attribute.length != 0) {
     std::memcpy(bytes + sizeof head, attribute.value, attribute.length);
   }
-  std::memset(bytes + sizeof head + attribute.length, 0, padded(attribute.length) - attribute.length);
   return used;
 }
 
