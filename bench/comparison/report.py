@@ -7,7 +7,10 @@ YES, NO, UNCLEAR, NONE = 'yes', 'no', 'unclear', ''
 NOT_JUDGED = 'not judged'
 
 WALK_HEADS = ['walk', 'mode', 'by', 'rows', 'rows/s', 'quartiles', 'of ceiling', 'goal', 'of AgentX', 'goal', 'reached']
-CPU_HEADS = ['walk', 'mode', 'by', *AGENTS]
+UNDISTURBED_HEADS = ['walk', 'mode', 'by', *(f'{name}, rows/s' for name in AGENTS), 'of ceiling', 'of AgentX',
+                     *(f'{name}, CPU' for name in AGENTS)]
+ABOUT_UNDISTURBED = ('What a busy machine disturbs less: the fastest walk of all rounds, and the CPU time for a row, '
+                     'of the agent and of the process behind it.')
 FIGURE_HEADS = ['figure', 'median', 'quartiles', 'goal', 'reached']
 
 
@@ -58,11 +61,13 @@ def walk_cells(measured, is_judged):
             reached]
 
 
-def cpu_cells(measured):
-    """Less than anything else, it depends on what the machine does besides."""
-    return [measured.walk.name, measured.mode, measured.how,
-            *(f'{short(spread([timing.cpu_microseconds for timing in measured.timings[name]]).median)} µs'
-              for name in AGENTS)]
+def undisturbed_cells(measured):
+    fastest = {name: max(timing.fastest_rate for timing in timings) for name, timings in measured.timings.items()}
+    cpu = {name: spread([timing.cpu_microseconds for timing in timings]).median
+           for name, timings in measured.timings.items()}
+    return [measured.walk.name, measured.mode, measured.how, *(short(fastest[name]) for name in AGENTS),
+            short(fastest[MODULE] / fastest[CEILING]), short(fastest[MODULE] / fastest[AGENTX]),
+            *(f'{short(cpu[name])} µs' for name in AGENTS)]
 
 
 def figure_cells(figure, is_judged):
@@ -93,8 +98,8 @@ def render(machine, measured, figures, is_judged, as_markdown):
         parts.append(['No goal is judged: this is no release build, or the run was short.'])
     if measured:
         parts.append(table(WALK_HEADS, [walk_cells(one, is_judged) for one in measured]))
-        parts.append(['CPU time for each row, of the agent and of the process behind it:'])
-        parts.append(table(CPU_HEADS, [cpu_cells(one) for one in measured]))
+        parts.append([ABOUT_UNDISTURBED])
+        parts.append(table(UNDISTURBED_HEADS, [undisturbed_cells(one) for one in measured]))
     if figures:
         parts.append(table(FIGURE_HEADS, [figure_cells(figure, is_judged) for figure in figures]))
     return '\n\n'.join('\n'.join(lines) for lines in parts)

@@ -227,16 +227,19 @@ void measure(const Options &options, Walker *walker) {
   const auto wanted = static_cast<int64_t>(options.seconds * static_cast<double>(kNanosecondsPerSecond));
   const int64_t start = now();
   const uint64_t rows = walker->walk();
-  uint64_t walks = 1;
-  while (now() - start < wanted) {
+  int64_t last = now();
+  int64_t fastest = last - start;
+  long long walks = 1;
+  for (; last - start < wanted; ++walks) {
     if (const uint64_t again = walker->walk(); again != rows) {
       fail("a walk has " + std::to_string(again) + " rows, and the first one had " + std::to_string(rows));
     }
-    ++walks;
+    const int64_t end = now();
+    fastest = std::min(fastest, end - last);
+    last = end;
   }
-  const int64_t elapsed = now() - start;
-  printf("walks %llu rows %llu nanoseconds %lld\n", static_cast<unsigned long long>(walks),
-         static_cast<unsigned long long>(rows), static_cast<long long>(elapsed));
+  printf("walks %lld rows %llu nanoseconds %lld fastest %lld\n", walks, static_cast<unsigned long long>(rows),
+         static_cast<long long>(last - start), static_cast<long long>(fastest));
 }
 
 }  // namespace

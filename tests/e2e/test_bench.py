@@ -33,6 +33,7 @@ from comparison.walks import Goal, Measured, Walk  # noqa: E402
 COMPARE = PROJECT / 'bench/compare'
 AGENTX_COPY = BUILD / 'bin/bench_agentx_copy'
 RESPONSE = 0xA2
+SECOND = 1_000_000_000
 
 # Of the short run: walk, mode and how many rows it has.
 WALKS = [
@@ -106,7 +107,7 @@ def test_short_run_tells_where_it_was_measured_and_judges_nothing(short_run):
 
 
 def test_short_run_measures_every_walk_of_every_agent_both_ways(short_run):
-    (heads, rows), (cpu_heads, cpu_rows), _ = tables(short_run)
+    (heads, rows), (undisturbed_heads, undisturbed_rows), _ = tables(short_run)
     assert heads == ['walk', 'mode', 'by', 'rows', 'rows/s', 'quartiles', 'of ceiling', 'goal', 'of AgentX', 'goal',
                      'reached']
     measured = [(walk, mode, rows_there, how) for walk, mode, how, rows_there, *_ in rows]
@@ -115,9 +116,11 @@ def test_short_run_measures_every_walk_of_every_agent_both_ways(short_run):
         rate, of_ceiling, of_agentx = row[4], row[6], row[8]
         assert all(NUMBER.fullmatch(cell) for cell in (rate, of_ceiling, of_agentx)), row
         assert row[10] == ('not judged' if row[7] or row[9] else '')
-    assert cpu_heads == ['walk', 'mode', 'by', 'module', 'ceiling', 'AgentX copy']
-    assert [row[:3] for row in cpu_rows] == [row[:3] for row in rows]
-    for row in cpu_rows:
+    assert undisturbed_heads == [
+        'walk', 'mode', 'by', 'module, rows/s', 'ceiling, rows/s', 'AgentX copy, rows/s', 'of ceiling', 'of AgentX',
+        'module, CPU', 'ceiling, CPU', 'AgentX copy, CPU']
+    assert [row[:3] for row in undisturbed_rows] == [row[:3] for row in rows]
+    for row in undisturbed_rows:
         assert all(NUMBER.fullmatch(cell.removesuffix(' µs')) for cell in row[3:]), row
 
 
@@ -306,7 +309,9 @@ def test_nothing_stays_behind_where_it_is_interrupted(ending):
 
 
 def timings(*rates):
-    return [Timing(walks=1, rows=rate, nanoseconds=1_000_000_000) for rate in rates]
+    """Rounds of two walks, one of which took a quarter of the time."""
+    return [Timing(walks=2, rows=rate // 2, nanoseconds=SECOND, fastest_nanoseconds=SECOND // 4,
+                   cpu_nanoseconds=SECOND // 1000) for rate in rates]
 
 
 @pytest.mark.parametrize('ours, reached', [
@@ -325,7 +330,14 @@ def test_worst_of_two_goals_counts():
     measured = Measured(Walk('w', '1', Goal()), 'mst', GETBULK, Goal(0.5, 7), {
         MODULE: timings(60), CEILING: timings(100), AGENTX: timings(10)})
     assert report.walk_cells(measured, is_judged=True) == [
-        'w', 'mst', 'GETBULK 50', '60', '60', '60 to 60', '0.6', '≥ 0.5', '6', '≥ 7', 'no']
+        'w', 'mst', 'GETBULK 50', '30', '60', '60 to 60', '0.6', '≥ 0.5', '6', '≥ 7', 'no']
+
+
+def test_fastest_walk_of_all_rounds_counts_as_undisturbed():
+    measured = Measured(Walk('w', '1', Goal()), 'mst', GETBULK, Goal(), {
+        MODULE: timings(50, 60), CEILING: timings(100, 80), AGENTX: timings(10, 10)})
+    assert report.undisturbed_cells(measured) == [
+        'w', 'mst', 'GETBULK 50', '120', '200', '20', '0.6', '6', '18.3 µs', '11.2 µs', '100 µs']
 
 
 def test_ratios_are_those_of_the_same_round():
