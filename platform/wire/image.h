@@ -194,8 +194,9 @@ constexpr size_t aligned_table(size_t octets) {
 inline constexpr size_t kMaxSlotSize =
     aligned_table(sizeof(ImageSlot)) + kMaxInterfaces * sizeof(ImageInterface) +
     size_t{kTrees} * kMaxInterfaces * (sizeof(ImageTreePort) + 3 * sizeof(uint32_t)) +
-    kTrees * member_words(kMaxInterfaces) * sizeof(uint32_t) + kMaxMstInstances * sizeof(ImageMstInstance) +
-    kMaxRefusedUsers * sizeof(ImageUser) + 8 * kTableAlignment;
+    size_t{kTrees} * member_words(kMaxInterfaces) * sizeof(uint32_t) +
+    kMaxMstInstances * sizeof(ImageMstInstance) + kMaxRefusedUsers * sizeof(ImageUser) +
+    size_t{8} * kTableAlignment;
 
 constexpr size_t image_size(size_t slot_size) { return sizeof(ImageHead) + 2 * slot_size; }
 
