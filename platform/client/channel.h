@@ -13,6 +13,7 @@
 #include "image_reader.h"
 #include "platform/cmd.h"
 #include "replies.h"
+#include "waiting_time.h"
 #include "wire/image.h"
 #include "wire/message.h"
 
@@ -25,6 +26,8 @@ cmd_result ask_command(wire::Request *request, Reply **reply);
 // What is done, for one question, so that the image can be read again.
 class Remedy {
  public:
+  Remedy() { waiting_time().begin_question(); }
+
   // Does what helps against a reading that did not count. Returns CMD_OK when another look is due, otherwise
   // what the question fails with.
   cmd_result apply(Reading reading);

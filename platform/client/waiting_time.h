@@ -23,18 +23,24 @@ class WaitingTime {
   }
   void end_request() { is_in_request_ = false; }
 
+  // A question begins, of the request or outside any.
+  void begin_question() {
+    if (!is_in_request_) {
+      left_ns_ = whole_ns();
+    }
+  }
+
   // Calls `wait` with the deadline until which it may wait, and takes the time that it took off what is left:
   // all of it when it returns CMD_TIMEOUT. Where nothing is left, it is not called: CMD_TIMEOUT.
   template <class Wait>
   cmd_result spend(Wait wait) {
-    const uint64_t left_ns = is_in_request_ ? left_ns_ : whole_ns();
-    if (left_ns == 0) {
+    if (left_ns_ == 0) {
       return CMD_TIMEOUT;
     }
     const uint64_t begun_ns = monotonic_ns();
-    const cmd_result result = wait(Deadline(left_ns));
-    const uint64_t taken_ns = result == CMD_TIMEOUT ? left_ns : monotonic_ns() - begun_ns;
-    left_ns_ = left_ns - std::min(taken_ns, left_ns);
+    const cmd_result result = wait(Deadline(left_ns_));
+    const uint64_t taken_ns = result == CMD_TIMEOUT ? left_ns_ : monotonic_ns() - begun_ns;
+    left_ns_ -= std::min(taken_ns, left_ns_);
     return result;
   }
 
