@@ -32,6 +32,8 @@ GOAL_MEMORY_MIB = 64
 DEADLINE_TOLERANCE = 1.1
 # Longer than this, nobody waits for an agent whose switch is in trouble.
 PATIENCE_DEADLINES = 30
+# How long requests go on then, and how far apart they are.
+TROUBLE_SECONDS, PAUSE_SECONDS = 2, 0.05
 # How long a slow switch takes for a reply.
 DELAY_OF_DEADLINE = 0.15
 # Until what a start leaves behind is done.
@@ -81,6 +83,8 @@ def set_until_served(stand, sizes):
 
 
 def time_change(client, control, change, number):
+    # One change by itself: changes that follow each other at once may be published together.
+    time.sleep(SETTLE_SECONDS)
     before = client.get(change.oid)
     start = time.monotonic()
     control.set(change.key, change.values[number % len(change.values)])
@@ -130,30 +134,33 @@ def search_cost(sizes, progress):
                    GOAL_SEARCH_NANOSECONDS)]
 
 
-def time_request(sizes, trouble, spoil):
-    """Of one GETBULK, to an agent whose switch is in trouble."""
+def longest_request(sizes, trouble, spoil):
+    """Of GETBULKs one after the other, to an agent whose switch is in trouble: it need not notice at once."""
     deadline = sizes.deadline_ms / MILLISECONDS
+    longest, is_answered = 0, True
     with stand_with(switches.plain(switches.RAPID_PVST, sizes.vlans, sizes.ports)) as stand:
         agent = stand.start_module(deadline_ms=sizes.deadline_ms)
         with RawClient(agent.endpoint, COMMUNITY, PATIENCE_DEADLINES * deadline) as client:
             client.get_bulk(table_oid(ROLES), BULK_REPETITIONS)
             spoil(stand.switch)
-            start = time.monotonic()
-            try:
-                client.get_bulk(table_oid(ROLES), BULK_REPETITIONS)
-                is_answered = True
-            except TimeoutError:
-                is_answered = False
-            elapsed = time.monotonic() - start
-    return Figure(f'a GETBULK of {BULK_REPETITIONS} rows {trouble}, deadline {deadline:g} s', 's', [elapsed],
+            end = time.monotonic() + TROUBLE_SECONDS + deadline
+            while is_answered and time.monotonic() < end:
+                start = time.monotonic()
+                try:
+                    client.get_bulk(table_oid(ROLES), BULK_REPETITIONS)
+                except TimeoutError:
+                    is_answered = False
+                longest = max(longest, time.monotonic() - start)
+                time.sleep(PAUSE_SECONDS)
+    return Figure(f'the longest GETBULK of {BULK_REPETITIONS} rows {trouble}, deadline {deadline:g} s', 's', [longest],
                   deadline * DEADLINE_TOLERANCE, is_beyond=not is_answered)
 
 
 def troubled_switches(sizes, progress):
     progress('a switch that hangs, and one that is slow')
     delay_ms = round(sizes.deadline_ms * DELAY_OF_DEADLINE)
-    return [time_request(sizes, 'while the switch hangs', lambda switch: switch.hang()),
-            time_request(sizes, f'while the switch takes {delay_ms} ms for a reply',
+    return [longest_request(sizes, 'while the switch hangs', lambda switch: switch.hang()),
+            longest_request(sizes, f'while the switch takes {delay_ms} ms for a reply',
                          lambda switch: switch.fault('delay', delay_ms=delay_ms))]
 
 
