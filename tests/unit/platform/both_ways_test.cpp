@@ -62,13 +62,11 @@ void add_key(const PlainQuestion::Key &key, std::vector<uint8_t> *octets) {
     add_attribute(octets, key.token, &key.interface, sizeof key.interface);
     return;
   }
-  const cmd_range_list head{0, static_cast<uint32_t>(key.ranges.size())};
-  std::vector<uint8_t> value(sizeof head + key.ranges.size() * sizeof(cmd_range));
-  std::memcpy(value.data(), &head, sizeof head);
-  if (!key.ranges.empty()) {
-    std::memcpy(value.data() + sizeof head, key.ranges.data(), key.ranges.size() * sizeof(cmd_range));
+  std::vector<uint32_t> words = {0, static_cast<uint32_t>(key.ranges.size())};
+  for (const cmd_range &range : key.ranges) {
+    words.insert(words.end(), {range.first, range.last});
   }
-  add_attribute(octets, key.token, value.data(), static_cast<uint32_t>(value.size()));
+  add_attribute(octets, key.token, words.data(), static_cast<uint32_t>(words.size() * sizeof(uint32_t)));
 }
 
 // All tokens that a reply can have.
