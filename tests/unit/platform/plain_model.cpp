@@ -10,7 +10,6 @@ using stpswitch::Inconsistency;
 using stpswitch::LinkType;
 using stpswitch::PathCostMethod;
 using stpswitch::PortRole;
-using stpswitch::SpanningTreeMode;
 
 namespace {
 
