@@ -13,10 +13,12 @@
 
 #include "channel.h"
 #include "connection.h"
+#include "model/numbering.h"
 #include "plain_model.h"
 #include "platform/im.h"
 #include "platform/pcm.h"
 #include "platform/stp.h"
+#include "platform/stp_protocol.h"
 #include "platform/vlan_mgr.h"
 #include "protocol_numbers.h"
 #include "random_switch.h"
@@ -34,6 +36,7 @@ using stpplatform::connection;
 namespace {
 
 constexpr uint32_t kQuestionsPerSwitch = 600;
+constexpr uint32_t kQuestionsPerLargeSwitch = 150;
 
 uint32_t wanted_answers() {
   const char *const wants_all = std::getenv("STPSNMP_TEST_ALL");
@@ -336,13 +339,13 @@ class BothWays : public testing::Test {
 
   // Asks everything in the agent's process, then all the same by socket. Returns how many questions the image
   // has answered.
-  uint32_t compare(Draw *draw, const stpswitch::SwitchState &state) {
+  uint32_t compare(Draw *draw, const stpswitch::SwitchState &state, uint32_t questions) {
     const PlainModel model(state);
     Questioner questioner(draw, &model);
     std::vector<Packet> asked;
     std::vector<ReplyContent> replies;
     const uint32_t socket_before = switch_.answered_by_socket();
-    for (uint32_t i = 0; i < kQuestionsPerSwitch && !HasFailure(); ++i) {
+    for (uint32_t i = 0; i < questions && !HasFailure(); ++i) {
       asked.push_back(questioner.next());
       const Packet &packet = asked.back();
       replies.push_back(ask(packet));
@@ -371,12 +374,65 @@ TEST_F(BothWays, AnswersFromTheImageAndBySocketAreTheSameAndRight) {
   uint32_t answered = 0;
   for (uint32_t seed = 1; answered < wanted_answers(); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
+    ASSERT_LT(seed * kQuestionsPerSwitch, 4 * wanted_answers()) << "the image hardly ever answers";
     Draw draw(seed);
     const stpswitch::SwitchState state = random_switch(&draw);
     switch_.replace(state);
-    answered += compare(&draw, state);
+    answered += compare(&draw, state, kQuestionsPerSwitch);
     ASSERT_FALSE(HasFailure());
   }
+}
+
+// More ports of trees than an image for smaller switches has room for.
+stpswitch::SwitchState large_switch() {
+  constexpr uint32_t kPorts = 60;
+  constexpr uint32_t kVlans = 700;
+  stpswitch::SwitchState state;
+  state.settings.mode = stpswitch::SpanningTreeMode::kRapidPvst;
+  for (uint32_t number = 1; number <= kPorts; ++number) {
+    stpswitch::Port &port = state.ports[number];
+    port.numbers = stpswitch::port_numbers(number);
+    port.path_cost = number;
+    for (uint32_t vlan = 1; vlan <= kVlans; ++vlan) {
+      port.vlans.insert(vlan);
+    }
+    if (number % 7 == 0) {
+      port.inconsistencies[stpswitch::Inconsistency::kLoop] = port.vlans;
+    }
+  }
+  return state;
+}
+
+TEST_F(BothWays, AnImageThatHasMovedIsFollowed) {
+  Draw draw(1);
+  const stpswitch::SwitchState small = random_switch(&draw);
+  switch_.replace(small);
+  EXPECT_GT(compare(&draw, small, kQuestionsPerSwitch), 0U);
+  const uint32_t small_size = switch_.image_size();
+  const stpswitch::SwitchState large = large_switch();
+  switch_.replace(large);
+  EXPECT_GT(switch_.image_size(), small_size);
+  EXPECT_GT(compare(&draw, large, kQuestionsPerLargeSwitch), 0U);
+  switch_.replace(small);
+  EXPECT_GT(compare(&draw, small, kQuestionsPerSwitch), 0U);
+}
+
+TEST_F(BothWays, ASwitchThatWantsToBeAskedIsAskedWhenItsImageHasMoved) {
+  const Packet settings = [] {
+    Packet packet;
+    packet.question = {
+        protocol::kGlobalSettings, CMD_ACTION_GET, "operator", {{protocol::kGlobalSettingsKey}}};
+    add_key(packet.question.keys[0], &packet.attributes);
+    packet.attribute_count = 1;
+    return packet;
+  }();
+  EXPECT_EQ(ask(settings).result, CMD_OK);
+  switch_.ask_me(true);
+  const uint32_t before = switch_.answered_by_socket();
+  EXPECT_EQ(ask(settings).result, CMD_OK);
+  switch_.replace(large_switch());
+  EXPECT_EQ(ask(settings).number(protocol::kMode), static_cast<uint32_t>(STP_MODE_RAPID_PVST));
+  EXPECT_EQ(switch_.answered_by_socket() - before, 2U);
 }
 
 std::vector<uint32_t> places(const PlainModel &model) {

@@ -73,3 +73,9 @@ uint32_t ServedSwitch::answered_by_socket() {
   run([this, &left] { left = parts_->faults.left().value(); });
   return UINT32_MAX - left;
 }
+
+uint32_t ServedSwitch::image_size() {
+  uint32_t size = 0;
+  run([this, &size] { size = parts_->publisher.size(); });
+  return size;
+}

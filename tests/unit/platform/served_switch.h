@@ -31,6 +31,9 @@ class ServedSwitch {
   // How many requests have been answered by socket.
   uint32_t answered_by_socket();
 
+  // What a client that connects now maps.
+  uint32_t image_size();
+
  private:
   struct Parts;
 
