@@ -10,7 +10,7 @@ namespace {
 Reading answer_from_image(const wire::Request &request, answers::Answer *answer, cmd_result *result) {
   const size_t size = request.header.length - sizeof request;
   return connection().image().read(
-      wire::kAskMe | wire::kMoved,
+      wire::kAskMe | wire::kMoved, Vouching::kNow,
       [&](const answers::Image &image) {
         answer->clear();
         return answers::answer_request(image, request, &request + 1, size, answer);

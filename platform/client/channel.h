@@ -45,11 +45,11 @@ class Remedy {
 // answers::Image &` and returns a cmd_result; what it stores counts when CMD_OK is returned. Returns the
 // result of `look`, or why the image cannot be read.
 template <class Look>
-cmd_result ask_image(Look look) {
+cmd_result ask_image(Vouching vouching, Look look) {
   Remedy remedy;
   for (;;) {
     cmd_result result = CMD_OK;
-    const Reading reading = connection().image().read(wire::kMoved, look, &result);
+    const Reading reading = connection().image().read(wire::kMoved, vouching, look, &result);
     if (reading == Reading::kCounts) {
       return result;
     }
@@ -63,8 +63,8 @@ cmd_result ask_image(Look look) {
 // The same for one interface. `look` takes a `const wire::ImageInterface &` and returns nothing. CMD_NO_ENTRY
 // when there is no such interface.
 template <class Look>
-cmd_result ask_interface(uint32_t if_index, Look look) {
-  return ask_image([&](const answers::Image &image) {
+cmd_result ask_interface(uint32_t if_index, Vouching vouching, Look look) {
+  return ask_image(vouching, [&](const answers::Image &image) {
     const wire::ImageInterface *interface = image.find_interface(if_index);
     if (interface == nullptr) {
       return CMD_NO_ENTRY;

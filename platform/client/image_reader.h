@@ -28,6 +28,13 @@ enum class Reading : uint8_t {
   kUnsound     // the switch vouches for it, and it contradicts itself
 };
 
+// How well the switch has to vouch for what is found.
+enum class Vouching : uint8_t {
+  kNow,     // what is found is a value: the lease is judged by the clock
+  kJustNow  // what is found only tells where a search goes on, which asks for hundreds of such: the lease was
+            // judged so some looks ago in the same SNMP request
+};
+
 class ImageReader {
  public:
   constexpr ImageReader() = default;
@@ -44,7 +51,7 @@ class ImageReader {
   // CMD_BAD_REPLY says that the image contradicts itself. `*result` is set when the reading counts. `heeded`
   // are the flags of the image that concern this question.
   template <class Look>
-  Reading read(uint32_t heeded, Look look, cmd_result *result) {
+  Reading read(uint32_t heeded, Vouching vouching, Look look, cmd_result *result) {
     if (head_ == nullptr) {
       return Reading::kNoImage;
     }
@@ -55,7 +62,7 @@ class ImageReader {
       }
       const cmd_result found =
           view_.is_sound() ? look(static_cast<const answers::Image &>(view_)) : CMD_BAD_REPLY;
-      const Reading reading = judge(heeded);
+      const Reading reading = judge(heeded, vouching);
       // Behind the judgement: the generation for which the switch vouched then is the one that was read.
       std::atomic_thread_fence(std::memory_order_acquire);
       if (head_->generation.load(std::memory_order_relaxed) == generation) {
@@ -67,6 +74,10 @@ class ImageReader {
     return Reading::kChanging;
   }
 
+  // An SNMP request begins, or there is none any more.
+  void begin_request() { clock_.begin_request(); }
+  void end_request() { clock_.end_request(); }
+
   // A number that no other generation, and no other image, has had in this process. To be asked from within
   // `look`.
   uint64_t view_number() const { return view_number_; }
@@ -76,13 +87,15 @@ class ImageReader {
   // during which the agent loses the processor meets a change, and hardly ever twice in a row.
   static constexpr int kMostTries = 8;
 
-  Reading judge(uint32_t heeded) const {
+  Reading judge(uint32_t heeded, Vouching vouching) {
     const uint32_t flags = head_->flags.load(std::memory_order_relaxed) & heeded;
     if (flags != 0) {
       return (flags & wire::kMoved) != 0 ? Reading::kMoved : Reading::kAskMe;
     }
-    return clock_.is_before(head_->lease_end.load(std::memory_order_relaxed)) ? Reading::kCounts
-                                                                              : Reading::kLeaseOver;
+    const uint64_t lease_end = head_->lease_end.load(std::memory_order_relaxed);
+    const bool holds =
+        vouching == Vouching::kNow ? clock_.is_before(lease_end) : clock_.was_before(lease_end);
+    return holds ? Reading::kCounts : Reading::kLeaseOver;
   }
 
   const char *check(uint32_t announced_size);

@@ -15,12 +15,14 @@ STPPLATFORM_EXPORT int im_get_next_ifindex(uint32_t if_index, uint32_t *next) {
     return CMD_INVALID_ARGUMENT;
   }
   uint32_t found = 0;
-  const cmd_result result = stpplatform::ask_image([&](const answers::Image &image) {
-    const auto &interfaces = image.interfaces();
-    const uint32_t position = if_index == UINT32_MAX ? interfaces.count : image.first_interface(if_index + 1);
-    found = position == interfaces.count ? 0 : answers::load_shared(interfaces[position].if_index);
-    return CMD_OK;
-  });
+  const cmd_result result =
+      stpplatform::ask_image(stpplatform::Vouching::kJustNow, [&](const answers::Image &image) {
+        const auto &interfaces = image.interfaces();
+        const uint32_t position =
+            if_index == UINT32_MAX ? interfaces.count : image.first_interface(if_index + 1);
+        found = position == interfaces.count ? 0 : answers::load_shared(interfaces[position].if_index);
+        return CMD_OK;
+      });
   if (result == CMD_OK) {
     *next = found;
   }
@@ -34,7 +36,7 @@ STPPLATFORM_EXPORT int im_get_ifindex_oper_status_list(im_oper_status_entry *ent
   for (uint32_t i = 0; i < count; ++i) {
     uint8_t status = 0;
     const cmd_result result = stpplatform::ask_interface(
-        entries[i].if_index,
+        entries[i].if_index, stpplatform::Vouching::kNow,
         [&](const wire::ImageInterface &interface) { status = answers::load_shared(interface.oper_status); });
     if (result != CMD_OK) {
       return result;
@@ -66,11 +68,12 @@ STPPLATFORM_EXPORT int if_index_eth_port_channel_init(uint32_t *if_index, uint32
 
 STPPLATFORM_EXPORT int check_if_valid_base_port_ifindex(uint32_t if_index, uint8_t selector) {
   bool accepted = false;
-  const cmd_result result = stpplatform::ask_interface(if_index, [&](const wire::ImageInterface &interface) {
-    accepted = answers::is_bridge_port(interface) &&
-               (selector == BASE_PORT_ALL ||
-                (selector == BASE_PORT_ACTIVE && answers::load_shared(interface.oper_status) == IF_OPER_UP));
-  });
+  const cmd_result result = stpplatform::ask_interface(
+      if_index, stpplatform::Vouching::kJustNow, [&](const wire::ImageInterface &interface) {
+        accepted = answers::is_bridge_port(interface) &&
+                   (selector == BASE_PORT_ALL || (selector == BASE_PORT_ACTIVE &&
+                                                  answers::load_shared(interface.oper_status) == IF_OPER_UP));
+      });
   return result == CMD_OK && accepted ? 1 : 0;
 }
 

@@ -13,10 +13,14 @@ void follow_subscriptions() { stpplatform::event_subscription().follow_subscript
 
 void begin_request() {
   stpplatform::waiting_time().begin_request();
+  stpplatform::connection().image().begin_request();
   stpplatform::event_subscription().on_request();
 }
 
-void end_request() { stpplatform::waiting_time().end_request(); }
+void end_request() {
+  stpplatform::waiting_time().end_request();
+  stpplatform::connection().image().end_request();
+}
 
 __attribute__((constructor)) void on_load() {
   stpplatform::read_settings();

@@ -11,9 +11,11 @@ extern "C" STPPLATFORM_EXPORT int pcm_get_pc_for_port(uint32_t if_index, pcm_por
     return CMD_INVALID_ARGUMENT;
   }
   pcm_port_channel found{};
-  const cmd_result result = stpplatform::ask_interface(if_index, [&](const wire::ImageInterface &interface) {
-    found = {answers::load_shared(interface.channel), if_index, answers::load_shared(interface.pc_if_index)};
-  });
+  const cmd_result result = stpplatform::ask_interface(
+      if_index, stpplatform::Vouching::kJustNow, [&](const wire::ImageInterface &interface) {
+        found = {answers::load_shared(interface.channel), if_index,
+                 answers::load_shared(interface.pc_if_index)};
+      });
   if (result == CMD_OK) {
     *record = found;
   }

@@ -24,9 +24,9 @@ STPPLATFORM_EXPORT int stp_ifindex2dot1dportnum(uint32_t if_index, uint16_t *por
     return CMD_INVALID_ARGUMENT;
   }
   uint16_t found = 0;
-  const cmd_result result = stpplatform::ask_interface(if_index, [&](const wire::ImageInterface &interface) {
-    found = answers::load_shared(interface.base_port);
-  });
+  const cmd_result result = stpplatform::ask_interface(
+      if_index, stpplatform::Vouching::kJustNow,
+      [&](const wire::ImageInterface &interface) { found = answers::load_shared(interface.base_port); });
   if (result != CMD_OK) {
     return result;
   }
@@ -42,14 +42,15 @@ STPPLATFORM_EXPORT int stp_dot1dportnum2ifindex(uint16_t port, uint32_t *if_inde
     return CMD_INVALID_ARGUMENT;
   }
   uint32_t found = 0;
-  const cmd_result result = stpplatform::ask_image([&](const answers::Image &image) {
-    const wire::ImageInterface *interface = image.find_port(port);
-    if (interface == nullptr) {
-      return CMD_NO_ENTRY;
-    }
-    found = answers::load_shared(interface->if_index);
-    return CMD_OK;
-  });
+  const cmd_result result =
+      stpplatform::ask_image(stpplatform::Vouching::kJustNow, [&](const answers::Image &image) {
+        const wire::ImageInterface *interface = image.find_port(port);
+        if (interface == nullptr) {
+          return CMD_NO_ENTRY;
+        }
+        found = answers::load_shared(interface->if_index);
+        return CMD_OK;
+      });
   if (result == CMD_OK) {
     *if_index = found;
   }
@@ -58,9 +59,10 @@ STPPLATFORM_EXPORT int stp_dot1dportnum2ifindex(uint16_t port, uint32_t *if_inde
 
 STPPLATFORM_EXPORT int stp_valid_if_index(uint32_t if_index) {
   bool switched = false;
-  const cmd_result result = stpplatform::ask_interface(if_index, [&](const wire::ImageInterface &interface) {
-    switched = answers::load_shared(interface.switched) != 0;
-  });
+  const cmd_result result = stpplatform::ask_interface(
+      if_index, stpplatform::Vouching::kJustNow, [&](const wire::ImageInterface &interface) {
+        switched = answers::load_shared(interface.switched) != 0;
+      });
   return result == CMD_OK && switched ? 1 : 0;
 }
 
@@ -72,16 +74,18 @@ STPPLATFORM_EXPORT int stp_get_mst_vlan_bmp(void *reply, uint32_t action, uint16
   }
   uint32_t id = 0;
   stp_vlan_bmp found;
-  const cmd_result result = stpplatform::ask_image([&](const answers::Image &image) {
-    const wire::ImageMstInstance *candidate =
-        action == CMD_ACTION_GET ? image.find_mst_instance(*instance) : image.mst_instance_behind(*instance);
-    if (candidate == nullptr) {
-      return CMD_NO_ENTRY;
-    }
-    id = answers::load_shared(candidate->id);
-    copy_vlans(*candidate, &found);
-    return id <= UINT16_MAX ? CMD_OK : CMD_BAD_REPLY;
-  });
+  const cmd_result result =
+      stpplatform::ask_image(stpplatform::Vouching::kNow, [&](const answers::Image &image) {
+        const wire::ImageMstInstance *candidate = action == CMD_ACTION_GET
+                                                      ? image.find_mst_instance(*instance)
+                                                      : image.mst_instance_behind(*instance);
+        if (candidate == nullptr) {
+          return CMD_NO_ENTRY;
+        }
+        id = answers::load_shared(candidate->id);
+        copy_vlans(*candidate, &found);
+        return id <= UINT16_MAX ? CMD_OK : CMD_BAD_REPLY;
+      });
   if (result == CMD_OK) {
     *instance = static_cast<uint16_t>(id);
     *vlans = found;
@@ -94,14 +98,15 @@ STPPLATFORM_EXPORT int stp_dot1d_bridgemib_get_mst_ctx(uint16_t instance, stp_vl
     return CMD_INVALID_ARGUMENT;
   }
   stp_vlan_bmp found;
-  const cmd_result result = stpplatform::ask_image([&](const answers::Image &image) {
-    const wire::ImageMstInstance *candidate = image.find_mst_instance(instance);
-    if (candidate == nullptr) {
-      return CMD_NO_ENTRY;
-    }
-    copy_vlans(*candidate, &found);
-    return CMD_OK;
-  });
+  const cmd_result result =
+      stpplatform::ask_image(stpplatform::Vouching::kNow, [&](const answers::Image &image) {
+        const wire::ImageMstInstance *candidate = image.find_mst_instance(instance);
+        if (candidate == nullptr) {
+          return CMD_NO_ENTRY;
+        }
+        copy_vlans(*candidate, &found);
+        return CMD_OK;
+      });
   if (result == CMD_OK) {
     *vlans = found;
   }

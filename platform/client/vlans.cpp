@@ -133,10 +133,11 @@ extern "C" STPPLATFORM_EXPORT vlan_mgr_baseport_bmp *vlan_mgr_get_baseport_membe
   }
   const uint32_t size = std::min<uint32_t>(vlans->size, sizeof vlans->bits);
   const uint8_t *ports = nullptr;
-  const cmd_result result = stpplatform::ask_image([&](const stpplatform::answers::Image &image) {
-    return stpplatform::latest.find(image, stpplatform::connection().image().view_number(), vlans->bits, size,
-                                    &ports);
-  });
+  const cmd_result result =
+      stpplatform::ask_image(stpplatform::Vouching::kNow, [&](const stpplatform::answers::Image &image) {
+        return stpplatform::latest.find(image, stpplatform::connection().image().view_number(), vlans->bits,
+                                        size, &ports);
+      });
   if (result != CMD_OK) {
     std::free(members);
     return nullptr;

@@ -157,7 +157,7 @@ TEST(CorruptedImages, AnswerOrFail) {
         cmd_result result = CMD_OK;
         stpplatform::answers::Answer answer;
         const Reading reading = reader.read(
-            wire::kMoved,
+            wire::kMoved, stpplatform::Vouching::kNow,
             [&](const stpplatform::answers::Image &image) {
               answer.clear();
               return stpplatform::answers::answer_request(image, request.head, request.attributes,

@@ -20,6 +20,7 @@ namespace wire = stpplatform::wire;
 using stpplatform::ImageReader;
 using stpplatform::LeaseClock;
 using stpplatform::Reading;
+using stpplatform::Vouching;
 
 namespace {
 
@@ -38,7 +39,7 @@ class ImageReaders : public testing::Test {
 
   template <class Look>
   Reading read(Look look) {
-    return reader_.read(kAllFlags, look, &result_);
+    return reader_.read(kAllFlags, Vouching::kNow, look, &result_);
   }
 
   StoppedClock clock_;
@@ -159,11 +160,11 @@ TEST_F(ImageReaders, PositionsBeyondTheInterfacesAreNoInterfaces) {
 TEST_F(ImageReaders, AFlagCountsWhereItIsHeeded) {
   file_.head()->flags = wire::kAskMe;
   EXPECT_EQ(read(kOk), Reading::kAskMe);
-  EXPECT_EQ(reader_.read(wire::kMoved, kOk, &result_), Reading::kCounts);
+  EXPECT_EQ(reader_.read(wire::kMoved, Vouching::kNow, kOk, &result_), Reading::kCounts);
   file_.head()->flags = wire::kAskMe | wire::kMoved;
   EXPECT_EQ(read(kOk), Reading::kMoved);
   file_.head()->flags = wire::kMoved;
-  EXPECT_EQ(reader_.read(wire::kMoved, kOk, &result_), Reading::kMoved);
+  EXPECT_EQ(reader_.read(wire::kMoved, Vouching::kNow, kOk, &result_), Reading::kMoved);
   file_.head()->flags = ~kAllFlags;
   EXPECT_EQ(read(kOk), Reading::kCounts);
 }
@@ -240,6 +241,65 @@ TEST_F(ImageReaders, AClockThatJumpsEndsTheLease) {
   EXPECT_EQ(read(kOk), Reading::kLeaseOver);
   clock_.set_ns(now);
   EXPECT_EQ(read(kOk), Reading::kCounts);
+}
+
+// What a search makes of an image whose lease has just run out.
+class LooksOfASearch : public ImageReaders {
+ protected:
+  Reading look() { return reader_.read(kAllFlags, Vouching::kJustNow, kOk, &result_); }
+
+  // How many looks count until one does not.
+  int looks_that_count() {
+    int count = 0;
+    while (count <= LeaseClock::kLooksOfAReading && look() == Reading::kCounts) {
+      ++count;
+    }
+    return count;
+  }
+};
+
+TEST_F(LooksOfASearch, AreJudgedByOneReadingOfTheClock) {
+  reader_.begin_request();
+  EXPECT_EQ(look(), Reading::kCounts);
+  clock_.pass_ns(wire::kLeaseNs);
+  EXPECT_EQ(looks_that_count(), 32);
+  EXPECT_EQ(look(), Reading::kLeaseOver);
+}
+
+TEST_F(LooksOfASearch, EndWithAValueForWhichNobodyVouches) {
+  reader_.begin_request();
+  EXPECT_EQ(look(), Reading::kCounts);
+  clock_.pass_ns(wire::kLeaseNs);
+  EXPECT_EQ(look(), Reading::kCounts);
+  EXPECT_EQ(read(kOk), Reading::kLeaseOver);
+  EXPECT_EQ(look(), Reading::kLeaseOver);
+}
+
+TEST_F(LooksOfASearch, AreEachJudgedOutsideRequests) {
+  EXPECT_EQ(look(), Reading::kCounts);
+  clock_.pass_ns(wire::kLeaseNs);
+  EXPECT_EQ(look(), Reading::kLeaseOver);
+  file_.renew_lease();
+  reader_.begin_request();
+  reader_.end_request();
+  EXPECT_EQ(look(), Reading::kCounts);
+  clock_.pass_ns(wire::kLeaseNs);
+  EXPECT_EQ(look(), Reading::kLeaseOver);
+}
+
+TEST_F(LooksOfASearch, AreJudgedAnewInTheNextRequest) {
+  reader_.begin_request();
+  EXPECT_EQ(look(), Reading::kCounts);
+  clock_.pass_ns(wire::kLeaseNs);
+  reader_.begin_request();
+  EXPECT_EQ(look(), Reading::kLeaseOver);
+}
+
+TEST_F(LooksOfASearch, AreJudgedAnewWhenTheLeaseIsAnother) {
+  reader_.begin_request();
+  EXPECT_EQ(look(), Reading::kCounts);
+  file_.head()->lease_end = 0;
+  EXPECT_EQ(look(), Reading::kLeaseOver);
 }
 
 TEST_F(ImageReaders, AnUnsoundImageIsNotJudgedWithoutALease) {

@@ -209,7 +209,7 @@ void read_beside(ImageReader *reader, uint32_t enough, Look look, Check check) {
   for (uint32_t counted = 0; counted < enough && !testing::Test::HasFailure(); ++reads) {
     cmd_result result = CMD_OK;
     const Reading reading = reader->read(
-        wire::kMoved,
+        wire::kMoved, stpplatform::Vouching::kNow,
         [&](const answers::Image &image) {
           ++looks;
           return look(image);
