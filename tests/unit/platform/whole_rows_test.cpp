@@ -2,14 +2,15 @@
 // of a generation follow from its number, which stands in the settings.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
 #include <cstring>
 #include <optional>
 #include <ostream>
+#include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "answers/answers.h"
@@ -68,10 +69,16 @@ uint32_t if_index(uint32_t number, uint32_t i) {
   return stpswitch::port_numbers(1 + i + number % 11).if_index;
 }
 
+std::string region_name(uint32_t number) {
+  return std::string(1 + number % 32, static_cast<char>('a' + number % 26));
+}
+
 SwitchState numbered_state(uint32_t number) {
   SwitchState state;
   state.settings.mode = SpanningTreeMode::kRapidPvst;
   state.mst.max_hops = number;
+  state.mst.name = region_name(number);
+  state.access.refused_users = {region_name(number)};
   for (uint32_t i = 0; i < port_count(number); ++i) {
     const uint32_t port_number = 1 + i + number % 11;
     stpswitch::Port &port = state.ports[port_number];
@@ -99,15 +106,20 @@ Row row_of(uint32_t number, uint32_t tree, uint32_t i) {
 
 struct Rows {
   uint32_t number = 0;
+  std::string region;
   std::vector<Row> ports;
   std::vector<Row> loop_inconsistent;
-
-  bool operator==(const Rows &) const = default;
+  std::vector<Row> vlans;
+  std::vector<Row> bridge_ports;
 };
 
 Rows rows_of(uint32_t number) {
-  Rows rows{number, {}, {}};
+  Rows rows{number, region_name(number), {}, {}, {}, {}};
+  for (uint32_t i = 0; i < port_count(number); ++i) {
+    rows.bridge_ports.push_back({{}, if_index(number, i), {}, {}, {}, {}, {}});
+  }
   for (uint32_t tree = 1; tree <= tree_count(number); ++tree) {
+    rows.vlans.push_back({tree, {}, {}, {}, {}, {}, {}});
     for (uint32_t i = 0; i < port_count(number); ++i) {
       const Row row = row_of(number, tree, i);
       rows.ports.push_back(row);
@@ -139,44 +151,92 @@ class AnswerReader {
   const answers::Answer &answer_;
 };
 
-// Asks what follows a row, and stores what is found. Tree 0, interface 0: the settings.
-cmd_result ask(const answers::Image &image, uint32_t command, uint32_t tree, uint32_t interface, Row *row) {
-  struct Keys {
-    wire::AttributeHead tree_head{protocol::kVlanTreeKey, sizeof(cmd_range_list) + sizeof(cmd_range)};
-    cmd_range_list list{0, 1};
-    cmd_range range{};
-    wire::AttributeHead interface_head{protocol::kInterfaceKey, sizeof(uint32_t)};
-    uint32_t interface = 0;
-  } keys;
-  keys.range = {tree, tree};
-  keys.interface = interface;
+// Which command, and which keys it has.
+struct Table {
+  uint32_t command;
+  bool has_tree;
+  bool has_interface;
+};
+constexpr Table kPortsOfTrees = {protocol::kRapidPvstPorts, true, true};
+constexpr Table kLoopInconsistent = {protocol::kLoopInconsistencies, true, true};
+constexpr Table kVlans = {protocol::kVlanTrees, true, false};
+constexpr Table kBridgePorts = {protocol::kRootGuard, false, true};
+constexpr Table kRegion = {protocol::kMstRegion, false, false};
+
+cmd_result ask(const answers::Image &image, const Table &table, cmd_action action, uint32_t tree,
+               uint32_t interface, answers::Answer *answer) {
+  struct TreeKey {
+    wire::AttributeHead head;
+    cmd_range_list list;
+    cmd_range range;
+  };
+  struct InterfaceKey {
+    wire::AttributeHead head;
+    uint32_t interface;
+  };
+  const TreeKey tree_key = {
+      {protocol::kVlanTreeKey, sizeof tree_key.list + sizeof tree_key.range}, {0, 1}, {tree, tree}};
+  const InterfaceKey interface_key = {{protocol::kInterfaceKey, sizeof interface}, interface};
+  std::array<uint8_t, sizeof tree_key + sizeof interface_key> keys{};
   wire::Request request{};
+  size_t size = 0;
+  if (table.has_tree) {
+    std::memcpy(keys.data(), &tree_key, sizeof tree_key);
+    size += sizeof tree_key;
+    ++request.attribute_count;
+  }
+  if (table.has_interface) {
+    std::memcpy(keys.data() + size, &interface_key, sizeof interface_key);
+    size += sizeof interface_key;
+    ++request.attribute_count;
+  }
   request.destination = protocol::kDestination;
   request.service = protocol::kService;
-  request.command = command;
-  request.action = CMD_ACTION_GET_NEXT;
-  request.attribute_count = 2;
+  request.command = table.command;
+  request.action = action;
+  return answers::answer_request(image, request, keys.data(), size, answer);
+}
+
+// Asks what follows a row, and stores what is found.
+cmd_result ask_next(const answers::Image &image, const Table &table, uint32_t tree, uint32_t interface,
+                    Row *row) {
   answers::Answer answer;
-  const cmd_result result = answers::answer_request(image, request, &keys, sizeof keys, &answer);
+  const cmd_result result = ask(image, table, CMD_ACTION_GET_NEXT, tree, interface, &answer);
   const AnswerReader found(answer);
-  *row = {found[protocol::kPortTree],     found[protocol::kInterface], found[protocol::kPathCost],
-          found[protocol::kPortRole],     found[protocol::kEdge],      found[protocol::kPeer],
+  *row = {found[table.has_interface ? protocol::kPortTree : protocol::kTree],
+          found[protocol::kInterface],
+          found[protocol::kPathCost],
+          found[protocol::kPortRole],
+          found[protocol::kEdge],
+          found[protocol::kPeer],
           found[protocol::kInconsistency]};
   return result;
 }
 
 // What is read before it is known to count may be anything, a walk without an end among it.
-std::vector<Row> walk(const answers::Image &image, uint32_t command) {
+std::vector<Row> walk(const answers::Image &image, const Table &table) {
   constexpr size_t kMostRows = 1000;
   std::vector<Row> rows;
   Row row;
-  for (uint32_t tree = 1, interface = 0;
-       rows.size() < kMostRows && ask(image, command, tree, interface, &row) == CMD_OK;) {
+  for (uint32_t tree = table.has_interface ? 1 : 0, interface = 0;
+       rows.size() < kMostRows && ask_next(image, table, tree, interface, &row) == CMD_OK;) {
     rows.push_back(row);
     tree = row.tree.value_or(0);
     interface = row.interface.value_or(0);
   }
   return rows;
+}
+
+std::string region_in(const answers::Image &image) {
+  answers::Answer answer;
+  ask(image, kRegion, CMD_ACTION_GET, 0, 0, &answer);
+  wire::AttributeReader reader(answer.attributes(), answer.size());
+  for (wire::Attribute attribute; reader.next(&attribute);) {
+    if (attribute.token == protocol::kMstRegionName) {
+      return {static_cast<const char *>(attribute.value), attribute.length};
+    }
+  }
+  return "none";
 }
 
 // The writer, until it is told to end, and what the reader has of it.
@@ -254,14 +314,20 @@ TEST(WholeRows, AWalkThatCountsIsOfOneGeneration) {
       &reader, kEnough,
       [&](const answers::Image &view) {
         seen.number = answers::load_shared(view.settings().max_hops.value);
-        seen.ports = walk(view, protocol::kRapidPvstPorts);
-        seen.loop_inconsistent = walk(view, protocol::kLoopInconsistencies);
+        seen.region = region_in(view);
+        seen.ports = walk(view, kPortsOfTrees);
+        seen.loop_inconsistent = walk(view, kLoopInconsistent);
+        seen.vlans = walk(view, kVlans);
+        seen.bridge_ports = walk(view, kBridgePorts);
         return CMD_OK;
       },
       [&] {
         const Rows expected = rows_of(seen.number);
         EXPECT_EQ(seen.ports, expected.ports) << seen.number;
         EXPECT_EQ(seen.loop_inconsistent, expected.loop_inconsistent) << seen.number;
+        EXPECT_EQ(seen.vlans, expected.vlans) << seen.number;
+        EXPECT_EQ(seen.bridge_ports, expected.bridge_ports) << seen.number;
+        EXPECT_EQ(seen.region, expected.region) << seen.number;
       });
   reader.unmap();
 }
@@ -282,7 +348,7 @@ TEST(WholeRows, ARowThatCountsIsOfOneGeneration) {
   constexpr uint32_t kEnough = 50000;
   read_beside(
       &reader, kEnough,
-      [&](const answers::Image &view) { return ask(view, protocol::kRapidPvstPorts, 1, 0, &seen); },
+      [&](const answers::Image &view) { return ask_next(view, kPortsOfTrees, 1, 0, &seen); },
       [&] { EXPECT_EQ(seen, row_of(seen.path_cost.value_or(0), 1, 0)); });
   reader.unmap();
 }
