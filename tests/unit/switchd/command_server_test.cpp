@@ -444,12 +444,13 @@ TEST_F(Leases, AreRenewedBeforeEachReply) {
 
 // A switch that nobody asks sleeps.
 TEST_F(Leases, AreLeftToRunOutWhenEverybodyHasGone) {
-  std::optional<PacketClient> client = greeted();
-  std::optional<PacketClient> other = greeted();
-  client.reset();
+  std::vector<PacketClient> clients;
+  clients.push_back(greeted());
+  clients.push_back(greeted());
+  clients.pop_back();
   ASSERT_TRUE(is_renewed(lease_end()));
   ASSERT_TRUE(is_renewed(lease_end()));
-  other.reset();
+  clients.pop_back();
   EXPECT_TRUE(run_until(loop_, [&] { return !waits_for_a_timer(); }));
 }
 
