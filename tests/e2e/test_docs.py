@@ -398,6 +398,8 @@ def fixture_shared_counted_lab(request):
     with run_lab(SCENARIOS[request.param], agent_class=CountedAgent, with_probe=False) as lab:
         lab.mode = request.param
         lab.served = lab.snmp.walk(ROOT)
+        # A fault that spoils nothing sends each question to the switch, where it can be counted.
+        lab.switch.fault('delay', delay_ms=1)
         yield lab
 
 
