@@ -1,19 +1,28 @@
-// One getter over the shipped platform and a running switch, against an echo of messages of the same size
-// over a socket of the same kind: the least that any answer from another process can cost.
+// One getter over the shipped platform and a running switch, whose image answers it, against the same
+// question by socket, and against an echo of messages of the same size over a socket of the same kind: the
+// least that any answer from another process can cost.
 #include <signal.h>
 #include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <string>
 
 #include <benchmark/benchmark.h>
 
+#include "platform/stp_protocol.h"
 #include "stpsnmp/scalars.h"
+#include "wire/attributes.h"
+#include "wire/message.h"
+#include "wire/owned_fd.h"
+
+namespace wire = stpplatform::wire;
 
 namespace {
 
@@ -48,7 +57,54 @@ void EchoOfTheSameSize(benchmark::State &state) {
 }
 BENCHMARK(EchoOfTheSameSize)->UseRealTime();
 
-void ScalarFromTheSwitch(benchmark::State &state) {
+constexpr char kSocketVariable[] = "STPPLATFORM_SOCKET";
+
+stpplatform::OwnedFd connect_to_switch() {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  std::strncpy(address.sun_path, getenv(kSocketVariable), sizeof address.sun_path - 1);
+  stpplatform::OwnedFd fd(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+  wire::Hello hello;
+  if (connect(fd.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0 ||
+      recv(fd.get(), &hello, sizeof hello, 0) != sizeof hello) {
+    fd.reset();
+  }
+  return fd;
+}
+
+// For the scalar of ScalarFromTheImage.
+struct GlobalSettings {
+  wire::Request request{};
+  wire::AttributeHead key{STP_KEY_GLOBAL_SETTINGS, sizeof value};
+  uint32_t value = 0;
+
+  GlobalSettings() {
+    request.header = {wire::kMagic, wire::kVersion, static_cast<uint16_t>(wire::MessageType::kRequest),
+                      sizeof *this, 1};
+    request.destination = STP_DESTINATION;
+    request.service = STP_SERVICE;
+    request.command = STP_COMMAND_GLOBAL_SETTINGS;
+    request.action = CMD_ACTION_GET;
+    request.attribute_count = 1;
+  }
+};
+static_assert(sizeof(GlobalSettings) == kRequestSize);
+
+void QuestionBySocket(benchmark::State &state) {
+  const stpplatform::OwnedFd fd = connect_to_switch();
+  const GlobalSettings question;
+  std::array<char, kReplySize> reply{};
+  for (auto _ : state) {
+    if (send(fd.get(), &question, sizeof question, 0) != sizeof question ||
+        recv(fd.get(), reply.data(), reply.size(), 0) != kReplySize) {
+      state.SkipWithError("the switch does not answer");
+      break;
+    }
+  }
+}
+BENCHMARK(QuestionBySocket)->UseRealTime();
+
+void ScalarFromTheImage(benchmark::State &state) {
   ScalarValueRecord record{};
   for (auto _ : state) {
     if (get_stpxSpanningTreeType(&record) != 0) {
@@ -57,7 +113,7 @@ void ScalarFromTheSwitch(benchmark::State &state) {
     }
   }
 }
-BENCHMARK(ScalarFromTheSwitch)->UseRealTime();
+BENCHMARK(ScalarFromTheImage)->UseRealTime();
 
 class Switch {
  public:
@@ -79,8 +135,6 @@ class Switch {
  private:
   pid_t pid_;
 };
-
-constexpr char kSocketVariable[] = "STPPLATFORM_SOCKET";
 
 // The platform library reads its environment when it is loaded, so the program starts itself once more.
 int start_again_with_private_socket(char **argv) {
