@@ -24,7 +24,7 @@ const wire::ImageInterface *find_bridge_port(const Image &image, const Question 
     return interface != nullptr && is_bridge_port(*interface) ? interface : nullptr;
   }
   const auto &interfaces = image.interfaces();
-  uint32_t position = asked == UINT32_MAX ? interfaces.count : image.first_interface(asked + 1);
+  uint32_t position = image.interface_behind(asked);
   while (position < interfaces.count && !is_bridge_port(interfaces[position])) {
     ++position;
   }

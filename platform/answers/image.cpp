@@ -85,7 +85,27 @@ uint32_t Image::first_interface(uint32_t if_index) const {
   });
 }
 
+// Most questions are about the interface that the one before was about.
+bool Image::is_latest(uint32_t if_index) const {
+  return latest_interface_ < interfaces_.count &&
+         load_shared(interfaces_[latest_interface_].if_index) == if_index;
+}
+
+uint32_t Image::interface_behind(uint32_t if_index) const {
+  if (is_latest(if_index)) {
+    const uint32_t next = latest_interface_ + 1;
+    if (next == interfaces_.count || load_shared(interfaces_[next].if_index) > if_index) {
+      latest_interface_ = next;
+      return next;
+    }
+  }
+  return if_index == UINT32_MAX ? interfaces_.count : first_interface(if_index + 1);
+}
+
 const wire::ImageInterface *Image::find_interface(uint32_t if_index) const {
+  if (is_latest(if_index)) {
+    return &interfaces_[latest_interface_];
+  }
   const uint32_t position = first_interface(if_index);
   if (position == interfaces_.count || load_shared(interfaces_[position].if_index) != if_index) {
     return nullptr;
@@ -140,9 +160,7 @@ cmd_result Image::find_position(const TreePortKey &key, cmd_action action, uint3
   if (key.tree >= wire::kTrees || (wants_next && key.if_index == kBeginning && !runs_tree(key.tree))) {
     return CMD_NO_ENTRY;
   }
-  const bool is_behind_all = wants_next && key.if_index == UINT32_MAX;
-  const uint32_t interface =
-      is_behind_all ? interfaces_.count : first_interface(wants_next ? key.if_index + 1 : key.if_index);
+  const uint32_t interface = wants_next ? interface_behind(key.if_index) : first_interface(key.if_index);
   return first_tree_port(key.tree, interface, position);
 }
 

@@ -65,6 +65,9 @@ class Image {
   // Fast where one question follows the other in order.
   uint32_t first_interface(uint32_t if_index) const;
 
+  // The same for the one behind `if_index`.
+  uint32_t interface_behind(uint32_t if_index) const;
+
   // Null when there is none.
   const wire::ImageInterface *find_interface(uint32_t if_index) const;
   const wire::ImageInterface *find_port(uint32_t base_port) const;
@@ -86,6 +89,7 @@ class Image {
   bool find_table(const wire::ImageTable &table, size_t slot_size, uint32_t most, Records<Record> *records);
 
   uint32_t first_mst_instance(uint32_t id) const;
+  bool is_latest(uint32_t if_index) const;
   static bool holds(const uint8_t (&set)[wire::kTreeSetSize], uint32_t id);
   cmd_result first_tree_port(uint32_t tree, uint32_t interface, uint32_t *position) const;
   cmd_result find_position(const TreePortKey &key, cmd_action action, uint32_t *position) const;

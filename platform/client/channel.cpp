@@ -30,6 +30,7 @@ bool ask_in_process(const wire::Request &request, answers::Answer *answer, cmd_r
       case Reading::kAskMe:
       case Reading::kLeaseOver:
       case Reading::kChanging:
+        remedy.begin();
         return false;
       default:
         *result = remedy.apply(reading);
@@ -74,6 +75,7 @@ cmd_result ask_command(wire::Request *request, Reply **reply) {
 cmd_result Remedy::apply(Reading reading) {
   const bool was_renewed = latest_ == Reading::kLeaseOver;
   latest_ = reading;
+  begin();
   if (++steps_ > kMostSteps) {
     return CMD_TIMEOUT;
   }

@@ -26,7 +26,12 @@ cmd_result ask_command(wire::Request *request, Reply **reply);
 // What is done, for one question, so that the image can be read again.
 class Remedy {
  public:
-  Remedy() { waiting_time().begin_question(); }
+  // From now on the question may wait. What the image answers at once needs no time.
+  void begin() {
+    if (steps_ == 0) {
+      waiting_time().begin_question();
+    }
+  }
 
   // Does what helps against a reading that did not count. Returns CMD_OK when another look is due, otherwise
   // what the question fails with.

@@ -17,17 +17,16 @@
 #include "waiting_time.h"
 
 namespace stpplatform {
-namespace {
 
 constinit Connection the_connection;
+
+namespace {
 
 // Where packets arrive. Static, because most replies are short: copying one out is cheaper than a system call
 // more that asks for its size first.
 alignas(uint32_t) uint8_t packet[wire::kMaxMessageSize];
 
 }  // namespace
-
-Connection &connection() { return the_connection; }
 
 cmd_result Connection::exchange(wire::Request *request, ReplyAttributes *attributes) {
   return exchange(&request->header, wire::MessageType::kRequest, attributes);

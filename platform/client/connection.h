@@ -76,6 +76,7 @@ class Connection {
   MalformedMessages malformed_{""};
 };
 
-Connection &connection();
+extern Connection the_connection;
+inline Connection &connection() { return the_connection; }
 
 }  // namespace stpplatform

@@ -18,8 +18,7 @@ STPPLATFORM_EXPORT int im_get_next_ifindex(uint32_t if_index, uint32_t *next) {
   const cmd_result result =
       stpplatform::ask_image(stpplatform::Vouching::kJustNow, [&](const answers::Image &image) {
         const auto &interfaces = image.interfaces();
-        const uint32_t position =
-            if_index == UINT32_MAX ? interfaces.count : image.first_interface(if_index + 1);
+        const uint32_t position = image.interface_behind(if_index);
         found = position == interfaces.count ? 0 : answers::load_shared(interfaces[position].if_index);
         return CMD_OK;
       });
