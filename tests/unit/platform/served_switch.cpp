@@ -34,11 +34,12 @@ ServedSwitch::~ServedSwitch() {
 
 void ServedSwitch::serve() {
   parts_ = std::make_unique<Parts>(path_);
-  const stpswitch::Event woken =
+  stpswitch::Event woken =
       parts_->loop.make_event<&ServedSwitch::run_job>(wakeup_.get(), EV_READ | EV_PERSIST, this);
   stpswitch::wait_for(woken);
   is_up_.set_value();
   parts_->loop.run();
+  woken.reset();  // it is the loop's
   parts_.reset();
 }
 
