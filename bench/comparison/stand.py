@@ -13,6 +13,7 @@ from harness.process import Process
 from harness.snmp_tools import private_environment
 from harness.switch import Switch, playing
 
+from .ending import held
 from .failure import ComparisonError
 from .walk_client import GETBULK, GETNEXT, WalkClient
 
@@ -33,7 +34,8 @@ class Stand:
 
     def start_switch(self):
         self._running.append(self.switch)
-        self.switch.start()
+        with held():
+            self.switch.start()
 
     def start_module(self, **options):
         self._behind[MODULE] = self.switch
@@ -53,14 +55,17 @@ class Stand:
         directory.mkdir()
         agent = Agent(directory, self.switch.socket, with_probe=False, serves=serves, **options)
         self._running.append(agent)
-        agent.start()
+        with held():
+            agent.start()
         self.agents[name] = agent
         return agent
 
     def _start_subagent(self, socket, rows):
         log = self._directory / 'agentx_copy.log'
-        subagent = Process([AGENTX_COPY, socket, rows], log, private_environment(self._directory, self._directory))
-        self._running.append(subagent)
+        with held():
+            environment = private_environment(self._directory, self._directory)
+            subagent = Process([AGENTX_COPY, socket, rows], log, environment)
+            self._running.append(subagent)
         wait_until(lambda: not subagent.is_alive() or 'ready' in log.read_text(), 'the AgentX copy is ready')
         self._behind[AGENTX] = subagent
         if not subagent.is_alive():
@@ -117,7 +122,8 @@ def cpu_nanoseconds(pid):
 @contextmanager
 def stand_with(scenario):
     """Its switch runs. Whatever happens, nothing of it stays."""
-    directory = Path(tempfile.mkdtemp(prefix='stp-bench-'))
+    with held():
+        directory = Path(tempfile.mkdtemp(prefix='stp-bench-'))
     try:
         stand = Stand(directory, scenario)
         try:

@@ -8,6 +8,7 @@ from harness.build import BUILD
 from harness.process import die_with_parent
 from harness.snmp_tools import private_environment
 
+from .ending import held
 from .failure import ComparisonError
 
 PROGRAM = BUILD / 'bin/bench_walk_client'
@@ -58,11 +59,19 @@ class WalkClient:
         self._environment = private_environment(directory, directory)
 
     def _run(self, *arguments):
-        result = subprocess.run([PROGRAM, *map(str, arguments)], check=False, text=True, env=self._environment,
-                                stdin=subprocess.DEVNULL, capture_output=True, preexec_fn=die_with_parent)
-        if result.returncode != 0:
-            raise ComparisonError(result.stderr.strip() or f'{PROGRAM.name} ended with status {result.returncode}')
-        return result.stdout
+        with held():
+            client = subprocess.Popen([PROGRAM, *map(str, arguments)], text=True, env=self._environment,
+                                      stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                      preexec_fn=die_with_parent)
+        with client:
+            try:
+                rows, errors = client.communicate()
+            except BaseException:
+                client.kill()
+                raise
+        if client.returncode != 0:
+            raise ComparisonError(errors.strip() or f'{PROGRAM.name} ended with status {client.returncode}')
+        return rows
 
     def rows(self, endpoint, oid, how=GETBULK):
         """The rows of one walk: lines of OID, type and value."""
