@@ -29,16 +29,18 @@ std::string written(size_t room, Format format, ...) {
 }
 
 // The same text from the C library, which needs room for a terminator.
-#define PRINTED(room, ...)                   \
-  [&] {                                      \
-    char text[kRoom + 1];                    \
-    snprintf(text, (room) + 1, __VA_ARGS__); \
-    return std::string(text);                \
-  }()
+__attribute__((format(printf, 2, 3))) std::string printed(size_t room, const char *format, ...) {
+  char text[kRoom + 1];
+  va_list arguments;
+  va_start(arguments, format);
+  vsnprintf(text, room + 1, format, arguments);
+  va_end(arguments);
+  return text;
+}
 
 #define EXPECT_SAME(...)                                               \
   for (size_t room = 0; room <= kRoom; ++room) {                       \
-    EXPECT_EQ(written(room, __VA_ARGS__), PRINTED(room, __VA_ARGS__)); \
+    EXPECT_EQ(written(room, __VA_ARGS__), printed(room, __VA_ARGS__)); \
   }
 
 TEST(Format, WritesLiteralsAsTheyAre) {
@@ -72,9 +74,9 @@ TEST(Format, WritesNumbersOfEverySizeAsTheCLibraryDoes) {
   }
   for (const uint32_t number : numbers) {
     const auto with_sign = static_cast<int32_t>(number);
-    EXPECT_EQ(written(kRoom, "[%d]", with_sign), PRINTED(kRoom, "[%d]", with_sign));
-    EXPECT_EQ(written(kRoom, "[%u]", number), PRINTED(kRoom, "[%u]", number));
-    EXPECT_EQ(written(kRoom, "[%x]", number), PRINTED(kRoom, "[%x]", number));
+    EXPECT_EQ(written(kRoom, "[%d]", with_sign), printed(kRoom, "[%d]", with_sign));
+    EXPECT_EQ(written(kRoom, "[%u]", number), printed(kRoom, "[%u]", number));
+    EXPECT_EQ(written(kRoom, "[%x]", number), printed(kRoom, "[%x]", number));
   }
 }
 
