@@ -8,6 +8,12 @@ from pathlib import Path
 GUARD_SECONDS = 60
 
 
+def as_child():
+    """What to put before a command that this process starts itself: it ends with this one, also where this one is gone
+    before the command could ask for the signal."""
+    return ['setpriv', '--pdeathsig', 'KILL', 'sh', '-c', '[ "$PPID" = "$0" ] && exec "$@"', str(os.getpid())]
+
+
 class LabError(Exception):
     """What could not be done, in one line."""
 
@@ -56,7 +62,7 @@ class Namespace:
     def start(self, *command, log, environment=None):
         """A process inside that dies with this one."""
         with open(log, 'ab') as output:
-            return subprocess.Popen([*self.enter, 'setpriv', '--pdeathsig', 'KILL', *map(str, command)],
+            return subprocess.Popen([*self.enter, *as_child(), *map(str, command)],
                                     stdin=subprocess.DEVNULL, stdout=output, stderr=output, env=environment)
 
 

@@ -72,25 +72,25 @@ class OpenVSwitch:
         self.database.unlink(missing_ok=True)
         self._server = self._start('ovsdb-server', self.folder / 'conf.db', f'--remote=punix:{self.database}',
                                    f'--unixctl={self.folder}/ovsdb.ctl')
-        self._wait_for(self._server, self.database)
+        self._wait_for(self._server, 'ovsdb-server', self.database)
         # Readers need not be of our user: the folder says who may come this far.
         self.database.chmod(0o666)
 
     def start_switch(self):
         self._control.unlink(missing_ok=True)
         self._switch = self._start('ovs-vswitchd', f'unix:{self.database}', f'--unixctl={self._control}')
-        self._wait_for(self._switch, self._control)
+        self._wait_for(self._switch, 'ovs-vswitchd', self._control)
 
     def _start(self, program, *arguments):
         return self.namespace.start(program, *arguments, '-vconsole:emer', '-vsyslog:off',
                                     f'--log-file={self.folder}/{program}.log', f'--pidfile={self.folder}/{program}.pid',
                                     log=self.folder / f'{program}.output', environment=self._environment)
 
-    def _wait_for(self, process, socket):
+    def _wait_for(self, process, program, socket):
         give_up = time.monotonic() + GUARD_SECONDS
         while not socket.exists():
             if process.poll() is not None or time.monotonic() > give_up:
-                raise LabError(f'{process.args[-5]} does not start: see {self.folder}')
+                raise LabError(f'{program} does not start: see {self.folder}')
             time.sleep(POLL_SECONDS)
 
     @staticmethod

@@ -10,7 +10,7 @@ start_switch() {
   local name=$1 process=stp-switchd${1:+-$1} enter=() source=(--scenario "$scenario")
   if [[ -n $name ]]; then
     mapfile -t source < <(bridge_lab source "$name")
-    enter=("${as_child[@]}" "$BRIDGE_LAB" inside "$ring" "$name")
+    enter=("${AS_CHILD[@]}" "$BRIDGE_LAB" inside "$ring" "$name")
   fi
   "${enter[@]}" "${as_service[@]}" "$BUILD/bin/stp-switchd" "${source[@]}" --socket "$work/switch${name:+-$name}.sock" \
     --control "$(control_socket "$name")" 2>"$place/$process.log" &

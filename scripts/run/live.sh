@@ -20,7 +20,7 @@ start_ring() {
   local status=0
   ring=$place/ring.json
   rm -f "$ring"  # of a ring that was killed, or went with the machine
-  "${as_child[@]}" "$BRIDGE_LAB" hold "$1" "$ring" "$work/ring" 2>"$place/bridge-lab.log" &
+  "${AS_CHILD[@]}" "$BRIDGE_LAB" hold "$1" "$ring" "$work/ring" 2>"$place/bridge-lab.log" &
   started bridge-lab
   polls=$RING_POLLS wait_until "$!" bridge-lab test -e "$ring" || wait "$!" || status=$?
   ((status != NOTHING_BLOCKS)) || return 1

@@ -4,6 +4,12 @@
 readonly SERVICE_USER=Debian-snmp
 readonly START_POLLS=100 POLL_SECONDS=0.1
 readonly SIGNALLED=128  # the status of a process that a signal has ended, without the signal's number
+readonly WITH_US=(setpriv --pdeathsig TERM)
+# We may be gone before the process can ask for the signal.
+# shellcheck disable=SC2016
+readonly UNLESS_ORPHANED=(sh -c '[ "$PPID" = "$0" ] && exec "$@"' "$$")
+# What to put before a command that ends with this process.
+readonly AS_CHILD=("${WITH_US[@]}" "${UNLESS_ORPHANED[@]}")
 
 # Of one that is gone, there is nothing to wait for: bash waits for any other process instead where a signal came while
 # it took note of the end.
@@ -77,7 +83,7 @@ service_user_can() {
 # All processes die with this one, and root hands them to the agent's own user where that user can reach everything
 # that they need.
 choose_service_user() {
-  as_service=("${as_child[@]}")
+  as_service=("${AS_CHILD[@]}")
   ((EUID == 0)) || return 0
   chown -R "$SERVICE_USER:" "$work"
   local missing=
@@ -85,7 +91,7 @@ choose_service_user() {
   [[ -n $live ]] || service_user_can -r "$scenario" || missing=$scenario
   { service_user_can -x "$BUILD/bin/stp-switchd" && service_user_can -r "$BUILD/lib/libstpsnmp.so"; } || missing=$BUILD
   if [[ -z $missing ]]; then
-    as_service+=(--reuid="$SERVICE_USER" --regid="$SERVICE_USER" --init-groups)
+    as_service=("${WITH_US[@]}" --reuid="$SERVICE_USER" --regid="$SERVICE_USER" --init-groups "${UNLESS_ORPHANED[@]}")
   else
     echo "Staying root: $SERVICE_USER cannot reach $missing"
     chown -R root: "$work"

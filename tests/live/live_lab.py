@@ -1,10 +1,13 @@
 """A stp-switchd that reads a real bridge, an agent that serves it, and the walk beside the bridge's own words."""
 
 import json
+import os
 import threading
 import time
+from pathlib import Path
 
 import golden
+from bridge_lab.namespaces import as_child
 from harness.build import ROOT
 from harness.lab import run_lab_of
 from harness.oids import arcs, is_below
@@ -22,8 +25,47 @@ ROOT_INCONSISTENCY_COLUMN = ROOT + '.1.5.2.1.3'
 NO_ERROR = 0
 
 
+class Networks:
+    """The network namespaces of some processes, without this one's. They are held: the kernel gives the number of one
+    that is gone to the next that is made."""
+
+    def __init__(self, pids):
+        self._held = {}
+        for pid in pids:
+            try:
+                held = os.open(f'/proc/{pid}/ns/net', os.O_RDONLY)
+            except OSError:
+                continue  # it has ended
+            number = os.fstat(held).st_ino
+            if number in self._held or number == os.stat('/proc/self/ns/net').st_ino:
+                os.close(held)
+            else:
+                self._held[number] = held
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        for held in self._held.values():
+            os.close(held)
+
+    def __len__(self):
+        return len(self._held)
+
+    def users(self):
+        """Which processes are in them."""
+        found = []
+        for process in Path('/proc').glob('[0-9]*'):
+            try:
+                if os.stat(process / 'ns/net').st_ino in self._held:
+                    found.append((process.name, (process / 'cmdline').read_bytes()))
+            except OSError:
+                pass  # it has ended, or is not ours to look at
+        return found
+
+
 def run_lab(bridge, **agent_options):
-    return run_lab_of(bridge.source, [*bridge.enter, 'setpriv', '--pdeathsig', 'KILL'], **agent_options)
+    return run_lab_of(bridge.source, [*bridge.enter, *as_child()], **agent_options)
 
 
 def run_vlan_lab(switch, bridges, **agent_options):

@@ -7,11 +7,12 @@ import subprocess
 from pathlib import Path
 
 import pytest
-from bridge_lab.namespaces import LabError, Namespaces
+from bridge_lab.namespaces import LabError, Namespaces, as_child
 from bridge_lab.ring import NothingBlocks, OwnRing, Ring
 from harness.build import PROJECT
 from harness.polling import wait_until
 from harness.process import die_with_parent
+from live_lab import Networks
 
 LAB = PROJECT / 'scripts/bridge-lab'
 KINDS = ['linux', 'openvswitch']
@@ -76,27 +77,6 @@ def children_of(pid):
     return [int(child) for child in listed.stdout.split()]
 
 
-def networks_of(pids):
-    """Which namespaces they are in, of those that are still there."""
-    seen = set()
-    for pid in pids:
-        try:
-            seen.add(os.readlink(f'/proc/{pid}/ns/net'))
-        except OSError:
-            pass
-    return seen
-
-
-def networks_in_use():
-    seen = set()
-    for link in Path('/proc').glob('[0-9]*/ns/net'):
-        try:
-            seen.add(os.readlink(link))
-        except OSError:
-            pass
-    return seen
-
-
 class Holder:
     """A bridge-lab that holds a ring."""
 
@@ -142,14 +122,22 @@ def test_nothing_of_a_ring_stays_when_its_holder_ends(hold, kind, number):
     holder = hold(kind)
     wait_until(lambda: len(children_of(holder.process.pid)) > 1, 'a part of the ring is there')
     children = children_of(holder.process.pid)
-    networks = networks_of(children) - networks_of([os.getpid()])
-    holder.process.send_signal(number)
-    assert holder.process.wait(60) == (-signal.SIGKILL if number == signal.SIGKILL else 0)
-    wait_until(lambda: not any(is_running(child) for child in children), 'all processes have ended')
-    wait_until(lambda: not networks & networks_in_use(), 'nobody is left in the namespaces')
+    with Networks(children) as networks:
+        holder.process.send_signal(number)
+        assert holder.process.wait(60) == (-signal.SIGKILL if number == signal.SIGKILL else 0)
+        wait_until(lambda: not any(is_running(child) for child in children), 'all processes have ended')
+        wait_until(lambda: networks.users() == [], 'nobody is left in the namespaces')
     if number != signal.SIGKILL:
         assert not holder.file.exists()
         assert not holder.folder.exists()
+
+
+def test_what_starts_without_its_maker_does_not_run(tmp_path):
+    started, orphaned = tmp_path / 'started', tmp_path / 'orphaned'
+    subprocess.run([*as_child(), 'touch', started], check=True)
+    subprocess.run(['sh', '-c', '"$@"; true', 'sh', *as_child(), 'touch', orphaned], check=True)
+    assert started.exists()
+    assert not orphaned.exists(), 'its parent is another process than the one that wanted it'
 
 
 @pytest.mark.usefixtures('linux_ring')

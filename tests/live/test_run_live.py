@@ -4,12 +4,14 @@ stays."""
 import os
 import re
 import signal
+from contextlib import ExitStack
 from pathlib import Path
 
 import pytest
 from harness.polling import wait_until
 from harness.ports import free_port
 from harness.run_command import RING_SIZE, second_terminal, starting_runs
+from live_lab import Networks
 
 CONVERGED = {'a': ['designated', 'designated'], 'b': ['root', 'designated'], 'c': ['root', 'alternate']}
 
@@ -18,6 +20,12 @@ CONVERGED = {'a': ['designated', 'designated'], 'b': ['root', 'designated'], 'c'
 def fixture_start_run():
     with starting_runs() as start:
         yield lambda *arguments: start('--port', str(free_port(count=RING_SIZE)), *arguments)
+
+
+@pytest.fixture(name='networks_of')
+def fixture_networks_of():
+    with ExitStack() as stack:
+        yield lambda run: stack.enter_context(Networks(pid for _, _, pid in run.processes()))
 
 
 def roles_of(shown):
@@ -31,29 +39,13 @@ def roles_by_bridge(output):
     return {name: roles_of(walk) for name, walk in zip(walks[::2], walks[1::2])}
 
 
-def networks():
-    """The network namespaces of all processes."""
-    found = set()
-    for link in Path('/proc').glob('[0-9]*/ns/net'):
-        try:
-            found.add(os.readlink(link))
-        except OSError:
-            pass
-    return found
-
-
 def mounts():
     return Path('/proc/self/mounts').read_text(encoding='utf-8')
 
 
-def networks_of(run):
-    own = os.readlink('/proc/self/ns/net')
-    return {os.readlink(f'/proc/{pid}/ns/net') for _, _, pid in run.processes()} - {own}
-
-
 @pytest.mark.usefixtures('linux_ring')
 @pytest.mark.parametrize('ends', [signal.SIGINT, signal.SIGTERM])
-def test_ring_of_linux_bridges_with_the_commands_that_it_prints(start_run, ends):
+def test_ring_of_linux_bridges_with_the_commands_that_it_prints(start_run, networks_of, ends):
     before = mounts()
     run = start_run('--live', *(['--traps'] if os.geteuid() == 0 else []))
     run.wait_for_output('Running until Ctrl-C.')
@@ -66,7 +58,7 @@ def test_ring_of_linux_bridges_with_the_commands_that_it_prints(start_run, ends)
     assert run.interrupt(ends) == (0 if ends == signal.SIGINT else 128 + signal.SIGTERM)
     assert run.errors == ''
     run.check_nothing_is_left()
-    assert made & networks() == set()
+    assert made.users() == []
     assert mounts() == before
 
 
@@ -86,7 +78,7 @@ def use_the_other_terminal(run):
 
 
 @pytest.mark.usefixtures('openvswitch_ring')
-def test_ring_of_open_vswitch(start_run):
+def test_ring_of_open_vswitch(start_run, networks_of):
     run = start_run('--live', 'openvswitch')
     run.wait_for_output('Running until Ctrl-C.')
     made = networks_of(run)
@@ -100,11 +92,11 @@ def test_ring_of_open_vswitch(start_run):
     assert run.interrupt(signal.SIGINT) == 0
     assert run.errors == ''
     run.check_nothing_is_left()
-    assert made & networks() == set()
+    assert made.users() == []
 
 
 @pytest.mark.usefixtures('linux_ring')
-def test_two_runs_do_not_disturb_each_other_and_what_is_killed_leaves_no_process(start_run):
+def test_two_runs_do_not_disturb_each_other_and_what_is_killed_leaves_no_process(start_run, networks_of):
     first, second = start_run('--live'), start_run('--live', '--once')
     first.wait_for_output('Running until Ctrl-C.')
     made = networks_of(first)
@@ -114,4 +106,4 @@ def test_two_runs_do_not_disturb_each_other_and_what_is_killed_leaves_no_process
     second.check_nothing_is_left()
     assert first.interrupt(signal.SIGKILL) == -signal.SIGKILL
     wait_until(lambda: first.processes() == [], 'all processes have ended')
-    assert made & networks() == set()
+    assert made.users() == []
