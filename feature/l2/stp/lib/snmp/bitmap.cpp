@@ -4,6 +4,7 @@
 #include <bit>
 #include <charconv>
 #include <cstring>
+#include <limits>
 
 #include "platform/vlan_mgr.h"
 
@@ -78,6 +79,20 @@ uint32_t find_other(const uint8_t *octets, uint32_t bits, uint32_t from) {
 
 constexpr uint8_t bit_in_octet(uint32_t bit) { return static_cast<uint8_t>(0x80U >> bit % kOctetBits); }
 
+char *write_number(char *at, uint32_t number) {
+  constexpr int kMostDigits = std::numeric_limits<uint32_t>::digits10 + 1;
+  return std::to_chars(at, at + kMostDigits, number).ptr;
+}
+
+size_t digits_of(uint32_t number) {
+  constexpr uint32_t kBase = 10;
+  size_t digits = 1;
+  for (; number >= kBase; number /= kBase) {
+    ++digits;
+  }
+  return digits;
+}
+
 constexpr stp_vlan_bmp make_all_vlans() {
   constexpr uint8_t kAllOfOctet = 0xFF;
   stp_vlan_bmp vlans{STP_VLAN_BITMAP_SIZE, {}};
@@ -111,13 +126,16 @@ bool find_run(const uint8_t *octets, uint32_t bits, uint32_t from, Run *run) {
 }
 
 char *write_run(char *at, const Run &run) {
-  char *const end = at + kRunSize;
-  at = std::to_chars(at, end, run.first).ptr;
+  at = write_number(at, run.first);
   if (run.last != run.first) {
     *at++ = '-';
-    at = std::to_chars(at, end, run.last).ptr;
+    at = write_number(at, run.last);
   }
   return at;
+}
+
+size_t run_size(const Run &run) {
+  return run.last == run.first ? digits_of(run.first) : digits_of(run.first) + 1 + digits_of(run.last);
 }
 
 const char *write_vlan_list(const stp_vlan_bmp &vlans, char (&text)[kVlanListSize]) {

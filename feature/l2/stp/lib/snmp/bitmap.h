@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 
 #include "platform/stp.h"
 
@@ -23,9 +22,10 @@ struct Run {
 // Finds the first run that begins at or after `from`, or goes on there. False where there is none.
 bool find_run(const uint8_t *octets, uint32_t bits, uint32_t from, Run *run);
 
-// Writes a run such as "7" or "10-19" where there is room for one, without a terminator. Returns its end.
-inline constexpr size_t kRunSize = 2 * std::numeric_limits<uint32_t>::digits10 + 3;
+// Writes a run such as "7" or "10-19", without a terminator, where there is room for the size of it. Returns
+// its end.
 char *write_run(char *at, const Run &run);
+size_t run_size(const Run &run);
 
 // Room for any list of VLANs: each of them adds its number, of up to four digits, and a separator at most.
 inline constexpr uint32_t kVlans = 8 * STP_VLAN_BITMAP_SIZE;
