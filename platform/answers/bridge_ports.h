@@ -10,7 +10,8 @@ namespace stpplatform::answers {
 const wire::ImageInterface *find_bridge_port(const Image &image, const Question &question, stp_key key);
 
 // Answers with the bridge port's interface index, then what `add_values` adds.
-cmd_result answer_bridge_port(const Image &image, const Question &question, stp_key key,
-                              void (*add_values)(const wire::ImageInterface &, Answer *), Answer *answer);
+using AddValues = void (*)(const wire::ImageInterface &, Answer *);
+cmd_result answer_bridge_port(const Image &image, const Question &question, stp_key key, AddValues add_values,
+                              Answer *answer);
 
 }  // namespace stpplatform::answers

@@ -175,17 +175,10 @@ cmd_result Image::take(uint32_t position, TreePort *found) const {
   return CMD_OK;
 }
 
-cmd_result Image::find_tree_port(const TreePortKey &key, cmd_action action, TreePort *found) const {
-  uint32_t position = 0;
-  cmd_result result = find_position(key, action, &position);
-  if (result != CMD_OK) {
-    return result;
-  }
-  // Behind a tree's ports come those of the next tree.
-  if (position == tree_ports_.count) {
-    return CMD_NO_ENTRY;
-  }
-  result = take(position, found);
+// What stands at the position that a search for the key has found.
+cmd_result Image::take_result(uint32_t position, const TreePortKey &key, cmd_action action,
+                              TreePort *found) const {
+  const cmd_result result = take(position, found);
   if (result == CMD_OK && action == CMD_ACTION_GET &&
       (found->tree != key.tree || load_shared(found->interface->if_index) != key.if_index)) {
     return CMD_NO_ENTRY;
@@ -193,13 +186,20 @@ cmd_result Image::find_tree_port(const TreePortKey &key, cmd_action action, Tree
   return result;
 }
 
+cmd_result Image::find_tree_port(const TreePortKey &key, cmd_action action, TreePort *found) const {
+  uint32_t position = 0;
+  const cmd_result result = find_position(key, action, &position);
+  if (result != CMD_OK) {
+    return result;
+  }
+  // Behind a tree's ports come those of the next tree.
+  return position == tree_ports_.count ? CMD_NO_ENTRY : take_result(position, key, action, found);
+}
+
 cmd_result Image::find_tree_port(const TreePortKey &key, cmd_action action, const Records<uint32_t> &listed,
                                  TreePort *found) const {
   uint32_t position = 0;
-  cmd_result result = action == CMD_ACTION_GET ? find_tree_port(key, action, found) : CMD_OK;
-  if (result == CMD_OK) {
-    result = find_position(key, action, &position);
-  }
+  const cmd_result result = find_position(key, action, &position);
   if (result != CMD_OK) {
     return result;
   }
@@ -211,10 +211,8 @@ cmd_result Image::find_tree_port(const TreePortKey &key, cmd_action action, cons
     return CMD_NO_ENTRY;
   }
   const uint32_t listed_position = load_shared(listed[place]);
-  if (action == CMD_ACTION_GET) {
-    return listed_position == position ? CMD_OK : CMD_NO_ENTRY;
-  }
-  return listed_position < tree_ports_.count ? take(listed_position, found) : CMD_BAD_REPLY;
+  return listed_position < tree_ports_.count ? take_result(listed_position, key, action, found)
+                                             : CMD_BAD_REPLY;
 }
 
 const uint32_t *Image::members_of(uint32_t vlan) const {

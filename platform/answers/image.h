@@ -94,6 +94,7 @@ class Image {
   cmd_result first_tree_port(uint32_t tree, uint32_t interface, uint32_t *position) const;
   cmd_result find_position(const TreePortKey &key, cmd_action action, uint32_t *position) const;
   cmd_result take(uint32_t position, TreePort *found) const;
+  cmd_result take_result(uint32_t position, const TreePortKey &key, cmd_action action, TreePort *found) const;
 
   const wire::ImageSlot *slot_ = nullptr;
   Records<wire::ImageInterface> interfaces_;

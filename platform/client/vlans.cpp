@@ -16,7 +16,6 @@ namespace {
 using answers::load_shared;
 
 constexpr uint32_t kOctetBits = 8;
-constexpr uint32_t kWordBits = 32;
 constexpr uint8_t kFirstBit = 0x80;
 
 // The interfaces that are members of at least one of several VLANs, by position as the image has them.
@@ -41,7 +40,7 @@ class Union {
   bool write_ports(uint8_t *ports) const {
     for (uint32_t i = 0; i < word_count_; ++i) {
       for (uint32_t left = words_[i]; left != 0; left &= left - 1) {
-        if (!write_port(i * kWordBits + static_cast<uint32_t>(std::countr_zero(left)), ports)) {
+        if (!write_port(i * wire::kMemberWordBits + static_cast<uint32_t>(std::countr_zero(left)), ports)) {
           return false;
         }
       }

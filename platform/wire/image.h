@@ -134,14 +134,17 @@ struct ImageTable {
 };
 inline constexpr uint32_t kTableAlignment = 8;
 
+inline constexpr uint32_t kMemberWordBits = 32;
+
+inline constexpr size_t kSlotTables = 8;
 struct ImageSlot {
   ImageTable interfaces;         // ImageInterface
   ImageTable tree_ports;         // ImageTreePort
   ImageTable pvid_or_type;       // positions of tree ports that are inconsistent so, 32 bits each
   ImageTable loop_inconsistent;  //
   ImageTable root_inconsistent;  //
-  ImageTable members;        // for each VLAN, words of 32 bits: bit i of word w is the interface at position
-                             // 32 w + i, set when it is a bridge port that is a member
+  ImageTable members;  // for each VLAN, words of kMemberWordBits bits: bit i of word w is the interface at
+                       // position w * kMemberWordBits + i, set when it is a bridge port that is a member
   ImageTable mst_instances;  // ImageMstInstance
   ImageTable refused_users;  // ImageUser
   ImageSettings settings;
@@ -151,7 +154,7 @@ struct ImageSlot {
   uint32_t first_tree_port[kTrees + 1];  // of each tree, its first place in tree_ports, in which the next
                                          // tree's ports begin where this one's end
   uint16_t
-      interface_of_port[kPortNumbers];  // position + 1 of the interface with this bridge port number; 0: none
+      interface_of_port[kPortNumbers];  // position + 1 of the interface with this bridge port number, or 0
 };
 
 // What the switch wants of whoever reads the image.
@@ -179,12 +182,15 @@ static_assert(std::atomic<uint64_t>::is_always_lock_free && std::atomic<uint32_t
 static_assert(sizeof(ImageHead) == 40 && alignof(ImageHead) == 8 && sizeof(ImageSettings) == 112 &&
                   sizeof(ImageInterface) == 32 && sizeof(ImageTreePort) == 8 &&
                   sizeof(ImageMstInstance) == 12 + kTreeSetSize && sizeof(ImageUser) == 64 &&
-                  sizeof(ImageSlot) == 8 * sizeof(ImageTable) + sizeof(ImageSettings) + 3 * kTreeSetSize +
-                                           (kTrees + 1) * sizeof(uint32_t) + kPortNumbers * sizeof(uint16_t),
+                  sizeof(ImageSlot) == kSlotTables * sizeof(ImageTable) + sizeof(ImageSettings) +
+                                           3 * kTreeSetSize + (kTrees + 1) * sizeof(uint32_t) +
+                                           kPortNumbers * sizeof(uint16_t),
               "the image has no padding");
 
 // Words that the memberships of one VLAN take.
-constexpr uint32_t member_words(uint32_t interface_count) { return (interface_count + 31) / 32; }
+constexpr uint32_t member_words(uint32_t interface_count) {
+  return (interface_count + kMemberWordBits - 1) / kMemberWordBits;
+}
 
 constexpr size_t aligned_table(size_t octets) {
   return (octets + kTableAlignment - 1) & ~(size_t{kTableAlignment} - 1);
@@ -196,7 +202,7 @@ inline constexpr size_t kMaxSlotSize =
     size_t{kTrees} * kMaxInterfaces * (sizeof(ImageTreePort) + 3 * sizeof(uint32_t)) +
     size_t{kTrees} * member_words(kMaxInterfaces) * sizeof(uint32_t) +
     kMaxMstInstances * sizeof(ImageMstInstance) + kMaxRefusedUsers * sizeof(ImageUser) +
-    size_t{8} * kTableAlignment;
+    kSlotTables * kTableAlignment;
 
 constexpr size_t image_size(size_t slot_size) { return sizeof(ImageHead) + 2 * slot_size; }
 

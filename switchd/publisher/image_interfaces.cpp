@@ -104,10 +104,10 @@ void ImageInterfaces::add(const wire::ImageInterface &interface) {
 }
 
 void ImageInterfaces::add_memberships(uint32_t position, const VlanSet &vlans) {
-  constexpr uint32_t kWordBits = 32;
   const size_t words = wire::member_words(static_cast<uint32_t>(records_.size()));
-  vlans.for_each(
-      [&](uint32_t vlan) { members_[vlan * words + position / kWordBits] |= 1U << (position % kWordBits); });
+  const uint32_t word = position / wire::kMemberWordBits;
+  const uint32_t bit = 1U << (position % wire::kMemberWordBits);
+  vlans.for_each([&](uint32_t vlan) { members_[vlan * words + word] |= bit; });
 }
 
 void ImageInterfaces::copy_positions_of_ports(uint16_t (&positions)[wire::kPortNumbers]) const {

@@ -79,7 +79,8 @@ TEST(Run, HasTheSizeOfWhatIsWritten) {
   EXPECT_EQ(text_of({9, 10}), "9-10");
   EXPECT_EQ(text_of({0, 65535}), "0-65535");
   EXPECT_EQ(text_of({4294967294, 4294967295}), "4294967294-4294967295");
-  for (const uint32_t first : {0U, 1U, 9U, 10U, 11U, 99U, 100U, 999U, 1000U, 9999U, 10000U, 65535U, 4294967294U}) {
+  for (const uint32_t first :
+       {0U, 1U, 9U, 10U, 11U, 99U, 100U, 999U, 1000U, 9999U, 10000U, 65535U, 4294967294U}) {
     for (const uint32_t more : {0U, 1U}) {
       const stpsnmp::bitmap::Run run{first, first + more};
       EXPECT_EQ(run_size(run), text_of(run).size()) << text_of(run);

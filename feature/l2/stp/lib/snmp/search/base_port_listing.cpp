@@ -11,8 +11,8 @@ using diagnostics::kRejection;
 
 constexpr size_t kLineSize = 80;  // with its terminator
 
-// The lines of a listing, one after the other. What a line holds is always found, so that both sinks are asked
-// for every line; it is written for a sink that takes it, and only then.
+// The lines of a listing, one after the other. What a line holds is always found, so that both sinks are
+// asked for every line; it is written for a sink that takes it, and only then.
 class Lines {
  public:
   explicit Lines(const vlan_mgr_baseport_bmp &members) : members_(members) { find_line(); }
