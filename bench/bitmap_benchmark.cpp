@@ -65,10 +65,12 @@ void NextPortBitByBit(benchmark::State &state) {
 }
 BENCHMARK(NextPortBitByBit);
 
+constexpr size_t kLongestRun = sizeof "4294967294-4294967295";
+
 // The texts of all runs.
 void Runs(benchmark::State &state) {
   const vlan_mgr_baseport_bmp ports = make_ports();
-  char text[bitmap::kRunSize];
+  char text[kLongestRun];
   for (auto _ : state) {
     bitmap::Run run;
     for (uint32_t from = 0; bitmap::find_run(ports.bits, kBasePorts, from, &run); from = run.last + 1) {
@@ -80,7 +82,7 @@ BENCHMARK(Runs);
 
 void RunsWithFormattedPrint(benchmark::State &state) {
   const vlan_mgr_baseport_bmp ports = make_ports();
-  char text[bitmap::kRunSize + 1];
+  char text[kLongestRun];
   for (auto _ : state) {
     bitmap::Run run;
     for (uint32_t from = 0; bitmap::find_run(ports.bits, kBasePorts, from, &run); from = run.last + 1) {

@@ -22,8 +22,8 @@ struct Run {
 // Finds the first run that begins at or after `from`, or goes on there. False where there is none.
 bool find_run(const uint8_t *octets, uint32_t bits, uint32_t from, Run *run);
 
-// Writes a run such as "7" or "10-19", without a terminator, where there is room for the size of it. Returns
-// its end.
+// Writes a run such as "7" or "10-19", without a terminator, where there is room for as much as its size.
+// Returns its end.
 char *write_run(char *at, const Run &run);
 size_t run_size(const Run &run);
 
