@@ -1,4 +1,5 @@
-"""The end by a signal, which must not fall into the start of a process: nobody would know of it, and it would go on."""
+"""The end by a signal, which must not fall into the start of a process: nobody would know of it, and it would go on. Nor
+must it break off what cleans up."""
 
 import signal
 from contextlib import contextmanager

@@ -18,10 +18,11 @@ def short(number):
     """Three digits that count."""
     if number == 0:
         return '0'
+    size = float(f'{abs(number):.3g}')  # as it will be shown: 999.7 are as many digits as 1000
     for limit, divisor, unit in ((1e6, 1e6, ' M'), (1e4, 1e3, ' k')):
-        if abs(number) >= limit:
+        if size >= limit:
             return f'{number / divisor:.3g}{unit}'
-    return f'{number:.3g}' if abs(number) < 1e3 else f'{number:.0f}'
+    return f'{number:.3g}' if size < 1e3 else f'{number:.0f}'
 
 
 def quartiles(values):

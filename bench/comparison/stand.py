@@ -1,8 +1,7 @@
 """A switch and the agents that serve it: the module, and side by side with it the copies that it is compared with."""
 
-import shutil
 import tempfile
-from contextlib import contextmanager
+from contextlib import ExitStack, contextmanager
 from itertools import zip_longest
 from pathlib import Path
 
@@ -122,14 +121,14 @@ def cpu_nanoseconds(pid):
 @contextmanager
 def stand_with(scenario):
     """Its switch runs. Whatever happens, nothing of it stays."""
-    with held():
-        directory = Path(tempfile.mkdtemp(prefix='stp-bench-'))
+    end = ExitStack()
     try:
+        with held():
+            directory = Path(end.enter_context(tempfile.TemporaryDirectory(prefix='stp-bench-')))
         stand = Stand(directory, scenario)
-        try:
-            stand.start_switch()
-            yield stand
-        finally:
-            stand.kill()
+        end.callback(stand.kill)
+        stand.start_switch()
+        yield stand
     finally:
-        shutil.rmtree(directory)
+        with held():
+            end.close()

@@ -2,6 +2,7 @@
 
 import re
 import subprocess
+from contextlib import ExitStack
 from typing import NamedTuple
 
 from harness.build import BUILD
@@ -59,16 +60,13 @@ class WalkClient:
         self._environment = private_environment(directory, directory)
 
     def _run(self, *arguments):
-        with held():
-            client = subprocess.Popen([PROGRAM, *map(str, arguments)], text=True, env=self._environment,
-                                      stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                                      preexec_fn=die_with_parent)
-        with client:
-            try:
-                rows, errors = client.communicate()
-            except BaseException:
-                client.kill()
-                raise
+        with ExitStack() as end:
+            with held():
+                client = end.enter_context(subprocess.Popen(
+                    [PROGRAM, *map(str, arguments)], text=True, env=self._environment, stdin=subprocess.DEVNULL,
+                    stdout=subprocess.PIPE, stderr=subprocess.PIPE, preexec_fn=die_with_parent))
+                end.callback(client.kill)
+            rows, errors = client.communicate()
         if client.returncode != 0:
             raise ComparisonError(errors.strip() or f'{PROGRAM.name} ended with status {client.returncode}')
         return rows

@@ -15,7 +15,7 @@ from pathlib import Path
 
 import pytest
 from harness.build import BUILD, PROJECT, ROOT
-from harness.polling import wait_until
+from harness.polling import GUARD_SECONDS, wait_until
 from harness.process import die_with_parent
 from harness.raw_snmp import (
     OCTETS, SEQUENCE, V2C, RawClient, encode, encode_integer, encode_oid, parse_message)
@@ -238,6 +238,7 @@ class FakeAgent:
     def __init__(self, oids):
         self._socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
         self._socket.bind(('127.0.0.1', 0))
+        self._socket.settimeout(GUARD_SECONDS)
         self.endpoint = f'127.0.0.1:{self._socket.getsockname()[1]}'
         self._thread = threading.Thread(target=self._answer, args=(oids,))
         self._thread.start()
@@ -308,6 +309,40 @@ def test_nothing_stays_behind_where_it_is_interrupted(ending):
         shutil.rmtree(folder)
 
 
+# Makes a stand, or walks, under this name for what makes the folder, or the client; a signal comes when it is made.
+INTERRUPTED = '''
+import os, signal, sys
+sys.path[:0] = sys.argv[1:3]
+from comparison import stand, walk_client
+from comparison.ending import Ended, end_on_signals
+module, name = {'folder': (stand.tempfile, 'mkdtemp'), 'client': (walk_client.subprocess, 'Popen')}[sys.argv[3]]
+make, made = getattr(module, name), []
+def interrupted(*arguments, **options):
+    made.append(make(*arguments, **options))
+    os.kill(os.getpid(), signal.SIGTERM)
+    return made[0]
+setattr(module, name, interrupted)
+end_on_signals()
+try:
+    if sys.argv[3] == 'folder':
+        with stand.stand_with(''):
+            sys.exit('a switch runs')
+    walk_client.WalkClient(stand.Path(sys.argv[4])).rows('127.0.0.1:9', '.1')
+except Ended:
+    if sys.argv[3] == 'folder':
+        sys.exit(os.path.exists(made[0]) and 'the folder is still there')
+    sys.exit(made[0].returncode is None and 'the client still runs')
+'''
+
+
+@pytest.mark.parametrize('making', ['folder', 'client'])
+def test_what_was_made_when_a_signal_came_does_not_stay(tmp_path, making):
+    result = subprocess.run([sys.executable, '-c', INTERRUPTED, PROJECT / 'bench', PROJECT / 'tests/e2e', making, tmp_path],
+                            check=False, capture_output=True, text=True, timeout=GUARD_SECONDS,
+                            env={**os.environ, 'TMPDIR': str(tmp_path), 'STPSNMP_BUILD_DIR': str(BUILD)})
+    assert (result.returncode, result.stderr) == (0, '')
+
+
 def timings(*rates):
     """Rounds of two walks, one of which took a quarter of the time."""
     return [Timing(walks=2, rows=rate // 2, nanoseconds=SECOND, fastest_nanoseconds=SECOND // 4,
@@ -350,7 +385,7 @@ def test_one_sample_has_no_spread():
 
 @pytest.mark.parametrize('number, shown', [
     (0, '0'), (0.03712, '0.0371'), (0.5, '0.5'), (7.123, '7.12'), (999.4, '999'), (1234.5, '1234'), (22_345, '22.3 k'),
-    (595_000, '595 k'), (1_250_000, '1.25 M'), (-9333, '-9333'),
+    (595_000, '595 k'), (1_250_000, '1.25 M'), (-9333, '-9333'), (999.7, '1000'), (9998, '10 k'), (999_700, '1 M'),
 ])
 def test_numbers_are_short(number, shown):
     assert report.short(number) == shown
