@@ -58,6 +58,8 @@ void EchoOfTheSameSize(benchmark::State &state) {
 BENCHMARK(EchoOfTheSameSize)->UseRealTime();
 
 constexpr char kSocketVariable[] = "STPPLATFORM_SOCKET";
+// The folder that is this run's own, and goes with it.
+constexpr char kFolderVariable[] = "ROUND_TRIP_BENCHMARK_FOLDER";
 
 stpplatform::OwnedFd connect_to_switch() {
   sockaddr_un address{};
@@ -138,12 +140,13 @@ class Switch {
 
 // The platform library reads its environment when it is loaded, so the program starts itself once more.
 int start_again_with_private_socket(char **argv) {
-  char directory[] = "/tmp/round_trip_benchmark.XXXXXX";
-  if (mkdtemp(directory) == nullptr) {
+  char folder[] = "/tmp/round_trip_benchmark.XXXXXX";
+  if (mkdtemp(folder) == nullptr) {
     perror("mkdtemp");
     return EXIT_FAILURE;
   }
-  setenv(kSocketVariable, (std::string(directory) + "/switch.sock").c_str(), 1);
+  setenv(kFolderVariable, folder, 1);
+  setenv(kSocketVariable, (std::string(folder) + "/switch.sock").c_str(), 1);
   execv("/proc/self/exe", argv);
   perror("execv");
   return EXIT_FAILURE;
@@ -166,19 +169,19 @@ bool wait_for_switch() {
 }  // namespace
 
 int main(int argc, char **argv) {
-  const char *socket = getenv(kSocketVariable);
-  if (socket == nullptr) {
+  const char *const folder = getenv(kFolderVariable);
+  if (folder == nullptr) {
     return start_again_with_private_socket(argv);
   }
   benchmark::Initialize(&argc, argv);
   bool ready = false;
   {
-    const Switch running(socket);
+    const Switch running(getenv(kSocketVariable));
     ready = wait_for_switch();
     if (ready) {
       benchmark::RunSpecifiedBenchmarks();
     }
   }
-  std::filesystem::remove_all(std::filesystem::path(socket).parent_path());
+  std::filesystem::remove_all(folder);
   return ready ? EXIT_SUCCESS : EXIT_FAILURE;
 }

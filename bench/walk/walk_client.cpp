@@ -62,12 +62,13 @@ struct ObjectId {
   exit(kWrongCommandLine);
 }
 
-// Not below 0.
+// Not below 0, and so that nanoseconds of as many seconds can be counted.
 double parse_number(const char *text) {
+  constexpr double kMost = 1e9;
   char *end = nullptr;
   const double number = std::strtod(text, &end);
-  if (end == text || *end != '\0' || !(number >= 0)) {
-    fail(std::string("'") + text + "' is no number");
+  if (end == text || *end != '\0' || !(number >= 0 && number <= kMost)) {
+    fail(std::string("'") + text + "' is no number from 0 to 1000000000");
   }
   return number;
 }
