@@ -120,9 +120,8 @@ def fixture_hold(tmp_path):
 def test_nothing_of_a_ring_stays_when_its_holder_ends(hold, kind, number):
     """Also while it is made: nobody waits for it here."""
     holder = hold(kind)
-    wait_until(lambda: len(children_of(holder.process.pid)) > 1, 'a part of the ring is there')
-    children = children_of(holder.process.pid)
-    with Networks(children) as networks:
+    with wait_until(lambda: Networks(children_of(holder.process.pid)), 'a part of the ring is there') as networks:
+        children = children_of(holder.process.pid)
         holder.process.send_signal(number)
         assert holder.process.wait(60) == (-signal.SIGKILL if number == signal.SIGKILL else 0)
         wait_until(lambda: not any(is_running(child) for child in children), 'all processes have ended')
