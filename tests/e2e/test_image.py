@@ -266,10 +266,10 @@ def test_image_that_grows_beyond_its_room_under_many_walks_loses_and_doubles_no_
 
 
 def test_what_an_operator_sets_is_what_the_next_request_shows(lab):
-    with lab.raw_client() as client:
+    with lab.raw_client() as client, lab.switch.control_client() as control:
         for hops in range(200):
             value = 6 + hops % 35
-            lab.switch.control('set', 'mst.max_hops', str(value))
+            control.set('mst.max_hops', str(value))
             assert client.get(MAX_HOP_COUNT).number == value
 
 
