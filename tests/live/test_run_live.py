@@ -106,4 +106,4 @@ def test_two_runs_do_not_disturb_each_other_and_what_is_killed_leaves_no_process
     second.check_nothing_is_left()
     assert first.interrupt(signal.SIGKILL) == -signal.SIGKILL
     wait_until(lambda: first.processes() == [], 'all processes have ended')
-    assert made.users() == []
+    wait_until(lambda: made.users() == [], 'nobody is left in the namespaces')
