@@ -161,6 +161,16 @@ TEST_F(Channels, ManagersHaveTheLeaseRenewed) {
   EXPECT_TRUE(LogCapture::take().empty());
 }
 
+TEST_F(Channels, ALeaseThatIsRenewedHoldsHoweverTheCoarseClockLags) {
+  constexpr uint64_t kLagNs = 20'000'000;
+  EXPECT_EQ(ask_manager(), CMD_OK);
+  clock_.set_lag_ns(kLagNs);
+  clock_.pass_ns(wire::kLeaseNs + kLagNs);
+  EXPECT_EQ(ask_manager(), CMD_OK);
+  EXPECT_EQ(switch_.renewals(), 1U);
+  EXPECT_TRUE(LogCapture::take().empty());
+}
+
 TEST_F(Channels, NothingThatAHungSwitchHasLeftIsBelieved) {
   EXPECT_EQ(guard(), STP_GUARD_ENABLED);
   hang();

@@ -186,10 +186,8 @@ TEST_F(ImageReaders, NothingCountsWithoutALease) {
 }
 
 TEST_F(ImageReaders, ALeaseRunsOutInTimeHoweverTheClockLags) {
-  file_.head()->lease_end = clock_.now_ns() + kMaxLagNs + 1;
+  file_.head()->lease_end = clock_.now_ns() + 1;
   EXPECT_EQ(read(kOk), Reading::kCounts);
-  clock_.pass_ns(1);
-  EXPECT_EQ(read(kOk), Reading::kLeaseOver);
   for (const uint64_t lag : {uint64_t{0}, StoppedClock::kTickNs, kMaxLagNs}) {
     clock_.set_lag_ns(lag);
     file_.head()->lease_end = clock_.now_ns() + 1;
@@ -198,8 +196,9 @@ TEST_F(ImageReaders, ALeaseRunsOutInTimeHoweverTheClockLags) {
   }
 }
 
+// Also where the tick is so late that nobody has reckoned with it.
 TEST_F(ImageReaders, ALeaseThatWasJustGivenHoldsHoweverTheClockLags) {
-  for (const uint64_t lag : {uint64_t{0}, StoppedClock::kTickNs, kMaxLagNs}) {
+  for (const uint64_t lag : {uint64_t{0}, StoppedClock::kTickNs, kMaxLagNs, kMaxLagNs + 1, 20 * kMaxLagNs}) {
     clock_.set_lag_ns(lag);
     file_.renew_lease();
     EXPECT_EQ(read(kOk), Reading::kCounts) << lag;
