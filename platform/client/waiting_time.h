@@ -39,7 +39,8 @@ class WaitingTime {
     }
     const uint64_t begun_ns = monotonic_ns();
     const cmd_result result = wait(Deadline(left_ns_));
-    const uint64_t taken_ns = result == CMD_TIMEOUT ? left_ns_ : monotonic_ns() - begun_ns;
+    const uint64_t ended_ns = std::max(monotonic_ns(), begun_ns);
+    const uint64_t taken_ns = result == CMD_TIMEOUT ? left_ns_ : ended_ns - begun_ns;
     left_ns_ -= std::min(taken_ns, left_ns_);
     return result;
   }

@@ -117,8 +117,6 @@ TEST_F(WaitingTimes, AClockThatGoesBackCostsNothing) {
     clock_.set_ns(now - 1);
     return CMD_OK;
   });
-  EXPECT_GE(wait(0), -1);
-  begin_request();
   EXPECT_EQ(wait(0), 2000);
 }
 
