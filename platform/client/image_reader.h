@@ -83,8 +83,8 @@ class ImageReader {
   uint64_t view_number() const { return view_number_; }
 
  private:
-  // The switch publishes at most once in several milliseconds, and no look takes as long as that: only one
-  // during which the agent loses the processor meets a change, and hardly ever twice in a row.
+  // A look takes a small part of the time that the switch needs to publish: hardly any meets a change, unless
+  // the agent loses the processor meanwhile, and hardly ever one meets it twice in a row.
   static constexpr int kMostTries = 8;
 
   Reading judge(uint32_t heeded, Vouching vouching) {

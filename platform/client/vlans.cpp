@@ -28,9 +28,8 @@ class Union {
 
   // Adds the members of the VLANs in the first `size` octets of a set.
   void add_vlans(const uint8_t *octets, uint32_t size) {
-    uint64_t word = 0;
-    for (uint32_t at = 0; at < size; at += sizeof word) {
-      word = 0;
+    for (uint32_t at = 0; at < size; at += sizeof(uint64_t)) {
+      uint64_t word = 0;
       std::memcpy(&word, octets + at, std::min<size_t>(size - at, sizeof word));
       add_word(at * kOctetBits, be64toh(word));
     }
