@@ -29,8 +29,9 @@ inline constexpr uint32_t kImageVersion = 1;
 // Bridge port numbers: 129 to 4095 for physical ports, 4097 to 8191 for port-channels.
 inline constexpr uint32_t kPortNumbers = 8192;
 
-// Every interface is a physical port or a port-channel, and has a bridge port number that its own number
-// tells (if_index.h): no switch has more of them than there are such numbers.
+// As many as there are bridge port numbers. Whatever can be a bridge port has one, which its own number tells
+// (if_index.h), so that all of these have a place; of members of port-channels with higher numbers, the first
+// ones have.
 inline constexpr uint32_t kMaxInterfaces = kMaxPhysicalPort + kMaxChannel;
 
 // The CIST and 64 MST instances, as many as a configuration can name (IEEE 802.1Q clause 13.8).
@@ -46,7 +47,7 @@ static_assert(kTreeSetSize * 8 == kTrees);
 inline constexpr size_t kRegionNameSize = 32;  // IEEE 802.1Q clause 13.8: Configuration Name
 inline constexpr size_t kDigestSize = 16;
 
-// More users than anybody lists.
+// More users than anybody lists. The switch takes no more than these.
 inline constexpr uint32_t kMaxRefusedUsers = 65536;
 
 // The value of an octet-sized field that nobody knows. Enumerations and flags have no such value.

@@ -61,6 +61,10 @@ std::string domain_of_users() {
 
 TextList users_of(const Value &value) {
   const auto &users = std::get<TextList>(value);
+  if (users.size() > wire::kMaxRefusedUsers) {
+    throw Refusal("it names " + std::to_string(users.size()) + " users; at most " +
+                  std::to_string(wire::kMaxRefusedUsers) + " can be refused");
+  }
   for (const std::string &user : users) {
     if (user.empty()) {
       throw Refusal("a user's name is empty");

@@ -336,6 +336,12 @@ TEST(ScenarioErrors, OfRefusedUsers) {
             "x.toml:3: access.refused_users: 'a,b' holds a comma");
   EXPECT_EQ(error_after_mode("[access]\nrefused_users = [\"a\\tb\"]\n"),
             "x.toml:3: access.refused_users: the text holds a control character");
+  std::string users;
+  for (int i = 0; i <= 65536; ++i) {
+    users += "'u',";
+  }
+  EXPECT_EQ(error_after_mode("[access]\nrefused_users = [" + users + "]\n"),
+            "x.toml:3: access.refused_users: it names 65537 users; at most 65536 can be refused");
 }
 
 TEST(ScenarioErrors, OfFiles) {
