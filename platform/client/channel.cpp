@@ -73,10 +73,12 @@ cmd_result ask_command(wire::Request *request, Reply **reply) {
 }
 
 cmd_result Remedy::apply(Reading reading) {
-  const bool was_renewed = latest_ == Reading::kLeaseOver;
-  latest_ = reading;
   begin();
-  if (++steps_ > kMostSteps) {
+  const bool is_last = ++steps_ > kMostSteps;
+  if (is_last && reading == Reading::kLeaseOver) {
+    return connection().image_failed("the switch has renewed a lease that does not hold");
+  }
+  if (is_last) {
     return CMD_TIMEOUT;
   }
   switch (reading) {
@@ -85,8 +87,7 @@ cmd_result Remedy::apply(Reading reading) {
     case Reading::kMoved:
       return connection().reopen();
     case Reading::kLeaseOver:
-      return was_renewed ? connection().image_failed("the switch has renewed a lease that does not hold")
-                         : connection().renew_lease();
+      return connection().renew_lease();
     case Reading::kUnsound:
       return connection().image_failed("the image contradicts itself");
     default:

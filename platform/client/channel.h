@@ -39,11 +39,10 @@ class Remedy {
 
  private:
   // More than any question needs: to connect, to follow the image where it has moved, and to have the lease
-  // renewed.
+  // renewed, which may run out again while the machine gives the agent no processor.
   static constexpr int kMostSteps = 8;
 
   int steps_ = 0;
-  Reading latest_ = Reading::kCounts;
 };
 
 // Looks something up in the image, for the functions of the switch's managers. `look` takes a `const

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 
 #include <cstring>
+#include <utility>
 
 #include "backoff.h"
 #include "connection.h"
@@ -207,9 +208,27 @@ TEST_F(Channels, ALeaseThatIsRenewedAndDoesNotHoldIsNotRead) {
   switch_.neglect_lease();
   switch_.image().head()->lease_end = UINT64_MAX;
   EXPECT_EQ(ask_manager(), CMD_BAD_REPLY);
-  EXPECT_EQ(switch_.renewals(), 1U);
+  EXPECT_EQ(switch_.renewals(), 8U);
   EXPECT_EQ(LogCapture::take(), std::vector{line("the switch has renewed a lease that does not hold")});
   EXPECT_EQ(ask_manager(), CMD_UNREACHABLE) << "left alone";
+}
+
+// As where the machine stands still between the reply and the next look.
+TEST_F(Channels, ALeaseThatRunsOutBeforeItIsLookedAtIsRenewedAgain) {
+  EXPECT_EQ(ask_manager(), CMD_OK);
+  let_lease_run_out();
+  switch_.neglect_lease();
+  bool is_first = true;
+  switch_.answer_renewals_with([&](const Bytes &renewal) {
+    switch_.image().renew_lease();
+    if (std::exchange(is_first, false)) {
+      clock_.pass_ns(wire::kLeaseNs);
+    }
+    return FakeSwitch::confirm(renewal);
+  });
+  EXPECT_EQ(ask_manager(), CMD_OK);
+  EXPECT_EQ(switch_.renewals(), 2U);
+  EXPECT_TRUE(LogCapture::take().empty());
 }
 
 TEST_F(Channels, WithALeaseOfAnotherClockCommandsAreAskedBySocket) {
