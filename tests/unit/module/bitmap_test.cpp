@@ -170,8 +170,8 @@ TEST(FindBit, FindsTheOnlyBitWhereverItIs) {
 TEST(FindBit, ReadsNoWordBehindTheEnd) {
   constexpr uint32_t kMostWords = 100;
   for (uint32_t words = 0; words <= kMostWords; ++words) {
-    const std::vector<uint8_t> clear(8 * words, 0x00);
-    const std::vector<uint8_t> set(8 * words, 0xFF);
+    const std::vector<uint8_t> clear(size_t{8} * words, 0x00);
+    const std::vector<uint8_t> set(size_t{8} * words, 0xFF);
     for (uint32_t from = 0; from <= 64 * words; from += 64) {
       ASSERT_EQ(find_set(clear.data(), 64 * words, from), 64 * words);
       ASSERT_EQ(find_clear(set.data(), 64 * words, from), 64 * words);

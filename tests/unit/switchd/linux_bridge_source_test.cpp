@@ -317,8 +317,11 @@ TEST_F(LinuxBridges, HaveAThousandPorts) {
   for (size_t i = 0; i < kPorts / 2; ++i) {
     const std::string end = "v" + std::to_string(i);
     const std::string other = "w" + std::to_string(i);
+    setup += add_cable(end, other);
     // Not switched on: each cable is a loop.
-    setup += add_cable(end, other) + "link set " + end + " master br0\nlink set " + other + " master br0\n";
+    for (const std::string &port : {end, other}) {
+      setup += "link set " + port + " master br0\n";
+    }
   }
   ip(setup);
   start();

@@ -35,6 +35,7 @@ struct Output {
 };
 
 Output output_of(const std::string &command) {
+  // NOLINTNEXTLINE(cert-env33-c): commands of tests, written out in them
   FILE *const pipe = ::popen((command + " 2>&1").c_str(), "r");
   std::string text;
   std::array<char, 4096> buffer{};
@@ -57,6 +58,7 @@ class Daemon {
         ::_exit(1);
       }
       std::vector<char *> arguments;
+      arguments.reserve(words.size() + 1);
       for (std::string &word : words) {
         arguments.push_back(word.data());
       }
@@ -99,14 +101,18 @@ class RealOpenVSwitch : public testing::Test {
       const size_t space = ends.find(' ');
       const std::string one = ends.substr(0, space);
       const std::string other = ends.substr(space + 1);
-      ASSERT_EQ(in_namespace("ip link add " + one + " type veth peer name " + other).status, 0);
+      ASSERT_EQ(
+          in_namespace(std::string("ip link add ").append(one).append(" type veth peer name ").append(other))
+              .status,
+          0);
       ASSERT_EQ(in_namespace("ip link set " + one + " up").status, 0);
       ASSERT_EQ(in_namespace("ip link set " + other + " up").status, 0);
     }
     for (const auto &[bridge, priority] :
          std::vector<std::pair<std::string, std::string>>{{"a", "4096"}, {"b", "8192"}, {"c", "12288"}}) {
-      vsctl("add-br " + bridge + " -- set bridge " + bridge +
-            " datapath_type=netdev rstp_enable=true other_config:rstp-priority=" + priority);
+      std::string command = "add-br " + bridge + " -- set bridge ";
+      command += bridge + " datapath_type=netdev rstp_enable=true other_config:rstp-priority=";
+      vsctl(command + priority);
     }
     // Numbers that do not depend on the order in which ports are found.
     std::string ports;
@@ -117,8 +123,8 @@ class RealOpenVSwitch : public testing::Test {
       std::string name;
       std::string number;
       words >> bridge >> name >> number;
-      ports += " -- add-port " + bridge + " " + name + " -- set port " + name +
-               " other_config:rstp-port-num=" + number;
+      ports.append(" -- add-port ").append(bridge).append(" ").append(name);
+      ports.append(" -- set port ").append(name).append(" other_config:rstp-port-num=").append(number);
     }
     vsctl(ports);
   }

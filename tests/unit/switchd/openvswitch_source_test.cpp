@@ -145,8 +145,8 @@ TEST_F(OpenVSwitchSources, NameNoMoreThanTenPortsThatAreLeftOutAtOnce) {
   for (int number = 1; number <= 12; ++number) {
     const std::string bond = "bond" + std::to_string(number);
     ports += R"(,["uuid",")" + bond + R"("])";
-    rows += ",\"" + bond + R"(":{"new":{"name":")" + bond +
-            R"(","interfaces":["set",[["uuid","i1"],["uuid","i2"]]]}})";
+    rows += ",\"" + bond + R"(":{"new":{"name":")";
+    rows += bond + R"(","interfaces":["set",[["uuid","i1"],["uuid","i2"]]]}})";
   }
   server_.rows =
       R"({"Bridge":{"b":{"new":{"name":"br0","rstp_enable":true,"ports":["set",[)" + ports +

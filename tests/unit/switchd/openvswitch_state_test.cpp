@@ -28,7 +28,7 @@ BridgesReading reading_of(const std::string &text, const std::vector<WatchedBrid
 std::string map_text(const std::vector<std::pair<std::string, std::string>> &pairs) {
   std::string text;
   for (const auto &[key, value] : pairs) {
-    text += std::string(text.empty() ? "" : ",") + "[\"" + key + "\",\"" + value + "\"]";
+    text.append(text.empty() ? "[\"" : ",[\"").append(key).append("\",\"").append(value).append("\"]");
   }
   return "[\"map\",[" + text + "]]";
 }

@@ -425,12 +425,13 @@ TEST_F(Generator, MakesWhatItWasAskedFor) {
   EXPECT_EQ(state.mst_instances.size(), 8U);
   EXPECT_EQ(state.settings.mode, stpswitch::SpanningTreeMode::kRapidPvst);
   EXPECT_EQ(stpswitch::print_vlans(stpswitch::cist_vlans(state)), "1,301-4094");
-  const auto guarded = std::count_if(state.ports.begin(), state.ports.end(),
-                                     [](const auto &entry) { return entry.second.root_guard == true; });
+  const auto guarded = std::count_if(state.ports.begin(), state.ports.end(), [](const auto &entry) {
+    return entry.second.root_guard.value_or(false);
+  });
   EXPECT_GT(guarded, 25);
   EXPECT_LT(guarded, 250);
   const auto edges = std::count_if(state.ports.begin(), state.ports.end(),
-                                   [](const auto &entry) { return entry.second.edge == true; });
+                                   [](const auto &entry) { return entry.second.edge.value_or(false); });
   EXPECT_GT(edges, 200);
   EXPECT_LT(edges, 400);
 }

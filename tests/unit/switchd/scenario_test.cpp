@@ -513,7 +513,8 @@ std::vector<uint32_t> ports_with(const Switch &the_switch, Condition condition) 
 
 template <class Part>
 std::vector<uint32_t> ports_with(const Switch &the_switch, std::optional<bool> Part::*flag) {
-  return ports_with(the_switch, [flag](const BridgePort &port) { return port.interface->*flag == true; });
+  return ports_with(the_switch,
+                    [flag](const BridgePort &port) { return (port.interface->*flag).value_or(false); });
 }
 
 TEST(ShippedScenarios, HaveEveryFlagLinkTypeAndLoopGuard) {

@@ -42,7 +42,9 @@ TEST(WatchedBridges, HaveNames) {
 TEST(WatchedBridges, HaveVlansThatThereAre) {
   for (const std::string vlan :
        {"", "0", "4095", "99999999999", "-1", "+1", "1x", "0x1", " 1", "1,2", "1=2"}) {
-    EXPECT_EQ(refusal_of({"br0=" + vlan}), "'br0=" + vlan + "': '" + vlan + "' is not a VLAN from 1 to 4094");
+    const std::string bridge = "br0=" + vlan;
+    EXPECT_EQ(refusal_of({bridge}), std::string("'").append(bridge).append("': '").append(vlan).append(
+                                        "' is not a VLAN from 1 to 4094"));
   }
 }
 

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <exception>
 #include <nlohmann/json.hpp>
 #include <utility>
 
@@ -61,6 +62,14 @@ void FakeOvsdb::read_client() {
     return;
   }
   stream_.add({buffer.data(), static_cast<size_t>(got)});
+  try {
+    take_requests();
+  } catch (const std::exception &error) {
+    ADD_FAILURE() << "the client asks what cannot be read: " << error.what();
+  }
+}
+
+void FakeOvsdb::take_requests() {
   while (const auto request = stream_.next()) {
     received.push_back(*request);
     if (!hangs) {

@@ -35,6 +35,7 @@ class FakeOvsdb {
  private:
   void accept_client();
   void read_client();
+  void take_requests();
   void answer(const std::string &request);
 
   stpswitch::EventLoop &loop_;
