@@ -304,7 +304,7 @@ TEST_F(PublishedImage, DescribesPortChannels) {
 
 TEST_F(PublishedImage, ListsMstInstancesFromTheCistOn) {
   ASSERT_EQ(reader_.view().mst_instances().count, 3U);
-  const auto &instances = reader_.view().mst_instances();
+  const auto instances = reader_.view().mst_instances();
   EXPECT_EQ(instances[0].id, 0);
   EXPECT_EQ(vlans_in(instances[0].vlans).size(), 4094U - 10U - 1U);
   EXPECT_EQ(vlans_in(instances[0].vlans).front(), 1U);
