@@ -50,6 +50,18 @@ def read_service(root):
     return unit['Service']
 
 
+def command_of(service, root):
+    """What starts it. Of a variable, systemd makes the words in it; what stands in the file takes the place of what
+    stands in the unit."""
+    variables = dict(word.split('=', 1) for word in shlex.split(service['Environment']))
+    for line in root.path(service['EnvironmentFile'].removeprefix('-')).read_text(encoding='utf-8').splitlines():
+        if line and not line.startswith('#'):
+            name, value = line.split('=', 1)
+            variables[name] = ' '.join(shlex.split(value))
+    return [part for word in shlex.split(service['ExecStart'])
+            for part in (variables[word[1:]].split() if word.startswith('$') else [word])]
+
+
 def start_switch(root, log):
     """As the unit says, as far as that can be had without systemd."""
     service = read_service(root)
@@ -59,7 +71,7 @@ def start_switch(root, log):
     switch = root.start(
         log, 'setpriv', f'--reuid={DYNAMIC_USER}', f'--regid={service["Group"]}', '--clear-groups', '--no-new-privs',
         '--bounding-set=-all', '--inh-caps=-all',
-        'sh', '-c', f'umask {service["UMask"]}; exec "$@"', 'sh', *shlex.split(service['ExecStart']))
+        'sh', '-c', f'umask {service["UMask"]}; exec "$@"', 'sh', *command_of(service, root))
     wait_until(lambda: not switch.is_alive() or 'ready' in log.read_text(), 'stp-switchd is ready')
     assert switch.is_alive(), log.read_text()
 
