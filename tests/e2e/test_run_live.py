@@ -23,6 +23,8 @@ def fixture_project(start_run):
     with fake_project_of(start_run) as project:
         use_rings(project)
         project.program(FakeProject.SWITCH, f'echo "$*" >>{project.place}/switches; {FakeProject.STAYS}')
+        # As the real one, it reaches a switch that has started, not one that is about to.
+        project.program('build/run/bin/stp-switchctl', f'grep -qsF -e "--control $2" {project.place}/switches')
         project.program('bin/dpkg-query', 'echo installed')
         yield project
 
