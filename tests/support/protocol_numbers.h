@@ -22,6 +22,8 @@ inline constexpr uint32_t kPortSettings = 119;
 inline constexpr uint32_t kRootInconsistencies = 120;
 inline constexpr uint32_t kLoopInconsistencies = 121;
 inline constexpr uint32_t kMstInstances = 122;
+inline constexpr uint32_t kBridgeTrees = 130;
+inline constexpr uint32_t kBridgePorts = 131;
 
 // Keys.
 inline constexpr uint32_t kGlobalSettingsKey = 0x0102'0227;
@@ -30,6 +32,7 @@ inline constexpr uint32_t kInterfaceKey = 0x0C02'0105;
 inline constexpr uint32_t kMstInterfaceKey = 0x0C02'018B;
 inline constexpr uint32_t kVlanTreeKey = 0x1302'00B4;
 inline constexpr uint32_t kMstTreeKey = 0x1302'0131;
+inline constexpr uint32_t kBridgePortKey = 0x1402'01C1;
 inline constexpr uint32_t kVlanTreeSettingsKey = 0x1302'0005;
 inline constexpr uint32_t kMstTreeSettingsKey = 0x1302'0074;
 inline constexpr uint32_t kVlanTreePortSettingsKey = 0x1302'0019;
@@ -64,10 +67,42 @@ inline constexpr uint32_t kPeer = 0x0202'A027;
 inline constexpr uint32_t kDispute = 0x0202'A02D;
 inline constexpr uint32_t kPreStandardPeer = 0x0202'A02E;
 inline constexpr uint32_t kInconsistency = 0x1402'A015;
+inline constexpr uint32_t kBridgePriority = 0x1402'9040;
+inline constexpr uint32_t kBridgeMac = 0x0F02'9041;
+inline constexpr uint32_t kRootPriority = 0x1402'9042;
+inline constexpr uint32_t kRootMac = 0x0F02'9043;
+inline constexpr uint32_t kRootCost = 0x1402'9044;
+inline constexpr uint32_t kRootPort = 0x1402'9045;
+inline constexpr uint32_t kMaxAge = 0x1402'9046;
+inline constexpr uint32_t kHelloTime = 0x1402'9047;
+inline constexpr uint32_t kForwardDelay = 0x1402'9048;
+inline constexpr uint32_t kBridgeMaxAge = 0x1402'9049;
+inline constexpr uint32_t kBridgeHelloTime = 0x1402'904A;
+inline constexpr uint32_t kBridgeForwardDelay = 0x1402'904B;
+inline constexpr uint32_t kTxHoldCount = 0x1402'904C;
+inline constexpr uint32_t kProtocolVersion = 0x0202'904D;
+inline constexpr uint32_t kTopologyChanges = 0x1402'904E;
+inline constexpr uint32_t kTopologyAge = 0x1402'904F;
+inline constexpr uint32_t kBridgePortCount = 0x1402'9050;
+inline constexpr uint32_t kBridgePort = 0x1402'A040;
+inline constexpr uint32_t kIfMibIndex = 0x1402'A041;
+inline constexpr uint32_t kPortPriority = 0x1402'A042;
+inline constexpr uint32_t kPortState = 0x0202'A043;
+inline constexpr uint32_t kDesignatedRootPriority = 0x1402'A044;
+inline constexpr uint32_t kDesignatedRootMac = 0x0F02'A045;
+inline constexpr uint32_t kDesignatedCost = 0x1402'A046;
+inline constexpr uint32_t kDesignatedBridgePriority = 0x1402'A047;
+inline constexpr uint32_t kDesignatedBridgeMac = 0x0F02'A048;
+inline constexpr uint32_t kDesignatedPort = 0x1402'A049;
+inline constexpr uint32_t kForwardTransitions = 0x1402'A04A;
+inline constexpr uint32_t kAdminEdge = 0x0202'A04B;
 
 // Notification classes.
 inline constexpr uint32_t kPortInconsistencyClass = 17421;
 inline constexpr uint32_t kLoopInconsistencyClass = 17422;
 inline constexpr uint32_t kRootInconsistencyClass = 17423;
+inline constexpr uint32_t kNewRootClass = 17424;
+inline constexpr uint32_t kTopologyChangeClass = 17425;
+inline constexpr uint32_t kTreesClass = 17426;
 
 }  // namespace protocol

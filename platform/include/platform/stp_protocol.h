@@ -39,7 +39,16 @@ enum stp_command CMD_ENUM_BASE {
   STP_COMMAND_ROOT_INCONSISTENCIES = 120, /* ports that root guard blocks; keys: VLAN tree, with trees of
                                            * either mode, interface. GET_NEXT */
   STP_COMMAND_LOOP_INCONSISTENCIES = 121, /* ports that loop guard blocks; the same */
-  STP_COMMAND_MST_INSTANCES = 122         /* CIST and MST instances; key: MST tree. GET_NEXT */
+  STP_COMMAND_MST_INSTANCES = 122,        /* CIST and MST instances; key: MST tree. GET_NEXT */
+
+  /* What the standard's bridge objects are made of (RFC 4188, RFC 4318). A tree is named by VLAN tree or MST
+   * tree, whichever the switch's mode has. Without a tree, the default one is meant: the CIST, or the tree of
+   * the lowest VLAN that has one. */
+  STP_COMMAND_BRIDGE_TREES = 130, /* the bridge in its trees; key: tree, or none. GET_NEXT with a tree of
+                                   * either kind: the next tree that runs */
+  STP_COMMAND_BRIDGE_PORTS = 131  /* the bridge ports of a tree; keys: tree, or none, and bridge port. In
+                                   * the order of bridge ports within the tree; bridge port 0 asks for the
+                                   * first. GET_NEXT */
 };
 
 /* Keys of requests. A tree is given as a list of one range with one member. */
@@ -50,6 +59,7 @@ enum stp_key CMD_ENUM_BASE {
   STP_KEY_MST_INTERFACE = 0x0C02018B,   /* the same, where MST is asked about */
   STP_KEY_VLAN_TREE = 0x130200B4,
   STP_KEY_MST_TREE = 0x13020131,
+  STP_KEY_BRIDGE_PORT = 0x140201C1, /* as STP_ATTRIBUTE_BRIDGE_PORT */
 
   /* Of requests that other modules of the agent make: to change settings of a tree, and of a port in it. */
   STP_KEY_VLAN_TREE_SETTINGS = 0x13020005,
@@ -100,7 +110,44 @@ enum stp_attribute CMD_ENUM_BASE {
   STP_ATTRIBUTE_PEER = 0x0202A027,              /* the neighbour takes part in spanning tree */
   STP_ATTRIBUTE_DISPUTE = 0x0202A02D,           /* the neighbour does not hear what is sent to it */
   STP_ATTRIBUTE_PRE_STANDARD_PEER = 0x0202A02E, /* the neighbour is older equipment */
-  STP_ATTRIBUTE_INCONSISTENCY = 0x1402A015      /* root and loop: 1; port: enum stp_port_inconsistency */
+  STP_ATTRIBUTE_INCONSISTENCY = 0x1402A015,     /* root and loop: 1; port: enum stp_port_inconsistency */
+
+  /* The bridge in a tree. An identifier of a bridge is a priority of 16 bits, with the tree's number in its
+   * low twelve bits where the bridge puts it there, and an address (IEEE 802.1D clause 9.2.5): one is not
+   * there without the other. Times are in hundredths of a second. */
+  STP_ATTRIBUTE_BRIDGE_PRIORITY = 0x14029040, /* of its own identifier in the tree */
+  STP_ATTRIBUTE_BRIDGE_MAC = 0x0F029041,
+  STP_ATTRIBUTE_ROOT_PRIORITY = 0x14029042, /* of the tree's root */
+  STP_ATTRIBUTE_ROOT_MAC = 0x0F029043,
+  STP_ATTRIBUTE_ROOT_COST = 0x14029044, /* to that root */
+  STP_ATTRIBUTE_ROOT_PORT = 0x14029045, /* a bridge port, 0 at the root */
+  STP_ATTRIBUTE_MAX_AGE = 0x14029046,   /* in force, as the two that follow */
+  STP_ATTRIBUTE_HELLO_TIME = 0x14029047,
+  STP_ATTRIBUTE_FORWARD_DELAY = 0x14029048,
+  STP_ATTRIBUTE_BRIDGE_MAX_AGE =
+      0x14029049, /* its own, as the two that follow: what it would use as the root */
+  STP_ATTRIBUTE_BRIDGE_HELLO_TIME = 0x1402904A,
+  STP_ATTRIBUTE_BRIDGE_FORWARD_DELAY = 0x1402904B,
+  STP_ATTRIBUTE_TX_HOLD_COUNT = 0x1402904C,     /* IEEE 802.1D clause 17.13.12 */
+  STP_ATTRIBUTE_PROTOCOL_VERSION = 0x0202904D,  /* enum stp_protocol_version */
+  STP_ATTRIBUTE_TOPOLOGY_CHANGES = 0x1402904E,  /* how many there were */
+  STP_ATTRIBUTE_TOPOLOGY_AGE = 0x1402904F,      /* time since the latest one, modulo 2^32 */
+  STP_ATTRIBUTE_BRIDGE_PORT_COUNT = 0x14029050, /* bridge ports of the tree */
+
+  /* A bridge port in a tree. */
+  STP_ATTRIBUTE_BRIDGE_PORT = 0x1402A040,   /* its number as the bridge itself has it in port identifiers, or,
+                                             * where no bridge has such a number, its bridge port number */
+  STP_ATTRIBUTE_IF_MIB_INDEX = 0x1402A041,  /* ifIndex (RFC 2863) */
+  STP_ATTRIBUTE_PORT_PRIORITY = 0x1402A042, /* 0 to 255 */
+  STP_ATTRIBUTE_PORT_STATE = 0x0202A043,    /* enum stp_port_state; disabled without a link */
+  STP_ATTRIBUTE_DESIGNATED_ROOT_PRIORITY = 0x1402A044, /* of the segment that it attaches to */
+  STP_ATTRIBUTE_DESIGNATED_ROOT_MAC = 0x0F02A045,
+  STP_ATTRIBUTE_DESIGNATED_COST = 0x1402A046,
+  STP_ATTRIBUTE_DESIGNATED_BRIDGE_PRIORITY = 0x1402A047,
+  STP_ATTRIBUTE_DESIGNATED_BRIDGE_MAC = 0x0F02A048,
+  STP_ATTRIBUTE_DESIGNATED_PORT = 0x1402A049,     /* a port identifier of 16 bits */
+  STP_ATTRIBUTE_FORWARD_TRANSITIONS = 0x1402A04A, /* from learning to forwarding */
+  STP_ATTRIBUTE_ADMIN_EDGE = 0x0202A04B           /* as configured: 1 yes, 0 no */
 };
 
 /* Values of attributes. */
@@ -127,6 +174,21 @@ enum stp_port_role CMD_ENUM_BASE {
   STP_ROLE_BACKUP = 5
 };
 
+enum stp_port_state CMD_ENUM_BASE {
+  STP_PORT_STATE_DISABLED = 0,
+  STP_PORT_STATE_BLOCKING = 1, /* what IEEE 802.1D-2004 calls discarding */
+  STP_PORT_STATE_LISTENING = 2,
+  STP_PORT_STATE_LEARNING = 3,
+  STP_PORT_STATE_FORWARDING = 4
+};
+
+/* What a bridge sends: IEEE 802.1D clause 9.3, IEEE 802.1Q clause 14. */
+enum stp_protocol_version CMD_ENUM_BASE {
+  STP_PROTOCOL_VERSION_STP = 0,
+  STP_PROTOCOL_VERSION_RSTP = 2,
+  STP_PROTOCOL_VERSION_MSTP = 3
+};
+
 /* A port's inconsistencies, added up. */
 enum stp_port_inconsistency CMD_ENUM_BASE {
   STP_INCONSISTENT_PVID = 1, /* the neighbour's port VLAN identifier is another one */
@@ -137,10 +199,13 @@ enum stp_port_inconsistency CMD_ENUM_BASE {
 enum stp_notification CMD_ENUM_BASE {
   STP_NOTIFICATION_PORT_INCONSISTENCY = 17421, /* port VLAN identifier or port type */
   STP_NOTIFICATION_LOOP_INCONSISTENCY = 17422,
-  STP_NOTIFICATION_ROOT_INCONSISTENCY = 17423
+  STP_NOTIFICATION_ROOT_INCONSISTENCY = 17423,
+  STP_NOTIFICATION_NEW_ROOT = 17424,        /* the bridge has become a tree's root */
+  STP_NOTIFICATION_TOPOLOGY_CHANGE = 17425, /* a port of a tree has begun or ceased to forward */
+  STP_NOTIFICATION_TREES = 17426            /* trees have come or gone; each new subscriber is told once */
 };
 
-/* The payload of each of them (xport.h): words in network byte order. */
+/* The payload of inconsistencies (xport.h): words in network byte order. */
 struct stp_inconsistency_payload {
   uint32_t tree;
   uint32_t if_index;
@@ -154,14 +219,25 @@ enum stp_inconsistency_change CMD_ENUM_BASE {
   STP_INCONSISTENCY_VANISHED = 2
 };
 
+/* The payload of the others: words in network byte order. Of STP_NOTIFICATION_TREES, the first three are 0.
+ */
+struct stp_tree_payload {
+  uint32_t tree;
+  uint32_t bridge_port;  /* as STP_ATTRIBUTE_BRIDGE_PORT: through which the change came; 0: nobody knows */
+  uint32_t if_mib_index; /* of that port; the same */
+  uint32_t mode;         /* enum stp_mode; 0: no spanning tree runs */
+};
+
 /* The class of the module's records in the event history (evhist.h). */
 #define STP_EVENT_CLASS 0x730000U
 
 #ifdef __cplusplus
 }
-static_assert(sizeof(struct stp_inconsistency_payload) == 16, "payloads have no padding");
+static_assert(sizeof(struct stp_inconsistency_payload) == 16 && sizeof(struct stp_tree_payload) == 16,
+              "payloads have no padding");
 #else
-_Static_assert(sizeof(struct stp_inconsistency_payload) == 16, "payloads have no padding");
+_Static_assert(sizeof(struct stp_inconsistency_payload) == 16 && sizeof(struct stp_tree_payload) == 16,
+               "payloads have no padding");
 #endif
 
 #endif

@@ -25,6 +25,8 @@ TEST(StpProtocol, HasTheCommands) {
   EXPECT_EQ(STP_COMMAND_ROOT_INCONSISTENCIES, protocol::kRootInconsistencies);
   EXPECT_EQ(STP_COMMAND_LOOP_INCONSISTENCIES, protocol::kLoopInconsistencies);
   EXPECT_EQ(STP_COMMAND_MST_INSTANCES, protocol::kMstInstances);
+  EXPECT_EQ(STP_COMMAND_BRIDGE_TREES, protocol::kBridgeTrees);
+  EXPECT_EQ(STP_COMMAND_BRIDGE_PORTS, protocol::kBridgePorts);
 }
 
 TEST(StpProtocol, HasTheKeys) {
@@ -34,6 +36,7 @@ TEST(StpProtocol, HasTheKeys) {
   EXPECT_EQ(STP_KEY_MST_INTERFACE, protocol::kMstInterfaceKey);
   EXPECT_EQ(STP_KEY_VLAN_TREE, protocol::kVlanTreeKey);
   EXPECT_EQ(STP_KEY_MST_TREE, protocol::kMstTreeKey);
+  EXPECT_EQ(STP_KEY_BRIDGE_PORT, protocol::kBridgePortKey);
   EXPECT_EQ(STP_KEY_VLAN_TREE_SETTINGS, protocol::kVlanTreeSettingsKey);
   EXPECT_EQ(STP_KEY_MST_TREE_SETTINGS, protocol::kMstTreeSettingsKey);
   EXPECT_EQ(STP_KEY_VLAN_TREE_PORT_SETTINGS, protocol::kVlanTreePortSettingsKey);
@@ -69,6 +72,35 @@ TEST(StpProtocol, HasTheAttributes) {
   EXPECT_EQ(STP_ATTRIBUTE_DISPUTE, protocol::kDispute);
   EXPECT_EQ(STP_ATTRIBUTE_PRE_STANDARD_PEER, protocol::kPreStandardPeer);
   EXPECT_EQ(STP_ATTRIBUTE_INCONSISTENCY, protocol::kInconsistency);
+  EXPECT_EQ(STP_ATTRIBUTE_BRIDGE_PRIORITY, protocol::kBridgePriority);
+  EXPECT_EQ(STP_ATTRIBUTE_BRIDGE_MAC, protocol::kBridgeMac);
+  EXPECT_EQ(STP_ATTRIBUTE_ROOT_PRIORITY, protocol::kRootPriority);
+  EXPECT_EQ(STP_ATTRIBUTE_ROOT_MAC, protocol::kRootMac);
+  EXPECT_EQ(STP_ATTRIBUTE_ROOT_COST, protocol::kRootCost);
+  EXPECT_EQ(STP_ATTRIBUTE_ROOT_PORT, protocol::kRootPort);
+  EXPECT_EQ(STP_ATTRIBUTE_MAX_AGE, protocol::kMaxAge);
+  EXPECT_EQ(STP_ATTRIBUTE_HELLO_TIME, protocol::kHelloTime);
+  EXPECT_EQ(STP_ATTRIBUTE_FORWARD_DELAY, protocol::kForwardDelay);
+  EXPECT_EQ(STP_ATTRIBUTE_BRIDGE_MAX_AGE, protocol::kBridgeMaxAge);
+  EXPECT_EQ(STP_ATTRIBUTE_BRIDGE_HELLO_TIME, protocol::kBridgeHelloTime);
+  EXPECT_EQ(STP_ATTRIBUTE_BRIDGE_FORWARD_DELAY, protocol::kBridgeForwardDelay);
+  EXPECT_EQ(STP_ATTRIBUTE_TX_HOLD_COUNT, protocol::kTxHoldCount);
+  EXPECT_EQ(STP_ATTRIBUTE_PROTOCOL_VERSION, protocol::kProtocolVersion);
+  EXPECT_EQ(STP_ATTRIBUTE_TOPOLOGY_CHANGES, protocol::kTopologyChanges);
+  EXPECT_EQ(STP_ATTRIBUTE_TOPOLOGY_AGE, protocol::kTopologyAge);
+  EXPECT_EQ(STP_ATTRIBUTE_BRIDGE_PORT_COUNT, protocol::kBridgePortCount);
+  EXPECT_EQ(STP_ATTRIBUTE_BRIDGE_PORT, protocol::kBridgePort);
+  EXPECT_EQ(STP_ATTRIBUTE_IF_MIB_INDEX, protocol::kIfMibIndex);
+  EXPECT_EQ(STP_ATTRIBUTE_PORT_PRIORITY, protocol::kPortPriority);
+  EXPECT_EQ(STP_ATTRIBUTE_PORT_STATE, protocol::kPortState);
+  EXPECT_EQ(STP_ATTRIBUTE_DESIGNATED_ROOT_PRIORITY, protocol::kDesignatedRootPriority);
+  EXPECT_EQ(STP_ATTRIBUTE_DESIGNATED_ROOT_MAC, protocol::kDesignatedRootMac);
+  EXPECT_EQ(STP_ATTRIBUTE_DESIGNATED_COST, protocol::kDesignatedCost);
+  EXPECT_EQ(STP_ATTRIBUTE_DESIGNATED_BRIDGE_PRIORITY, protocol::kDesignatedBridgePriority);
+  EXPECT_EQ(STP_ATTRIBUTE_DESIGNATED_BRIDGE_MAC, protocol::kDesignatedBridgeMac);
+  EXPECT_EQ(STP_ATTRIBUTE_DESIGNATED_PORT, protocol::kDesignatedPort);
+  EXPECT_EQ(STP_ATTRIBUTE_FORWARD_TRANSITIONS, protocol::kForwardTransitions);
+  EXPECT_EQ(STP_ATTRIBUTE_ADMIN_EDGE, protocol::kAdminEdge);
 }
 
 TEST(StpProtocol, HasTheValues) {
@@ -95,6 +127,9 @@ TEST(StpProtocol, HasTheNotifications) {
   EXPECT_EQ(STP_NOTIFICATION_PORT_INCONSISTENCY, protocol::kPortInconsistencyClass);
   EXPECT_EQ(STP_NOTIFICATION_LOOP_INCONSISTENCY, protocol::kLoopInconsistencyClass);
   EXPECT_EQ(STP_NOTIFICATION_ROOT_INCONSISTENCY, protocol::kRootInconsistencyClass);
+  EXPECT_EQ(STP_NOTIFICATION_NEW_ROOT, protocol::kNewRootClass);
+  EXPECT_EQ(STP_NOTIFICATION_TOPOLOGY_CHANGE, protocol::kTopologyChangeClass);
+  EXPECT_EQ(STP_NOTIFICATION_TREES, protocol::kTreesClass);
   EXPECT_EQ(STP_INCONSISTENCY_APPEARED, 1U);
   EXPECT_EQ(STP_INCONSISTENCY_VANISHED, 2U);
   EXPECT_EQ(offsetof(stp_inconsistency_payload, tree), 0U);
@@ -102,6 +137,22 @@ TEST(StpProtocol, HasTheNotifications) {
   EXPECT_EQ(offsetof(stp_inconsistency_payload, state), 8U);
   EXPECT_EQ(offsetof(stp_inconsistency_payload, mode), 12U);
   EXPECT_EQ(sizeof(stp_inconsistency_payload), 16U);
+  EXPECT_EQ(offsetof(stp_tree_payload, tree), 0U);
+  EXPECT_EQ(offsetof(stp_tree_payload, bridge_port), 4U);
+  EXPECT_EQ(offsetof(stp_tree_payload, if_mib_index), 8U);
+  EXPECT_EQ(offsetof(stp_tree_payload, mode), 12U);
+  EXPECT_EQ(sizeof(stp_tree_payload), 16U);
+}
+
+TEST(StpProtocol, HasTheNumbersOfTheStandard) {
+  EXPECT_EQ(STP_PORT_STATE_DISABLED, 0U);
+  EXPECT_EQ(STP_PORT_STATE_BLOCKING, 1U);
+  EXPECT_EQ(STP_PORT_STATE_LISTENING, 2U);
+  EXPECT_EQ(STP_PORT_STATE_LEARNING, 3U);
+  EXPECT_EQ(STP_PORT_STATE_FORWARDING, 4U);
+  EXPECT_EQ(STP_PROTOCOL_VERSION_STP, 0U);
+  EXPECT_EQ(STP_PROTOCOL_VERSION_RSTP, 2U);
+  EXPECT_EQ(STP_PROTOCOL_VERSION_MSTP, 3U);
 }
 
 TEST(StpProtocol, HasTheEventClass) { EXPECT_EQ(STP_EVENT_CLASS, 0x73'0000U); }
