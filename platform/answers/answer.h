@@ -14,8 +14,8 @@ namespace stpplatform::answers {
 
 class Answer {
  public:
-  // More than the longest one needs: that of the MST region.
-  static constexpr size_t kMaxSize = 192;
+  // More than the longest one needs: that of a bridge in a tree.
+  static constexpr size_t kMaxSize = 384;
 
   void add_number(stp_attribute attribute, uint32_t value) { add(attribute, &value, sizeof value); }
 

@@ -21,7 +21,9 @@ constexpr Command kCommands[] = {{STP_COMMAND_GLOBAL_SETTINGS, answer_global_set
                                  {STP_COMMAND_PORT_SETTINGS, answer_port_settings},
                                  {STP_COMMAND_ROOT_INCONSISTENCIES, answer_root_inconsistencies},
                                  {STP_COMMAND_LOOP_INCONSISTENCIES, answer_loop_inconsistencies},
-                                 {STP_COMMAND_MST_INSTANCES, answer_mst_instances}};
+                                 {STP_COMMAND_MST_INSTANCES, answer_mst_instances},
+                                 {STP_COMMAND_BRIDGE_TREES, answer_bridge_trees},
+                                 {STP_COMMAND_BRIDGE_PORTS, answer_bridge_ports_of_tree}};
 
 bool is_addressed_here(const wire::Request &request) {
   return request.destination == STP_DESTINATION && request.service == STP_SERVICE &&

@@ -3,7 +3,7 @@
 namespace stpplatform::answers {
 
 const wire::ImageInterface *find_bridge_port(const Image &image, const Question &question, stp_key key) {
-  const uint32_t asked = question.interface(key);
+  const uint32_t asked = question.number(key);
   if (question.action() == CMD_ACTION_GET) {
     const wire::ImageInterface *interface = image.find_interface(asked);
     return interface != nullptr && is_bridge_port(*interface) ? interface : nullptr;

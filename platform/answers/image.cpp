@@ -2,37 +2,13 @@
 
 #include <bit>
 
+#include "answers/search.h"
+
 namespace stpplatform::answers {
 namespace {
 
 constexpr uint32_t kOctetBits = 8;
 constexpr uint8_t kFirstBit = 0x80;
-
-// Finds the first of the positions from `first` to `end` at which `is_below` is no longer true; it is true
-// for those up to some position and for none behind it. Begins with `hint` and the one behind it, and
-// remembers in it where the search ended.
-template <class IsBelow>
-uint32_t search(uint32_t first, uint32_t end, uint32_t *hint, IsBelow is_below) {
-  for (uint32_t guess = *hint; guess - *hint < 2; ++guess) {
-    if (guess >= first && guess <= end && (guess == first || is_below(guess - 1)) &&
-        (guess == end || !is_below(guess))) {
-      *hint = guess;
-      return guess;
-    }
-  }
-  uint32_t count = end - first;
-  while (count > 0) {
-    const uint32_t half = count / 2;
-    if (is_below(first + half)) {
-      first += half + 1;
-      count -= half + 1;
-    } else {
-      count = half;
-    }
-  }
-  *hint = first;
-  return first;
-}
 
 }  // namespace
 
@@ -60,6 +36,11 @@ Image::Image(const wire::ImageSlot *slot, size_t slot_size) : slot_(slot) {
               find_table(slot->members, slot_size, kMostTreePorts, &members_) &&
               find_table(slot->mst_instances, slot_size, wire::kMaxMstInstances, &mst_instances_) &&
               find_table(slot->refused_users, slot_size, wire::kMaxRefusedUsers, &refused_users_) &&
+              find_table(slot->bridge_ports, slot_size, wire::kMaxInterfaces, &bridge_ports_) &&
+              find_table(slot->trees, slot_size, wire::kTrees, &trees_) &&
+              find_table(slot->designated, slot_size, kMostTreePorts, &designated_) &&
+              find_table(slot->by_number, slot_size, kMostTreePorts, &by_number_) &&
+              bridge_ports_.count == interfaces_.count && by_number_.count == tree_ports_.count &&
               members_.count == wire::kTrees * wire::member_words(interfaces_.count);
 }
 
@@ -140,11 +121,17 @@ const wire::ImageMstInstance *Image::mst_instance_behind(uint32_t id) const {
   return position < mst_instances_.count ? &mst_instances_[position] : nullptr;
 }
 
+bool Image::find_ports_of(uint32_t tree, uint32_t *first, uint32_t *end) const {
+  *first = load_shared(slot_->first_tree_port[tree]);
+  *end = load_shared(slot_->first_tree_port[tree + 1]);
+  return *first <= *end && *end <= tree_ports_.count;
+}
+
 // The first place in a tree, or behind its ports, at which the interface's position is not below `interface`.
 cmd_result Image::first_tree_port(uint32_t tree, uint32_t interface, uint32_t *position) const {
-  const uint32_t first = load_shared(slot_->first_tree_port[tree]);
-  const uint32_t end = load_shared(slot_->first_tree_port[tree + 1]);
-  if (first > end || end > tree_ports_.count) {
+  uint32_t first = 0;
+  uint32_t end = 0;
+  if (!find_ports_of(tree, &first, &end)) {
     return CMD_BAD_REPLY;
   }
   *position = search(first, end, &latest_tree_port_, [this, interface](uint32_t candidate) {
@@ -171,7 +158,7 @@ cmd_result Image::take(uint32_t position, TreePort *found) const {
   if (interface >= interfaces_.count) {
     return CMD_BAD_REPLY;
   }
-  *found = {load_shared(entry.tree), &interfaces_[interface], &entry};
+  *found = {load_shared(entry.tree), &interfaces_[interface], &entry, &bridge_ports_[interface]};
   return CMD_OK;
 }
 

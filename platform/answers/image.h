@@ -33,6 +33,7 @@ struct TreePort {
   uint32_t tree;
   const wire::ImageInterface *interface;
   const wire::ImageTreePort *entry;
+  const wire::ImageBridgePort *bridge_port;
 };
 
 class Image {
@@ -81,6 +82,20 @@ class Image {
   cmd_result find_tree_port(const TreePortKey &key, cmd_action action, const Records<uint32_t> &listed,
                             TreePort *found) const;
 
+  // A running tree; the first one, or the one behind `tree`. Null when there is none.
+  const wire::ImageTree *find_tree(uint32_t tree) const;
+  const wire::ImageTree *first_tree_from(uint32_t tree) const;
+
+  // The number of ports of a tree, which is one that there could be. False when the image contradicts itself.
+  bool count_ports(uint32_t tree, uint32_t *count) const;
+
+  // The port of a tree with this number (wire::ImageBridgePort) or, for CMD_ACTION_GET_NEXT, with the next
+  // larger one. As find_tree_port.
+  cmd_result find_port_by_number(uint32_t tree, uint32_t number, cmd_action action, TreePort *found) const;
+
+  // What a port knows of its segment. CMD_NO_ENTRY: what the bridge itself sends there.
+  cmd_result find_designated(const wire::ImageTreePort &port, const wire::ImageDesignated **found) const;
+
   // The members of a VLAN: words as the image keeps them, member_words(interfaces().count) of them.
   const uint32_t *members_of(uint32_t vlan) const;
 
@@ -91,6 +106,7 @@ class Image {
   uint32_t first_mst_instance(uint32_t id) const;
   bool is_latest(uint32_t if_index) const;
   static bool holds(const uint8_t (&set)[wire::kTreeSetSize], uint32_t id);
+  bool find_ports_of(uint32_t tree, uint32_t *first, uint32_t *end) const;
   cmd_result first_tree_port(uint32_t tree, uint32_t interface, uint32_t *position) const;
   cmd_result find_position(const TreePortKey &key, cmd_action action, uint32_t *position) const;
   cmd_result take(uint32_t position, TreePort *found) const;
@@ -105,10 +121,16 @@ class Image {
   Records<uint32_t> members_;
   Records<wire::ImageMstInstance> mst_instances_;
   Records<wire::ImageUser> refused_users_;
+  Records<wire::ImageBridgePort> bridge_ports_;
+  Records<wire::ImageTree> trees_;
+  Records<wire::ImageDesignated> designated_;
+  Records<uint16_t> by_number_;
   bool is_sound_ = false;
   // Where the latest searches ended: walks go on from there.
   mutable uint32_t latest_interface_ = 0;
   mutable uint32_t latest_tree_port_ = 0;
+  mutable uint32_t latest_number_ = 0;
+  mutable uint32_t latest_tree_ = 0;
 };
 
 // True for what has a bridge port number of its own; members of a port-channel have none that counts.

@@ -18,7 +18,7 @@ cmd_result find_listed(const Image &image, const Records<uint32_t> &listed, cons
   if (!question.has_keys(STP_KEY_VLAN_TREE, STP_KEY_INTERFACE)) {
     return CMD_UNKNOWN_KEY;
   }
-  TreePortKey asked{0, question.interface(STP_KEY_INTERFACE)};
+  TreePortKey asked{0, question.number(STP_KEY_INTERFACE)};
   if (!question.tree(STP_KEY_VLAN_TREE, &asked.tree)) {
     return CMD_BAD_REQUEST;
   }

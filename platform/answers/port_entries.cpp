@@ -45,7 +45,7 @@ cmd_result answer_tree_ports(const Image &image, const TreePortCommand &command,
   if (!question.has_keys(command.tree, command.interface)) {
     return CMD_UNKNOWN_KEY;
   }
-  TreePortKey asked{0, question.interface(command.interface)};
+  TreePortKey asked{0, question.number(command.interface)};
   if (!question.tree(command.tree, &asked.tree)) {
     return CMD_BAD_REQUEST;
   }

@@ -29,10 +29,10 @@ const wire::Attribute &Question::key(stp_key key) const {
   return keys_[0].token == key ? keys_[0] : keys_[1];
 }
 
-uint32_t Question::interface(stp_key interface_key) const {
-  uint32_t if_index = 0;
-  std::memcpy(&if_index, key(interface_key).value, sizeof if_index);
-  return if_index;
+uint32_t Question::number(stp_key number_key) const {
+  uint32_t number = 0;
+  std::memcpy(&number, key(number_key).value, sizeof number);
+  return number;
 }
 
 bool Question::tree(stp_key tree_key, uint32_t *tree) const {

@@ -25,8 +25,8 @@ class Question {
   bool has_key(stp_key key) const { return count_ == 1 && keys_[0].token == key; }
   bool has_keys(stp_key one, stp_key other) const;
 
-  // The value of a key that the question has. The interface index.
-  uint32_t interface(stp_key key) const;
+  // The value of a key that the question has. A number, or an interface index.
+  uint32_t number(stp_key key) const;
 
   // The VLAN or MST instance. False when the list does not name exactly one: CMD_BAD_REQUEST.
   bool tree(stp_key key, uint32_t *tree) const;
@@ -43,6 +43,8 @@ class Question {
 };
 
 // Return CMD_OK with the answer's attributes added, or another code, and then what they have added is void.
+cmd_result answer_bridge_ports_of_tree(const Image &image, const Question &question, Answer *answer);
+cmd_result answer_bridge_trees(const Image &image, const Question &question, Answer *answer);
 cmd_result answer_global_settings(const Image &image, const Question &question, Answer *answer);
 cmd_result answer_loop_guard(const Image &image, const Question &question, Answer *answer);
 cmd_result answer_loop_inconsistencies(const Image &image, const Question &question, Answer *answer);

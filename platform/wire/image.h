@@ -24,7 +24,7 @@
 namespace stpplatform::wire {
 
 inline constexpr uint32_t kImageMagic = 0x5354'5049;  // "STPI"
-inline constexpr uint32_t kImageVersion = 1;
+inline constexpr uint32_t kImageVersion = 2;
 
 // Bridge port numbers: 129 to 4095 for physical ports, 4097 to 8191 for port-channels.
 inline constexpr uint32_t kPortNumbers = 8192;
@@ -113,7 +113,60 @@ struct ImageTreePort {
   uint16_t interface;  // position of the interface, which is a bridge port
   uint8_t role;        // enum stp_port_role
   uint8_t inconsistencies;
+  uint8_t state;  // enum stp_port_state
+  uint8_t reserved;
+  uint32_t designated;  // position + 1 of what it knows of its segment; 0: what the bridge itself sends there
+};
+
+// The identifier of a bridge (IEEE 802.1D clause 9.2.5).
+struct ImageBridgeId {
+  uint16_t priority;
+  uint8_t mac[kMacAddressSize];
+};
+
+// What a port knows of the segment that it attaches to (IEEE 802.1D clause 17.19.21).
+struct ImageDesignated {
+  ImageBridgeId root;
+  ImageBridgeId bridge;
+  ImageNumber cost;
+  ImageNumber port;  // a port identifier
+  uint8_t has_root;
+  uint8_t has_bridge;
   uint16_t reserved;
+};
+
+// What the standard's objects have of the bridge port at the same position among the interfaces. Of what is
+// none, it has nothing.
+struct ImageBridgePort {
+  ImageNumber if_mib_index;  // ifIndex, RFC 2863
+  ImageNumber port_id;
+  ImageNumber priority;
+  ImageNumber forward_transitions;
+  uint16_t number;     // STP_ATTRIBUTE_BRIDGE_PORT
+  uint8_t admin_edge;  // flag
+  uint8_t reserved;
+};
+
+// A running tree. Key: tree.
+struct ImageTree {
+  alignas(8) uint64_t last_topology_change;  // nanoseconds of CLOCK_MONOTONIC, 0 where nobody knows
+  uint32_t tree;
+  uint8_t has_bridge_id;
+  uint8_t has_root_id;
+  uint8_t protocol_version;  // enum stp_protocol_version
+  uint8_t reserved;
+  ImageBridgeId bridge_id;
+  ImageBridgeId root_id;
+  ImageNumber root_cost;
+  ImageNumber root_port;  // STP_ATTRIBUTE_BRIDGE_PORT, 0 at the root
+  ImageNumber max_age;    // hundredths of a second, as all times; those in force, then the bridge's own
+  ImageNumber hello_time;
+  ImageNumber forward_delay;
+  ImageNumber bridge_max_age;
+  ImageNumber bridge_hello_time;
+  ImageNumber bridge_forward_delay;
+  ImageNumber tx_hold_count;
+  ImageNumber topology_changes;
 };
 
 // Key: id. Where no spanning tree runs there are none.
@@ -137,7 +190,7 @@ inline constexpr uint32_t kTableAlignment = 8;
 
 inline constexpr uint32_t kMemberWordBits = 32;
 
-inline constexpr size_t kSlotTables = 8;
+inline constexpr size_t kSlotTables = 12;
 struct ImageSlot {
   ImageTable interfaces;         // ImageInterface
   ImageTable tree_ports;         // ImageTreePort
@@ -148,6 +201,11 @@ struct ImageSlot {
                        // position w * kMemberWordBits + i, set when it is a bridge port that is a member
   ImageTable mst_instances;  // ImageMstInstance
   ImageTable refused_users;  // ImageUser
+  ImageTable bridge_ports;   // ImageBridgePort, one for each interface
+  ImageTable trees;          // ImageTree
+  ImageTable designated;     // ImageDesignated
+  ImageTable by_number;  // for each place in tree_ports, 16 bits: of the same tree's ports in ascending order
+                         // of ImageBridgePort::number, the position of that interface
   ImageSettings settings;
   uint8_t running_trees[kTreeSetSize];   // those without ports, too
   uint8_t vlans_in_use[kTreeSetSize];    // by some bridge port
@@ -181,8 +239,10 @@ inline constexpr uint64_t kLeaseNs = 500'000'000;
 static_assert(std::atomic<uint64_t>::is_always_lock_free && std::atomic<uint32_t>::is_always_lock_free,
               "the head is shared between processes");
 static_assert(sizeof(ImageHead) == 40 && alignof(ImageHead) == 8 && sizeof(ImageSettings) == 112 &&
-                  sizeof(ImageInterface) == 32 && sizeof(ImageTreePort) == 8 &&
-                  sizeof(ImageMstInstance) == 12 + kTreeSetSize && sizeof(ImageUser) == 64 &&
+                  sizeof(ImageInterface) == 32 && sizeof(ImageTreePort) == 12 &&
+                  sizeof(ImageDesignated) == 36 && sizeof(ImageBridgePort) == 36 &&
+                  sizeof(ImageTree) == 112 && sizeof(ImageMstInstance) == 12 + kTreeSetSize &&
+                  sizeof(ImageUser) == 64 &&
                   sizeof(ImageSlot) == kSlotTables * sizeof(ImageTable) + sizeof(ImageSettings) +
                                            3 * kTreeSetSize + (kTrees + 1) * sizeof(uint32_t) +
                                            kPortNumbers * sizeof(uint16_t),
@@ -199,9 +259,10 @@ constexpr size_t aligned_table(size_t octets) {
 
 // The largest slot of any switch.
 inline constexpr size_t kMaxSlotSize =
-    aligned_table(sizeof(ImageSlot)) + kMaxInterfaces * sizeof(ImageInterface) +
-    size_t{kTrees} * kMaxInterfaces * (sizeof(ImageTreePort) + 3 * sizeof(uint32_t)) +
-    size_t{kTrees} * member_words(kMaxInterfaces) * sizeof(uint32_t) +
+    aligned_table(sizeof(ImageSlot)) + kMaxInterfaces * (sizeof(ImageInterface) + sizeof(ImageBridgePort)) +
+    size_t{kTrees} * kMaxInterfaces *
+        (sizeof(ImageTreePort) + sizeof(ImageDesignated) + sizeof(uint16_t) + 3 * sizeof(uint32_t)) +
+    size_t{kTrees} * sizeof(ImageTree) + size_t{kTrees} * member_words(kMaxInterfaces) * sizeof(uint32_t) +
     kMaxMstInstances * sizeof(ImageMstInstance) + kMaxRefusedUsers * sizeof(ImageUser) +
     kSlotTables * kTableAlignment;
 

@@ -17,9 +17,16 @@ struct InterfaceNumbers {
   uint32_t bridge_port = 0;              // 0: it has none
   std::optional<uint32_t> port_id;       // of 16 bits; none: follows from priority and bridge port number
   std::optional<uint32_t> if_mib_index;  // ifIndex, RFC 2863
+  // By which a real bridge itself knows the port.
+  std::optional<uint32_t> own_number = std::nullopt;
 
   bool operator==(const InterfaceNumbers &) const = default;
 };
+
+// As the bridge has it in its port identifiers; of a switch that is no real bridge, its bridge port number.
+inline uint32_t own_number(const InterfaceNumbers &numbers) {
+  return numbers.own_number.value_or(numbers.bridge_port);
+}
 
 struct Interface : ConfiguredInterface, ObservedInterface {
   InterfaceNumbers numbers;

@@ -1,7 +1,5 @@
 #include "model/tree_values.h"
 
-#include <algorithm>
-
 namespace stpswitch {
 namespace {
 
@@ -40,24 +38,6 @@ std::optional<BridgeId> own_id(const TreeSettings &settings, const std::optional
   return in_tree({static_cast<uint16_t>(*settings.priority), *address}, tree);
 }
 
-// The port through which the root is reached; none while the roles of the others are unknown.
-struct RootPort {
-  std::optional<uint32_t> number;    // 0: the switch is the root
-  const BridgePort *port = nullptr;  // that has the number
-};
-
-RootPort root_port_of(const BridgePorts &ports, uint32_t tree) {
-  bool all_are_known = true;
-  for (const auto &[if_index, port] : ports) {
-    const std::optional<PortRole> role = role_in(tree, port);
-    if (role == PortRole::kRoot) {
-      return {port.interface->numbers.bridge_port, &port};
-    }
-    all_are_known = all_are_known && role.has_value();
-  }
-  return {all_are_known ? std::optional(0U) : std::nullopt, nullptr};
-}
-
 std::optional<uint32_t> cost_through(const BridgePort &port) {
   const std::optional<uint32_t> &designated = port.interface->designated.cost;
   const std::optional<uint32_t> &path = port.interface->path_cost;
@@ -71,37 +51,23 @@ void add_own_root(const TreeSettings &settings, ObservedTree *tree) {
   tree->timers_in_force = first_of(tree->timers_in_force, settings.timers);
 }
 
-bool is_inconsistent(const Interface &interface, uint32_t tree) {
-  return std::any_of(interface.inconsistencies.begin(), interface.inconsistencies.end(),
-                     [tree](const auto &kind) { return kind.second.contains(tree); });
-}
-
-std::optional<PortState> state_of(const BridgePort &port, std::optional<PortRole> role, uint32_t tree) {
-  if (role == PortRole::kDisabled) {
-    return PortState::kDisabled;
-  }
-  const std::optional<PortState> stated = port.interface->state.in(tree);
-  if (stated || !role) {
-    return stated;
-  }
-  const bool may_forward = role == PortRole::kRoot || role == PortRole::kDesignated;
-  return may_forward && !is_inconsistent(*port.interface, tree) ? PortState::kForwarding
-                                                                : PortState::kBlocking;
-}
-
-// Four bits of priority, twelve of the port's number.
-std::optional<uint32_t> port_id_of(const Interface &interface) {
-  constexpr unsigned kPriorityShift = 8;
-  constexpr uint32_t kNumberMask = 0xFFF;
-  if (interface.numbers.port_id || !interface.priority) {
-    return interface.numbers.port_id;
-  }
-  return *interface.priority << kPriorityShift | (interface.numbers.bridge_port & kNumberMask);
-}
-
 }  // namespace
 
-TreeValues tree_values(const SwitchState &state, const BridgePorts &ports, uint32_t tree) {
+void RootSearch::add(std::optional<PortRole> role, const BridgePort &port) {
+  if (role == PortRole::kRoot && port_ == nullptr) {
+    port_ = &port;
+  }
+  all_are_known_ = all_are_known_ && role.has_value();
+}
+
+std::optional<uint32_t> RootSearch::number() const {
+  if (port_ != nullptr) {
+    return port_->interface->numbers.bridge_port;
+  }
+  return all_are_known_ ? std::optional(0U) : std::nullopt;
+}
+
+TreeValues tree_values(const SwitchState &state, const RootSearch &root, uint32_t tree) {
   static const Tree kNothingStated;
   const auto entry = state.trees.find(tree);
   const Tree &stated = entry != state.trees.end() ? entry->second : kNothingStated;
@@ -109,12 +75,11 @@ TreeValues tree_values(const SwitchState &state, const BridgePorts &ports, uint3
   TreeValues values{first_of(stated.settings, state.bridge.settings), stated.observed};
   ObservedTree &observed = values.observed;
   observed.bridge_id = first_of(observed.bridge_id, own_id(values.settings, state.bridge.address, tree));
-  const RootPort root_port = root_port_of(ports, tree);
   // A switch that is no bridge with an identifier is nobody's root, and neither is one that knows another
   // root.
   const bool may_be_root = !observed.root_id || observed.root_id == observed.bridge_id;
-  if (observed.bridge_id && (may_be_root || root_port.number != 0U)) {
-    observed.root_port = first_of(observed.root_port, root_port.number);
+  if (observed.bridge_id && (may_be_root || root.number() != 0U)) {
+    observed.root_port = first_of(observed.root_port, root.number());
   }
   if (observed.root_port == 0U) {
     add_own_root(values.settings, &observed);
@@ -124,28 +89,47 @@ TreeValues tree_values(const SwitchState &state, const BridgePorts &ports, uint3
     observed.root_id = in_tree(*state.bridge.root.root_id, tree);
   }
   observed.timers_in_force = first_of(observed.timers_in_force, state.bridge.root.timers_in_force);
-  if (root_port.port != nullptr) {
-    observed.root_cost = first_of(observed.root_cost, cost_through(*root_port.port));
+  if (root.port() != nullptr) {
+    observed.root_cost = first_of(observed.root_cost, cost_through(*root.port()));
   }
   return values;
 }
 
-TreePortValues tree_port_values(const TreeValues &in_tree, uint32_t tree, const BridgePort &port) {
-  const ObservedTree &observed = in_tree.observed;
-  TreePortValues values{role_in(tree, port), {}, port_id_of(*port.interface), port.interface->designated};
-  values.state = state_of(port, values.role, tree);
-  // A segment's designated port is heard by itself alone, and one that is disabled hears nobody.
-  if (values.role == PortRole::kDesignated || values.role == PortRole::kDisabled) {
-    values.designated =
-        first_of(Designated{observed.root_id, observed.bridge_id, observed.root_cost, values.port_id},
-                 port.interface->designated);
-    return values;
+std::optional<PortState> port_state(std::optional<PortRole> role, std::optional<PortState> stated,
+                                    bool is_blocked) {
+  if (role == PortRole::kDisabled) {
+    return PortState::kDisabled;
   }
-  values.designated.root = first_of(values.designated.root, observed.root_id);
-  if (values.designated.cost == 0U) {
-    values.designated.bridge = first_of(values.designated.bridge, values.designated.root);
+  if (stated || !role) {
+    return stated;
   }
-  return values;
+  const bool may_forward = role == PortRole::kRoot || role == PortRole::kDesignated;
+  return may_forward && !is_blocked ? PortState::kForwarding : PortState::kBlocking;
+}
+
+std::optional<uint32_t> port_id(const Interface &port) {
+  constexpr unsigned kPriorityShift = 8;
+  constexpr uint32_t kNumberMask = 0xFFF;
+  if (port.numbers.port_id || !port.priority) {
+    return port.numbers.port_id;
+  }
+  return *port.priority << kPriorityShift | (port.numbers.bridge_port & kNumberMask);
+}
+
+Designated sent_values(const ObservedTree &tree, const Interface &port) {
+  return {tree.root_id, tree.bridge_id, tree.root_cost, port_id(port)};
+}
+
+Designated designated_values(const ObservedTree &tree, std::optional<PortRole> role, const Interface &port) {
+  if (hears_nobody(role)) {
+    return first_of(sent_values(tree, port), port.designated);
+  }
+  Designated heard = port.designated;
+  heard.root = first_of(heard.root, tree.root_id);
+  if (heard.cost == 0U) {
+    heard.bridge = first_of(heard.bridge, heard.root);
+  }
+  return heard;
 }
 
 }  // namespace stpswitch

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "model/derived.h"
+#include "model/tree_values.h"
 #include "publisher/image_values.h"
 
 namespace stpswitch {
@@ -52,6 +53,16 @@ std::optional<Guard> guard(const std::optional<bool> &is_on) {
   return is_on ? std::optional(*is_on ? Guard::kEnabled : Guard::kDisabled) : std::nullopt;
 }
 
+wire::ImageBridgePort standard_values(const Interface &port) {
+  return {.if_mib_index = image_number(port.numbers.if_mib_index),
+          .port_id = image_number(port_id(port)),
+          .priority = image_number(port.priority),
+          .forward_transitions = image_number(port.forward_transitions),
+          .number = static_cast<uint16_t>(own_number(port.numbers)),
+          .admin_edge = image_choice(port.admin_edge),
+          .reserved = 0};
+}
+
 void add_values(const BridgePort &port, wire::ImageInterface *interface) {
   const Interface &from = *port.interface;
   interface->path_cost = image_number(from.path_cost);
@@ -80,10 +91,12 @@ ImageInterfaces::ImageInterfaces(const Switch &the_switch) {
   for (const auto &[number, port] : state.ports) {
     add(port_interface(state, port));
   }
+  bridge_ports_.resize(records_.size());
   members_.resize(size_t{wire::kTrees} * wire::member_words(static_cast<uint32_t>(records_.size())));
   for (const auto &[if_index, port] : the_switch.bridge_ports()) {
     const uint16_t position = position_of(if_index);
     add_values(port, &records_[position]);
+    bridge_ports_[position] = standard_values(*port.interface);
     add_memberships(position, port.interface->vlans);
   }
   if (!state.settings.mode) {

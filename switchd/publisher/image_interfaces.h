@@ -14,6 +14,7 @@ class ImageInterfaces {
   explicit ImageInterfaces(const Switch &the_switch);
 
   const std::vector<stpplatform::wire::ImageInterface> &records() const { return records_; }
+  const std::vector<stpplatform::wire::ImageBridgePort> &bridge_ports() const { return bridge_ports_; }
 
   // By VLAN: words with a bit for each interface.
   const std::vector<uint32_t> &members() const { return members_; }
@@ -28,6 +29,7 @@ class ImageInterfaces {
   void add_memberships(uint32_t position, const VlanSet &vlans);
 
   std::vector<stpplatform::wire::ImageInterface> records_;
+  std::vector<stpplatform::wire::ImageBridgePort> bridge_ports_;
   std::vector<uint32_t> members_;
 };
 

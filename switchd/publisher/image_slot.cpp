@@ -9,6 +9,7 @@
 #include "model/derived.h"
 #include "publisher/image_interfaces.h"
 #include "publisher/image_tree_ports.h"
+#include "publisher/image_trees.h"
 #include "publisher/image_values.h"
 #include "wire/image.h"
 
@@ -110,14 +111,20 @@ void lay_out_slot(const Switch &the_switch, std::vector<uint8_t> *slot) {
   SlotWriter writer(slot);
   wire::ImageSlot head{};
   writer.add(interfaces.records(), &head.interfaces);
+  writer.add(interfaces.bridge_ports(), &head.bridge_ports);
   writer.add(interfaces.members(), &head.members);
   writer.add(image_mst_instances(the_switch), &head.mst_instances);
   writer.add(image_users(the_switch.state().access.refused_users), &head.refused_users);
-  const ListedPorts listed =
-      tree_ports.fill(writer.add<wire::ImageTreePort>(tree_ports.count(), &head.tree_ports));
-  writer.add(listed.pvid_or_type, &head.pvid_or_type);
-  writer.add(listed.loop_inconsistent, &head.loop_inconsistent);
-  writer.add(listed.root_inconsistent, &head.root_inconsistent);
+  const auto tree_port_records = writer.add<wire::ImageTreePort>(tree_ports.count(), &head.tree_ports);
+  const ToldByPorts told = tree_ports.fill(tree_port_records);
+  const ImageTrees trees(the_switch, told.roots);
+  const auto designated = trees.designated(interfaces, tree_port_records);
+  writer.add(told.pvid_or_type, &head.pvid_or_type);
+  writer.add(told.loop_inconsistent, &head.loop_inconsistent);
+  writer.add(told.root_inconsistent, &head.root_inconsistent);
+  writer.add(trees.records(), &head.trees);
+  writer.add(designated, &head.designated);
+  tree_ports.fill_by_number(writer.add<uint16_t>(tree_ports.count(), &head.by_number));
   head.settings = image_settings(the_switch);
   copy_set(the_switch.running_trees(), head.running_trees);
   copy_set(the_switch.vlans_in_use(), head.vlans_in_use);

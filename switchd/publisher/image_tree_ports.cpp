@@ -1,46 +1,15 @@
 #include "publisher/image_tree_ports.h"
 
+#include <algorithm>
 #include <numeric>
+#include <utility>
+
+#include "publisher/port_in_trees.h"
 
 namespace stpswitch {
 namespace {
 
 namespace wire = stpplatform::wire;
-
-using OctetOfTrees = std::array<uint8_t, wire::kTrees>;
-
-// A port's role in every tree that there could be. role_in() would look through its exceptions for each.
-OctetOfTrees roles_of(const BridgePort &port) {
-  const PerTree<PortRole> &stated = port.interface->role;
-  const bool is_down = port.link_up == false;
-  const auto shown = [is_down](PortRole role) {
-    return static_cast<uint8_t>(is_down ? PortRole::kDisabled : role);
-  };
-  OctetOfTrees roles;
-  roles.fill(stated.elsewhere ? shown(*stated.elsewhere) : wire::kUnknown);
-  // The first exception that has a tree counts: it is written last.
-  for (auto exception = stated.exceptions.rbegin(); exception != stated.exceptions.rend(); ++exception) {
-    exception->second.for_each(
-        [&roles, value = shown(exception->first)](uint32_t tree) { roles[tree] = value; });
-  }
-  return roles;
-}
-
-void add_kind(const TreePorts &ports, uint32_t if_index, uint8_t kind, OctetOfTrees *inconsistencies) {
-  const auto found = ports.by_port().find(if_index);
-  if (found != ports.by_port().end()) {
-    found->second.for_each([&](uint32_t tree) { (*inconsistencies)[tree] |= kind; });
-  }
-}
-
-OctetOfTrees inconsistencies_of(const Inconsistencies &reported, uint32_t if_index) {
-  OctetOfTrees inconsistencies{};
-  add_kind(reported.pvid_and_type.by_kind()[0], if_index, wire::kPvidInconsistent, &inconsistencies);
-  add_kind(reported.pvid_and_type.by_kind()[1], if_index, wire::kTypeInconsistent, &inconsistencies);
-  add_kind(reported.loop.tree_ports(), if_index, wire::kLoopInconsistent, &inconsistencies);
-  add_kind(reported.root.tree_ports(), if_index, wire::kRootInconsistent, &inconsistencies);
-  return inconsistencies;
-}
 
 // The positions of records with any of these kinds. `all` has the kinds of all records.
 std::vector<uint32_t> positions_with(unsigned kinds, unsigned all,
@@ -64,21 +33,46 @@ ImageTreePorts::ImageTreePorts(const Switch *the_switch, const ImageInterfaces *
   std::partial_sum(first_of_trees_.begin(), first_of_trees_.end(), first_of_trees_.begin());
 }
 
-ListedPorts ImageTreePorts::fill(std::span<wire::ImageTreePort> records) const {
+ToldByPorts ImageTreePorts::fill(std::span<wire::ImageTreePort> records) const {
+  ToldByPorts told;
+  told.roots.resize(wire::kTrees);
   FirstOfTrees next = first_of_trees_;
   unsigned all = 0;
   for (const auto &[if_index, trees] : switch_.tree_ports().by_port()) {
     const uint16_t position = interfaces_.position_of(if_index);
-    const OctetOfTrees roles = roles_of(switch_.bridge_ports().at(if_index));
-    const OctetOfTrees inconsistencies = inconsistencies_of(switch_.inconsistencies(), if_index);
+    const BridgePort &port = switch_.bridge_ports().at(if_index);
+    const PortInTrees in_trees(switch_, if_index);
     trees.for_each([&](uint32_t tree) {
-      records[next[tree]++] = {static_cast<uint16_t>(tree), position, roles[tree], inconsistencies[tree], 0};
-      all |= inconsistencies[tree];
+      records[next[tree]++] = {.tree = static_cast<uint16_t>(tree),
+                               .interface = position,
+                               .role = in_trees.role_octet(tree),
+                               .inconsistencies = in_trees.inconsistencies(tree),
+                               .state = in_trees.state_octet(tree),
+                               .reserved = 0,
+                               .designated = 0};
+      all |= in_trees.inconsistencies(tree);
+      told.roots[tree].add(in_trees.role(tree), port);
     });
   }
-  return {positions_with(wire::kPvidInconsistent | wire::kTypeInconsistent, all, records),
-          positions_with(wire::kLoopInconsistent, all, records),
-          positions_with(wire::kRootInconsistent, all, records)};
+  told.pvid_or_type = positions_with(wire::kPvidInconsistent | wire::kTypeInconsistent, all, records);
+  told.loop_inconsistent = positions_with(wire::kLoopInconsistent, all, records);
+  told.root_inconsistent = positions_with(wire::kRootInconsistent, all, records);
+  return told;
+}
+
+void ImageTreePorts::fill_by_number(std::span<uint16_t> positions) const {
+  std::vector<std::pair<uint32_t, uint32_t>> ports;  // numbers and interface indexes
+  for (const auto &[if_index, trees] : switch_.tree_ports().by_port()) {
+    ports.emplace_back(own_number(switch_.bridge_ports().at(if_index).interface->numbers), if_index);
+  }
+  std::sort(ports.begin(), ports.end());
+  FirstOfTrees next = first_of_trees_;
+  for (const auto &[number, if_index] : ports) {
+    switch_.tree_ports().by_port().at(if_index).for_each(
+        [&, position = interfaces_.position_of(if_index)](uint32_t tree) {
+          positions[next[tree]++] = position;
+        });
+  }
 }
 
 }  // namespace stpswitch

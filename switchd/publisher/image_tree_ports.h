@@ -8,16 +8,20 @@
 #include <vector>
 
 #include "model/switch.h"
+#include "model/tree_values.h"
 #include "publisher/image_interfaces.h"
 #include "wire/image.h"
 
 namespace stpswitch {
 
-// Positions among the ports of trees, in ascending order.
-struct ListedPorts {
+// What the ports of the trees tell besides.
+struct ToldByPorts {
+  // Positions among the ports of trees, in ascending order.
   std::vector<uint32_t> pvid_or_type;
   std::vector<uint32_t> loop_inconsistent;
   std::vector<uint32_t> root_inconsistent;
+
+  std::vector<RootSearch> roots;  // by tree, as many as there can be
 };
 
 class ImageTreePorts {
@@ -31,8 +35,11 @@ class ImageTreePorts {
   using FirstOfTrees = std::array<uint32_t, stpplatform::wire::kTrees + 1>;
   const FirstOfTrees &first_of_trees() const { return first_of_trees_; }
 
-  // Fills the table, of count() records, and returns which of them are inconsistent.
-  ListedPorts fill(std::span<stpplatform::wire::ImageTreePort> records) const;
+  // Fills the table, of count() records.
+  ToldByPorts fill(std::span<stpplatform::wire::ImageTreePort> records) const;
+
+  // Fills the table of the same size that has each tree's ports by number.
+  void fill_by_number(std::span<uint16_t> positions) const;
 
  private:
   const Switch &switch_;

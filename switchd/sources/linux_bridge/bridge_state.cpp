@@ -179,12 +179,14 @@ void add_port(const Link &link, const LinkTable &table, const BridgeHistory::Fac
   if (!is_port_channel(link)) {
     Port port;
     port.numbers = port_numbers(number);
+    port.numbers.own_number = number;
     fill_bridge_port(link, table, history, &port);
     result->state.ports.insert_or_assign(number, std::move(port));
     return;
   }
   PortChannel channel;
   channel.numbers = channel_numbers(number);
+  channel.numbers.own_number = number;
   fill_bridge_port(link, table, history, &channel);
   result->state.port_channels.insert_or_assign(number, std::move(channel));
   const auto members = table.members.find(link.if_index);

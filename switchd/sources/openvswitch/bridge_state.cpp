@@ -338,6 +338,7 @@ class BridgeReader {
     Port port;
     port.numbers = port_numbers(key_of(number));
     port.numbers.port_id = port_id;
+    port.numbers.own_number = number;
     read_bridge_port(row, port_id, bridge_, &port);
     const InterfaceRow *const interface =
         row.interfaces.empty() ? nullptr : interface_of(row.interfaces.front());
@@ -351,6 +352,7 @@ class BridgeReader {
     PortChannel channel;
     channel.numbers = channel_numbers(key_of(number));
     channel.numbers.port_id = port_id;
+    channel.numbers.own_number = number;
     read_bridge_port(row, port_id, bridge_, &channel);
     reading_.state.port_channels.emplace(key_of(number), std::move(channel));
     for (const RowId &id : row.interfaces) {

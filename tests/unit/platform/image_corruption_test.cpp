@@ -27,7 +27,8 @@ constexpr uint32_t kCommands[] = {
     protocol::kGlobalSettings,      protocol::kRapidPvstPorts,      protocol::kMstPorts,
     protocol::kMstRegion,           protocol::kVlanTrees,           protocol::kPortInconsistencies,
     protocol::kRootGuard,           protocol::kLoopGuard,           protocol::kPortSettings,
-    protocol::kRootInconsistencies, protocol::kLoopInconsistencies, protocol::kMstInstances};
+    protocol::kRootInconsistencies, protocol::kLoopInconsistencies, protocol::kMstInstances,
+    protocol::kBridgeTrees,         protocol::kBridgePorts};
 
 // Trees 1, 5 and 4095 over three ports, with an inconsistency of each kind.
 ImageContent content(uint8_t mode) {
@@ -36,10 +37,12 @@ ImageContent content(uint8_t mode) {
   content.mode = mode;
   content.refused_users = {"guest", "mallory"};
   content.disabled_vlans = {5};
+  content.designated.resize(2);
   for (const uint16_t tree : std::initializer_list<uint16_t>{1, 5, 4095}) {
     for (const uint16_t interface : std::initializer_list<uint16_t>{0, 1}) {
-      content.tree_ports.push_back({tree, interface, STP_ROLE_DESIGNATED,
-                                    static_cast<uint8_t>(1U << content.tree_ports.size() % 4), 0});
+      content.tree_ports.push_back(
+          {tree, interface, STP_ROLE_DESIGNATED, static_cast<uint8_t>(1U << content.tree_ports.size() % 4),
+           STP_PORT_STATE_BLOCKING, 0, static_cast<uint32_t>(content.tree_ports.size() % 3)});
     }
   }
   return content;
@@ -121,6 +124,11 @@ AnyRequest any_request(Random *random) {
     add_key(&request,
             is_of_mst && below(random, 4) != 0 ? protocol::kMstInterfaceKey : protocol::kInterfaceKey,
             &if_index, sizeof if_index);
+  }
+  if (request.head.command == protocol::kBridgePorts && (keys & 2) == 0) {
+    constexpr uint32_t kNumbers[] = {0, 129, 130, 4097, 65535, UINT32_MAX};
+    const uint32_t number = kNumbers[below(random, std::size(kNumbers))];
+    add_key(&request, protocol::kBridgePortKey, &number, sizeof number);
   }
   if (keys == 0 && below(random, 2) == 0) {
     const uint32_t nothing = 0;

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <ctime>
 #include <stdexcept>
+#include <utility>
 
 #include "platform/im.h"
 #include "platform/stp_protocol.h"
@@ -84,6 +85,56 @@ std::vector<uint32_t> inconsistent(const std::vector<ImageTreePort> &ports, uint
   return positions;
 }
 
+wire::ImageBridgeId bridge_id(uint16_t priority, uint8_t last) {
+  return {priority, {0, 0, 0x5E, 0, 0x53, last}};
+}
+
+// Each interface's number is its bridge port number.
+std::vector<wire::ImageBridgePort> bridge_ports_of(const std::vector<ImagePort> &ports) {
+  std::vector<wire::ImageBridgePort> records;
+  for (const ImagePort &port : ports) {
+    records.push_back({.if_mib_index = {7, 1},
+                       .port_id = {0x8000U | port.base_port, 1},
+                       .priority = {128, 1},
+                       .forward_transitions = {1, 1},
+                       .number = port.base_port,
+                       .admin_edge = 0,
+                       .reserved = 0});
+  }
+  return records;
+}
+
+// Those that have ports.
+std::vector<wire::ImageTree> trees_of(const std::vector<ImageTreePort> &ports) {
+  std::vector<wire::ImageTree> trees;
+  for (const ImageTreePort &port : ports) {
+    if (trees.empty() || trees.back().tree != port.tree) {
+      wire::ImageTree &tree = trees.emplace_back();
+      tree.tree = port.tree;
+      tree.has_bridge_id = tree.has_root_id = 1;
+      tree.bridge_id = bridge_id(0x8000, 1);
+      tree.root_id = bridge_id(0x1000, 2);
+      tree.protocol_version = STP_PROTOCOL_VERSION_RSTP;
+      tree.last_topology_change = 1;
+    }
+  }
+  return trees;
+}
+
+// The ports of each tree by number.
+std::vector<uint16_t> by_number(const ImageContent &content) {
+  std::vector<ImageTreePort> ports = content.tree_ports;
+  std::stable_sort(ports.begin(), ports.end(), [&](const ImageTreePort &one, const ImageTreePort &other) {
+    return std::pair(one.tree, content.interfaces[one.interface].base_port) <
+           std::pair(other.tree, content.interfaces[other.interface].base_port);
+  });
+  std::vector<uint16_t> positions;
+  for (const ImageTreePort &port : ports) {
+    positions.push_back(port.interface);
+  }
+  return positions;
+}
+
 std::vector<wire::ImageUser> users(const std::vector<std::string> &names) {
   std::vector<wire::ImageUser> records(names.size());
   for (size_t i = 0; i < names.size(); ++i) {
@@ -116,6 +167,10 @@ std::vector<uint8_t> lay_out(const ImageContent &content) {
   slot.members = writer.append(members_of(content.interfaces, &slot));
   slot.mst_instances = writer.append(content.mst_instances);
   slot.refused_users = writer.append(users(content.refused_users));
+  slot.bridge_ports = writer.append(bridge_ports_of(content.interfaces));
+  slot.trees = writer.append(trees_of(content.tree_ports));
+  slot.designated = writer.append(content.designated);
+  slot.by_number = writer.append(by_number(content));
   slot.settings = settings_of(content);
   for (const ImageTreePort &port : content.tree_ports) {
     add_vlan(slot.running_trees, port.tree);

@@ -27,6 +27,7 @@ struct ImageContent {
   std::vector<ImagePort> interfaces;
   std::vector<ImageMstInstance> mst_instances = {};
   std::vector<ImageTreePort> tree_ports = {};
+  std::vector<stpplatform::wire::ImageDesignated> designated = {};
   std::vector<std::string> refused_users = {};
   std::vector<uint16_t> disabled_vlans = {};
   uint8_t mode = STP_MODE_RAPID_PVST;

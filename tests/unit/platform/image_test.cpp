@@ -312,10 +312,10 @@ TEST_F(ImageReaders, AnUnsoundImageIsNotJudgedWithoutALease) {
 TEST_F(ImageReaders, AnImageOfAnotherVersionSaysWhatIsToBeRestarted) {
   file_.head()->version = wire::kImageVersion + 1;
   EXPECT_STREQ(reader_.map(file_.descriptor(), file_.size()),
-               "the image has version 2, and the agent reads version 1: restart the agent, which is older");
+               "the image has version 3, and the agent reads version 2: restart the agent, which is older");
   file_.head()->version = wire::kImageVersion - 1;
   EXPECT_STREQ(reader_.map(file_.descriptor(), file_.size()),
-               "the image has version 0, and the agent reads version 1: restart the switch, which is older");
+               "the image has version 1, and the agent reads version 2: restart the switch, which is older");
   EXPECT_EQ(read(kOk), Reading::kNoImage);
 }
 

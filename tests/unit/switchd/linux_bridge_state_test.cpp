@@ -98,7 +98,8 @@ TEST_F(StateOfALinuxBridge, HasItsPorts) {
   EXPECT_TRUE(now.port_channels.empty());
   ASSERT_THAT(now.ports, ElementsAre(Key(1U), Key(2U)));
   Port expected;
-  expected.numbers = {.if_index = 0x1A000001, .bridge_port = 129, .port_id = 0x8001, .if_mib_index = 10};
+  expected.numbers = {
+      .if_index = 0x1A000001, .bridge_port = 129, .port_id = 0x8001, .if_mib_index = 10, .own_number = 1};
   expected.name = "veth1";
   expected.vlans = parse_vlans("1");
   expected.path_cost = 4;
@@ -224,7 +225,8 @@ TEST_F(StateOfALinuxBridge, IsWithoutATreeWhereNobodyRunsOne) {
   EXPECT_EQ(now.settings.mode, std::nullopt);
   EXPECT_TRUE(now.trees.empty());
   Port expected;
-  expected.numbers = {.if_index = 0x1A000002, .bridge_port = 130, .port_id = {}, .if_mib_index = 20};
+  expected.numbers = {
+      .if_index = 0x1A000002, .bridge_port = 130, .port_id = {}, .if_mib_index = 20, .own_number = 2};
   expected.name = "veth2";
   expected.vlans = parse_vlans("1");
   expected.link_up = true;
@@ -239,7 +241,8 @@ TEST_F(StateOfALinuxBridge, HasPortStatesOnlyWhereAProgramRunsTheTree) {
   EXPECT_EQ(now.settings.mode, SpanningTreeMode::kMst);
   EXPECT_THAT(now.trees, ElementsAre(Pair(0U, Tree())));
   Port expected;
-  expected.numbers = {.if_index = 0x1A000002, .bridge_port = 130, .port_id = {}, .if_mib_index = 20};
+  expected.numbers = {
+      .if_index = 0x1A000002, .bridge_port = 130, .port_id = {}, .if_mib_index = 20, .own_number = 2};
   expected.name = "veth2";
   expected.vlans = parse_vlans("1");
   expected.link_up = true;
@@ -275,7 +278,7 @@ TEST(StateOfARecordedLinuxBridge, HasBondsAndTeamsAsPortChannels) {
   ASSERT_THAT(now.port_channels, ElementsAre(Key(1U), Key(2U)));
   const PortChannel &bond = now.port_channels.at(1);
   EXPECT_EQ(bond.name, "bond0");
-  EXPECT_EQ(bond.numbers, (InterfaceNumbers{0x16000001, 4097, 0x8001, 8}));
+  EXPECT_EQ(bond.numbers, (InterfaceNumbers{0x16000001, 4097, 0x8001, 8, 1}));
   EXPECT_EQ(bond.link_up, true);
   EXPECT_EQ(bond.role.in(kCistId), PortRole::kDesignated);
   EXPECT_EQ(bond.state.in(kCistId), PortState::kForwarding);

@@ -31,11 +31,31 @@ SwitchState below_the_root() {
 }
 
 TreeValues values_of(const SwitchState &state, uint32_t tree) {
-  return tree_values(state, bridge_ports(state), tree);
+  RootSearch root;
+  const BridgePorts ports = bridge_ports(state);
+  for (const auto &[if_index, port] : ports) {
+    root.add(role_in(tree, port), port);
+  }
+  return tree_values(state, root, tree);
 }
 
-TreePortValues port_values_of(const SwitchState &state, uint32_t tree, uint32_t number) {
-  return tree_port_values(values_of(state, tree), tree, bridge_ports(state).at(kPort + number));
+struct PortValues {
+  std::optional<PortRole> role;
+  std::optional<PortState> state;
+  std::optional<uint32_t> port_id;
+  Designated designated;
+};
+
+PortValues port_values_of(const SwitchState &state, uint32_t tree, uint32_t number) {
+  const BridgePort port = bridge_ports(state).at(kPort + number);
+  const Interface &interface = *port.interface;
+  bool is_blocked = false;
+  for (const auto &[kind, trees] : interface.inconsistencies) {
+    is_blocked = is_blocked || trees.contains(tree);
+  }
+  const std::optional<PortRole> role = role_in(tree, port);
+  return {role, port_state(role, interface.state.in(tree), is_blocked), port_id(interface),
+          designated_values(values_of(state, tree).observed, role, interface)};
 }
 
 std::string text_of(const std::optional<BridgeId> &id) { return id ? print_bridge_id(*id) : "unknown"; }
@@ -108,7 +128,7 @@ TEST(TreeValues, AreUnknownWhereNothingTellsThem) {
   EXPECT_EQ(values.observed.root_cost, std::nullopt);
   EXPECT_EQ(values.observed.root_port, std::nullopt);
   EXPECT_EQ(values.observed.timers_in_force, Timers());
-  const TreePortValues port = port_values_of(state, 0, 1);
+  const PortValues port = port_values_of(state, 0, 1);
   EXPECT_EQ(port.role, std::nullopt);
   EXPECT_EQ(port.state, std::nullopt);
   EXPECT_EQ(port.port_id, std::nullopt);
@@ -133,7 +153,7 @@ TEST(TreeValues, HaveNoRootPortThatNobodyKnowsOfToAForeignRoot) {
 }
 
 TEST(TreePortValues, AreTheSwitchsOwnOnADesignatedPort) {
-  const TreePortValues values = port_values_of(below_the_root(), 0, 1);
+  const PortValues values = port_values_of(below_the_root(), 0, 1);
   EXPECT_EQ(values.role, PortRole::kDesignated);
   EXPECT_EQ(values.state, PortState::kForwarding);
   EXPECT_EQ(values.port_id, 0x8081U);
@@ -145,7 +165,7 @@ TEST(TreePortValues, AreTheSwitchsOwnOnADesignatedPort) {
 
 TEST(TreePortValues, AreWhatIsHeardOnARootPort) {
   SwitchState state = below_the_root();
-  const TreePortValues direct = port_values_of(state, 0, 2);
+  const PortValues direct = port_values_of(state, 0, 2);
   EXPECT_EQ(direct.role, PortRole::kRoot);
   EXPECT_EQ(direct.state, PortState::kForwarding);
   EXPECT_EQ(text_of(direct.designated.root), "6000.00005e005301");
@@ -153,7 +173,7 @@ TEST(TreePortValues, AreWhatIsHeardOnARootPort) {
   EXPECT_EQ(direct.designated.cost, 0U);
   EXPECT_EQ(direct.designated.port, 0x8001U);
   port(state, 2).designated = {std::nullopt, parse_bridge_id("7000.00005e005302"), 300, 0x8003};
-  const TreePortValues behind = port_values_of(state, 0, 2);
+  const PortValues behind = port_values_of(state, 0, 2);
   EXPECT_EQ(text_of(behind.designated.root), "6000.00005e005301");
   EXPECT_EQ(text_of(behind.designated.bridge), "7000.00005e005302");
   EXPECT_EQ(behind.designated.cost, 300U);
