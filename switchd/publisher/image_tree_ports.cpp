@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <optional>
 #include <utility>
 
 #include "publisher/port_in_trees.h"
@@ -43,15 +44,21 @@ ToldByPorts ImageTreePorts::fill(std::span<wire::ImageTreePort> records) const {
     const BridgePort &port = switch_.bridge_ports().at(if_index);
     const PortInTrees in_trees(switch_, if_index);
     trees.for_each([&](uint32_t tree) {
+      const uint8_t role = in_trees.role(tree);
       records[next[tree]++] = {.tree = static_cast<uint16_t>(tree),
                                .interface = position,
-                               .role = in_trees.role_octet(tree),
+                               .role = role,
                                .inconsistencies = in_trees.inconsistencies(tree),
-                               .state = in_trees.state_octet(tree),
+                               .state = in_trees.state(tree),
                                .reserved = 0,
                                .designated = 0};
       all |= in_trees.inconsistencies(tree);
-      told.roots[tree].add(in_trees.role(tree), port);
+      // Ports of other roles tell nothing of the root.
+      if (role == wire::kUnknown) {
+        told.roots[tree].add(std::nullopt, port);
+      } else if (role == static_cast<uint8_t>(PortRole::kRoot)) {
+        told.roots[tree].add(PortRole::kRoot, port);
+      }
     });
   }
   told.pvid_or_type = positions_with(wire::kPvidInconsistent | wire::kTypeInconsistent, all, records);

@@ -1,5 +1,7 @@
 #include "publisher/port_in_trees.h"
 
+#include <optional>
+
 #include "model/tree_values.h"
 #include "publisher/image_values.h"
 
@@ -18,13 +20,16 @@ void fill_octets(const PerTree<Value> &stated, Octets *octets) {
   }
 }
 
-template <class Value>
-std::optional<Value> value_of(uint8_t octet) {
-  return octet != wire::kUnknown ? std::optional(static_cast<Value>(octet)) : std::nullopt;
-}
+// Roles and states have the same range of numbers.
+constexpr uint8_t kSmallest = 1;
+constexpr uint8_t kLargest = 5;
+static_assert(static_cast<uint32_t>(PortRole::kBackup) == kLargest &&
+              static_cast<uint32_t>(PortState::kForwarding) == kLargest);
 
-static_assert(static_cast<uint32_t>(PortState::kDisabled) == STP_PORT_STATE_DISABLED + 1 &&
-              static_cast<uint32_t>(PortState::kForwarding) == STP_PORT_STATE_FORWARDING + 1);
+template <class Value>
+std::optional<Value> value_of(uint8_t number) {
+  return number >= kSmallest && number <= kLargest ? std::optional(static_cast<Value>(number)) : std::nullopt;
+}
 
 }  // namespace
 
@@ -54,13 +59,19 @@ void PortInTrees::add_inconsistencies(const TreePorts &ports, uint32_t if_index,
   }
 }
 
-std::optional<PortRole> PortInTrees::role(uint32_t tree) const { return value_of<PortRole>(roles_[tree]); }
-
-// The standard's objects count from 1, the spanning-tree process from 0.
-uint8_t PortInTrees::state_octet(uint32_t tree) const {
-  const std::optional<PortState> state =
-      port_state(role(tree), value_of<PortState>(stated_states_[tree]), blocked_.contains(tree));
-  return state ? static_cast<uint8_t>(static_cast<uint32_t>(*state) - 1) : wire::kUnknown;
+// The standard's objects count states from 1, the spanning-tree process from 0.
+PortInTrees::States::States() {
+  for (uint8_t role = 0; role < kValues; ++role) {
+    for (uint8_t stated = 0; stated < kValues; ++stated) {
+      for (const bool is_blocked : {false, true}) {
+        const auto state = port_state(value_of<PortRole>(role), value_of<PortState>(stated), is_blocked);
+        states_[place_of(role, stated, is_blocked)] =
+            state ? static_cast<uint8_t>(static_cast<uint32_t>(*state) - 1) : wire::kUnknown;
+      }
+    }
+  }
 }
+
+const PortInTrees::States PortInTrees::states_;
 
 }  // namespace stpswitch

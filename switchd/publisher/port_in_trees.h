@@ -2,8 +2,8 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
-#include <optional>
 
 #include "model/switch.h"
 #include "wire/image.h"
@@ -16,15 +16,34 @@ class PortInTrees {
   // `if_index`: of a bridge port.
   PortInTrees(const Switch &the_switch, uint32_t if_index);
 
-  std::optional<PortRole> role(uint32_t tree) const;
-
   // As the image has them.
-  uint8_t role_octet(uint32_t tree) const { return roles_[tree]; }
-  uint8_t state_octet(uint32_t tree) const;
+  uint8_t role(uint32_t tree) const { return roles_[tree]; }
+  uint8_t state(uint32_t tree) const {
+    return states_.of(roles_[tree], stated_states_[tree], blocked_.contains(tree));
+  }
   uint8_t inconsistencies(uint32_t tree) const { return inconsistencies_[tree]; }
 
  private:
   using Octets = std::array<uint8_t, stpplatform::wire::kTrees>;
+
+  // What port_state() says of each combination: there are few of them, and millions of ports in trees.
+  class States {
+   public:
+    States();
+    uint8_t of(uint8_t role, uint8_t stated, bool is_blocked) const {
+      return states_[place_of(role, stated, is_blocked)];
+    }
+
+   private:
+    // What is unknown has the largest number.
+    static constexpr size_t kValues = 8;
+    static size_t place_of(uint8_t role, uint8_t stated, bool is_blocked) {
+      return (is_blocked ? kValues * kValues : 0) + role % kValues * kValues + stated % kValues;
+    }
+
+    std::array<uint8_t, 2 * kValues * kValues> states_;
+  };
+  static const States states_;
 
   void add_inconsistencies(const TreePorts &ports, uint32_t if_index, uint8_t kind);
 

@@ -97,7 +97,7 @@ class PublishedImage : public testing::Test {
 
 TEST_F(PublishedImage, TellsItsLayout) {
   EXPECT_EQ(reader_.head().magic, 0x53545049U);
-  EXPECT_EQ(reader_.head().version, 1U);
+  EXPECT_EQ(reader_.head().version, 2U);
   EXPECT_EQ(reader_.head().size, publisher_.size());
   EXPECT_EQ(reader_.head().slot_size % 8, 0U);
   EXPECT_EQ(publisher_.size(), 40 + 2 * reader_.head().slot_size);
