@@ -16,6 +16,10 @@ constexpr uint32_t event_payload_length(uint32_t notification_class) {
     case STP_NOTIFICATION_LOOP_INCONSISTENCY:
     case STP_NOTIFICATION_ROOT_INCONSISTENCY:
       return sizeof(stp_inconsistency_payload);
+    case STP_NOTIFICATION_NEW_ROOT:
+    case STP_NOTIFICATION_TOPOLOGY_CHANGE:
+    case STP_NOTIFICATION_TREES:
+      return sizeof(stp_tree_payload);
     default:
       return 0;
   }

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <variant>
 
 #include "model/switch_state.h"
 
@@ -20,5 +22,23 @@ struct InconsistencyEvent {
 
   bool operator==(const InconsistencyEvent &) const = default;
 };
+
+enum class TreeEventKind {
+  kNewRoot,         // the switch has become a tree's root
+  kTopologyChange,  // a port of a tree has begun or ceased to forward
+  kTrees            // trees have come or gone; of no tree
+};
+
+struct TreeEvent {
+  TreeEventKind kind;
+  uint32_t tree;
+  uint32_t port;          // through which the change came, by the bridge's own number; 0: not known
+  uint32_t if_mib_index;  // of that port; 0: not known
+  std::optional<SpanningTreeMode> mode;
+
+  bool operator==(const TreeEvent &) const = default;
+};
+
+using SwitchEvent = std::variant<InconsistencyEvent, TreeEvent>;
 
 }  // namespace stpswitch

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "model/tree_events.h"
+
 namespace stpswitch {
 
 Switch::Derived::Derived(const SwitchState &state)
@@ -27,6 +29,10 @@ void Switch::replace(SwitchState state) {
   const auto mode = state.settings.mode ? state.settings.mode : state_.settings.mode;
   const auto events = mode ? inconsistency_events(inconsistencies(), derived.inconsistencies, *mode)
                            : std::vector<InconsistencyEvent>();
+  const TreeChanges changes =
+      tree_changes({state_, derived_.bridge_ports, derived_.tree_ports, derived_.running_trees},
+                   {state, derived.bridge_ports, derived.tree_ports, derived.running_trees});
+  topology_.add(changes.topology, derived.running_trees, TopologyHistory::Clock::now());
   state_ = std::move(state);
   derived_ = std::move(derived);
   if (listener_) {
@@ -34,6 +40,9 @@ void Switch::replace(SwitchState state) {
   }
   if (inconsistency_listener_ && !events.empty()) {
     inconsistency_listener_(events);
+  }
+  if (tree_listener_ && !changes.events.empty()) {
+    tree_listener_(changes.events);
   }
 }
 

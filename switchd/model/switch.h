@@ -12,6 +12,7 @@
 #include "model/events.h"
 #include "model/inconsistencies.h"
 #include "model/switch_state.h"
+#include "model/topology_history.h"
 
 namespace stpswitch {
 
@@ -34,6 +35,8 @@ class Switch {
   const TreeSet &running_trees() const { return derived_.running_trees; }
   const TreePorts &tree_ports() const { return derived_.tree_ports; }
   const Inconsistencies &inconsistencies() const { return derived_.inconsistencies; }
+  // As the states show it that came one after the other.
+  const TopologyHistory &topology() const { return topology_; }
 
   // Called after each change; there is one listener.
   void on_change(std::function<void()> listener) { listener_ = std::move(listener); }
@@ -41,6 +44,11 @@ class Switch {
   // Called after that with the events of the change, if there are any; there is one listener.
   void on_inconsistencies(std::function<void(const std::vector<InconsistencyEvent> &)> listener) {
     inconsistency_listener_ = std::move(listener);
+  }
+
+  // The same for events of trees.
+  void on_tree_events(std::function<void(const std::vector<TreeEvent> &)> listener) {
+    tree_listener_ = std::move(listener);
   }
 
   // Takes over a state that has been checked.
@@ -62,8 +70,10 @@ class Switch {
 
   SwitchState state_;
   Derived derived_;
+  TopologyHistory topology_{TopologyHistory::Clock::now()};
   std::function<void()> listener_;
   std::function<void(const std::vector<InconsistencyEvent> &)> inconsistency_listener_;
+  std::function<void(const std::vector<TreeEvent> &)> tree_listener_;
 };
 
 }  // namespace stpswitch

@@ -29,6 +29,14 @@ uint64_t image_time(const std::optional<std::chrono::steady_clock::time_point> &
               : 0;
 }
 
+// Where its source does not tell of a bridge's topology changes, those count that were seen in its states.
+void add_topology(const TopologyHistory::Changes &seen, ObservedTree *tree) {
+  if (tree->bridge_id) {
+    tree->topology_changes = tree->topology_changes.value_or(seen.count);
+    tree->last_topology_change = tree->last_topology_change.value_or(seen.last);
+  }
+}
+
 wire::ImageTree image_tree(uint32_t tree, const TreeValues &values, std::optional<uint32_t> root_port) {
   const ObservedTree &observed = values.observed;
   wire::ImageTree record{};
@@ -87,6 +95,7 @@ ImageTrees::ImageTrees(const Switch &the_switch, const std::vector<RootSearch> &
     : switch_(the_switch), observed_(wire::kTrees) {
   the_switch.running_trees().for_each([&](uint32_t tree) {
     TreeValues values = tree_values(the_switch.state(), roots[tree], tree);
+    add_topology(the_switch.topology().of(tree), &values.observed);
     records_.push_back(image_tree(tree, values, root_port(the_switch, values, roots[tree])));
     observed_[tree] = std::move(values.observed);
   });

@@ -85,7 +85,7 @@ void CommandServer::take_subscriber(stpplatform::OwnedFd fd, NotificationClasses
                                                      });
 }
 
-void CommandServer::tell(const std::vector<InconsistencyEvent> &events) {
+void CommandServer::tell(const std::vector<SwitchEvent> &events) {
   for (auto next = subscribers_.begin(); next != subscribers_.end();) {
     // A subscriber that is gone goes out of the list.
     SubscriberConnection &subscriber = **next;

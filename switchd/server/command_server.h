@@ -23,7 +23,7 @@ class CommandServer {
   CommandServer(EventLoop *loop, UnixSocketOptions options, ImagePublisher *publisher, Faults *faults);
 
   // Tells those who have subscribed.
-  void tell(const std::vector<InconsistencyEvent> &events);
+  void tell(const std::vector<SwitchEvent> &events);
 
  private:
   void take(stpplatform::OwnedFd fd);

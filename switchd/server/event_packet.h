@@ -22,8 +22,8 @@ bool claims_to_be_subscription(std::span<const uint8_t> packet);
 std::optional<NotificationClasses> read_subscription(std::span<const uint8_t> packet, size_t sent_size);
 
 // The notification class of events of the kind.
-uint32_t class_of(InconsistencyEventKind kind);
+uint32_t class_of(const SwitchEvent &event);
 
-Packet make_event_packet(const InconsistencyEvent &event, uint32_t sequence);
+Packet make_event_packet(const SwitchEvent &event, uint32_t sequence);
 
 }  // namespace stpswitch

@@ -2,13 +2,19 @@
 
 #include <utility>
 
+#include "server/event_packet.h"
+
 namespace stpswitch {
 
-EventQueue::Key EventQueue::key_of(const InconsistencyEvent &event) {
-  return {event.kind, event.tree, event.if_index};
+// Of events of trees the latest says all.
+EventQueue::Key EventQueue::key_of(const SwitchEvent &event) {
+  if (const auto *const inconsistency = std::get_if<InconsistencyEvent>(&event)) {
+    return {class_of(event), inconsistency->tree, inconsistency->if_index};
+  }
+  return {class_of(event), std::get<TreeEvent>(event).tree, 0};
 }
 
-void EventQueue::push(const InconsistencyEvent &event) {
+void EventQueue::push(const SwitchEvent &event) {
   const Key key = key_of(event);
   if (waiting_.size() >= kRoom) {
     const auto latest = latest_of_.find(key);

@@ -25,11 +25,20 @@ SubscriberConnection::SubscriberConnection(EventLoop *loop, stpplatform::OwnedFd
       readable_(loop->make_event<&SubscriberConnection::read_packet>(fd_.get(), EV_READ | EV_PERSIST, this)),
       writable_(loop->make_event<&SubscriberConnection::send_waiting>(fd_.get(), EV_WRITE, this)) {
   wait_for(readable_);
+  answer_subscription();
 }
 
-void SubscriberConnection::tell(const std::vector<InconsistencyEvent> &events) {
-  for (const InconsistencyEvent &event : events) {
-    if (classes_.contains(class_of(event.kind))) {
+// Whoever follows the trees has them looked for once, since nobody has told of earlier changes.
+void SubscriberConnection::answer_subscription() {
+  if (classes_.contains(STP_NOTIFICATION_TREES)) {
+    queue_.push(TreeEvent{TreeEventKind::kTrees, 0, 0, 0, std::nullopt});
+    wait_for(writable_);
+  }
+}
+
+void SubscriberConnection::tell(const std::vector<SwitchEvent> &events) {
+  for (const SwitchEvent &event : events) {
+    if (classes_.contains(class_of(event))) {
       queue_.push(event);
     }
   }
@@ -54,6 +63,7 @@ void SubscriberConnection::read_packet() {
     return;
   }
   classes_ = std::move(*classes);
+  answer_subscription();
 }
 
 void SubscriberConnection::send_waiting() {

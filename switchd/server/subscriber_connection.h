@@ -26,13 +26,14 @@ class SubscriberConnection {
   SubscriberConnection &operator=(const SubscriberConnection &) = delete;
 
   // Sends those that the subscriber wants, as soon as it takes them.
-  void tell(const std::vector<InconsistencyEvent> &events);
+  void tell(const std::vector<SwitchEvent> &events);
 
   // Ends it.
   void close(const std::string &why);
 
  private:
   void read_packet();
+  void answer_subscription();
   void send_waiting();
   void log_replaced(const std::string &what);
 

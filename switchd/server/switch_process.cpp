@@ -13,6 +13,7 @@
 #include "control/responder.h"
 #include "server/command_server.h"
 #include "server/control_server.h"
+#include "server/tree_event_limiter.h"
 
 namespace stpswitch {
 namespace {
@@ -73,7 +74,11 @@ void run_switch(const ProcessOptions &options) {
   ControlResponder responder(source.get(), &the_switch, &faults);
   CommandServer commands(&loop, {options.socket, SOCK_SEQPACKET, kCommandSocketMode, group}, &publisher,
                          &faults);
-  the_switch.on_inconsistencies([&commands](const auto &events) { commands.tell(events); });
+  the_switch.on_inconsistencies([&commands](const auto &events) {
+    commands.tell({events.begin(), events.end()});
+  });
+  TreeEventLimiter limiter(&loop, [&commands](const auto &events) { commands.tell(events); });
+  the_switch.on_tree_events([&limiter](const auto &events) { limiter.take(events); });
   const ControlServer control(&loop, {options.control, SOCK_STREAM, kControlSocketMode, std::nullopt},
                               &responder);
   log_line("ready: commands on " + options.socket + ", control on " + options.control);

@@ -202,7 +202,7 @@ enum stp_notification CMD_ENUM_BASE {
   STP_NOTIFICATION_ROOT_INCONSISTENCY = 17423,
   STP_NOTIFICATION_NEW_ROOT = 17424,        /* the bridge has become a tree's root */
   STP_NOTIFICATION_TOPOLOGY_CHANGE = 17425, /* a port of a tree has begun or ceased to forward */
-  STP_NOTIFICATION_TREES = 17426            /* trees have come or gone; each new subscriber is told once */
+  STP_NOTIFICATION_TREES = 17426 /* trees have come or gone; each subscription is followed by one */
 };
 
 /* The payload of inconsistencies (xport.h): words in network byte order. */
@@ -219,13 +219,12 @@ enum stp_inconsistency_change CMD_ENUM_BASE {
   STP_INCONSISTENCY_VANISHED = 2
 };
 
-/* The payload of the others: words in network byte order. Of STP_NOTIFICATION_TREES, the first three are 0.
- */
+/* The payload of the others: words in network byte order. Of STP_NOTIFICATION_TREES all are 0. */
 struct stp_tree_payload {
   uint32_t tree;
   uint32_t bridge_port;  /* as STP_ATTRIBUTE_BRIDGE_PORT: through which the change came; 0: nobody knows */
   uint32_t if_mib_index; /* of that port; the same */
-  uint32_t mode;         /* enum stp_mode; 0: no spanning tree runs */
+  uint32_t mode;         /* enum stp_mode */
 };
 
 /* The class of the module's records in the event history (evhist.h). */

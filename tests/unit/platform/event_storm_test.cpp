@@ -91,12 +91,12 @@ class ServedSwitch {
   }
 
   void tell_batch(stpswitch::CommandServer *server) {
-    std::vector<stpswitch::InconsistencyEvent> events;
+    std::vector<stpswitch::SwitchEvent> events;
     uint32_t told = told_;
     while (events.size() < kEventsPerBatch) {
       ++told;
-      events.push_back({stpswitch::InconsistencyEventKind::kLoop, told % kTrees, 1, 1,
-                        static_cast<stpswitch::SpanningTreeMode>(told)});
+      events.push_back(stpswitch::InconsistencyEvent{stpswitch::InconsistencyEventKind::kLoop, told % kTrees,
+                                                     1, 1, static_cast<stpswitch::SpanningTreeMode>(told)});
     }
     server->tell(events);
     told_ = told;

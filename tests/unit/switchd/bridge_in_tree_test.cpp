@@ -24,6 +24,14 @@ class BridgeInTree : public CommandTest {
     return {131, action, {one_tree(protocol::kMstTreeKey, tree), {protocol::kBridgePortKey, {number}}}};
   }
 
+  void change_cist_at(std::chrono::steady_clock::time_point time) {
+    SwitchState state = switch_.state();
+    state.trees[0].observed.last_topology_change = time;
+    switch_.replace(state);
+  }
+  // However long the test takes, no time passes.
+  void let_the_cist_change_now() { change_cist_at(std::chrono::steady_clock::now() + std::chrono::hours(1)); }
+
   std::vector<uint32_t> trees_after(uint32_t from) const {
     return walk([](uint32_t id) { return tree(kGetNext, id); }, from, 0x1402'9001);
   }
@@ -34,7 +42,7 @@ class BridgeInTree : public CommandTest {
 
 // What the scenario says of the CIST.
 constexpr char kCist[] =
-    "57505453 0100 0300 f8000000 07000000 00000000 12000000"
+    "57505453 0100 0300 04010000 07000000 00000000 13000000"
     "01900214 04000000 00000000"
     "01b00202 04000000 04000000"
     "50900214 04000000 0c000000"
@@ -52,7 +60,8 @@ constexpr char kCist[] =
     "4b900214 04000000 dc050000"
     "4c900214 04000000 06000000"
     "4d900202 04000000 03000000"
-    "4e900214 04000000 03000000";
+    "4e900214 04000000 03000000"
+    "4f900214 04000000 00000000";
 
 // The port to the root: what the neighbour sends there.
 constexpr char kRootPort[] =
@@ -97,6 +106,7 @@ constexpr char kBlockedPort[] =
     "49a00214 04000000 82800000";
 
 TEST_F(BridgeInTree, IsWhatTheTreeSays) {
+  let_the_cist_change_now();
   EXPECT_EQ(reply_to(tree(kGet, 0)), hex(octets(kCist)));
   EXPECT_EQ(number_in_reply_to(tree(kGet, 2), protocol::kBridgePriority), 0x8002U);
   EXPECT_EQ(number_in_reply_to(tree(kGet, 2), protocol::kRootPriority), 0x6002U);
@@ -107,6 +117,7 @@ TEST_F(BridgeInTree, IsWhatTheTreeSays) {
 }
 
 TEST_F(BridgeInTree, IsThatOfTheDefaultTreeWithoutAKey) {
+  let_the_cist_change_now();
   EXPECT_EQ(reply_to({130, kGet, {}}), hex(octets(kCist)));
   EXPECT_EQ(reply_to(port(kGet, 139)), hex(octets(kRootPort)));
   set("switch.mode", "rapid-pvst");
@@ -208,16 +219,16 @@ TEST_F(BridgeInTree, HasThePortsOfARealBridgeByItsOwnNumbers) {
 }
 
 TEST_F(BridgeInTree, TellsHowLongAgoTheTopologyChanged) {
-  using std::chrono::steady_clock;
-  SwitchState state = switch_.state();
-  state.trees[0].observed.last_topology_change = steady_clock::now() - std::chrono::hours(1);
-  switch_.replace(state);
-  // An hour at least; the test may have been stopped meanwhile.
+  change_cist_at(std::chrono::steady_clock::now() - std::chrono::hours(1));
   EXPECT_GE(number_in_reply_to(tree(kGet, 0), protocol::kTopologyAge), 360000U);
-  EXPECT_LT(number_in_reply_to(tree(kGet, 0), protocol::kTopologyAge), 720000U);
-  state.trees[0].observed.last_topology_change = steady_clock::now() + std::chrono::hours(1);
-  switch_.replace(state);
+  EXPECT_LT(number_in_reply_to(tree(kGet, 0), protocol::kTopologyAge), 720000U) << "in hundredths";
+  let_the_cist_change_now();
   EXPECT_EQ(number_in_reply_to(tree(kGet, 0), protocol::kTopologyAge), 0U);
+  // Where the topology has not changed, it has not since the switch was looked at first.
+  EXPECT_TRUE(number_in_reply_to(tree(kGet, 2), protocol::kTopologyAge).has_value());
+  EXPECT_EQ(number_in_reply_to(tree(kGet, 2), protocol::kTopologyChanges), 0U);
+  set("port.12.learning_in", "");
+  EXPECT_EQ(number_in_reply_to(tree(kGet, 2), protocol::kTopologyChanges), 1U);
 }
 
 TEST_F(BridgeInTree, TakesItsKeysOnly) {

@@ -172,8 +172,9 @@ INSTANTIATE_TEST_SUITE_P(Seeds, DamagedSubscriptions, testing::Values(1U, 2U, 3U
                          testing::PrintToStringParamName());
 
 TEST(EventPackets, HaveTheirPayloadInNetworkByteOrder) {
-  EXPECT_EQ(hex(make_event_packet(
-                {InconsistencyEventKind::kRoot, 4094, 0x1A001000, 0, SpanningTreeMode::kRapidPvst}, 7)),
+  EXPECT_EQ(hex(make_event_packet(InconsistencyEvent{InconsistencyEventKind::kRoot, 4094, 0x1A001000, 0,
+                                                     SpanningTreeMode::kRapidPvst},
+                                  7)),
             hex(octets("57505453 0100 0500 28000000 07000000"
                        "0f440000 10000000"
                        "00000ffe 1a001000 00000002 00000005")));
@@ -181,19 +182,36 @@ TEST(EventPackets, HaveTheirPayloadInNetworkByteOrder) {
 
 TEST(EventPackets, TellThatALoopInconsistencyAppeared) {
   EXPECT_EQ(
-      hex(make_event_packet({InconsistencyEventKind::kLoop, 7, 0x1A000000, 1, SpanningTreeMode::kMst}, 1)),
+      hex(make_event_packet(
+          InconsistencyEvent{InconsistencyEventKind::kLoop, 7, 0x1A000000, 1, SpanningTreeMode::kMst}, 1)),
       hex(octets("57505453 0100 0500 28000000 01000000"
                  "0e440000 10000000"
                  "00000007 1a000000 00000001 00000004")));
 }
 
 TEST(EventPackets, HaveThePortsInconsistenciesInTheirStatesFirstOctet) {
-  EXPECT_EQ(
-      hex(make_event_packet({InconsistencyEventKind::kPvidAndType, 1, 0x16000000, 3, SpanningTreeMode::kMst},
-                            UINT32_MAX)),
-      hex(octets("57505453 0100 0500 28000000 ffffffff"
-                 "0d440000 10000000"
-                 "00000001 16000000 03000000 00000004")));
+  EXPECT_EQ(hex(make_event_packet(InconsistencyEvent{InconsistencyEventKind::kPvidAndType, 1, 0x16000000, 3,
+                                                     SpanningTreeMode::kMst},
+                                  UINT32_MAX)),
+            hex(octets("57505453 0100 0500 28000000 ffffffff"
+                       "0d440000 10000000"
+                       "00000001 16000000 03000000 00000004")));
+}
+
+TEST(EventPackets, TellOfTrees) {
+  EXPECT_EQ(hex(make_event_packet(
+                TreeEvent{TreeEventKind::kTopologyChange, 4094, 129, 7, SpanningTreeMode::kRapidPvst}, 1)),
+            hex(octets("57505453 0100 0500 28000000 01000000"
+                       "11440000 10000000"
+                       "00000ffe 00000081 00000007 00000005")));
+  EXPECT_EQ(hex(make_event_packet(TreeEvent{TreeEventKind::kNewRoot, 1, 0, 0, SpanningTreeMode::kMst}, 2)),
+            hex(octets("57505453 0100 0500 28000000 02000000"
+                       "10440000 10000000"
+                       "00000001 00000000 00000000 00000004")));
+  EXPECT_EQ(hex(make_event_packet(TreeEvent{TreeEventKind::kTrees, 0, 0, 0, std::nullopt}, 3)),
+            hex(octets("57505453 0100 0500 28000000 03000000"
+                       "12440000 10000000"
+                       "00000000 00000000 00000000 00000000")));
 }
 
 }  // namespace

@@ -35,7 +35,8 @@ struct TreeState {
 std::vector<TreeState> take_all(EventQueue *queue) {
   std::vector<TreeState> taken;
   for (; !queue->is_empty(); queue->pop()) {
-    taken.push_back({queue->front().tree, queue->front().state});
+    const auto &front = std::get<InconsistencyEvent>(queue->front());
+    taken.push_back({front.tree, front.state});
   }
   return taken;
 }
@@ -61,8 +62,9 @@ TEST(EventQueues, KeepEveryEventAndTheOrderWhileThereIsRoom) {
 
 TEST(EventQueues, KeepAllOfAnEvent) {
   EventQueue queue;
-  queue.push({InconsistencyEventKind::kPvidAndType, 4094, 369098752, 3, SpanningTreeMode::kRapidPvst});
-  const InconsistencyEvent &front = queue.front();
+  queue.push(InconsistencyEvent{InconsistencyEventKind::kPvidAndType, 4094, 369098752, 3,
+                                SpanningTreeMode::kRapidPvst});
+  const auto &front = std::get<InconsistencyEvent>(queue.front());
   EXPECT_EQ(front.kind, InconsistencyEventKind::kPvidAndType);
   EXPECT_EQ(front.tree, 4094U);
   EXPECT_EQ(front.if_index, 369098752U);
@@ -94,6 +96,20 @@ TEST(EventQueues, ReplaceTheLatestOfSeveralWaitingEventsOfAKey) {
   EXPECT_EQ(taken.at(0), (TreeState{1, 1}));
   EXPECT_EQ(taken.at(1), (TreeState{1, 2}));
   EXPECT_EQ(taken.at(2), (TreeState{1, 7})) << "the filling's, replaced";
+}
+
+TEST(EventQueues, KeepTheLatestEventOfATreeWhenFull) {
+  EventQueue queue;
+  fill(&queue);
+  queue.push(TreeEvent{TreeEventKind::kTopologyChange, 1, 129, 0, SpanningTreeMode::kMst});
+  queue.push(TreeEvent{TreeEventKind::kNewRoot, 1, 0, 0, SpanningTreeMode::kMst});
+  queue.push(TreeEvent{TreeEventKind::kTopologyChange, 1, 130, 0, SpanningTreeMode::kMst});
+  EXPECT_EQ(queue.size(), EventQueue::kRoom + 2);
+  EXPECT_EQ(queue.take_replaced(), 1U);
+  for (size_t i = 0; i < EventQueue::kRoom; ++i) {
+    queue.pop();
+  }
+  EXPECT_EQ(std::get<TreeEvent>(queue.front()).port, 130U);
 }
 
 TEST(EventQueues, TellKindTreeAndInterfaceApartWhenFull) {
@@ -174,7 +190,7 @@ TEST_P(EventQueuesUnderStorm, NeverLoseAFinalState) {
   uint64_t taken_count = 0;
   uint32_t pushed_count = 0;
   const auto take = [&] {
-    const InconsistencyEvent &front = queue.front();
+    const auto &front = std::get<InconsistencyEvent>(queue.front());
     ASSERT_LT(taken[front.tree], front.state) << "order, tree " << front.tree;
     taken[front.tree] = front.state;
     queue.pop();

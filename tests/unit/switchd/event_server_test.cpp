@@ -392,12 +392,25 @@ TEST_F(EventServers, DoNotFillTheLogWithWhatSubscribersMissed) {
             "stp-switchd: " + path_ + ": lines about clients that were left out: 2\n");
 }
 
+TEST_F(EventServers, FollowASubscriptionToTreesByOneEventOfThem) {
+  PacketClient client = subscriber({protocol::kTreesClass, protocol::kNewRootClass});
+  EXPECT_EQ(read_event(client.receive()), (Received{1, protocol::kTreesClass, 0, 0}));
+  client.send(make_subscription({protocol::kNewRootClass}));
+  let_the_server_work();
+  server_->tell({TreeEvent{TreeEventKind::kTrees, 0, 0, 0, std::nullopt},
+                 TreeEvent{TreeEventKind::kNewRoot, 5, 0, 0, SpanningTreeMode::kMst}});
+  EXPECT_EQ(read_event(client.receive()), (Received{2, protocol::kNewRootClass, 5, 4}));
+  client.send(make_subscription({protocol::kTreesClass}));
+  let_the_server_work();
+  EXPECT_EQ(read_event(client.receive()), (Received{3, protocol::kTreesClass, 0, 0}));
+}
+
 TEST_F(EventServers, TellOfMoreThanTheSocketTakesAtOnce) {
   constexpr uint32_t kTrees = 4094;
   PacketClient client = subscriber();
-  std::vector<InconsistencyEvent> events;
+  std::vector<SwitchEvent> events;
   for (uint32_t tree = 1; tree <= kTrees; ++tree) {
-    events.push_back(event(kRootEvent, tree, 1));
+    events.emplace_back(event(kRootEvent, tree, 1));
   }
   server_->tell(events);
   for (uint32_t tree = 1; tree <= kTrees; ++tree) {
