@@ -100,7 +100,36 @@ constexpr std::array kAttributes = {protocol::kInterface,
                                     protocol::kPeer,
                                     protocol::kDispute,
                                     protocol::kPreStandardPeer,
-                                    protocol::kInconsistency};
+                                    protocol::kInconsistency,
+                                    protocol::kBridgePriority,
+                                    protocol::kBridgeMac,
+                                    protocol::kRootPriority,
+                                    protocol::kRootMac,
+                                    protocol::kRootCost,
+                                    protocol::kRootPort,
+                                    protocol::kMaxAge,
+                                    protocol::kHelloTime,
+                                    protocol::kForwardDelay,
+                                    protocol::kBridgeMaxAge,
+                                    protocol::kBridgeHelloTime,
+                                    protocol::kBridgeForwardDelay,
+                                    protocol::kTxHoldCount,
+                                    protocol::kProtocolVersion,
+                                    protocol::kTopologyChanges,
+                                    protocol::kTopologyAge,
+                                    protocol::kBridgePortCount,
+                                    protocol::kBridgePort,
+                                    protocol::kIfMibIndex,
+                                    protocol::kPortPriority,
+                                    protocol::kPortState,
+                                    protocol::kDesignatedRootPriority,
+                                    protocol::kDesignatedRootMac,
+                                    protocol::kDesignatedCost,
+                                    protocol::kDesignatedBridgePriority,
+                                    protocol::kDesignatedBridgeMac,
+                                    protocol::kDesignatedPort,
+                                    protocol::kForwardTransitions,
+                                    protocol::kAdminEdge};
 
 // A reply's attributes in the order in which they lie in it, one behind the other.
 ReplyContent content_of(stpplatform::Reply *reply) {
@@ -119,7 +148,9 @@ ReplyContent content_of(stpplatform::Reply *reply) {
     const auto *value = static_cast<const uint8_t *>(attribute.value);
     EXPECT_TRUE(end == nullptr || value == end + sizeof(wire::AttributeHead)) << "something is in between";
     end = value + wire::padded(attribute.length);
-    content.add_octets(attribute.token, value, attribute.length);
+    if (attribute.token != protocol::kTopologyAge) {  // it grows while it is looked at
+      content.add_octets(attribute.token, value, attribute.length);
+    }
   }
   return content;
 }
@@ -153,6 +184,7 @@ class Questioner {
     latest_.action = CMD_ACTION_GET_NEXT;
     can_go_on_ = reply.result == CMD_OK && asked_.action == CMD_ACTION_GET_NEXT && !asked_.keys.empty();
     const auto interface = reply.number(protocol::kInterface);
+    const auto bridge_port = reply.number(protocol::kBridgePort);
     auto tree = reply.number(protocol::kPortTree);
     if (!tree) {
       tree = reply.number(protocol::kTree);
@@ -160,6 +192,8 @@ class Questioner {
     for (PlainQuestion::Key &key : latest_.keys) {
       if (CMD_TOKEN_TYPE(key.token) == CMD_TYPE_RANGE_LIST && tree) {
         key.ranges = {{*tree, *tree}};
+      } else if (key.token == protocol::kBridgePortKey && bridge_port) {
+        key.interface = *bridge_port;
       } else if (interface) {
         key.interface = *interface;
       }
@@ -187,11 +221,17 @@ class Questioner {
         {protocol::kPortSettings, {protocol::kInterfaceKey}},
         {protocol::kRootInconsistencies, {protocol::kVlanTreeKey, protocol::kInterfaceKey}},
         {protocol::kLoopInconsistencies, {protocol::kVlanTreeKey, protocol::kInterfaceKey}},
-        {protocol::kMstInstances, {protocol::kMstTreeKey}}};
-    static const std::vector<uint32_t> kKeys = {protocol::kGlobalSettingsKey,  protocol::kMstDigestsKey,
-                                                protocol::kInterfaceKey,       protocol::kMstInterfaceKey,
-                                                protocol::kVlanTreeKey,        protocol::kMstTreeKey,
-                                                protocol::kVlanTreeSettingsKey};
+        {protocol::kMstInstances, {protocol::kMstTreeKey}},
+        {protocol::kBridgeTrees, {}},
+        {protocol::kBridgeTrees, {protocol::kVlanTreeKey}},
+        {protocol::kBridgeTrees, {protocol::kMstTreeKey}},
+        {protocol::kBridgePorts, {protocol::kBridgePortKey}},
+        {protocol::kBridgePorts, {protocol::kVlanTreeKey, protocol::kBridgePortKey}},
+        {protocol::kBridgePorts, {protocol::kMstTreeKey, protocol::kBridgePortKey}}};
+    static const std::vector<uint32_t> kKeys = {protocol::kGlobalSettingsKey, protocol::kMstDigestsKey,
+                                                protocol::kInterfaceKey,      protocol::kMstInterfaceKey,
+                                                protocol::kVlanTreeKey,       protocol::kMstTreeKey,
+                                                protocol::kBridgePortKey,     protocol::kVlanTreeSettingsKey};
     const Kind &kind = draw_.among(kKinds);
     PlainQuestion question;
     question.command = draw_.one_in(40) ? 100 + draw_.below(30) : kind.command;
@@ -214,6 +254,10 @@ class Questioner {
 
   PlainQuestion::Key draw_key(uint32_t token) {
     PlainQuestion::Key key{token};
+    if (token == protocol::kBridgePortKey) {
+      key.interface = draw_bridge_port();
+      return key;
+    }
     if (CMD_TOKEN_TYPE(token) != CMD_TYPE_RANGE_LIST) {
       key.interface = draw_interface();
       return key;
@@ -237,6 +281,16 @@ class Questioner {
           {0, 1, 22U << 24, 26U << 24, 0x7FFFFFFF, 0xFFFFFFFE, 0xFFFFFFFF, draw_.any()});
     }
     return draw_.among(interfaces).if_index + draw_.among<uint32_t>({0, 0, 0, 1, 2, UINT32_MAX});
+  }
+
+  uint32_t draw_bridge_port() {
+    const auto &interfaces = model_.interfaces();
+    if (interfaces.empty() || draw_.one_in(4)) {
+      return draw_.among<uint32_t>({0, 1, 128, 129, 4095, 4096, 8191, 65535, 65536, 0xFFFFFFFF, draw_.any()});
+    }
+    const stpswitch::InterfaceNumbers &numbers = draw_.among(interfaces).stated->numbers;
+    return numbers.own_number.value_or(numbers.bridge_port) +
+           draw_.among<uint32_t>({0, 0, 0, 1, 2, UINT32_MAX});
   }
 
   uint32_t draw_tree() {

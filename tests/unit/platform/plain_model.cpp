@@ -244,6 +244,10 @@ ReplyContent PlainModel::answer(const PlainQuestion &question) const {
       return has_keys(question, {protocol::kInterfaceKey}) ? ports(question) : kUnknownKey;
     case protocol::kMstInstances:
       return mst_instances(question);
+    case protocol::kBridgeTrees:
+      return bridge_trees(question);
+    case protocol::kBridgePorts:
+      return bridge_ports_of_tree(question);
     default:
       return {CMD_UNKNOWN_COMMAND};
   }

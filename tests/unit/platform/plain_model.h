@@ -20,7 +20,7 @@ struct PlainQuestion {
   std::string user = {};
   struct Key {
     uint32_t token;
-    uint32_t interface = 0;              // of keys that name an interface
+    uint32_t interface = 0;              // of keys that name an interface, or a bridge port
     std::vector<cmd_range> ranges = {};  // of those that name trees
   };
   std::vector<Key> keys = {};
@@ -82,6 +82,20 @@ class PlainModel {
   ReplyContent ports_of_trees(const PlainQuestion &question) const;
   ReplyContent inconsistencies(const PlainQuestion &question) const;
   ReplyContent ports(const PlainQuestion &question) const;
+
+  // The bridge in a tree.
+  struct Bridge {
+    stpswitch::ObservedTree observed;
+    std::optional<uint32_t> max_age;
+    std::optional<uint32_t> hello_time;
+    std::optional<uint32_t> forward_delay;
+    std::optional<uint32_t> hold_count;
+    std::optional<stpswitch::ProtocolVersion> version;
+  };
+  Bridge bridge_in(uint32_t tree) const;
+  ReplyContent bridge_trees(const PlainQuestion &question) const;
+  ReplyContent bridge_ports_of_tree(const PlainQuestion &question) const;
+  ReplyContent bridge_port(const Row &row) const;
 
   const stpswitch::SwitchState &state_;
   std::vector<Interface> interfaces_;

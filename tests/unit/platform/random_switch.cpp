@@ -90,6 +90,63 @@ void draw_interface(Draw *draw, const std::vector<uint32_t> &vlans, const std::v
   }
 }
 
+std::optional<stpswitch::BridgeId> perhaps_bridge(Draw *draw) {
+  const stpswitch::BridgeId id{draw->among<uint16_t>({0, 0x1000, 0x8000, 0xF000}),
+                               {0, 0, 0x5E, 0, 0x53, static_cast<uint8_t>(draw->below(3))}};
+  return perhaps(draw, id);
+}
+
+stpswitch::Timers random_timers(Draw *draw) {
+  return {perhaps_number(draw), perhaps_number(draw), perhaps_number(draw)};
+}
+
+stpswitch::TreeSettings random_settings(Draw *draw) {
+  using stpswitch::ProtocolVersion;
+  return {perhaps_among<uint32_t>(draw, {0, 0x1000, 0x8000, 0xF000}), random_timers(draw),
+          perhaps_number(draw),
+          perhaps_among<ProtocolVersion>(
+              draw, {ProtocolVersion::kStp, ProtocolVersion::kRstp, ProtocolVersion::kMstp})};
+}
+
+// What the standard's objects have of a port. Of the others many have nothing of it.
+void draw_standard(Draw *draw, stpswitch::Interface *interface) {
+  using stpswitch::PortState;
+  interface->forward_transitions = perhaps_number(draw);
+  interface->priority = perhaps_among<uint32_t>(draw, {0, 16, 128, 240});
+  interface->admin_edge = perhaps_flag(draw);
+  interface->numbers.if_mib_index = perhaps_number(draw);
+  interface->numbers.port_id = draw->one_in(2) ? std::nullopt : perhaps(draw, draw->below(65536));
+  if (draw->one_in(2)) {
+    interface->designated = {perhaps_bridge(draw), perhaps_bridge(draw), perhaps_number(draw),
+                             perhaps(draw, draw->below(65536))};
+  }
+  interface->state.elsewhere =
+      draw->one_in(2) ? std::nullopt
+                      : perhaps_among<PortState>(draw, {PortState::kBlocking, PortState::kForwarding});
+}
+
+// Of each tree that there may be: how often its topology has changed is told, or would be counted.
+void draw_trees(Draw *draw, const std::vector<uint32_t> &trees, const std::vector<uint32_t> &ports,
+                SwitchState *state) {
+  if (!draw->one_in(kUnknownOneIn)) {
+    state->bridge.address = {0, 0, 0x5E, 0, 0x53, static_cast<uint8_t>(draw->below(3))};
+  }
+  state->bridge.settings = random_settings(draw);
+  state->bridge.root = {perhaps_bridge(draw), random_timers(draw)};
+  for (const uint32_t id : trees) {
+    stpswitch::Tree &tree = state->trees[id];
+    tree.observed.topology_changes = draw->below(100);
+    if (draw->one_in(3)) {
+      tree.settings = random_settings(draw);
+      tree.observed.bridge_id = perhaps_bridge(draw);
+      tree.observed.root_id = perhaps_bridge(draw);
+      tree.observed.root_cost = perhaps_number(draw);
+      tree.observed.root_port = draw->one_in(2) ? std::nullopt : perhaps_among(draw, ports);
+      tree.observed.timers_in_force = random_timers(draw);
+    }
+  }
+}
+
 void draw_region(Draw *draw, SwitchState *state) {
   state->mst.name = perhaps(draw, std::string(draw->below(33), 'r'));
   state->mst.revision = perhaps_number(draw);
@@ -138,17 +195,28 @@ SwitchState random_switch(Draw *draw) {
     }
   }
 
+  // In another order than that of the interfaces. The stride has no divisor in common with the number of
+  // ports.
+  constexpr uint32_t kMostPorts = 80;
+  constexpr uint32_t kStride = 33;
+  const bool has_own_numbers = draw->one_in(2);
+  std::vector<uint32_t> bridge_ports = {0, 4242};
   const uint32_t channels = draw->below(5);
   for (uint32_t number = 1; number <= channels; ++number) {
     stpswitch::PortChannel &channel = state.port_channels[number];
     draw_interface(draw, vlans, trees, &channel);
     channel.numbers = stpswitch::channel_numbers(number);
+    draw_standard(draw, &channel);
+    bridge_ports.push_back(channel.numbers.bridge_port);
+    if (has_own_numbers) {
+      channel.numbers.own_number = kMostPorts + number;
+    }
     if (draw->one_in(2)) {
       channel.link_up.reset();
     }
   }
   // More than one word of members now and then.
-  const uint32_t ports = draw->one_in(4) ? draw->below(80) : draw->below(20);
+  const uint32_t ports = draw->one_in(4) ? draw->below(kMostPorts) : draw->below(20);
   for (uint32_t number = 1 + draw->below(2); number <= ports; number += 1 + draw->below(3) / 2) {
     const bool is_member = channels != 0 && draw->one_in(4);
     const bool has_own_number = !is_member || draw->one_in(2);
@@ -156,10 +224,20 @@ SwitchState random_switch(Draw *draw) {
     draw_interface(draw, vlans, trees, &port);
     port.numbers = has_own_number ? stpswitch::port_numbers(number)
                                   : stpswitch::member_numbers(stpswitch::kFirstMember + number);
+    draw_standard(draw, &port);
+    bridge_ports.push_back(port.numbers.bridge_port);
+    if (has_own_numbers) {
+      port.numbers.own_number = 1 + (number * kStride) % kMostPorts;
+    }
     port.channel = is_member ? 1 + draw->below(channels) : 0;
     port.half_duplex = perhaps_flag(draw);
     port.switchport = is_member || !draw->one_in(6);
   }
+
+  std::vector<uint32_t> all_trees = vlans;
+  all_trees.insert(all_trees.end(), instances.begin(), instances.end());
+  all_trees.push_back(0);
+  draw_trees(draw, all_trees, bridge_ports, &state);
 
   for (const std::string &user : users_to_refuse()) {
     if (draw->one_in(8)) {
