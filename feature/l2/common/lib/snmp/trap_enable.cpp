@@ -10,6 +10,8 @@ constexpr char kTrapEnableFile[] = "/mnt/pss/stp_trap_value";
 constexpr uint32_t kRootInconsistencyBit = 1U << 0;
 constexpr uint32_t kLoopInconsistencyBit = 1U << 1;
 constexpr uint32_t kInconsistencyBit = 1U << 2;
+constexpr uint32_t kNewRootBit = 1U << 3;
+constexpr uint32_t kTopologyChangeBit = 1U << 4;
 
 uint32_t trap_enable_word = 0;
 bool trap_enable_word_read = false;
@@ -33,6 +35,10 @@ uint32_t bit_of(uint32_t trap_class) {
       return kLoopInconsistencyBit;
     case kRootInconsistencyTrap:
       return kRootInconsistencyBit;
+    case kNewRootTrap:
+      return kNewRootBit;
+    case kTopologyChangeTrap:
+      return kTopologyChangeBit;
     default:
       return 0;
   }

@@ -1,0 +1,217 @@
+#include "contexts.h"
+
+#include <sys/time.h>
+
+#include <cstdint>
+#include <cstdio>
+
+#include "diagnostics.h"
+#include "platform/stp_protocol.h"
+#include "query/ask.h"
+#include "registration.h"
+
+namespace stpbridge {
+namespace {
+
+using stpsnmp::diagnostics::kRejection;
+using stpsnmp::diagnostics::kTrace;
+using stpsnmp::diagnostics::shown;
+using stpsnmp::query::Key;
+using stpsnmp::query::Reply;
+using stpsnmp::query::single_tree;
+using stpsnmp::query::TreeRange;
+
+constexpr uint32_t kTrees = 4096;  // VLANs, or MST instances (IEEE 802.1Q clause 9.6, 13.8)
+
+// A part: so many steps, each a question and at most one tree's contexts, and the time until the next one.
+constexpr uint32_t kStepsOfPart = 64;
+constexpr timeval kPause{0, 10'000};
+
+class TreeSet {
+ public:
+  bool holds(uint32_t tree) const { return (words_[tree / kWordBits] & bit_of(tree)) != 0; }
+  void add(uint32_t tree) { words_[tree / kWordBits] |= bit_of(tree); }
+  void remove(uint32_t tree) { words_[tree / kWordBits] &= ~bit_of(tree); }
+
+  // The first one from `tree` on; kTrees where there is none.
+  uint32_t first_from(uint32_t tree) const {
+    while (tree < kTrees && !holds(tree)) {
+      tree = words_[tree / kWordBits] == 0 ? (tree / kWordBits + 1) * kWordBits : tree + 1;
+    }
+    return tree;
+  }
+
+ private:
+  static constexpr uint32_t kWordBits = 32;
+
+  static constexpr uint32_t bit_of(uint32_t tree) { return 1U << tree % kWordBits; }
+
+  uint32_t words_[kTrees / kWordBits] = {};
+};
+
+struct KindOfTree {
+  stp_mode mode;
+  const char *prefix;
+  bool has_bare_number;  // as a name of its own
+};
+constexpr KindOfTree kVlanTrees{STP_MODE_RAPID_PVST, "vlan-", true};
+constexpr KindOfTree kMstTrees{STP_MODE_MST, "mst-", false};
+
+struct ContextName {
+  char text[AND_CONTEXT_NAME_MAX + 1];
+
+  ContextName(const char *prefix, uint32_t tree) { snprintf(text, sizeof text, "%s%u", prefix, tree); }
+};
+
+// Trees of one kind have contexts at a time.
+constinit TreeSet with_contexts;
+constinit const KindOfTree *kind_with_contexts = &kVlanTrees;
+
+// From where on the trees are to be looked at; and, once some have been, whether there is more to come.
+constinit uint32_t next_tree = 0;
+constinit bool has_to_begin_again = false;
+constinit unsigned alarm_of_next_part = 0;  // 0: none
+
+bool register_tree(const KindOfTree &kind, uint32_t tree) {
+  const ContextName bare("", tree);
+  if (kind.has_bare_number && !register_groups(bare.text)) {
+    return false;
+  }
+  if (!register_groups(ContextName(kind.prefix, tree).text)) {
+    if (kind.has_bare_number) {
+      unregister_groups(bare.text);
+    }
+    return false;
+  }
+  return true;
+}
+
+void withdraw_tree(uint32_t tree) {
+  if (kind_with_contexts->has_bare_number) {
+    unregister_groups(ContextName("", tree).text);
+  }
+  unregister_groups(ContextName(kind_with_contexts->prefix, tree).text);
+  with_contexts.remove(tree);
+}
+
+const KindOfTree *kind_of(uint32_t mode) {
+  switch (mode) {
+    case STP_MODE_RAPID_PVST:
+      return &kVlanTrees;
+    case STP_MODE_MST:
+      return &kMstTrees;
+    default:
+      return nullptr;
+  }
+}
+
+struct RunningTree {
+  uint32_t tree;  // kTrees: none
+  const KindOfTree *kind;
+};
+
+// The first tree that runs, from `from` on. False where the answer is of no use.
+bool find_running_tree(uint32_t from, RunningTree *found) {
+  Reply reply;
+  int result = CMD_OK;
+  if (from == 0) {
+    result = stpsnmp::query::ask(STP_COMMAND_BRIDGE_TREES, CMD_ACTION_GET, {}, &reply);
+  } else {
+    // A tree of either kind will do.
+    const TreeRange before = single_tree(from - 1);
+    const Key key{STP_KEY_VLAN_TREE, &before};
+    result = stpsnmp::query::ask(STP_COMMAND_BRIDGE_TREES, CMD_ACTION_GET_NEXT, {&key, 1}, &reply);
+  }
+  if (result == CMD_NO_ENTRY) {
+    *found = {kTrees, kind_with_contexts};
+    return true;
+  }
+  uint32_t tree = 0;
+  uint32_t mode = 0;
+  if (!reply || reply.read_number(STP_ATTRIBUTE_TREE, &tree) != 0 ||
+      reply.read_number(STP_ATTRIBUTE_MODE, &mode) != 0) {
+    return false;
+  }
+  const KindOfTree *const kind = kind_of(mode);
+  if (kind == nullptr || tree < from || tree >= kTrees) {
+    STP_LOG(kRejection, "%s: asked for a tree from %d on, got %d, mode %d\n", __func__, shown(from),
+            shown(tree), shown(mode));
+    return false;
+  }
+  *found = {tree, kind};
+  return true;
+}
+
+// Gives a tree its contexts, or takes them from one. False at the end, and where nobody tells what runs.
+bool step() {
+  RunningTree running;
+  if (!find_running_tree(next_tree, &running)) {
+    return false;
+  }
+  const bool is_same_kind = running.kind == kind_with_contexts;
+  const uint32_t gone = with_contexts.first_from(is_same_kind ? next_tree : 0);
+  if (gone < (is_same_kind ? running.tree : kTrees)) {
+    withdraw_tree(gone);
+    return true;
+  }
+  if (running.tree == kTrees) {
+    return false;
+  }
+  kind_with_contexts = running.kind;
+  if (!with_contexts.holds(running.tree)) {
+    if (register_tree(*running.kind, running.tree)) {
+      with_contexts.add(running.tree);
+    } else {
+      STP_LOG(kRejection, "%s: the agent refuses the contexts of tree %d\n", __func__, shown(running.tree));
+    }
+  }
+  next_tree = running.tree + 1;
+  return true;
+}
+
+void begin_part(unsigned /*alarm*/, void * /*argument*/);
+
+void wait_for_next_part() { alarm_of_next_part = snmp_alarm_register_hr(kPause, 0, begin_part, nullptr); }
+
+void begin_part(unsigned /*alarm*/, void * /*argument*/) {
+  alarm_of_next_part = 0;
+  for (uint32_t steps = 0; steps < kStepsOfPart; ++steps) {
+    if (!step()) {
+      next_tree = 0;
+      if (has_to_begin_again) {
+        has_to_begin_again = false;
+        wait_for_next_part();
+      }
+      return;
+    }
+  }
+  wait_for_next_part();
+}
+
+}  // namespace
+
+netsnmp_variable_list *follow_trees(void * /*message*/, oid * /*trap_oid*/, size_t * /*trap_oid_len*/,
+                                    int *status) {
+  STP_LOG(kTrace, "%s: trees have come or gone\n", __func__);
+  *status = 0;
+  if (alarm_of_next_part == 0) {
+    wait_for_next_part();
+  } else {
+    has_to_begin_again = has_to_begin_again || next_tree != 0;
+  }
+  return nullptr;
+}
+
+void withdraw_contexts() {
+  if (alarm_of_next_part != 0) {
+    snmp_alarm_unregister(alarm_of_next_part);
+    alarm_of_next_part = 0;
+  }
+  for (uint32_t tree = with_contexts.first_from(0); tree < kTrees; tree = with_contexts.first_from(tree)) {
+    withdraw_tree(tree);
+  }
+  next_tree = 0;
+  has_to_begin_again = false;
+}
+
+}  // namespace stpbridge

@@ -1,0 +1,307 @@
+// Contexts with the real agent library's registry: what is registered follows what runs.
+#include "contexts.h"
+
+#include <gmock/gmock.h>
+
+#include "fake_alarms.h"
+#include "registered.h"
+#include "scripted_bridge.h"
+
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+constexpr size_t kMostParts = 10'000;
+
+class Contexts : public BridgeTest {
+ protected:
+  static void SetUpTestSuite() { registered::prepare_agent(); }
+
+  void SetUp() override {
+    BridgeTest::SetUp();
+    fake_agent::reset();
+    bridge_.trees.clear();
+    fake::platform().writes_trace = false;
+  }
+
+  void TearDown() override {
+    stpbridge::withdraw_contexts();
+    EXPECT_EQ(fake_agent::alarms(), 0U);
+    BridgeTest::TearDown();
+  }
+
+  void run(const std::vector<uint32_t> &trees) {
+    bridge_.trees.clear();
+    for (const uint32_t tree : trees) {
+      bridge_.trees[tree] = {};
+    }
+  }
+
+  // As the notification service delivers it.
+  static void tell() {
+    int status = 7;
+    oid trap_oid[MAX_OID_LEN] = {};
+    size_t trap_oid_len = 0;
+    EXPECT_EQ(stpbridge::follow_trees(nullptr, trap_oid, &trap_oid_len, &status), nullptr);
+    EXPECT_EQ(status, 0);
+  }
+
+  static size_t follow() {
+    tell();
+    return fake_agent::fire_alarms(kMostParts);
+  }
+
+  static std::vector<uint32_t> vlans() {
+    std::vector<uint32_t> found;
+    for (uint32_t tree = 0; tree < 4096; ++tree) {
+      const std::string bare = registered::both(std::to_string(tree));
+      EXPECT_EQ(registered::both("vlan-" + std::to_string(tree)), bare) << tree;
+      if (bare != "none") {
+        EXPECT_EQ(bare, "both") << tree;
+        found.push_back(tree);
+      }
+    }
+    return found;
+  }
+
+  static std::vector<uint32_t> instances() {
+    std::vector<uint32_t> found;
+    for (uint32_t tree = 0; tree < 4096; ++tree) {
+      const std::string registered = registered::both("mst-" + std::to_string(tree));
+      if (registered != "none") {
+        EXPECT_EQ(registered, "both") << tree;
+        found.push_back(tree);
+      }
+    }
+    return found;
+  }
+};
+
+TEST_F(Contexts, AreNotRegisteredWithinTheNotification) {
+  run({1, 20});
+  tell();
+  EXPECT_EQ(fake_agent::alarms(), 1U);
+  EXPECT_EQ(fake_agent::latest_delay_us(), 10'000);
+  EXPECT_THAT(vlans(), IsEmpty());
+  EXPECT_TRUE(fake_agent::fire_alarm());
+  EXPECT_THAT(vlans(), ElementsAre(1, 20));
+  EXPECT_THAT(instances(), IsEmpty());
+}
+
+TEST_F(Contexts, FollowTreesThatComeAndGo) {
+  for (const std::vector<uint32_t> &trees :
+       std::vector<std::vector<uint32_t>>{{1},
+                                          {1, 20},
+                                          {20},
+                                          {5, 20, 4094},
+                                          {},
+                                          {1, 2, 3, 31, 32, 33, 63, 64, 65},
+                                          {2, 32, 64},
+                                          {4095},
+                                          {}}) {
+    run(trees);
+    follow();
+    EXPECT_EQ(vlans(), trees);
+  }
+}
+
+TEST_F(Contexts, OfMstInstancesBeginWithTheCist) {
+  bridge_.has_mst_trees = true;
+  run({0, 1, 4094});
+  follow();
+  EXPECT_THAT(instances(), ElementsAre(0, 1, 4094));
+  EXPECT_THAT(vlans(), IsEmpty());
+  run({0});
+  follow();
+  EXPECT_THAT(instances(), ElementsAre(0));
+}
+
+TEST_F(Contexts, FollowTheMode) {
+  run({1, 20, 30});
+  follow();
+  bridge_.has_mst_trees = true;
+  run({0, 20});
+  follow();
+  EXPECT_THAT(vlans(), IsEmpty());
+  EXPECT_THAT(instances(), ElementsAre(0, 20));
+  bridge_.has_mst_trees = false;
+  run({20});
+  follow();
+  EXPECT_THAT(vlans(), ElementsAre(20));
+  EXPECT_THAT(instances(), IsEmpty());
+}
+
+TEST_F(Contexts, AreRegisteredAPartAtATime) {
+  std::vector<uint32_t> trees(200);
+  for (uint32_t i = 0; i < trees.size(); ++i) {
+    trees[i] = i + 1;
+  }
+  run(trees);
+  tell();
+  for (const size_t so_far : {64U, 128U, 192U}) {
+    ASSERT_TRUE(fake_agent::fire_alarm());
+    EXPECT_EQ(vlans().size(), so_far);
+    EXPECT_EQ(fake_agent::latest_delay_us(), 10'000);
+  }
+  EXPECT_EQ(fake_agent::fire_alarms(kMostParts), 1U);
+  EXPECT_EQ(vlans(), trees);
+
+  run({});
+  tell();
+  ASSERT_TRUE(fake_agent::fire_alarm());
+  EXPECT_EQ(vlans().size(), 136U);
+  fake_agent::fire_alarms(kMostParts);
+  EXPECT_THAT(vlans(), IsEmpty());
+}
+
+TEST_F(Contexts, ThatChangeBehindAPartAreSeenByAnotherPass) {
+  std::vector<uint32_t> trees;
+  for (uint32_t tree = 100; tree < 200; ++tree) {
+    trees.push_back(tree);
+  }
+  run(trees);
+  tell();
+  ASSERT_TRUE(fake_agent::fire_alarm());
+  bridge_.trees[1] = {};
+  bridge_.trees.erase(110);
+  tell();
+  tell();
+  EXPECT_EQ(fake_agent::alarms(), 1U);
+  EXPECT_EQ(fake_agent::fire_alarms(kMostParts), 3U) << "the rest, and twice a part";
+  trees.erase(trees.begin() + 10);
+  trees.insert(trees.begin(), 1);
+  EXPECT_EQ(vlans(), trees);
+}
+
+TEST_F(Contexts, NeedOnePassWhereThatHasNotBegun) {
+  run({1});
+  tell();
+  tell();
+  EXPECT_EQ(fake_agent::alarms(), 1U);
+  EXPECT_EQ(fake_agent::fire_alarms(kMostParts), 1U);
+}
+
+TEST_F(Contexts, StayWhereNobodyTellsWhatRuns) {
+  run({1, 20});
+  follow();
+  const auto answer = fake::platform().answer;
+  for (const fake::Send &useless : {fake::Send{4, false}, fake::Send{5, false}, fake::Send{0, false},
+                                    fake::Send{0, true, fake::Attributes{}}}) {
+    fake::platform().answer = [useless](const fake::Request &) { return useless; };
+    EXPECT_EQ(follow(), 1U);
+    EXPECT_THAT(vlans(), ElementsAre(1, 20));
+  }
+  fake::platform().answer = answer;
+  run({20});
+  follow();
+  EXPECT_THAT(vlans(), ElementsAre(20));
+}
+
+TEST_F(Contexts, StayWhereTheAnswerCannotBe) {
+  run({5, 20});
+  follow();
+  fake::platform().writes_trace = true;
+  struct Answer {
+    uint32_t tree;
+    uint32_t mode;
+  };
+  for (const Answer &rogue : {Answer{4096, 5}, Answer{0xFFFFFFFF, 5}, Answer{5, 3}, Answer{5, 0}}) {
+    fake::platform().answer = [rogue](const fake::Request &) {
+      return fake::Send{
+          0, true,
+          fake::Attributes{{0x14029001, fake::number(rogue.tree)}, {0x0202B001, fake::number(rogue.mode)}}};
+    };
+    fake::taken_trace();
+    EXPECT_EQ(follow(), 1U);
+    EXPECT_THAT(fake::taken_trace(),
+                Contains(HasSubstr("find_running_tree: asked for a tree from 0 on, got ")));
+    EXPECT_THAT(vlans(), ElementsAre(5, 20));
+  }
+}
+
+TEST_F(Contexts, AreNotLookedForInACircle) {
+  fake::platform().answer = [](const fake::Request &) {
+    return fake::Send{0, true,
+                      fake::Attributes{{0x14029001, fake::number(7)}, {0x0202B001, fake::number(5)}}};
+  };
+  EXPECT_EQ(follow(), 1U);
+  EXPECT_THAT(vlans(), ElementsAre(7));
+}
+
+TEST_F(Contexts, ThatTheAgentRefusesAreTriedAgain) {
+  fake::platform().writes_trace = true;
+  for (const size_t accepted : {0U, 1U, 2U, 3U}) {
+    run({1, 20});
+    fake_agent::refuse_registration_after(accepted);
+    fake::taken_trace();
+    follow();
+    EXPECT_THAT(fake::taken_trace(),
+                Contains("log(0x00730000, 100) \"step: the agent refuses the contexts of tree 1\\n\""));
+    EXPECT_THAT(vlans(), ElementsAre(20));
+    follow();
+    EXPECT_THAT(vlans(), ElementsAre(1, 20));
+    run({});
+    follow();
+  }
+}
+
+TEST_F(Contexts, FollowTheNextNotificationWhereNoAlarmCanBeSet) {
+  run({1});
+  fake_agent::set_refuses_alarms(true);
+  EXPECT_EQ(follow(), 0U);
+  EXPECT_THAT(vlans(), IsEmpty());
+  fake_agent::set_refuses_alarms(false);
+  follow();
+  EXPECT_THAT(vlans(), ElementsAre(1));
+}
+
+TEST_F(Contexts, AreWithdrawnInTheMiddleOfAPass) {
+  std::vector<uint32_t> trees(100);
+  for (uint32_t i = 0; i < trees.size(); ++i) {
+    trees[i] = i + 1;
+  }
+  run(trees);
+  tell();
+  fake_agent::fire_alarm();
+  tell();
+  stpbridge::withdraw_contexts();
+  EXPECT_EQ(fake_agent::alarms(), 0U);
+  EXPECT_THAT(vlans(), IsEmpty());
+  EXPECT_EQ(follow(), 2U) << "from the beginning, and once";
+  EXPECT_EQ(vlans(), trees);
+}
+
+TEST_F(Contexts, TheQuestionsOfAPass) {
+  run({2, 9});
+  fake::platform().writes_trace = true;
+  follow();
+  std::vector<std::string> keys;
+  for (const std::string &line : fake::taken_trace()) {
+    if (line.starts_with("cmd_req_cmdId_set") || line.starts_with("cmd_req_action_set") ||
+        line.starts_with("cmd_req_attr_add")) {
+      keys.push_back(line);
+    }
+  }
+  EXPECT_THAT(keys, ElementsAre("cmd_req_cmdId_set(request, 130)", "cmd_req_action_set(request, 1)",
+                                "cmd_req_cmdId_set(request, 130)", "cmd_req_action_set(request, 3)",
+                                "cmd_req_attr_add(request, 0x130200B4, 00000000010000000200000002000000)",
+                                "cmd_req_cmdId_set(request, 130)", "cmd_req_action_set(request, 3)",
+                                "cmd_req_attr_add(request, 0x130200B4, 00000000010000000900000009000000)"));
+}
+
+TEST_F(Contexts, OfAllTreesThereCanBe) {
+  std::vector<uint32_t> trees(4094);
+  for (uint32_t i = 0; i < trees.size(); ++i) {
+    trees[i] = i + 1;
+  }
+  run(trees);
+  EXPECT_EQ(follow(), 64U);
+  EXPECT_EQ(vlans(), trees);
+  stpbridge::withdraw_contexts();
+  EXPECT_THAT(vlans(), IsEmpty());
+}
+
+}  // namespace
