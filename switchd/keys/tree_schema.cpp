@@ -91,7 +91,7 @@ constexpr auto kTreeFields = joined(
          number_field<Tree, kPath<&Tree::observed, &ObservedTree::root_port>, 0, kMaxBridgePort>(
              "root_port", "The bridge port number of the root port, 0 for none; else it follows from roles."),
          number_field<Tree, kPath<&Tree::observed, &ObservedTree::topology_changes>, 0, kAnyNumber>(
-             "topology_changes", "How often the topology has changed.")}),
+             "topology_changes", "How often the topology has changed; else it is counted while the switch runs.")}),
     timer_fields<Tree, &Tree::observed, &ObservedTree::timers_in_force>(kRootTimers));
 
 Bridge make_bridge() {
@@ -103,11 +103,7 @@ Bridge make_bridge() {
           .root = {.root_id = kDefaultRoot, .timers_in_force = kRecommendedTimers}};
 }
 
-Tree make_tree(uint32_t /*number*/) {
-  Tree tree;
-  tree.observed.topology_changes = 0;
-  return tree;
-}
+Tree make_tree(uint32_t /*number*/) { return {}; }
 
 }  // namespace
 

@@ -340,7 +340,7 @@ number = 2
   EXPECT_EQ(tree.observed.root_cost, std::nullopt);
   EXPECT_EQ(tree.observed.root_port, std::nullopt);
   EXPECT_EQ(times(tree.observed.timers_in_force), Times(3));
-  EXPECT_EQ(tree.observed.topology_changes, 0U);
+  EXPECT_EQ(tree.observed.topology_changes, std::nullopt);
   EXPECT_EQ(state.mst.name, "");
   EXPECT_EQ(state.mst.revision, 0U);
   EXPECT_EQ(state.mst.max_hops, 20U);
