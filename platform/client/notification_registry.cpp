@@ -95,9 +95,6 @@ bool deliver_notification(uint32_t notification_class, TransportMessage *message
   size_t trap_oid_len = 0;
   int status = 0;
   netsnmp_variable_list *bindings = subscription->handler(message, trap_oid, &trap_oid_len, &status);
-  if (bindings == nullptr) {
-    return false;
-  }
   if (status == 0) {
     snmp_free_varbind(bindings);
     return false;

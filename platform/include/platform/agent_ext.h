@@ -37,7 +37,8 @@ uint32_t get_snmp_sessionid(int index);
 
 /* Turns a message of the spanning-tree process into a notification. `trap_oid` has room for MAX_OID_LEN arcs,
  * and `*trap_oid_len` is set in arcs. Returns the bindings, which the service owns and frees from then on,
- * with `*status` 1; or null with `*status` 0, and nothing is sent. */
+ * with `*status` 1, or null where the notification has none; or null with `*status` 0, and nothing is
+ * sent. */
 typedef netsnmp_variable_list *(*notification_handler)(void *message, oid *trap_oid, size_t *trap_oid_len,
                                                        int *status);
 

@@ -120,7 +120,7 @@ class WalkModel : public BridgeTest {
 };
 
 TEST_F(WalkModel, EveryStepIsTheModels) {
-  for (int round = 0; round < 300; ++round) {
+  for (int round = 0; round < 150; ++round) {
     make_bridge();
     for (int question = 0; question < 40; ++question) {
       const Name name = near_name();

@@ -139,6 +139,15 @@ TEST_F(Notifications, WhatTheHandlerRefusesIsNotSent) {
   EXPECT_TRUE(traps.empty());
 }
 
+TEST_F(Notifications, AHandlerMayHaveNoBindings) {
+  enable();
+  handler_returns_bindings = false;
+  EXPECT_TRUE(deliver());
+  ASSERT_EQ(traps.size(), 1U);
+  ASSERT_EQ(traps[0].size(), 1U);
+  EXPECT_EQ(traps[0][0].value, std::string(reinterpret_cast<const char *>(kTrapOid), sizeof kTrapOid));
+}
+
 // What is freed, and how often, is what the sanitizers and valgrind look at.
 TEST_F(Notifications, BindingsThatCannotBeSentAreFreed) {
   enable();

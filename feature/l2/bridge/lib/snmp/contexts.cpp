@@ -23,8 +23,10 @@ using stpsnmp::query::TreeRange;
 
 constexpr uint32_t kTrees = 4096;  // VLANs, or MST instances (IEEE 802.1Q clause 9.6, 13.8)
 
-// A part: so many steps, each a question and at most one tree's contexts, and the time until the next one.
-constexpr uint32_t kStepsOfPart = 64;
+// A part of a pass, between which the agent serves requests. A question costs microseconds; the contexts of a
+// tree cost milliseconds once there are thousands, because the agent looks for a context in a list.
+constexpr uint32_t kQuestionsOfPart = 64;
+constexpr uint32_t kChangesOfPart = 2;
 constexpr timeval kPause{0, 10'000};
 
 class TreeSet {
@@ -142,48 +144,61 @@ bool find_running_tree(uint32_t from, RunningTree *found) {
   return true;
 }
 
-// Gives a tree its contexts, or takes them from one. False at the end, and where nobody tells what runs.
-bool step() {
+enum class Step : uint8_t {
+  kSeen,     // a tree has its contexts already
+  kChanged,  // one was given its contexts, or deprived of them
+  kLast      // there is no other one, or nobody tells what runs
+};
+
+Step step() {
   RunningTree running;
   if (!find_running_tree(next_tree, &running)) {
-    return false;
+    return Step::kLast;
   }
   const bool is_same_kind = running.kind == kind_with_contexts;
   const uint32_t gone = with_contexts.first_from(is_same_kind ? next_tree : 0);
   if (gone < (is_same_kind ? running.tree : kTrees)) {
     withdraw_tree(gone);
-    return true;
+    return Step::kChanged;
   }
   if (running.tree == kTrees) {
-    return false;
+    return Step::kLast;
   }
   kind_with_contexts = running.kind;
-  if (!with_contexts.holds(running.tree)) {
-    if (register_tree(*running.kind, running.tree)) {
-      with_contexts.add(running.tree);
-    } else {
-      STP_LOG(kRejection, "%s: the agent refuses the contexts of tree %d\n", __func__, shown(running.tree));
-    }
-  }
   next_tree = running.tree + 1;
-  return true;
+  if (with_contexts.holds(running.tree)) {
+    return Step::kSeen;
+  }
+  if (register_tree(*running.kind, running.tree)) {
+    with_contexts.add(running.tree);
+  } else {
+    STP_LOG(kRejection, "%s: the agent refuses the contexts of tree %d\n", __func__, shown(running.tree));
+  }
+  return Step::kChanged;
 }
 
 void begin_part(unsigned /*alarm*/, void * /*argument*/);
 
 void wait_for_next_part() { alarm_of_next_part = snmp_alarm_register_hr(kPause, 0, begin_part, nullptr); }
 
+void end_pass() {
+  next_tree = 0;
+  if (has_to_begin_again) {
+    has_to_begin_again = false;
+    wait_for_next_part();
+  }
+}
+
 void begin_part(unsigned /*alarm*/, void * /*argument*/) {
   alarm_of_next_part = 0;
-  for (uint32_t steps = 0; steps < kStepsOfPart; ++steps) {
-    if (!step()) {
-      next_tree = 0;
-      if (has_to_begin_again) {
-        has_to_begin_again = false;
-        wait_for_next_part();
-      }
+  uint32_t changes = 0;
+  for (uint32_t questions = 0; questions < kQuestionsOfPart && changes < kChangesOfPart; ++questions) {
+    const Step taken = step();
+    if (taken == Step::kLast) {
+      end_pass();
       return;
     }
+    changes += taken == Step::kChanged ? 1 : 0;
   }
   wait_for_next_part();
 }
@@ -195,6 +210,7 @@ netsnmp_variable_list *follow_trees(void * /*message*/, oid * /*trap_oid*/, size
   STP_LOG(kTrace, "%s: trees have come or gone\n", __func__);
   *status = 0;
   if (alarm_of_next_part == 0) {
+    next_tree = 0;
     wait_for_next_part();
   } else {
     has_to_begin_again = has_to_begin_again || next_tree != 0;
