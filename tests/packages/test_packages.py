@@ -9,7 +9,7 @@ from expected import ENTERPRISE, NAMES
 from harness.build import PROJECT, VERSION
 
 PAGES = ['man1/stp-fetch-mibs.1', 'man1/stp-overview.1', 'man1/stp-show-walk.1', 'man1/stp-switchctl.1',
-         'man5/stp-scenario.5', 'man7/libstpsnmp.7', 'man8/stp-switchd.8']
+         'man5/stp-scenario.5', 'man7/libstpbridge.7', 'man7/libstpsnmp.7', 'man8/stp-switchd.8']
 
 
 def run(*command):
