@@ -11,6 +11,7 @@ from expected import ENTERPRISE
 from harness.build import SMI_BASE
 from harness.polling import wait_until
 
+BRIDGE_OID = '.1.3.6.1.2.1.17'
 ROOT_OID = f'.1.3.6.1.4.1.{ENTERPRISE}.9.82'
 MIB = 'VANTREL-STP-EXTENSIONS-MIB'
 UNIT = 'stp-switchd.service'
@@ -20,7 +21,8 @@ SMI_IN_ROOT, PERSISTENT = '/run/smi', '/run/persistent'
 
 # The agent's own script starts it: Debian's options, but for the log. Only the root's own loopback may read.
 AGENT_OPTIONS = f"SNMPDOPTS='-A -Lf {AGENT_LOG} -u Debian-snmp -g Debian-snmp -I -smux,mteTrigger,mteTriggerConf'\n"
-AGENT_ACCESS = f'view stp included {ROOT_OID}\nrocommunity readers 127.0.0.1 -V stp\ndontLogTCPWrappersConnects yes\n'
+AGENT_ACCESS = (f'view stp included {ROOT_OID}\nview stp included {BRIDGE_OID}\n'
+                'rocommunity readers 127.0.0.1 -V stp\ndontLogTCPWrappersConnects yes\n')
 
 # Some user whom nobody is, as systemd takes one.
 DYNAMIC_USER = '61184'
@@ -40,6 +42,10 @@ SERVED = {
     'stpxSMSTPortAdminMSTMode.142 preStandard',
     'stpxSMSTInstanceValue.2 18',
 }
+
+# Of its CIST, by BRIDGE-MIB: dot1dStpRootPort.
+ROOT_PORT = f'{BRIDGE_OID}.2.7.0'
+DEFAULT_ROOT_PORT = f'{ROOT_PORT} = INTEGER: 139\n'
 
 
 def read_service(root):
@@ -108,6 +114,10 @@ def wait_for_no_module(root):
                'snmpd answers, without the module')
 
 
+def wait_for_bridge_module(root):
+    wait_until(lambda: f'{ROOT_PORT} 139' in walk(root, '-On', ROOT_PORT), 'snmpd serves the bridge module')
+
+
 @pytest.fixture(name='machine')
 def fixture_machine(root, tmp_path):
     """A root with a running agent."""
@@ -136,20 +146,41 @@ def test_an_agent_that_runs_serves_what_is_installed_and_drops_what_is_removed(m
     assert 'dlopen' not in machine.path(AGENT_LOG).read_text(errors='replace')
 
 
+def test_each_module_serves_without_the_other(machine, packages, tmp_path):
+    machine.install(packages)
+    start_switch(machine, tmp_path / 'switch.log')
+    wait_for_module(machine)
+    wait_for_bridge_module(machine)
+
+    machine.run('dpkg', '--remove', 'libstpsnmp')
+    wait_for_no_module(machine)
+    wait_for_bridge_module(machine)
+
+    machine.install(packages)
+    machine.run('dpkg', '--remove', 'libstpbridge')
+    wait_until(lambda: f'{ROOT_PORT} No ' in walk(machine, '-On', ROOT_PORT), 'snmpd has dropped the bridge module')
+    wait_for_module(machine)
+    assert 'dlopen' not in machine.path(AGENT_LOG).read_text(errors='replace')
+
+
 def test_the_first_walk_takes_the_commands_that_the_installation_prints(machine, packages, tmp_path):
     machine.path('/etc/snmp/snmpd.conf.d/access.conf').unlink()
     printed = machine.install(packages)
     start_switch(machine, tmp_path / 'switch.log')
-    [add_view] = re.findall(r"^  (echo 'view .*)$", printed, re.MULTILINE)
+    add_views = re.findall(r"^  (echo 'view .*)$", printed, re.MULTILINE)
     [show] = re.findall(r': (stp-show-walk .*)$', printed, re.MULTILINE)
+    [walk_bridge] = re.findall(r': (snmpwalk .*)$', printed, re.MULTILINE)
     before = machine.changes()
-    machine.run('sh', '-c', add_view)
-    assert set(machine.changes()) - set(before) == {'etc/snmp/snmpd.conf.d/stp-view.conf'}
+    for add_view in add_views:
+        machine.run('sh', '-c', add_view)
+    assert set(machine.changes()) - set(before) == {
+        'etc/snmp/snmpd.conf.d/stp-bridge-view.conf', 'etc/snmp/snmpd.conf.d/stp-view.conf'}
     wait_until(lambda: 'Mode           mst\n' in machine.run('sh', '-c', f'{show} 2>/dev/null || :'),
                'the tables are shown')
     shown = machine.run('sh', '-c', show)
     assert 'channel 1  p2p     P      loop       a   D!  R   D\n' in shown
     assert f'\nstpxRootInconsistencyTable ({ROOT_OID}.1.5.2)\n' in shown
+    assert DEFAULT_ROOT_PORT in machine.run('sh', '-c', f'{walk_bridge} -On')
     assert 'view' not in machine.install(packages)
 
 
