@@ -73,7 +73,7 @@ INDEX_LABELS = {
 SAMPLE = re.compile(r'(\w+)(?:\{(.*)\})? (\S+)')
 LABEL = re.compile(r'(\w+)="((?:[^"\\]|\\.)*)",?')
 EXPORTERS_OWN = 'snmp_scrape_'
-METRIC = re.compile(r'\bstpx[A-Za-z]+')
+METRIC = re.compile(r'\b(?:stpx|dot1d)[A-Za-z0-9]+')
 
 
 def values_of(suffix, value):
