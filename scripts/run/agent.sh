@@ -2,7 +2,8 @@
 # shellcheck shell=bash
 
 readonly COMMUNITY=public
-readonly TRAP_FOLDER=/mnt/pss TRAP_FILE=stp_trap_value ALL_TRAPS=7
+readonly BRIDGE_MIB=.1.3.6.1.2.1.17  # with what RSTP-MIB adds to it
+readonly TRAP_FOLDER=/mnt/pss TRAP_FILE=stp_trap_value ALL_TRAPS=1f
 readonly TRAP_MARK='trap at' TRAP_PORT_TRIES=20
 
 # start_switch NAME: of a bridge of the ring, or none.
@@ -38,10 +39,12 @@ write_agent_configuration() {
   ln -s "$BUILD/lib" "$1/lib"
   cat >"$1/snmpd.conf" <<EOF
 view shown included $root_oid
+view shown included $BRIDGE_MIB
 view shown included .1.3.6.1.2.1.1
 rocommunity $COMMUNITY 127.0.0.1 -V shown
 dontLogTCPWrappersConnects yes
 dlmod stp_extensions_mib $1/lib/libstpsnmp.so
+dlmod stp_bridge_mib $1/lib/libstpbridge.so
 ${trap_port:+trap2sink -s $2 127.0.0.1:$trap_port $COMMUNITY}
 EOF
 }
@@ -99,6 +102,7 @@ show_traps() {
     [[ -z $name ]] || whose+="s/ UDP: \[$(trap_source "$name")\][^ ]*  / on $name  /; "
   done
   tail -n +1 -F "$place/snmptrapd.log" 2>/dev/null | sed --unbuffered -n -E \
-    "/^$TRAP_MARK/{${whose}s/  .*(snmpTrapOID|\.1\.3\.6\.1\.6\.3\.1\.1\.4\.1)\.0 = OID: /  /; s/\t/, /g; p}" &
+    "/^$TRAP_MARK/{${whose}s/  .*(snmpTrapOID|\.1\.3\.6\.1\.6\.3\.1\.1\.4\.1)\.0 = OID: /  /;
+     s/  [^ ]*\.17\.0\.1(\t|$)/  newRoot\1/; s/  [^ ]*\.17\.0\.2(\t|$)/  topologyChange\1/; s/\t/, /g; p}" &
   viewer_pid=$!
 }

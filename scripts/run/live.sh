@@ -91,5 +91,6 @@ EOF
 Walk the agents of a, b and c, as shown above, or as managers see them:
   walk c                 # watch stpxRSTPPortRoleTable and stpxRootInconsistencyTable; --traps shows traps
   snmpwalk -On \$(agent_of c) $root_oid
+  snmpwalk \$(agent_of c) $BRIDGE_MIB  # BRIDGE-MIB and RSTP-MIB, for stock managers
 EOF
 }

@@ -91,5 +91,6 @@ Look at the switch, and change it$1:
 Walk the agent, as shown above, or as managers see it:
   stp-show-walk --root $root_oid \$AGENT
   snmpwalk -On \$AGENT $root_oid
+  snmpwalk \$AGENT $BRIDGE_MIB  # BRIDGE-MIB and RSTP-MIB, for stock managers
 EOF
 }

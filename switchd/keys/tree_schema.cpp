@@ -91,7 +91,8 @@ constexpr auto kTreeFields = joined(
          number_field<Tree, kPath<&Tree::observed, &ObservedTree::root_port>, 0, kMaxBridgePort>(
              "root_port", "The bridge port number of the root port, 0 for none; else it follows from roles."),
          number_field<Tree, kPath<&Tree::observed, &ObservedTree::topology_changes>, 0, kAnyNumber>(
-             "topology_changes", "How often the topology has changed; else it is counted while the switch runs.")}),
+             "topology_changes",
+             "How often the topology has changed; else it is counted while the switch runs.")}),
     timer_fields<Tree, &Tree::observed, &ObservedTree::timers_in_force>(kRootTimers));
 
 Bridge make_bridge() {

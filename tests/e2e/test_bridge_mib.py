@@ -1,18 +1,18 @@
-"""BRIDGE-MIB and RSTP-MIB from the switch of a scenario: its default tree, its contexts, its traps."""
+"""BRIDGE-MIB and RSTP-MIB from the switch of a scenario: its default tree and its contexts."""
 
 import pytest
-from harness.build import BUILD
+from harness.agent import BRIDGE_CONFIGURATION
+from harness.build import BRIDGE_ROOT as B
 from harness.lab import run_lab
 from harness.polling import wait_until
 from harness.snmp_tools import Binding, Failure, v2c, v3
 
-BRIDGE_MODULE = f'dlmod stp_bridge_mib {BUILD}/lib/libstpbridge.so\n'
-B = '.1.3.6.1.2.1.17'
+UNKNOWN_CONTEXTS = '.1.3.6.1.6.3.12.1.5.0'  # snmpUnknownContexts (SNMP-TARGET-MIB)
 
 
 @pytest.fixture(name='shared_lab', scope='module')
 def fixture_shared_lab():
-    with run_lab('rapid-pvst.toml', serves=BRIDGE_MODULE, with_probe=False) as lab:
+    with run_lab('rapid-pvst.toml', serves=BRIDGE_CONFIGURATION, with_probe=False) as lab:
         yield lab
 
 
@@ -28,8 +28,15 @@ def in_context(name):
 
 
 def has_context(lab, name):
-    """Nobody answers in a context that is not registered, and of one that was withdrawn all that is left is a name."""
-    answer = lab.snmp.get(f'{B}.2.1.0', who=in_context(name))
+    """Nobody answers in a context that was never registered: the agent counts it. Of one that was withdrawn all that is
+    left is a name."""
+    [unknown] = lab.snmp.get(UNKNOWN_CONTEXTS)
+
+    def answer_or_count():
+        answer = lab.snmp.get(f'{B}.2.1.0', who=[*in_context(name), '-t', '1'])
+        return answer if not isinstance(answer, Failure) or lab.snmp.get(UNKNOWN_CONTEXTS) != [unknown] else None
+
+    answer = wait_until(answer_or_count, 'the agent answers, or counts the request')
     return not isinstance(answer, Failure) and answer[0].kind == 'INTEGER'
 
 

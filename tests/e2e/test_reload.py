@@ -1,20 +1,24 @@
-"""The module unloaded, loaded and reloaded in a running agent: by UCD-DLMOD-MIB and by SIGHUP."""
+"""The modules unloaded, loaded and reloaded in a running agent: by UCD-DLMOD-MIB and by SIGHUP."""
 
 import threading
+from contextlib import contextmanager
 
 import golden
 import pytest
-from harness.build import MODULE, PLATFORM_LIBRARY, PRELOAD, PROBE_ROOT, ROOT, THOROUGH
+from harness.agent import BRIDGE_CONFIGURATION, MODULE_CONFIGURATION
+from harness.build import BRIDGE_MODULE, BRIDGE_ROOT, MODULE, PLATFORM_LIBRARY, PRELOAD, PROBE_ROOT, ROOT, THOROUGH
 from harness.lab import run_lab
-from harness.snmp_tools import Binding
+from harness.polling import wait_until
+from harness.snmp_tools import Binding, Failure, v3
 
-# dlmodStatus of the first module in the configuration (UCD-DLMOD-MIB), and its values.
-DLMOD_STATUS = '.1.3.6.1.4.1.2021.13.14.2.1.5.1'
+# dlmodStatus (UCD-DLMOD-MIB) of the first module in the configuration and of the second, and its values.
+FIRST, SECOND = '.1.3.6.1.4.1.2021.13.14.2.1.5.1', '.1.3.6.1.4.1.2021.13.14.2.1.5.2'
 LOADED, UNLOADED, LOAD, UNLOAD = 1, 2, 4, 5
 NO_ERROR = 0
 
 SYS_UP_TIME = '.1.3.6.1.2.1.1.3.0'
 REGION_NAME = ROOT + '.1.11.2.0'
+PROTOCOL = BRIDGE_ROOT + '.2.1.0'
 REGISTERED = [binding.oid for binding in golden.MST] + [column + '.1' for column in golden.TABLE_COLUMNS]
 
 # What the memory needs to grow shows after so many cycles only. It is not measured under the sanitizers, whose own
@@ -40,17 +44,17 @@ def fixture_lone_lab():
         yield lab
 
 
-def set_status(client, wanted, reached):
-    assert client.set_integer(DLMOD_STATUS, wanted).error_status == NO_ERROR
-    assert client.get(DLMOD_STATUS).number == reached
+def set_status(client, module, wanted, reached):
+    assert client.set_integer(module, wanted).error_status == NO_ERROR
+    assert client.get(module).number == reached
 
 
-def unload(client):
-    set_status(client, UNLOAD, UNLOADED)
+def unload(client, module=FIRST):
+    set_status(client, module, UNLOAD, UNLOADED)
 
 
-def load(client):
-    set_status(client, LOAD, LOADED)
+def load(client, module=FIRST):
+    set_status(client, module, LOAD, LOADED)
 
 
 def check_nothing_is_registered(lab):
@@ -119,21 +123,23 @@ def test_many_hang_ups_with_requests_in_between(lab):
 
 
 class Walker(threading.Thread):
-    """Walks again and again beside the test, and keeps what a walk must never be."""
+    """Walks again and again beside the test, and keeps what a walk must never be. `walk` returns the bindings of one,
+    `expected` are those while the module is there."""
 
-    def __init__(self, snmp):
+    def __init__(self, walk, expected):
         super().__init__()
-        self._snmp = snmp
+        self._walk = walk
+        self._expected = expected
         self._ending = threading.Event()
         self.walks = 0
         self.surprises = []
 
     def run(self):
         while not self._ending.is_set():
-            bindings = self._snmp.bulk_walk(ROOT, repetitions=3)
+            bindings = self._walk()
             self.walks += 1
             # The module may go and come while a walk is under way, which then shows a part of the objects.
-            if bindings != [binding for binding in golden.MST if binding in bindings]:
+            if bindings != [binding for binding in self._expected if binding in bindings]:
                 self.surprises.append(bindings)
 
     def end(self):
@@ -141,29 +147,101 @@ class Walker(threading.Thread):
         self.join()
 
 
-@pytest.mark.parametrize('lab_name', ['lab', 'lone_lab'])
-def test_many_unloads_and_loads_under_a_running_walk(lab_name, request):
-    lab = request.getfixturevalue(lab_name)
-    walker = Walker(lab.snmp)
+@contextmanager
+def walking(walk, expected):
+    walker = Walker(walk, expected)
     walker.start()
     try:
-        with lab.raw_client('private') as client:
-            for cycle in range(UNLOAD_CYCLES):
-                unload(client)
-                assert client.get(REGION_NAME).exception == 'noSuchObject'
-                load(client)
-                assert client.get(REGION_NAME).value == b'ops-lab'
-                if cycle == WARM_UP_CYCLES:
-                    resident_before = lab.agent.resident_kib()
-            resident_after = lab.agent.resident_kib()
+        yield
     finally:
         walker.end()
     assert walker.surprises == []
     assert walker.walks > 0
+
+
+def cycle_many_times(lab, oid):
+    """Unloads and loads the first module, which has that object."""
+    with lab.raw_client('private') as client:
+        served = client.get(oid)
+        for cycle in range(UNLOAD_CYCLES):
+            unload(client)
+            assert client.get(oid).exception == 'noSuchObject'
+            load(client)
+            assert client.get(oid).value == served.value
+            if cycle == WARM_UP_CYCLES:
+                resident_before = lab.agent.resident_kib()
+        resident_after = lab.agent.resident_kib()
     assert lab.agent.is_alive()
-    assert lab.snmp.walk(ROOT) == golden.MST
     if not PRELOAD:
         assert resident_after - resident_before < GROWTH_LIMIT_KIB
+
+
+@pytest.mark.parametrize('lab_name', ['lab', 'lone_lab'])
+def test_many_unloads_and_loads_under_a_running_walk(lab_name, request):
+    lab = request.getfixturevalue(lab_name)
+    with walking(lambda: lab.snmp.bulk_walk(ROOT, repetitions=3), golden.MST):
+        cycle_many_times(lab, REGION_NAME)
+    assert lab.snmp.walk(ROOT) == golden.MST
     with lab.raw_client('private') as client:
         unload(client)
     check_nothing_is_registered(lab)
+
+
+def bridge_walk(snmp, context=''):
+    """Without the time since the latest topology change, which goes on; nothing where there is no such context."""
+    bindings = snmp.bulk_walk(BRIDGE_ROOT, repetitions=3, who=v3('alice', context))
+    return [] if isinstance(bindings, Failure) else [
+        binding for binding in bindings if binding.oid != f'{BRIDGE_ROOT}.2.3.0']
+
+
+@pytest.fixture(name='bridge_lab')
+def fixture_bridge_lab():
+    """The bridge module without the extension module, and VLAN 2 with a context."""
+    with run_lab('rapid-pvst.toml', serves=BRIDGE_CONFIGURATION, with_probe=False) as lab:
+        wait_until(lambda: bridge_walk(lab.snmp, 'vlan-2'), 'the VLAN has its context')
+        yield lab
+
+
+@pytest.mark.parametrize('context', ['', 'vlan-2'])
+def test_many_unloads_and_loads_of_the_bridge_module_under_a_running_walk(bridge_lab, context):
+    lab = bridge_lab
+    expected = bridge_walk(lab.snmp, context)
+    assert Binding(PROTOCOL, 'INTEGER', 3) in expected
+    with walking(lambda: bridge_walk(lab.snmp, context), expected):
+        cycle_many_times(lab, PROTOCOL)
+    wait_until(lambda: bridge_walk(lab.snmp, context) == expected, 'all is served again')
+    assert lab.agent.has_mapped(BRIDGE_MODULE)
+    with lab.raw_client('private') as client:
+        unload(client)
+    assert bridge_walk(lab.snmp) == bridge_walk(lab.snmp, 'vlan-2') == []
+    assert not lab.agent.has_mapped(BRIDGE_MODULE)
+
+
+def test_many_hang_ups_with_requests_to_the_bridge_module_in_between(bridge_lab):
+    lab = bridge_lab
+    expected = bridge_walk(lab.snmp, 'vlan-2')
+    for _ in range(HANG_UPS):
+        lab.agent.hang_up()
+        assert lab.snmp.get(PROTOCOL) == [Binding(PROTOCOL, 'INTEGER', 3)]
+    wait_until(lambda: bridge_walk(lab.snmp, 'vlan-2') == expected, 'the context is served again')
+
+
+@pytest.fixture(name='lab_of_both')
+def fixture_lab_of_both():
+    with run_lab('mst.toml', serves=MODULE_CONFIGURATION + BRIDGE_CONFIGURATION, with_probe=False) as lab:
+        yield lab
+
+
+@pytest.mark.parametrize('goes', [FIRST, SECOND])
+def test_each_module_serves_without_the_other(lab_of_both, goes):
+    lab = lab_of_both
+    assert lab.snmp.get(REGION_NAME, PROTOCOL) == [
+        Binding(REGION_NAME, 'OCTET STRING', b'ops-lab'), Binding(PROTOCOL, 'INTEGER', 3)]
+    gone, stays = (REGION_NAME, PROTOCOL) if goes == FIRST else (PROTOCOL, REGION_NAME)
+    [served] = lab.snmp.get(stays)
+    with lab.raw_client('private') as client:
+        unload(client, goes)
+        assert lab.snmp.get(gone, stays) == [Binding(gone, 'noSuchObject'), served]
+        load(client, goes)
+    assert lab.snmp.get(REGION_NAME, PROTOCOL) == [
+        Binding(REGION_NAME, 'OCTET STRING', b'ops-lab'), Binding(PROTOCOL, 'INTEGER', 3)]

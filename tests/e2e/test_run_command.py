@@ -11,7 +11,7 @@ from pathlib import Path
 
 import golden
 import pytest
-from harness.build import PROJECT, SCENARIOS
+from harness.build import BRIDGE_ROOT, PROJECT, SCENARIOS
 from harness.polling import wait_until
 from harness.ports import free_port
 from harness.run_command import (FakeProject, fake_project_of, root_of_walk, second_terminal, shown_walk,
@@ -288,6 +288,7 @@ def test_stays_up_for_the_commands_that_it_prints_until_ctrl_c(start_run):
     assert len(re.findall(r'\.9\.82\.[0-9.]+ = (?!No more)', type_in(walk))) == len(golden.MST)
     assert type_in(show_walk) in run.output
     assert 'SpanningTreeType.0 = INTEGER: mst(4)' in type_in('snmpwalk $AGENT stpxObjects')
+    assert '.17.2.1.0 = INTEGER: 3\n' in type_in(f'snmpwalk $AGENT {BRIDGE_ROOT}')
     assert re.search(r'^ *428 +1 +pointToPoint$', type_in('snmptable'), re.MULTILINE)
     assert 'DESCRIPTION' in type_in('snmptranslate')
     type_in('set mst.region')

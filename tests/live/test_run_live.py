@@ -8,11 +8,13 @@ from contextlib import ExitStack
 from pathlib import Path
 
 import pytest
+from harness.build import BRIDGE_ROOT
 from harness.polling import wait_until
 from harness.ports import free_port
 from harness.run_command import RING_SIZE, second_terminal, starting_runs
 from live_lab import Networks
 
+STATE_OF_PORT_2 = '2.15.1.3.2'  # dot1dStpPortState: 2 is blocking
 CONVERGED = {'a': ['designated', 'designated'], 'b': ['root', 'designated'], 'c': ['root', 'alternate']}
 
 
@@ -65,6 +67,7 @@ def test_ring_of_linux_bridges_with_the_commands_that_it_prints(start_run, netwo
 def use_the_other_terminal(run):
     type_in = second_terminal(run)
     assert 'to-b  2   blocking' in type_in('status  ')
+    assert f'.17.{STATE_OF_PORT_2} = INTEGER: 2\n' in type_in(f'snmpwalk $(agent_of c) {BRIDGE_ROOT}')
     type_in('pull a c')
     wait_until(lambda: roles_of(type_in('walk c')) == ['root'], 'the walk has one port')
     assert 'root port to-b' in type_in('status  ')
@@ -75,6 +78,7 @@ def use_the_other_terminal(run):
         run.wait_for_output('on a  stpxRootInconsistencyUpdate, stpxRootInconsistencyState.0.129 = INTEGER: 1')
         type_in('no_better_root')
         run.wait_for_output('on a  stpxRootInconsistencyUpdate, stpxRootInconsistencyState.0.129 = INTEGER: 2')
+        assert re.search(r' on c  topologyChange, \S*17\.1\.4\.1\.1\.2 = INTEGER: 2, ', run.output)
 
 
 @pytest.mark.usefixtures('openvswitch_ring')

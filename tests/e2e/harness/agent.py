@@ -47,6 +47,7 @@ access all "" any noauth prefix everything everything none
 {create_user('guest')}
 '''
 MODULE_CONFIGURATION = f'dlmod stp_extensions_mib {build.MODULE}\n'
+BRIDGE_CONFIGURATION = f'dlmod stp_bridge_mib {build.BRIDGE_MODULE}\n'
 PROBE_CONFIGURATION = f'dlmod agent_probe {build.PROBE}\n'
 
 # The file whose word says which traps start enabled. The agent sees one of its own, under a private mount.

@@ -18,8 +18,10 @@ THOROUGH = os.environ.get('STPSNMP_TEST_ALL') == '1'
 SMI_BASE = PROJECT / 'build/smi'
 
 MODULE = BUILD / 'lib/libstpsnmp.so'
+BRIDGE_MODULE = BUILD / 'lib/libstpbridge.so'
 PLATFORM_LIBRARY = BUILD / 'lib/libstpplatform.so'
 PROBE = BUILD / 'lib/agent_probe.so'
 ENTERPRISE = '.1.3.6.1.4.1.' + (BUILD / 'enterprise').read_text(encoding='ascii').strip()
 ROOT = ENTERPRISE + '.9.82'
+BRIDGE_ROOT = '.1.3.6.1.2.1.17'
 PROBE_ROOT = ENTERPRISE + '.9.9999'

@@ -70,7 +70,7 @@ class Markers:
 
     def _has_arrived(self, oids, known):
         """Whether a marker is among the traps behind those that were known before it was set."""
-        return any(trap.bindings[0].oid in oids for trap in self._receiver.received()[known:])
+        return any(trap.bindings[0].oid in oids for trap in self._receiver.received()[known:] if trap.bindings)
 
     def wait_until_connected(self):
         """The agent subscribes at a time of its own: until then, nobody hears of a marker."""
@@ -129,7 +129,7 @@ class TrapLab:
     def _take(self):
         received = self._receiver.received()
         new, self._seen = received[self._seen:], len(received)
-        return [trap for trap in new if not trap.bindings[0].oid.endswith(f'.{MARKER_BRIDGE_PORT}')]
+        return [trap for trap in new if not trap.is_of(MARKER_BRIDGE_PORT)]
 
 
 @contextmanager

@@ -7,7 +7,7 @@ import threading
 from pathlib import Path
 from typing import NamedTuple
 
-from .build import ROOT
+from .build import BRIDGE_ROOT, ROOT
 from .oids import is_below
 from .polling import wait_until
 from .ports import PORT_ATTEMPTS, free_port
@@ -16,6 +16,7 @@ from .raw_snmp import LARGEST_DATAGRAM, trap_bindings
 from .snmp_tools import parse_binding, private_environment
 
 TRAPS = ROOT + '.2.0'
+BRIDGE_TRAPS = BRIDGE_ROOT + '.0'
 SYS_UP_TIME, SNMP_TRAP_OID = '.1.3.6.1.2.1.1.3.0', '.1.3.6.1.6.3.1.1.4.1.0'
 SEPARATOR = '|'
 
@@ -24,13 +25,18 @@ class Trap(NamedTuple):
     oid: str
     bindings: list
 
+    def is_of(self, bridge_port):
+        """As its first binding says."""
+        return bool(self.bindings) and self.bindings[0].oid.endswith(f'.{bridge_port}')
+
 
 def make_trap(bindings):
-    """The module's own: its OID, and what follows; None for one that the agent sent of its own accord."""
+    """The modules' own: its OID, and what follows; None for one that the agent sent of its own accord."""
     up_time, trap_oid, *own = bindings
     assert (up_time.oid, up_time.kind) == (SYS_UP_TIME, 'Timeticks'), bindings
     assert (trap_oid.oid, trap_oid.kind) == (SNMP_TRAP_OID, 'OID'), bindings
-    return Trap(trap_oid.value, own) if is_below(trap_oid.value, TRAPS) else None
+    is_ours = is_below(trap_oid.value, TRAPS) or is_below(trap_oid.value, BRIDGE_TRAPS)
+    return Trap(trap_oid.value, own) if is_ours else None
 
 
 class TrapReceiver:
@@ -74,7 +80,7 @@ class TrapReceiver:
         return self._log.read_text(errors='replace') if self._log.exists() else ''
 
     def received(self):
-        """The module's traps so far, in the order in which they came."""
+        """The modules' traps so far, in the order in which they came."""
         with open(self._log, 'rb') as log:
             log.seek(self._length_read)
             # The last line may be incomplete.
@@ -138,7 +144,7 @@ class TrapCollector:
                 self._datagrams.append(datagram)
 
     def received(self):
-        """The module's traps so far, in the order in which they came."""
+        """The modules' traps so far, in the order in which they came."""
         for datagram in self._datagrams[len(self._decoded):]:
             self._decoded.append(make_trap(trap_bindings(datagram)))
         return [trap for trap in self._decoded if trap]

@@ -69,7 +69,10 @@ std::string shown_value(const netsnmp_variable_list &binding) {
 
 Answers answers_of(const Request &request, const Names &names) {
   std::vector<oid> root = kBridgeMib;
-  root.push_back(request.group);
+  // As it is registered: by groups for the default tree, as a whole in the contexts of others.
+  if (request.context.empty()) {
+    root.push_back(request.group);
+  }
   std::string context = request.context;
   netsnmp_handler_registration registration{};
   registration.rootoid = root.data();
@@ -94,7 +97,7 @@ Answers answers_of(const Request &request, const Names &names) {
   }
   netsnmp_agent_request_info info{};
   info.mode = request.mode;
-  EXPECT_EQ(stpbridge::answer_group(nullptr, &registration, &info, requests.data()), SNMP_ERR_NOERROR);
+  EXPECT_EQ(stpbridge::answer_requests(nullptr, &registration, &info, requests.data()), SNMP_ERR_NOERROR);
 
   Answers answers;
   for (netsnmp_variable_list &binding : bindings) {

@@ -65,10 +65,10 @@ class Contexts : public BridgeTest {
   static std::vector<uint32_t> vlans() {
     std::vector<uint32_t> found;
     for (uint32_t tree = 0; tree < 4096; ++tree) {
-      const std::string bare = registered::both(std::to_string(tree));
-      EXPECT_EQ(registered::both("vlan-" + std::to_string(tree)), bare) << tree;
-      if (bare != "none") {
-        EXPECT_EQ(bare, "both") << tree;
+      const std::string bare = registered::names(std::to_string(tree));
+      EXPECT_EQ(registered::names("vlan-" + std::to_string(tree)), bare) << tree;
+      if (!bare.empty()) {
+        EXPECT_EQ(bare, "dot1dBridge") << tree;
         found.push_back(tree);
       }
     }
@@ -78,9 +78,9 @@ class Contexts : public BridgeTest {
   static std::vector<uint32_t> instances() {
     std::vector<uint32_t> found;
     for (uint32_t tree = 0; tree < 4096; ++tree) {
-      const std::string registered = registered::both("mst-" + std::to_string(tree));
-      if (registered != "none") {
-        EXPECT_EQ(registered, "both") << tree;
+      const std::string registered = registered::names("mst-" + std::to_string(tree));
+      if (!registered.empty()) {
+        EXPECT_EQ(registered, "dot1dBridge") << tree;
         found.push_back(tree);
       }
     }
@@ -166,6 +166,7 @@ TEST_F(Contexts, ThatAreThereTakeAPartForEach64Trees) {
   EXPECT_EQ(follow(), 65U);
   EXPECT_EQ(follow(), 3U);
   bridge_.trees.erase(128);
+  EXPECT_EQ(follow(), 3U) << "to withdraw it takes its turn, too";
   EXPECT_EQ(follow(), 2U);
 }
 
@@ -250,7 +251,7 @@ TEST_F(Contexts, AreNotLookedForInACircle) {
 
 TEST_F(Contexts, ThatTheAgentRefusesAreTriedAgain) {
   fake::platform().writes_trace = true;
-  for (const size_t accepted : {0U, 1U, 2U, 3U}) {
+  for (const size_t accepted : {0U, 1U}) {
     run({1, 20});
     fake_agent::refuse_registration_after(accepted);
     fake::taken_trace();
@@ -267,8 +268,11 @@ TEST_F(Contexts, ThatTheAgentRefusesAreTriedAgain) {
 
 TEST_F(Contexts, FollowTheNextNotificationWhereNoAlarmCanBeSet) {
   run({1});
+  fake::platform().writes_trace = true;
   fake_agent::set_refuses_alarms(true);
   EXPECT_EQ(follow(), 0U);
+  EXPECT_THAT(fake::taken_trace(),
+              Contains(HasSubstr("wait_for_next_part: the agent has no memory for an alarm")));
   EXPECT_THAT(vlans(), IsEmpty());
   fake_agent::set_refuses_alarms(false);
   follow();

@@ -313,6 +313,17 @@ TEST_F(DispatchInContexts, EachTreeAnswersForItself) {
               ElementsAre("2.1.0 = noSuchInstance"));
 }
 
+// One entry of the registry has both groups there, where the default context has one for each.
+TEST_F(DispatchInContexts, AWalkGoesOnIntoTheNextGroup) {
+  bridge_.trees[20] = {whole_tree(), {{9, whole_port(9)}}};
+  const Names names{"1.4.1.3.9", "1", "", "2.19.1.5.9", "3"};
+  EXPECT_THAT(answers_of({.mode = MODE_GETNEXT, .group = 1}, {"1.4.1.3.7"}),
+              ElementsAre("1.4.1.3.7 = nothing"));
+  EXPECT_THAT(answers_of({.mode = MODE_GETNEXT, .context = "20", .platform_context = "20"}, names),
+              ElementsAre("2.1.0 = INTEGER 3", "1.1.0 = OCTETS 02000000000a", "1.1.0 = OCTETS 02000000000a",
+                          "2.19.1.5.9 = nothing", "3 = nothing"));
+}
+
 // Such a request is one that the platform has not seen: it knows no context of it, or that of another one.
 TEST_F(DispatchInContexts, WithoutTheRequestsOwnContextNoTreeIsAnswered) {
   for (const char *told : {"", "vlan-2", "vlan-200"}) {

@@ -104,14 +104,14 @@ namespace {
 TEST_F(ModuleFrame, InitRegistersThenSubscribes) {
   const LoadedModule module;
   module.init();
-  EXPECT_EQ(registered::both(""), "both");
+  EXPECT_EQ(registered::names(""), "dot1dBasedot1dStp");
   EXPECT_THAT(
       fake::taken_trace(),
       ElementsAre(logged("init_stp_bridge_mib: registering BRIDGE-MIB\\n"),
                   "register_for_notification(17424)", "fopen", "register_for_notification(17425)",
                   "register_for_notification(17426)", "set_notification_enable_disable_status(17426, 1)"));
   EXPECT_EQ(module.deinit(), 0);
-  EXPECT_EQ(registered::both(""), "none");
+  EXPECT_EQ(registered::names(""), "");
   EXPECT_THAT(fake::taken_trace(),
               ElementsAre(logged("deinit_stp_bridge_mib: unregistering BRIDGE-MIB\\n"),
                           "unregister_for_notification(17426)", "unregister_for_notification(17425)",
@@ -152,9 +152,9 @@ TEST_F(ModuleFrame, IsLoadedWhereTheAgentRefusesIt) {
   module.init();
   EXPECT_THAT(fake::taken_trace(),
               Contains("log(0x00730000, 100) \"init_stp_bridge_mib: the agent refuses BRIDGE-MIB\\n\""));
-  EXPECT_EQ(registered::group(1, ""), "other");
+  EXPECT_EQ(registered::name_of({1}, ""), "other");
   EXPECT_EQ(module.deinit(), 0);
-  EXPECT_EQ(registered::group(1, ""), "other");
+  EXPECT_EQ(registered::name_of({1}, ""), "other");
   EXPECT_EQ(netsnmp_unregister_handler(other), MIB_UNREGISTERED_OK);
 }
 

@@ -1,8 +1,8 @@
 // What is registered in the real agent library.
 #pragma once
 
-#include <algorithm>
 #include <string>
+#include <vector>
 
 #include "stpsnmp/agent.h"
 
@@ -14,24 +14,21 @@ inline void prepare_agent() {
   init_agent("bridge_module_test");
 }
 
-// The name under which a group is registered in a context, empty where it is not.
-inline std::string group(oid group, const std::string &context) {
-  oid id[] = {1, 3, 6, 1, 2, 1, 17, group};
-  const netsnmp_subtree *subtree = netsnmp_subtree_find(id, std::size(id), nullptr, context.c_str());
-  if (subtree == nullptr || snmp_oid_compare(subtree->name_a, subtree->namelen, id, std::size(id)) != 0) {
+// The name under which what is below dot1dBridge is registered in a context, empty where it is not.
+inline std::string name_of(const std::vector<oid> &below, const std::string &context) {
+  std::vector<oid> id{1, 3, 6, 1, 2, 1, 17};
+  id.insert(id.end(), below.begin(), below.end());
+  const netsnmp_subtree *subtree = netsnmp_subtree_find(id.data(), id.size(), nullptr, context.c_str());
+  if (subtree == nullptr || snmp_oid_compare(subtree->name_a, subtree->namelen, id.data(), id.size()) != 0) {
     return "";
   }
   return subtree->label_a;
 }
 
-// Both groups in a context, or none of them; "half" for one alone.
-inline std::string both(const std::string &context) {
-  const std::string base = group(1, context);
-  const std::string stp = group(2, context);
-  if (base.empty() && stp.empty()) {
-    return "none";
-  }
-  return base == "dot1dBase" && stp == "dot1dStp" ? "both" : "half";
+// The names under which dot1dBridge itself and its two groups are registered in a context, one after the
+// other.
+inline std::string names(const std::string &context) {
+  return name_of({}, context) + name_of({1}, context) + name_of({2}, context);
 }
 
 }  // namespace registered

@@ -19,54 +19,71 @@ class Registration : public ::testing::Test {
   void SetUp() override { fake_agent::reset(); }
 };
 
-TEST_F(Registration, BothGroupsInEachContext) {
-  for (const char *context : {"", "20", "vlan-20", "mst-0"}) {
-    EXPECT_TRUE(stpbridge::register_groups(context));
-    EXPECT_EQ(registered::both(context), "both") << context;
+TEST_F(Registration, OfTheDefaultContextIsOfTwoGroups) {
+  EXPECT_TRUE(stpbridge::register_default_context());
+  EXPECT_EQ(registered::names(""), "dot1dBasedot1dStp");
+  EXPECT_EQ(registered::names("20"), "");
+  stpbridge::unregister_default_context();
+  EXPECT_EQ(registered::names(""), "");
+}
+
+TEST_F(Registration, OfATreeIsOneEntryInItsContext) {
+  for (const char *context : {"20", "vlan-20", "mst-0"}) {
+    EXPECT_TRUE(stpbridge::register_context(context));
+    EXPECT_EQ(registered::names(context), "dot1dBridge") << context;
   }
-  stpbridge::unregister_groups("20");
-  EXPECT_EQ(registered::both("20"), "none");
-  for (const char *context : {"", "vlan-20", "mst-0"}) {
-    EXPECT_EQ(registered::both(context), "both") << context;
-    stpbridge::unregister_groups(context);
-    EXPECT_EQ(registered::both(context), "none") << context;
+  EXPECT_EQ(registered::names(""), "");
+  stpbridge::unregister_context("20");
+  EXPECT_EQ(registered::names("20"), "");
+  for (const char *context : {"vlan-20", "mst-0"}) {
+    EXPECT_EQ(registered::names(context), "dot1dBridge") << context;
+    stpbridge::unregister_context(context);
+    EXPECT_EQ(registered::names(context), "") << context;
   }
 }
 
 TEST_F(Registration, CanBeRepeated) {
   for (int round = 0; round < 100; ++round) {
-    ASSERT_TRUE(stpbridge::register_groups("")) << "round " << round;
-    stpbridge::unregister_groups("");
+    ASSERT_TRUE(stpbridge::register_default_context()) << "round " << round;
+    ASSERT_TRUE(stpbridge::register_context("20")) << "round " << round;
+    stpbridge::unregister_context("20");
+    stpbridge::unregister_default_context();
   }
-  EXPECT_EQ(registered::both(""), "none");
+  EXPECT_EQ(registered::names("") + registered::names("20"), "");
 }
 
 TEST_F(Registration, IsOfReadersAlone) {
-  ASSERT_TRUE(stpbridge::register_groups("mst-7"));
-  oid id[] = {1, 3, 6, 1, 2, 1, 17, 2};
+  ASSERT_TRUE(stpbridge::register_context("mst-7"));
+  oid id[] = {1, 3, 6, 1, 2, 1, 17};
   const netsnmp_subtree *subtree = netsnmp_subtree_find(id, std::size(id), nullptr, "mst-7");
   ASSERT_NE(subtree, nullptr);
   EXPECT_EQ(subtree->reginfo->modes, HANDLER_CAN_RONLY);
   EXPECT_STREQ(subtree->reginfo->contextName, "mst-7");
-  stpbridge::unregister_groups("mst-7");
+  stpbridge::unregister_context("mst-7");
 }
 
 TEST_F(Registration, LeavesTheOtherGroupsOfTheBridgeMibToOthers) {
-  ASSERT_TRUE(stpbridge::register_groups(""));
+  ASSERT_TRUE(stpbridge::register_default_context());
   for (const oid group : {0U, 3U, 4U, 5U, 6U, 7U}) {
-    EXPECT_EQ(registered::group(group, ""), "") << group;
+    EXPECT_EQ(registered::name_of({group}, ""), "") << group;
   }
-  stpbridge::unregister_groups("");
+  stpbridge::unregister_default_context();
 }
 
-TEST_F(Registration, OfWhichOneIsRefusedRegistersNone) {
+TEST_F(Registration, OfGroupsOfWhichOneIsRefusedRegistersNone) {
   for (const size_t accepted : {size_t{0}, size_t{1}}) {
     fake_agent::refuse_registration_after(accepted);
-    EXPECT_FALSE(stpbridge::register_groups("20"));
-    EXPECT_EQ(registered::both("20"), "none");
+    EXPECT_FALSE(stpbridge::register_default_context());
+    EXPECT_EQ(registered::names(""), "");
   }
-  EXPECT_TRUE(stpbridge::register_groups("20"));
-  stpbridge::unregister_groups("20");
+  EXPECT_TRUE(stpbridge::register_default_context());
+  stpbridge::unregister_default_context();
+}
+
+TEST_F(Registration, OfATreeThatIsRefusedRegistersNothing) {
+  fake_agent::refuse_registration_after(0);
+  EXPECT_FALSE(stpbridge::register_context("20"));
+  EXPECT_EQ(registered::names("20"), "");
 }
 
 TEST_F(Registration, WhereAnotherModuleIsLeavesItThere) {
@@ -74,16 +91,27 @@ TEST_F(Registration, WhereAnotherModuleIsLeavesItThere) {
   netsnmp_handler_registration *other =
       netsnmp_create_handler_registration("other", answer_nothing, id, std::size(id), HANDLER_CAN_RONLY);
   ASSERT_EQ(netsnmp_register_handler(other), MIB_REGISTERED_OK);
-  EXPECT_FALSE(stpbridge::register_groups(""));
-  EXPECT_EQ(registered::group(1, ""), "");
-  EXPECT_EQ(registered::group(2, ""), "other");
+  EXPECT_FALSE(stpbridge::register_default_context());
+  EXPECT_EQ(registered::names(""), "other");
+  EXPECT_EQ(netsnmp_unregister_handler(other), MIB_UNREGISTERED_OK);
+}
+
+TEST_F(Registration, BesideAnotherModuleThatHasAllOfTheBridgeMib) {
+  const oid id[] = {1, 3, 6, 1, 2, 1, 17};
+  netsnmp_handler_registration *other =
+      netsnmp_create_handler_registration("other", answer_nothing, id, std::size(id), HANDLER_CAN_RONLY);
+  ASSERT_EQ(netsnmp_register_handler(other), MIB_REGISTERED_OK);
+  EXPECT_TRUE(stpbridge::register_default_context());
+  EXPECT_EQ(registered::names(""), "otherdot1dBasedot1dStp");
+  stpbridge::unregister_default_context();
+  EXPECT_EQ(registered::names(""), "other");
   EXPECT_EQ(netsnmp_unregister_handler(other), MIB_UNREGISTERED_OK);
 }
 
 TEST_F(Registration, TakingOutKeepsTheAgentsLookupCache) {
-  ASSERT_TRUE(stpbridge::register_groups(""));
+  ASSERT_TRUE(stpbridge::register_default_context());
   netsnmp_set_lookup_cache_size(16);
-  stpbridge::unregister_groups("");
+  stpbridge::unregister_default_context();
   EXPECT_EQ(netsnmp_get_lookup_cache_size(), 16);
 }
 

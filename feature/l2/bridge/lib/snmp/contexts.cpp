@@ -76,12 +76,12 @@ constinit unsigned alarm_of_next_part = 0;  // 0: none
 
 bool register_tree(const KindOfTree &kind, uint32_t tree) {
   const ContextName bare("", tree);
-  if (kind.has_bare_number && !register_groups(bare.text)) {
+  if (kind.has_bare_number && !register_context(bare.text)) {
     return false;
   }
-  if (!register_groups(ContextName(kind.prefix, tree).text)) {
+  if (!register_context(ContextName(kind.prefix, tree).text)) {
     if (kind.has_bare_number) {
-      unregister_groups(bare.text);
+      unregister_context(bare.text);
     }
     return false;
   }
@@ -90,9 +90,9 @@ bool register_tree(const KindOfTree &kind, uint32_t tree) {
 
 void withdraw_tree(uint32_t tree) {
   if (kind_with_contexts->has_bare_number) {
-    unregister_groups(ContextName("", tree).text);
+    unregister_context(ContextName("", tree).text);
   }
-  unregister_groups(ContextName(kind_with_contexts->prefix, tree).text);
+  unregister_context(ContextName(kind_with_contexts->prefix, tree).text);
   with_contexts.remove(tree);
 }
 
@@ -179,7 +179,13 @@ Step step() {
 
 void begin_part(unsigned /*alarm*/, void * /*argument*/);
 
-void wait_for_next_part() { alarm_of_next_part = snmp_alarm_register_hr(kPause, 0, begin_part, nullptr); }
+void wait_for_next_part() {
+  alarm_of_next_part = snmp_alarm_register_hr(kPause, 0, begin_part, nullptr);
+  if (alarm_of_next_part == 0) {
+    STP_LOG(kRejection, "%s: the agent has no memory for an alarm: contexts wait for the next notification\n",
+            __func__);
+  }
+}
 
 void end_pass() {
   next_tree = 0;

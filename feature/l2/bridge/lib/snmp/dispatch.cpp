@@ -130,7 +130,7 @@ bool answer_behind(const Object &object, Arcs instance, netsnmp_variable_list *b
   return false;
 }
 
-// Leaves a binding as it is where nothing in the group follows it: the agent goes on with what does.
+// Leaves a binding as it is where none of the objects follows it: the agent goes on with what does.
 void answer_next(std::span<const Object> objects, netsnmp_variable_list *binding, Questions *questions) {
   const Arcs name = below_bridge_mib(*binding);
   for (const Object &object : objects) {
@@ -162,12 +162,12 @@ void get_next(std::span<const Object> objects, netsnmp_request_info *request, Qu
 
 }  // namespace
 
-int answer_group(netsnmp_mib_handler * /*handler*/, netsnmp_handler_registration *registration,
-                 netsnmp_agent_request_info *info, netsnmp_request_info *requests) {
+int answer_requests(netsnmp_mib_handler * /*handler*/, netsnmp_handler_registration *registration,
+                    netsnmp_agent_request_info *info, netsnmp_request_info *requests) {
   // Where the tree is unknown, there is no object.
-  const std::span<const Object> objects = knows_tree(*registration)
-                                              ? objects_of(registration->rootoid[kBridgeMibLength])
-                                              : std::span<const Object>();
+  const Arcs root(registration->rootoid, registration->rootoid_len);
+  const std::span<const Object> objects =
+      knows_tree(*registration) ? objects_of(root.subspan(kBridgeMibLength)) : std::span<const Object>();
   Questions questions(!is_registered_for_default_tree(*registration));
   for (netsnmp_request_info *request = requests; request != nullptr; request = request->next) {
     if (request->processed != 0) {

@@ -104,9 +104,12 @@ constexpr const Object *kFirstStpObject =
 
 }  // namespace
 
-std::span<const Object> objects_of(oid group) {
-  return group == kBaseGroup ? std::span(std::begin(kObjects), kFirstStpObject)
-                             : std::span(kFirstStpObject, std::end(kObjects));
+std::span<const Object> objects_of(std::span<const oid> root) {
+  if (root.empty()) {
+    return kObjects;
+  }
+  return root.front() == kBaseGroup ? std::span(std::begin(kObjects), kFirstStpObject)
+                                    : std::span(kFirstStpObject, std::end(kObjects));
 }
 
 }  // namespace stpbridge

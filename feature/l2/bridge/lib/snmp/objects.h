@@ -29,7 +29,8 @@ struct Object {
   bool is_column() const { return length == kColumnArcs; }
 };
 
-// Those of a group, in the order of their names.
-std::span<const Object> objects_of(oid group);
+// Those of a group, or, of nothing, those of all groups; in the order of their names. `root`: below
+// dot1dBridge.
+std::span<const Object> objects_of(std::span<const oid> root);
 
 }  // namespace stpbridge

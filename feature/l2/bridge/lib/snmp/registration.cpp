@@ -10,24 +10,34 @@
 namespace stpbridge {
 namespace {
 
-constexpr size_t kGroupLength = kBridgeMibLength + 1;
+constexpr char kDefaultContext[] = "";
 
 // The agent's functions take OIDs as mutable and only read them, so they get a copy.
-struct GroupId {
-  oid arcs[kGroupLength];
-
-  explicit GroupId(oid group) {
-    std::copy_n(kBridgeMib, kBridgeMibLength, arcs);
-    arcs[kBridgeMibLength] = group;
-  }
+struct Root {
+  const char *name;
+  size_t length;
+  oid arcs[kBridgeMibLength + 1];
 };
 
-const char *name_of(oid group) { return group == kBaseGroup ? "dot1dBase" : "dot1dStp"; }
+Root bridge_mib() {
+  Root root{"dot1dBridge", kBridgeMibLength, {}};
+  std::copy_n(kBridgeMib, kBridgeMibLength, root.arcs);
+  return root;
+}
 
-bool register_group(oid group, const char *context) {
-  const GroupId id(group);
+Root group(const char *name, oid arc) {
+  Root root = bridge_mib();
+  root.name = name;
+  root.arcs[root.length++] = arc;
+  return root;
+}
+
+Root base() { return group("dot1dBase", kBaseGroup); }
+Root stp() { return group("dot1dStp", kStpGroup); }
+
+bool enter(Root root, const char *context) {
   netsnmp_handler_registration *const registration = netsnmp_create_handler_registration(
-      name_of(group), answer_group, id.arcs, kGroupLength, HANDLER_CAN_RONLY);
+      root.name, answer_requests, root.arcs, root.length, HANDLER_CAN_RONLY);
   if (registration == nullptr) {
     return false;
   }
@@ -40,27 +50,30 @@ bool register_group(oid group, const char *context) {
   return netsnmp_register_handler(registration) == MIB_REGISTERED_OK;
 }
 
-void unregister_group(oid group, const char *context) {
-  GroupId id(group);
-  unregister_mib_context(id.arcs, kGroupLength, DEFAULT_MIB_PRIORITY, 0, 0, context);
+void remove(Root root, const char *context) {
+  unregister_mib_context(root.arcs, root.length, DEFAULT_MIB_PRIORITY, 0, 0, context);
 }
 
 }  // namespace
 
-bool register_groups(const char *context) {
-  if (!register_group(kBaseGroup, context)) {
+bool register_default_context() {
+  if (!enter(base(), kDefaultContext)) {
     return false;
   }
-  if (!register_group(kStpGroup, context)) {
-    unregister_group(kBaseGroup, context);
+  if (!enter(stp(), kDefaultContext)) {
+    remove(base(), kDefaultContext);
     return false;
   }
   return true;
 }
 
-void unregister_groups(const char *context) {
-  unregister_group(kBaseGroup, context);
-  unregister_group(kStpGroup, context);
+void unregister_default_context() {
+  remove(base(), kDefaultContext);
+  remove(stp(), kDefaultContext);
 }
+
+bool register_context(const char *name) { return enter(bridge_mib(), name); }
+
+void unregister_context(const char *name) { remove(bridge_mib(), name); }
 
 }  // namespace stpbridge

@@ -1,13 +1,16 @@
-// Puts the groups into the agent's registry and takes them out again.
+// What of the agent's registry is this module's.
 #pragma once
 
 namespace stpbridge {
 
-// Registers both groups in a context; the empty one is the default. False where the agent refuses, and then
-// neither is registered.
-bool register_groups(const char *context);
+// The default context: dot1dBase and dot1dStp, so that whoever serves what else dot1dBridge has is free to.
+// False where the agent refuses one of them; none is registered then.
+bool register_default_context();
+void unregister_default_context();
 
-// Takes out what register_groups has put in.
-void unregister_groups(const char *context);
+// The context of a tree: dot1dBridge, because each entry of the registry costs the agent memory, and time
+// with each context that there is. False where the agent refuses it.
+bool register_context(const char *name);
+void unregister_context(const char *name);
 
 }  // namespace stpbridge

@@ -13,8 +13,6 @@ namespace {
 using stpsnmp::diagnostics::kRejection;
 using stpsnmp::diagnostics::kTrace;
 
-constexpr char kDefaultContext[] = "";
-
 constinit bool is_registered = false;
 
 // A trap that the setting does not name keeps the notification service's default.
@@ -29,7 +27,7 @@ void subscribe(stp_notification notification_class, notification_handler handler
 
 void init_stp_bridge_mib(void) {
   STP_LOG(kTrace, "%s: registering BRIDGE-MIB\n", __func__);
-  is_registered = stpbridge::register_groups(kDefaultContext);
+  is_registered = stpbridge::register_default_context();
   if (!is_registered) {
     STP_LOG(kRejection, "%s: the agent refuses BRIDGE-MIB\n", __func__);
   }
@@ -48,7 +46,7 @@ int deinit_stp_bridge_mib(void) {
   unregister_for_notification(STP_NOTIFICATION_NEW_ROOT);
   stpbridge::withdraw_contexts();
   if (is_registered) {
-    stpbridge::unregister_groups(kDefaultContext);
+    stpbridge::unregister_default_context();
     is_registered = false;
   }
   return 0;
