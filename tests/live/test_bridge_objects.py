@@ -76,13 +76,16 @@ def told_scalars(status):
             *(Binding(f'{STP}.{number}.0', 'INTEGER', value) for number, value in numbers.items())]
 
 
-def told_row(port):
+def told_row(status, port):
     state = port.state if port.has_link else 'disabled'
+    # Of a port without a link the kernel keeps what it sent last; the walk has the root and the cost of now.
+    root, cost = ((port.designated_root, port.designated_cost) if port.has_link else
+                  (status.root_id, status.root_cost))
     rows = {
         BASE_PORT: {1: port.number, 2: port.if_index},
         STP_PORT: {1: port.number, 2: port.priority * PRIORITY_STEP, 3: STATES[state],
                    4: DISABLED if state == 'disabled' else ENABLED, 5: min(port.cost, MOST_OF_16_BITS),
-                   6: identifier(port.designated_root), 7: port.designated_cost,
+                   6: identifier(root), 7: cost,
                    8: identifier(port.designated_bridge), 9: port.designated_port.to_bytes(2, 'big'), 11: port.cost},
         RSTP_PORT: {1: FALSE},
     }
@@ -97,7 +100,7 @@ def by_name(bindings):
 
 def told(bridge):
     status = bridge.status()
-    return by_name([*told_scalars(status), *(binding for port in status.ports.values() for binding in told_row(port))])
+    return by_name([*told_scalars(status), *(binding for port in status.ports.values() for binding in told_row(status, port))])
 
 
 def walked(lab, who):
