@@ -9,7 +9,7 @@ import urllib.request
 
 import golden
 import pytest
-from harness.build import PROJECT, ROOT, SMI_BASE
+from harness.build import BUILD, PROJECT, ROOT, SMI_BASE
 from harness.lab import run_lab
 from harness.polling import wait_until
 from harness.ports import PORT_ATTEMPTS, free_port
@@ -70,6 +70,31 @@ INDEX_LABELS = {
     '.1.13.1': TREE_AND_PORT, '.1.14.5': ('tree',), '.1.14.7': ('port',),
 }
 
+# The standards' objects, of a switch with three ports in VLAN 1.
+BRIDGE_MODULE = f'dlmod stp_bridge_mib {BUILD}/lib/libstpbridge.so\n'
+BRIDGE_NUMBERS = {
+    'dot1dBaseNumPorts': 3, 'dot1dStpPriority': 0x8001, 'dot1dStpTopChanges': 1, 'dot1dStpRootCost': 20000,
+    'dot1dStpRootPort': 130, 'dot1dStpMaxAge': 2000, 'dot1dStpHelloTime': 200, 'dot1dStpForwardDelay': 1500,
+}
+BRIDGE_ROOT = 'dot1dStpDesignatedRoot', '0x600100005E005301'
+BRIDGE_VERSION = 'dot1dStpVersion', ('stpCompatible', 'rstp'), 'rstp'
+TRUTH = ('true', 'false')
+BRIDGE_PORT_STATES = {
+    'dot1dStpPortState': ('disabled', 'blocking', 'listening', 'learning', 'forwarding', 'broken'),
+    'dot1dStpPortOperEdgePort': TRUTH,
+    'dot1dStpPortOperPointToPoint': TRUTH,
+}
+# By their labels, of which IF-MIB knows the name of one: what they are, and what their numbers are.
+BRIDGE_PORTS = [
+    ({'port': '129', 'ifIndex': '1', 'ifName': 'lo'}, ('blocking', 'false', 'false'),
+     {'dot1dStpPortForwardTransitions': 1, 'dot1dStpPortPathCost32': 200000000}),
+    ({'port': '130', 'ifIndex': '130'}, ('blocking', 'true', 'true'),
+     {'dot1dStpPortForwardTransitions': 1, 'dot1dStpPortPathCost32': 20000}),
+    ({'port': '4103', 'ifIndex': '4103'}, ('forwarding', 'false', 'false'),
+     {'dot1dStpPortForwardTransitions': 1, 'dot1dStpPortPathCost32': 20000}),
+]
+BRIDGE_AGE = 'dot1dStpTimeSinceTopologyChange'
+
 SAMPLE = re.compile(r'(\w+)(?:\{(.*)\})? (\S+)')
 LABEL = re.compile(r'(\w+)="((?:[^"\\]|\\.)*)",?')
 EXPORTERS_OWN = 'snmp_scrape_'
@@ -113,6 +138,24 @@ def expected_series(bindings):
     return series
 
 
+def states(name, labels, all_states, state):
+    return {key(name, labels | {name: each}): int(each == state) for each in all_states}
+
+
+def expected_series_of_the_bridge():
+    """All but the time since the latest topology change, which goes on."""
+    series = {key(name, {}): value for name, value in BRIDGE_NUMBERS.items()}
+    name, root = BRIDGE_ROOT
+    series[key(name, {name: root})] = 1
+    name, versions, version = BRIDGE_VERSION
+    series |= states(name, {}, versions, version)
+    for labels, shown, numbers in BRIDGE_PORTS:
+        series |= {key(name, labels): value for name, value in numbers.items()}
+        for (name, all_states), state in zip(BRIDGE_PORT_STATES.items(), shown, strict=True):
+            series |= states(name, labels, all_states, state)
+    return series
+
+
 def parse_series(text):
     series = {}
     for line in text.splitlines():
@@ -126,7 +169,7 @@ def parse_series(text):
 
 
 class Exporter:
-    """A private SNMP exporter on a loopback port, with the module for this build's enterprise number."""
+    """A private SNMP exporter on a loopback port, with the modules for this build's enterprise number."""
 
     def __init__(self, directory):
         self._log = directory / 'exporter.log'
@@ -164,8 +207,8 @@ class Exporter:
         opener = urllib.request.build_opener(urllib.request.ProxyHandler({}))
         return opener.open(f'http://{self._address}{path}', timeout=60)
 
-    def scrape(self, target):
-        with self._fetch(f'/snmp?module=vantrel_stp&target={target}') as answer:
+    def scrape(self, target, module='vantrel_stp'):
+        with self._fetch(f'/snmp?module={module}&target={target}') as answer:
             return parse_series(answer.read().decode())
 
 
@@ -185,6 +228,22 @@ def test_series_are_what_the_agent_serves(exporter, scenario, served):
 def test_switch_that_is_gone_leaves_what_the_agent_knows_by_itself(exporter, lab):
     lab.switch.kill()
     assert exporter.scrape(lab.agent.endpoint) == expected_series(golden.CONSTANTS)
+
+
+def test_series_of_the_standards_objects(exporter):
+    with run_lab('rapid-pvst.toml', serves=BRIDGE_MODULE, with_probe=False) as lab:
+        lab.switch.set('port.1.if_mib_index', '1')
+        lab.switch.set('port.1.path_cost', '200000000')
+        lab.switch.set('port_channel.7.forwarding_in', '1')  # a topology change
+        series = exporter.scrape(lab.agent.endpoint, 'bridge_stp')
+        assert series.pop(key(BRIDGE_AGE, {})) >= 0
+        assert series == expected_series_of_the_bridge()
+
+
+def test_bridge_of_which_nobody_tells_has_no_series(exporter):
+    with run_lab('rapid-pvst.toml', serves=BRIDGE_MODULE, with_probe=False) as lab:
+        lab.switch.kill()
+        assert exporter.scrape(lab.agent.endpoint, 'bridge_stp') == {}
 
 
 def run_tool(*command):
@@ -241,3 +300,40 @@ def test_queries_of_the_dashboard_are_valid(tmp_path):
     file = tmp_path / 'queries.yml'
     file.write_text(json.dumps({'groups': [{'name': 'queries', 'rules': rules}]}), encoding='utf-8')
     run_tool('promtool', 'check', 'rules', file)
+
+
+def panel_query(title):
+    [panel] = [panel for panel in json.loads(DASHBOARD.read_text(encoding='utf-8'))['panels'] if panel['title'] == title]
+    [target] = panel['targets']
+    return target['expr'].replace('$instance', '.*')
+
+
+def test_panels_show_roots_topology_changes_and_ports_by_name(tmp_path):
+    bridge = 'job="stp-bridge", instance="core"'
+    series = {
+        f'dot1dStpDesignatedRoot{{{bridge}, dot1dStpDesignatedRoot="0x600000005E00532A"}}': '1x10',
+        f'dot1dStpRootCost{{{bridge}}}': '2000x10',
+        f'dot1dStpTopChanges{{{bridge}}}': '0+2x10',
+        f'dot1dStpPortState{{{bridge}, port="1", ifIndex="3", ifName="to-a", dot1dStpPortState="forwarding"}}': '1x10',
+        f'dot1dStpPortState{{{bridge}, port="1", ifIndex="3", ifName="to-a", dot1dStpPortState="blocking"}}': '0x10',
+        f'dot1dStpPortState{{{bridge}, port="2", ifIndex="4", ifName="to-c", dot1dStpPortState="blocking"}}': '1x10',
+    }
+    shown = {
+        'Roots': {f'{{{bridge}, dot1dStpDesignatedRoot="0x600000005E00532A"}}': 2000},
+        'Root path cost': {f'dot1dStpRootCost{{{bridge}}}': 2000},
+        'Topology changes': {f'{{{bridge}}}': 20},
+        'States of ports': {'{instance="core", dot1dStpPortState="forwarding"}': 1,
+                            '{instance="core", dot1dStpPortState="blocking"}': 1},
+        'Ports': {name: 1 for name, values in series.items() if 'ifName' in name and values == '1x10'},
+    }
+    test = {
+        'interval': '1m',
+        'input_series': [{'series': name, 'values': values} for name, values in series.items()],
+        'promql_expr_test': [
+            {'expr': panel_query(title), 'eval_time': '10m',
+             'exp_samples': [{'labels': labels, 'value': value} for labels, value in samples.items()]}
+            for title, samples in shown.items()],
+    }
+    file = tmp_path / 'panels.yml'
+    file.write_text(json.dumps({'evaluation_interval': '1m', 'tests': [test]}), encoding='utf-8')
+    run_tool('promtool', 'test', 'rules', file)
