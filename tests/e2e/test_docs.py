@@ -12,6 +12,7 @@ from pathlib import Path
 
 import golden
 import pytest
+from harness.agent import MODULE_CONFIGURATION
 from harness.build import BUILD, ENTERPRISE, PROJECT, ROOT, SMI_BASE
 from harness.lab import run_lab
 from harness.oids import below, is_below
@@ -20,6 +21,7 @@ from harness.ports import PORT_ATTEMPTS, free_port
 from harness.process import Process
 from harness.questions import CountedAgent
 from harness.raw_snmp import make_binding
+from harness.snmp_tools import Failure, v2c
 from harness.switch import Switch, playing
 
 DOCUMENTS = [PROJECT / 'README.md', *sorted((PROJECT / 'docs').glob('*.md'))]
@@ -310,11 +312,26 @@ def typed(text, mode):
     return re.findall(r'^\$ (.*)\n((?:(?!\$ ).*\n)*)', lines, re.MULTILINE)
 
 
+BOTH_MODULES = f'{MODULE_CONFIGURATION}dlmod stp_bridge_mib {BUILD}/lib/libstpbridge.so\n'
+
+
+def documented_contexts():
+    """The lines that let a user and a community read other trees, and the view that they name."""
+    text = read('operations.md')
+    [lines] = [block for block in blocks(text, 'conf') if 'com2sec -Cn vlan-20' in block]
+    [community] = re.findall(r'^com2sec -Cn .* (\S+)$', lines, re.MULTILINE)
+    return ''.join(re.findall(r'^view bridge .*\n', text, re.MULTILINE)) + lines, community
+
+
 @pytest.mark.parametrize('mode', SCENARIOS)
 def test_commands_print_what_is_documented(tmp_path, mode):
     commands = typed(read('operations.md').replace(DOCUMENTED_ENTERPRISE, ENTERPRISE), mode)
     assert len(commands) > 2
-    with run_lab(SCENARIOS[mode], with_probe=False) as lab:
+    contexts, community = documented_contexts()
+    with run_lab(SCENARIOS[mode], with_probe=False, serves=BOTH_MODULES + contexts) as lab:
+        if mode == 'rapid-pvst':
+            wait_until(lambda: not isinstance(lab.snmp.get('.1.3.6.1.2.1.17.2.1.0', who=v2c(community)), Failure),
+                       'the community has its context')
         environment = tool_environment(tmp_path) | {'AGENT': lab.agent.endpoint}
         for command, output in commands:
             result = subprocess.run(command, shell=True, check=False, capture_output=True, text=True,
@@ -359,20 +376,23 @@ def run_documented_receiver(directory):
     raise AssertionError('snmptrapd did not start')
 
 
-def test_the_documented_receiver_prints_the_documented_trap(tmp_path):
+def test_the_documented_receiver_prints_the_documented_traps(tmp_path):
     text = read('operations.md')
-    [trap] = [block.strip() for block in blocks(text, 'text') if 'snmpTrapOID' in block]
+    [traps] = [block.splitlines() for block in blocks(text, 'text') if 'snmpTrapOID' in block]
+    [word] = re.findall(r'^echo (\w+) >/mnt/pss/stp_trap_value$', text, re.MULTILINE)
+    assert len(traps) == 2
     key, value = re.search(r'`stp-switchctl set (\S+) (\S+)` makes the receiver', text).groups()
     with run_documented_receiver(tmp_path) as (endpoint, printed), \
-            run_lab(SCENARIOS['mst'], with_probe=False, trap_endpoint=endpoint, trap_word='7') as lab:
+            run_lab(SCENARIOS['mst'], with_probe=False, serves=BOTH_MODULES, trap_endpoint=endpoint,
+                    trap_word=word) as lab:
 
-        def is_printed():
+        def are_printed():
             """The agent subscribes at a time of its own: until then, nobody hears of a change."""
             lab.switch.set(key, '')
             lab.switch.set(key, value)
-            return trap in printed.read_text()
+            return all(trap in printed.read_text() for trap in traps)
 
-        wait_until(is_printed, 'the trap is printed')
+        wait_until(are_printed, 'the traps are printed')
 
 
 # Tables and costs.
