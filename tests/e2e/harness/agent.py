@@ -76,11 +76,13 @@ def need_private_mount():
 
 class Agent:
     def __init__(self, directory, switch_socket, deadline_ms=PATIENT_DEADLINE_MS, with_probe=True,
-                 trap_endpoint=None, trap_word=None, enabled_classes=(), serves=MODULE_CONFIGURATION, environment=()):
+                 trap_endpoint=None, trap_word=None, enabled_classes=(), serves=MODULE_CONFIGURATION, environment=(),
+                 inside=()):
         """`trap_word` is the text of the trap word file, if there is to be one; the probe enables
         `enabled_classes` on top of what it says. `serves` and `environment` are for what takes the module's place:
-        lines of the configuration, and variables."""
+        lines of the configuration, and variables. `inside`: what runs it somewhere else, where it is then asked."""
         self.log = directory / 'snmpd.log'
+        self.inside = inside
         self._directory = directory
         self._expected_trouble = []
         self._checked = {}
@@ -129,7 +131,7 @@ class Agent:
     def _run(self, *mode):
         command = ['/usr/sbin/snmpd', *mode, '-Lf', self.log, '-C', '-c', self._directory / 'snmpd.conf',
                    '-I', '-smux', f'udp:127.0.0.1:{self._port}']
-        return Process([*self._private_mount(), *command], self._directory / 'snmpd.output',
+        return Process([*self.inside, *self._private_mount(), *command], self._directory / 'snmpd.output',
                        self._environment)
 
     def _private_mount(self):

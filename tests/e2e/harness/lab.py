@@ -17,7 +17,7 @@ class Lab:
     def __init__(self, switch, agent, directory):
         self.switch = switch
         self.agent = agent
-        self.snmp = SnmpTools(agent.endpoint, directory)
+        self.snmp = SnmpTools(agent.endpoint, directory, agent.inside)
 
     def raw_client(self, community='public'):
         return RawClient(self.agent.endpoint, community)

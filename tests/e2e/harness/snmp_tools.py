@@ -78,13 +78,15 @@ def private_environment(configuration, persistent):
 
 
 class SnmpTools:
-    def __init__(self, endpoint, directory):
+    def __init__(self, endpoint, directory, inside=()):
+        """`inside`: what runs the tools where the agent is."""
         self._endpoint = endpoint
+        self._inside = inside
         self._environment = private_environment(directory, directory)
 
     def _run(self, tool, who, options, operands):
         result = subprocess.run(
-            [tool, '-On', '-Oe', '-Ox', '--hexOutputLength=0', '-t', '60', '-r', '0', *who, *options,
+            [*self._inside, tool, '-On', '-Oe', '-Ox', '--hexOutputLength=0', '-t', '60', '-r', '0', *who, *options,
              self._endpoint, *operands],
             stdin=subprocess.DEVNULL, capture_output=True, text=True, env=self._environment, check=False,
             timeout=600)

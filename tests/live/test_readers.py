@@ -1,0 +1,63 @@
+"""What readers make of a ring of the kernel's bridges, with the names that each agent's IF-MIB has for the ports."""
+
+from contextlib import ExitStack
+
+import pytest
+from bridge_lab.linux_bridge import FORWARD_DELAY, HELLO_TIME, MAX_AGE
+from harness.librenms import FIFTEEN, SERVES, discover, get
+from harness.snmp_tools import READER
+from live_lab import column, run_lab
+
+HOLD_TIME = 100
+IF_NAME = '.1.3.6.1.2.1.31.1.1.1.1'
+
+
+@pytest.fixture(name='shared_labs', scope='module')
+def fixture_shared_labs(linux_ring):
+    """The agents stand beside their bridges, whose interfaces they then see."""
+    with ExitStack() as stack:
+        for name in linux_ring.names:
+            linux_ring.bridge(name).namespace.ip('link', 'set', 'lo', 'up')
+        yield {name: stack.enter_context(run_lab(linux_ring.bridge(name), inside=linux_ring.bridge(name).enter,
+                                                 serves=SERVES, with_probe=False))
+               for name in linux_ring.names}
+
+
+@pytest.fixture(name='labs')
+def fixture_labs(shared_labs):
+    yield shared_labs
+    for lab in shared_labs.values():
+        lab.check()
+
+
+def without_colons(bridge_id):
+    return bridge_id.replace(':', '')
+
+
+def interfaces(lab):
+    return {index: name.decode() for (index,), name in column(lab.snmp.walk(IF_NAME), IF_NAME).items()}
+
+
+def test_librenms_shows_root_and_blocked_port_by_name(labs, linux_ring):
+    status = {name: linux_ring.bridge(name).status() for name in linux_ring.names}
+    assert status['a'].bridge_id.startswith('1000.')
+    trees = {name: discover(lab.snmp, interfaces(lab)) for name, lab in labs.items()}
+    assert {tree.root for tree in trees.values()} == {without_colons(status['a'].bridge_id)}
+    assert {name: (tree.root_cost, tree.root_port) for name, tree in trees.items()} == {
+        name: (told.root_cost, told.root_port) for name, told in status.items()}
+    assert {name: {port: shown.state for port, shown in tree.ports.items()} for name, tree in trees.items()} == {
+        'a': {'to-guest': 'forwarding', 'to-b': 'forwarding', 'to-c': 'forwarding'},
+        'b': {'to-a': 'forwarding', 'to-c': 'forwarding'},
+        'c': {'to-a': 'forwarding', 'to-b': 'blocking'},
+    }
+
+
+def test_fifteen_objects_in_one_request(labs, linux_ring):
+    for name, lab in labs.items():
+        told = linux_ring.bridge(name).status()
+        address, protocol, priority, _time, _changes, root, *numbers = get(lab.snmp, FIFTEEN, READER)
+        assert (address.hex(':'), protocol, priority) == (told.bridge_id[5:], 3, int(told.bridge_id[:4], 16))
+        assert root.hex() == without_colons(told.root_id).replace('.', '')
+        # Its own times the kernel tells only of a bridge that is the root.
+        own = [MAX_AGE, HELLO_TIME, FORWARD_DELAY] if name == 'a' else [None] * 3
+        assert numbers == [told.root_cost, told.root_port, MAX_AGE, HELLO_TIME, HOLD_TIME, FORWARD_DELAY, *own]
