@@ -5,6 +5,7 @@ from contextlib import ExitStack
 import pytest
 from bridge_lab.linux_bridge import FORWARD_DELAY, HELLO_TIME, MAX_AGE
 from harness.librenms import FIFTEEN, SERVES, discover, get
+from harness.managers import CRITICAL, OK, need_centreon, need_snmp_info, read_with_centreon, read_with_snmp_info
 from harness.snmp_tools import READER
 from live_lab import column, run_lab
 
@@ -61,3 +62,34 @@ def test_fifteen_objects_in_one_request(labs, linux_ring):
         # Its own times the kernel tells only of a bridge that is the root.
         own = [MAX_AGE, HELLO_TIME, FORWARD_DELAY] if name == 'a' else [None] * 3
         assert numbers == [told.root_cost, told.root_port, MAX_AGE, HELLO_TIME, HOLD_TIME, FORWARD_DELAY, *own]
+
+
+def test_snmp_info_names_the_blocked_port(labs, linux_ring):
+    need_snmp_info()
+    told = {name: linux_ring.bridge(name).status() for name in linux_ring.names}
+    priority, address = told['a'].bridge_id.split('.')
+    root = f'root: {priority[:2]}:{priority[2:]}:{address}'
+    shown = {name: read_with_snmp_info(lab.agent) for name, lab in labs.items()}
+    assert {name: lines[0] for name, lines in shown.items()} == {
+        name: f'bridge: {status.bridge_id.split(".")[1]}' for name, status in told.items()}
+    assert {name: lines[4:7] for name, lines in shown.items()} == {
+        'a': ['priority: 4096', root, 'root port: 0'],
+        'b': ['priority: 8192', root, 'root port: to-a'],
+        'c': ['priority: 12288', root, 'root port: to-a'],
+    }
+    # The kernel tells nothing of edge ports.
+    unknown = 'admin edge unknown, edge unknown'
+    assert {name: lines[8:] for name, lines in shown.items()} == {
+        'a': [f'to-guest: forwarding, {unknown}', f'to-b: forwarding, {unknown}', f'to-c: forwarding, {unknown}'],
+        'b': [f'to-a: forwarding, {unknown}', f'to-c: forwarding, {unknown}'],
+        'c': [f'to-a: forwarding, {unknown}', f'to-b: blocking, {unknown}'],
+    }
+
+
+def test_centreon_complains_of_the_blocked_port(labs):
+    need_centreon()
+    status, word, ports = read_with_centreon(labs['c'].agent)
+    assert (status, word) == (CRITICAL, 'CRITICAL')
+    assert [line.split("[")[0] for line in ports] == ["Port 'to-a' spanning tree state is 'forwarding' ",
+                                                      "Port 'to-b' spanning tree state is 'blocking' "]
+    assert read_with_centreon(labs['b'].agent)[:2] == (OK, 'OK')
