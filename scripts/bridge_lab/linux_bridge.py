@@ -133,6 +133,11 @@ class LinuxBridge:
         return Status(own_id, root_id, root_port, int(value_of('root_path_cost', own)),
                       {port.name: port for port in ports})
 
+    def forward_transitions(self, device):
+        """How often a port began to forward."""
+        printed = self.namespace.ip('link', 'xstats', 'type', 'bridge_slave', 'dev', device)
+        return int(value_of('Forwarding:', printed))
+
     def shown_status(self):
         status = self.status()
         names = {port.number: port.name for port in status.ports.values()}

@@ -18,7 +18,7 @@ BOTH_TRAPS = '18'
 BASE, BASE_PORT, STP, STP_PORT, RSTP_PORT = (
     f'{BRIDGE_ROOT}.{place}' for place in ('1', '1.4.1', '2', '2.15.1', '2.19.1'))
 # They go on, or depend on what has been done to the ring.
-MOVING = (f'{STP}.3.0', f'{STP}.4.0', f'{STP_PORT}.10.')
+MOVING = (f'{STP}.3.0', f'{STP}.4.0')
 
 TRANSPARENT_ONLY = 2
 IEEE_8021D = 3
@@ -76,7 +76,7 @@ def told_scalars(status):
             *(Binding(f'{STP}.{number}.0', 'INTEGER', value) for number, value in numbers.items())]
 
 
-def told_row(status, port):
+def told_row(status, port, forward_transitions):
     state = port.state if port.has_link else 'disabled'
     # Of a port without a link the kernel keeps what it sent last; the walk has the root and the cost of now.
     root, cost = ((port.designated_root, port.designated_cost) if port.has_link else
@@ -90,6 +90,7 @@ def told_row(status, port):
         RSTP_PORT: {1: FALSE},
     }
     return [Binding(f'{BASE_PORT}.3.{port.number}', 'OID', '.0.0'),
+            Binding(f'{STP_PORT}.10.{port.number}', 'Counter32', forward_transitions),
             *(Binding(f'{entry}.{column}.{port.number}', 'INTEGER' if isinstance(value, int) else 'OCTET STRING', value)
               for entry, row in rows.items() for column, value in row.items())]
 
@@ -100,7 +101,9 @@ def by_name(bindings):
 
 def told(bridge):
     status = bridge.status()
-    return by_name([*told_scalars(status), *(binding for port in status.ports.values() for binding in told_row(status, port))])
+    return by_name([*told_scalars(status), *(
+        binding for port in status.ports.values()
+        for binding in told_row(status, port, bridge.forward_transitions(port.name)))])
 
 
 def walked(lab, who):

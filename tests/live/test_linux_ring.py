@@ -79,10 +79,11 @@ def check_shown_values(lab, bridge):
         values = {key.removeprefix(f'port.{port.number}.'): value for key, value in ports.items()}
         assert {key: values.get(key) for key in (
             'name', 'link', 'path_cost', 'priority', 'if_mib_index', 'designated_bridge', 'designated_cost',
-            'designated_port')} == {
+            'designated_port', 'forward_transitions')} == {
                 'name': port.name, 'link': 'up', 'path_cost': port.cost, 'priority': port.priority * PRIORITY_STEP,
                 'if_mib_index': port.if_index, 'designated_bridge': without_colons(port.designated_bridge),
-                'designated_cost': port.designated_cost, 'designated_port': port.designated_port}
+                'designated_cost': port.designated_cost, 'designated_port': port.designated_port,
+                'forward_transitions': bridge.forward_transitions(port.name)}
 
 
 def test_other_values_are_the_kernels_word(labs, ring):
@@ -125,6 +126,27 @@ def test_the_port_that_takes_over_is_walked_as_soon_as_the_kernel_has_it(labs, r
     ring.wait_until_one_blocks()
     for name in ring.names:
         wait_until_agreed(labs[name], ring.bridge(name))
+
+
+def test_ports_that_begin_to_forward_are_counted(labs, ring):
+    """Both ends of a link that comes back, and the port that stood in for it, which blocks again."""
+    before = all_forward_transitions(ring)
+    ring.pull('a', 'c')
+    wait_until(lambda: all(port.forwards for port in ring.bridge('c').status().ports.values() if port.has_link),
+               'the other port of c forwards')
+    ring.restore('a', 'c')
+    ring.wait_until_one_blocks()
+    after = all_forward_transitions(ring)
+    more = {port: after[port] - before[port] for port in after if after[port] != before[port]}
+    assert more == {('a', port_to('c')): 1, ('c', port_to('a')): 1, ('c', port_to('b')): 1}
+    for name in ring.names:
+        wait_until_agreed(labs[name], ring.bridge(name))
+        check_shown_values(labs[name], ring.bridge(name))
+
+
+def all_forward_transitions(ring):
+    return {(name, device): ring.bridge(name).forward_transitions(device)
+            for name in ring.names for device in ring.bridge(name).status().ports}
 
 
 def root_traps(receiver):

@@ -33,7 +33,8 @@ bool read_vlans(LinkQuery *query, LinkTable *table) {
 
 }  // namespace
 
-BridgeReading read_bridge(const std::string &name, LinkQuery *query) {
+BridgeReading read_bridge(const std::string &name, ForwardTransitions *forward_transitions,
+                          LinkQuery *query) {
   using Result = BridgeReading::Result;
   auto bridge = query->link(name);
   if (!bridge) {
@@ -50,6 +51,7 @@ BridgeReading read_bridge(const std::string &name, LinkQuery *query) {
   if (!read_members(query, &table) || !read_vlans(query, &table)) {
     return {Result::kUnsettled, {}};
   }
+  forward_transitions->add_to(&table, [query](uint32_t port) { return query->forward_transitions(port); });
   return {Result::kTable, std::move(table)};
 }
 

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "sources/linux_bridge/forward_transitions.h"
 #include "sources/linux_bridge/link_query.h"
 #include "sources/linux_bridge/link_table.h"
 
@@ -22,6 +23,6 @@ struct BridgeReading {
 };
 
 // Throws std::runtime_error when the kernel refuses to answer.
-BridgeReading read_bridge(const std::string &name, LinkQuery *query);
+BridgeReading read_bridge(const std::string &name, ForwardTransitions *forward_transitions, LinkQuery *query);
 
 }  // namespace stpswitch

@@ -30,12 +30,15 @@ std::optional<uint32_t> hundredths_of(const std::optional<uint32_t> &ticks, uint
                                                             : std::nullopt;
 }
 
+// A counter of 32 bits begins anew at 0 after the highest value (RFC 2578 clause 7.1.6).
+std::optional<uint32_t> counter32_of(const std::optional<uint64_t> &count) {
+  return count ? std::optional(static_cast<uint32_t>(*count)) : std::nullopt;
+}
+
 // The kernel takes almost any octets for a name, and texts of a switch can be printed.
 std::string name_of(const Link &link) {
   return link.name ? made_printable(*link.name, link.name->size()) : std::string();
 }
-
-bool runs_kernel_stp(const LinkTable &table) { return table.bridge.bridge->stp_state == StpState::kKernel; }
 
 bool is_root(const BridgeAttributes &bridge) {
   return bridge.bridge_id && bridge.bridge_id == bridge.root_id;
@@ -140,8 +143,9 @@ void fill_bridge_port(const Link &link, const LinkTable &table, const BridgeHist
   if (table.bridge.bridge->stp_state != StpState::kNobody) {
     interface->state.set(kCistId, link.bridge_port->state);
   }
-  if (runs_kernel_stp(table)) {
+  if (runs_kernel_stp(table.bridge)) {
     observe_tree(*link.bridge_port, *table.bridge.bridge, interface);
+    interface->forward_transitions = counter32_of(link.forward_transitions);
     if (history.root_inconsistent.contains(link.if_index)) {
       interface->inconsistencies[Inconsistency::kRoot].insert(kCistId);
     }
@@ -211,7 +215,8 @@ BridgeState bridge_state(const LinkTable &table, const BridgeHistory::Facts &his
   }
   if (bridge.stp_state && bridge.stp_state != StpState::kNobody) {
     result.state.settings.mode = SpanningTreeMode::kMst;
-    result.state.trees[kCistId] = runs_kernel_stp(table) ? tree_of(table, history, ticks_per_second) : Tree();
+    result.state.trees[kCistId] =
+        runs_kernel_stp(table.bridge) ? tree_of(table, history, ticks_per_second) : Tree();
   }
   for (const auto &[if_index, port] : table.ports) {
     add_port(port, table, history, &result);

@@ -8,44 +8,12 @@
 
 #include <cstring>
 
+#include "sources/linux_bridge/netlink_attributes.h"
+
 namespace stpswitch {
 namespace {
 
 constexpr unsigned kOctetBits = 8;
-
-using Octets = std::span<const uint8_t>;
-
-Octets octets_of(const nlattr &attribute) {
-  return {static_cast<const uint8_t *>(mnl_attr_get_payload(&attribute)),
-          mnl_attr_get_payload_len(&attribute)};
-}
-
-// Calls the visitor with each attribute that lies within the octets.
-template <class Visitor>
-void for_each_attribute(Octets octets, Visitor &&visitor) {
-  const void *const begin = octets.data();
-  const auto *attribute = static_cast<const nlattr *>(begin);
-  const auto left = [&] {
-    const void *const at = attribute;
-    return static_cast<int>(octets.size()) -
-           static_cast<int>(static_cast<const uint8_t *>(at) - octets.data());
-  };
-  while (mnl_attr_ok(attribute, left())) {
-    visitor(*attribute);
-    attribute = mnl_attr_next(attribute);
-  }
-}
-
-template <class Number>
-std::optional<Number> number_of(const nlattr &attribute) {
-  const Octets octets = octets_of(attribute);
-  if (octets.size() != sizeof(Number)) {
-    return std::nullopt;
-  }
-  Number number{};
-  std::memcpy(&number, octets.data(), sizeof number);
-  return number;
-}
 
 std::optional<bool> flag_of(const nlattr &attribute) {
   const auto number = number_of<uint8_t>(attribute);

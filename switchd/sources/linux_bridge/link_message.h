@@ -61,8 +61,9 @@ struct Link {
   std::optional<uint32_t> master;   // the interface that it is a port or member of
   std::optional<BridgeAttributes> bridge;
   std::optional<BridgePortAttributes> bridge_port;
-  std::optional<bool> mii_link;  // as the bond sees that it is a member of
-  std::optional<VlanSet> vlans;  // of a bridge port
+  std::optional<bool> mii_link;                 // as the bond sees that it is a member of
+  std::optional<VlanSet> vlans;                 // of a bridge port
+  std::optional<uint64_t> forward_transitions;  // of a bridge port
 
   bool operator==(const Link &) const = default;
 };

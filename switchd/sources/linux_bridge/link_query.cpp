@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "base/system_failure.h"
+#include "sources/linux_bridge/stp_statistics.h"
 
 namespace stpswitch {
 namespace {
@@ -32,21 +33,32 @@ constexpr size_t kLongestQuestion = 256;
 
 class LinkQuery::Question {
  public:
-  Question(uint8_t family, uint16_t flags, uint32_t filter) : head_(*mnl_nlmsg_put_header(octets_.data())) {
-    head_.nlmsg_type = RTM_GETLINK;
+  Question(uint16_t type, uint16_t flags) : head_(*mnl_nlmsg_put_header(octets_.data())) {
+    head_.nlmsg_type = type;
     head_.nlmsg_flags = static_cast<uint16_t>(NLM_F_REQUEST | flags);
-    auto *const link = static_cast<ifinfomsg *>(mnl_nlmsg_put_extra_header(&head_, sizeof(ifinfomsg)));
-    link->ifi_family = family;
-    mnl_attr_put_u32(&head_, IFLA_EXT_MASK, filter);
   }
   Question(const Question &) = delete;
   Question &operator=(const Question &) = delete;
 
   nlmsghdr &head() { return head_; }
 
+  // What messages of the type have in front of their attributes; zeros at first.
+  template <class Body>
+  Body &add_body() {
+    return *static_cast<Body *>(mnl_nlmsg_put_extra_header(&head_, sizeof(Body)));
+  }
+
  private:
   alignas(nlmsghdr) std::array<uint8_t, kLongestQuestion> octets_{};
   nlmsghdr &head_;
+};
+
+class LinkQuery::LinkQuestion : public Question {
+ public:
+  LinkQuestion(uint8_t family, uint16_t flags, uint32_t filter) : Question(RTM_GETLINK, flags) {
+    add_body<ifinfomsg>().ifi_family = family;
+    mnl_attr_put_u32(&head(), IFLA_EXT_MASK, filter);
+  }
 };
 
 struct LinkQuery::Answer {
@@ -54,6 +66,7 @@ struct LinkQuery::Answer {
   bool is_interrupted = false;
   int error = 0;
   std::vector<Link> links;
+  std::optional<uint64_t> forward_transitions;
 
   void take(const nlmsghdr &message);
 };
@@ -73,6 +86,7 @@ void LinkQuery::Answer::take(const nlmsghdr &message) {
   if (auto parsed = parse_link_message(message)) {
     links.push_back(std::move(parsed->link));
   }
+  forward_transitions = parse_forward_transitions(message);
   is_complete = (message.nlmsg_flags & NLM_F_MULTI) == 0;
 }
 
@@ -94,7 +108,9 @@ LinkQuery::Answer LinkQuery::ask(Question *question) {
       case NetlinkSocket::Receipt::kNothing:
         give_up(ETIMEDOUT);
       case NetlinkSocket::Receipt::kLost:
-        give_up(ENOBUFS);
+        answer.error = ENOBUFS;
+        answer.is_complete = true;
+        break;
     }
   }
   return answer;
@@ -121,7 +137,7 @@ std::optional<std::vector<Link>> LinkQuery::ask_for_all(Question *question) {
 }
 
 std::optional<Link> LinkQuery::link(const std::string &name) {
-  Question question(AF_UNSPEC, 0, RTEXT_FILTER_SKIP_STATS);
+  LinkQuestion question(AF_UNSPEC, 0, RTEXT_FILTER_SKIP_STATS);
   mnl_attr_put_strz(&question.head(), IFLA_IFNAME, name.c_str());
   Answer answer = ask(&question);
   if (answer.error == ENODEV) {
@@ -134,7 +150,7 @@ std::optional<Link> LinkQuery::link(const std::string &name) {
 }
 
 std::optional<std::vector<Link>> LinkQuery::links_of(uint32_t master) {
-  Question question(AF_UNSPEC, NLM_F_DUMP, RTEXT_FILTER_SKIP_STATS);
+  LinkQuestion question(AF_UNSPEC, NLM_F_DUMP, RTEXT_FILTER_SKIP_STATS);
   mnl_attr_put_u32(&question.head(), IFLA_MASTER, master);
   auto links = ask_for_all(&question);
   if (links) {
@@ -145,8 +161,16 @@ std::optional<std::vector<Link>> LinkQuery::links_of(uint32_t master) {
 }
 
 std::optional<std::vector<Link>> LinkQuery::bridge_ports() {
-  Question question(AF_BRIDGE, NLM_F_DUMP, RTEXT_FILTER_BRVLAN_COMPRESSED);
+  LinkQuestion question(AF_BRIDGE, NLM_F_DUMP, RTEXT_FILTER_BRVLAN_COMPRESSED);
   return ask_for_all(&question);
+}
+
+std::optional<uint64_t> LinkQuery::forward_transitions(uint32_t if_index) {
+  Question question(RTM_GETSTATS, 0);
+  auto &body = question.add_body<if_stats_msg>();
+  body.ifindex = if_index;
+  body.filter_mask = IFLA_STATS_FILTER_BIT(IFLA_STATS_LINK_XSTATS_SLAVE);
+  return ask(&question).forward_transitions;
 }
 
 }  // namespace stpswitch

@@ -29,8 +29,14 @@ class LinkQuery {
   // The same of the ports of all bridges, with their VLANs.
   std::optional<std::vector<Link>> bridge_ports();
 
+  // How often a bridge port began to forward; none where the kernel does not tell, for whatever reason: it is
+  // too old (before 5.6), the port has gone, or it has so many VLANs that what is told of them does not fit
+  // into a datagram.
+  std::optional<uint64_t> forward_transitions(uint32_t if_index);
+
  private:
   class Question;
+  class LinkQuestion;
   struct Answer;
 
   Answer ask(Question *question);

@@ -13,6 +13,10 @@ bool has_vlan_filtering(const Link &bridge) {
   return bridge.bridge && bridge.bridge->vlan_filtering.value_or(false);
 }
 
+bool runs_kernel_stp(const Link &bridge) {
+  return bridge.bridge && bridge.bridge->stp_state == StpState::kKernel;
+}
+
 LinkTable make_table(Link bridge, std::vector<Link> ports) {
   LinkTable table{std::move(bridge), {}, {}};
   for (Link &port : ports) {

@@ -24,7 +24,10 @@ bool is_port_channel(const Link &link);
 
 bool has_vlan_filtering(const Link &bridge);
 
-// The table of a bridge that has these ports, without members and VLANs.
+// The kernel runs the bridge's spanning tree itself.
+bool runs_kernel_stp(const Link &bridge);
+
+// The table of a bridge that has these ports, with nothing that is asked for by itself.
 LinkTable make_table(Link bridge, std::vector<Link> ports);
 
 // Puts in the VLANs of those that are in the table. A port that is not told of has none.

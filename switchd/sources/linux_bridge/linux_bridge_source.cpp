@@ -136,6 +136,7 @@ bool LinuxBridgeSource::receive_news() {
 }
 
 bool LinuxBridgeSource::take(const LinkMessage &news) {
+  forward_transitions_.see_notification(news.link.if_index);
   if (table_ && concerns(news, *table_)) {
     if (!news.is_gone && news.link.master == table_->bridge.if_index) {
       history_.see_port(news.link, std::chrono::steady_clock::now());
@@ -147,6 +148,7 @@ bool LinuxBridgeSource::take(const LinkMessage &news) {
 
 // What was lost shows when everything is read, which comes next.
 void LinuxBridgeSource::note_loss() {
+  forward_transitions_.see_loss();
   const auto now = std::chrono::steady_clock::now();
   if (!last_loss_ || now - *last_loss_ > kOneEpisode) {
     log_line("the kernel notified of more changes than fit into memory: everything is read anew");
@@ -172,7 +174,7 @@ void LinuxBridgeSource::read_again() {
 }
 
 std::optional<SwitchState> LinuxBridgeSource::read() {
-  BridgeReading reading = read_bridge(bridge_, &query_);
+  BridgeReading reading = read_bridge(bridge_, &forward_transitions_, &query_);
   switch (reading.result) {
     case BridgeReading::Result::kUnsettled:
       return std::nullopt;

@@ -11,6 +11,7 @@
 #include "sources/burst.h"
 #include "sources/linux_bridge/bridge_history.h"
 #include "sources/linux_bridge/bridge_reader.h"
+#include "sources/linux_bridge/forward_transitions.h"
 #include "sources/linux_bridge/link_query.h"
 #include "sources/linux_bridge/link_table.h"
 #include "sources/linux_bridge/netlink_socket.h"
@@ -61,6 +62,7 @@ class LinuxBridgeSource : public Source {
   Listener listener_;
 
   std::optional<LinkTable> table_;
+  ForwardTransitions forward_transitions_;
   BridgeHistory history_;
   SwitchState told_;
   int unsettled_ = 0;  // readings in succession

@@ -3,13 +3,10 @@ knows, a port where the base port leads to an interface that it has found, and n
 
 from typing import NamedTuple
 
-from .build import BRIDGE_MODULE
+from .build import BRIDGE_ROOT as B
 from .oids import arcs, below
 from .snmp_tools import READER, Failure
 
-SERVES = f'dlmod stp_bridge_mib {BRIDGE_MODULE}\n'
-
-B = '.1.3.6.1.2.1.17'
 PROTOCOL = f'{B}.2.1.0'
 FIFTEEN = [f'{B}.1.1.0', *(f'{B}.2.{number}.0' for number in range(1, 15))]
 BASE_PORT_IF_INDEX, PORT_TABLE = f'{B}.1.4.1.2', f'{B}.2.15'

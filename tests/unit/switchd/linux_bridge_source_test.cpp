@@ -61,6 +61,16 @@ class LinuxBridges : public testing::Test {
     return "link set " + port + " master " + bridge + " up\n";
   }
 
+  // So often does the bridge change then that the kernel's notifications do not fit into memory.
+  static std::string more_than_fits() {
+    constexpr int kChanges = 4000;
+    std::string flood;
+    for (int i = 0; i < kChanges; ++i) {
+      flood += "link set br0 txqueuelen " + std::to_string(1000 + i % 2) + "\n";
+    }
+    return flood;
+  }
+
   void start(const std::string &bridge = "br0") {
     source_ = std::make_unique<LinuxBridgeSource>(&loop_, bridge);
     state_ = source_->start([this](SwitchState state) {
@@ -295,20 +305,79 @@ TEST_F(LinuxBridges, EndBurstsInTheRightState) {
 
 // The loop stands still while the kernel notifies of more than fits.
 TEST_F(LinuxBridges, AreReadAnewWhenNotificationsAreLost) {
-  constexpr int kMoreThanFits = 4000;
-  std::string flood;
-  for (int i = 0; i < kMoreThanFits; ++i) {
-    flood += "link set br0 txqueuelen " + std::to_string(1000 + i % 2) + "\n";
-  }
   ip(add_bridge("br0") + add_cable("v0", "v1") + add_cable("v2", "v3") + plug("v0", "br0") +
      plug("v2", "br0"));
   start();
-  ip(flood + "link set v0 nomaster\nlink set v3 up\n");
+  ip(more_than_fits() + "link set v0 nomaster\nlink set v3 up\n");
   EXPECT_TRUE(comes([this] { return state_.ports.size() == 1 && state_.ports.at(2).link_up == true; }));
   EXPECT_TRUE(comes([this] { return state_.ports == fresh_state().ports; }));
   EXPECT_EQ(log(),
             "stp-switchd: the kernel notified of more changes than fit into memory: everything is read "
             "anew\n");
+}
+
+// Ports that begin to forward again and again.
+class ForwardingLinuxBridges : public LinuxBridges {
+ protected:
+  void SetUp() override {
+    LinuxBridges::SetUp();
+    if (IsSkipped()) {
+      return;
+    }
+    ip(add_bridge("br0") + add_cable("v0", "w0") + "link set w0 up\n" + plug("v0", "br0"));
+    if (!NetworkNamespace::run("ip link xstats type bridge_slave dev v0 | grep -q Transitions")) {
+      GTEST_SKIP() << "this kernel does not count how often ports begin to forward";
+    }
+  }
+
+  std::optional<uint32_t> transitions() const {
+    const auto port = state_.ports.find(1);
+    return port != state_.ports.end() ? port->second.forward_transitions : std::nullopt;
+  }
+
+  // Not heard of while the loop stands still.
+  static void forward_again() {
+    run("ip link set w0 down; ip link set w0 up");
+    run("for i in $(seq 300); do "
+        "ip link xstats type bridge_slave dev v0 | grep -q 'Forwarding: 2' && exit 0; sleep 0.1; "
+        "done; exit 1");
+  }
+};
+
+TEST_F(ForwardingLinuxBridges, CountIt) {
+  start();
+  EXPECT_TRUE(comes([this] { return transitions() == 1U; }));
+  forward_again();
+  EXPECT_TRUE(comes([this] { return transitions() == 2U; }));
+  // A port that joins anew has a count of its own.
+  ip("link set v0 nomaster\n" + plug("v0", "br0"));
+  EXPECT_TRUE(comes([this] { return transitions() == 1U; }));
+  ip("link set br0 type bridge stp_state 0\n");
+  EXPECT_TRUE(comes([this] { return !is_running(); }));
+  EXPECT_EQ(transitions(), std::nullopt);
+}
+
+TEST_F(ForwardingLinuxBridges, CountItWhenNotificationsAreLost) {
+  start();
+  EXPECT_TRUE(comes([this] { return transitions() == 1U; }));
+  ip(more_than_fits());
+  forward_again();
+  EXPECT_TRUE(comes([this] { return transitions() == 2U; }));
+  EXPECT_EQ(state_.ports.at(1).state.in(kCistId), PortState::kForwarding);
+}
+
+// The kernel tells of all of them at once, when it is asked for one port.
+TEST_F(LinuxBridges, MayHaveMoreVlansThanFitIntoAnAnswer) {
+  if (!NetworkNamespace::run_ip(add_bridge("br0", " vlan_filtering 1"))) {
+    GTEST_SKIP() << "this kernel's bridges do not filter VLANs";
+  }
+  ip(add_cable("v0", "v1") + plug("v0", "br0") + plug("v1", "br0"));
+  run("bridge vlan add dev v0 vid 2-4094");
+  start();
+  EXPECT_EQ(print_vlans(state_.ports.at(1).vlans), "1-4094");
+  EXPECT_EQ(state_.ports.at(1).forward_transitions, std::nullopt);
+  EXPECT_EQ(state_.ports.at(2).forward_transitions, 0U);
+  EXPECT_EQ(log(), "");
 }
 
 TEST_F(LinuxBridges, HaveAThousandPorts) {

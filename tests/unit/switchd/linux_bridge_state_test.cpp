@@ -112,6 +112,28 @@ TEST_F(StateOfALinuxBridge, HasItsPorts) {
   EXPECT_EQ(now.ports.at(1), expected);
 }
 
+TEST_F(StateOfALinuxBridge, CountsHowOftenPortsBeganToForward) {
+  table_.ports.at(20).kind = "bond";
+  const auto port = [this] { return state().ports.at(1).forward_transitions; };
+  const auto channel = [this] { return state().port_channels.at(2).forward_transitions; };
+  EXPECT_EQ(port(), std::nullopt);
+  EXPECT_EQ(channel(), std::nullopt);
+  table_.ports.at(10).forward_transitions = 0;
+  table_.ports.at(20).forward_transitions = 0xFFFF'FFFF;
+  EXPECT_EQ(port(), 0U);
+  EXPECT_EQ(channel(), 0xFFFF'FFFFU);
+  // As a Counter32 goes on.
+  table_.ports.at(10).forward_transitions = 0x1'0000'0000;
+  table_.ports.at(20).forward_transitions = 0xABCD'0000'0007;
+  EXPECT_EQ(port(), 0U);
+  EXPECT_EQ(channel(), 7U);
+  // Of another's spanning tree, nothing that the kernel counted.
+  table_.bridge.bridge->stp_state = StpState::kUserSpace;
+  EXPECT_EQ(port(), std::nullopt);
+  table_.bridge.bridge->stp_state = StpState::kNobody;
+  EXPECT_EQ(port(), std::nullopt);
+}
+
 // The kernel takes them, and neither a log nor an answer of stp-switchd does.
 TEST_F(StateOfALinuxBridge, HasNoNamesThatCannotBePrinted) {
   table_.bridge.name = "br\xFF";
