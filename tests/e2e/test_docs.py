@@ -12,8 +12,8 @@ from pathlib import Path
 
 import golden
 import pytest
-from harness.agent import MODULE_CONFIGURATION
-from harness.build import BUILD, ENTERPRISE, PROJECT, ROOT, SMI_BASE
+from harness.agent import BRIDGE_CONFIGURATION, MODULE_CONFIGURATION
+from harness.build import BRIDGE_ROOT, BUILD, ENTERPRISE, PROJECT, ROOT, SMI_BASE
 from harness.lab import run_lab
 from harness.oids import below, is_below
 from harness.polling import wait_until
@@ -312,7 +312,7 @@ def typed(text, mode):
     return re.findall(r'^\$ (.*)\n((?:(?!\$ ).*\n)*)', lines, re.MULTILINE)
 
 
-BOTH_MODULES = f'{MODULE_CONFIGURATION}dlmod stp_bridge_mib {BUILD}/lib/libstpbridge.so\n'
+BOTH_MODULES = MODULE_CONFIGURATION + BRIDGE_CONFIGURATION
 
 
 def documented_contexts():
@@ -330,7 +330,7 @@ def test_commands_print_what_is_documented(tmp_path, mode):
     contexts, community = documented_contexts()
     with run_lab(SCENARIOS[mode], with_probe=False, serves=BOTH_MODULES + contexts) as lab:
         if mode == 'rapid-pvst':
-            wait_until(lambda: not isinstance(lab.snmp.get('.1.3.6.1.2.1.17.2.1.0', who=v2c(community)), Failure),
+            wait_until(lambda: not isinstance(lab.snmp.get(f'{BRIDGE_ROOT}.2.1.0', who=v2c(community)), Failure),
                        'the community has its context')
         environment = tool_environment(tmp_path) | {'AGENT': lab.agent.endpoint}
         for command, output in commands:

@@ -9,7 +9,8 @@ import urllib.request
 
 import golden
 import pytest
-from harness.build import BUILD, PROJECT, ROOT, SMI_BASE
+from harness.agent import BRIDGE_CONFIGURATION
+from harness.build import PROJECT, ROOT, SMI_BASE
 from harness.lab import run_lab
 from harness.polling import wait_until
 from harness.ports import PORT_ATTEMPTS, free_port
@@ -71,12 +72,11 @@ INDEX_LABELS = {
 }
 
 # The standards' objects, of a switch with three ports in VLAN 1.
-BRIDGE_MODULE = f'dlmod stp_bridge_mib {BUILD}/lib/libstpbridge.so\n'
 BRIDGE_NUMBERS = {
     'dot1dBaseNumPorts': 3, 'dot1dStpPriority': 0x8001, 'dot1dStpTopChanges': 1, 'dot1dStpRootCost': 20000,
     'dot1dStpRootPort': 130, 'dot1dStpMaxAge': 2000, 'dot1dStpHelloTime': 200, 'dot1dStpForwardDelay': 1500,
 }
-BRIDGE_ROOT = 'dot1dStpDesignatedRoot', '0x600100005E005301'
+BRIDGES_ROOT = 'dot1dStpDesignatedRoot', '0x600100005E005301'
 BRIDGE_VERSION = 'dot1dStpVersion', ('stpCompatible', 'rstp'), 'rstp'
 TRUTH = ('true', 'false')
 BRIDGE_PORT_STATES = {
@@ -145,7 +145,7 @@ def states(name, labels, all_states, state):
 def expected_series_of_the_bridge():
     """All but the time since the latest topology change, which goes on."""
     series = {key(name, {}): value for name, value in BRIDGE_NUMBERS.items()}
-    name, root = BRIDGE_ROOT
+    name, root = BRIDGES_ROOT
     series[key(name, {name: root})] = 1
     name, versions, version = BRIDGE_VERSION
     series |= states(name, {}, versions, version)
@@ -231,7 +231,7 @@ def test_switch_that_is_gone_leaves_what_the_agent_knows_by_itself(exporter, lab
 
 
 def test_series_of_the_standards_objects(exporter):
-    with run_lab('rapid-pvst.toml', serves=BRIDGE_MODULE, with_probe=False) as lab:
+    with run_lab('rapid-pvst.toml', serves=BRIDGE_CONFIGURATION, with_probe=False) as lab:
         lab.switch.set('port.1.if_mib_index', '1')
         lab.switch.set('port.1.path_cost', '200000000')
         lab.switch.set('port_channel.7.forwarding_in', '1')  # a topology change
@@ -241,7 +241,7 @@ def test_series_of_the_standards_objects(exporter):
 
 
 def test_bridge_of_which_nobody_tells_has_no_series(exporter):
-    with run_lab('rapid-pvst.toml', serves=BRIDGE_MODULE, with_probe=False) as lab:
+    with run_lab('rapid-pvst.toml', serves=BRIDGE_CONFIGURATION, with_probe=False) as lab:
         lab.switch.kill()
         assert exporter.scrape(lab.agent.endpoint, 'bridge_stp') == {}
 
