@@ -6,9 +6,8 @@ import re
 import pytest
 from harness.build import PROJECT
 from harness.lab import run_lab_of
-from harness.librenms import B, FIFTEEN, SERVES, Port, discover, get, poll
-from harness.polling import wait_until
-from harness.snmp_tools import Failure, v1, v2c, v3
+from harness.librenms import FIFTEEN, PROTOCOL, SERVES, Port, discover, get, poll
+from harness.snmp_tools import v1, v2c, v3
 from harness.switch import playing
 
 CORE, OWN_ID = '6000.00005e00532a', '8000.00005e005310'  # of the switch in MST
@@ -52,9 +51,8 @@ def interfaces(lab):
 
 
 def in_context(lab, name):
-    """Where it is there: contexts come soon after the agent has started."""
     who = v3('alice', name)
-    wait_until(lambda: not isinstance(lab.snmp.get(f'{B}.2.1.0', who=who), Failure), f'{name} is a context')
+    lab.wait_for_context(who, PROTOCOL)
     return who
 
 

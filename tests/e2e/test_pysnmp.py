@@ -3,10 +3,9 @@
 import pytest
 from harness.build import PROJECT
 from harness.lab import run_lab_of
-from harness.librenms import B, SERVES, STATE, STATES
+from harness.librenms import B, PROTOCOL, SERVES, STATE, STATES
 from harness.oids import arcs
-from harness.polling import wait_until
-from harness.snmp_tools import Failure, v3
+from harness.snmp_tools import v3
 from harness.switch import playing
 from pyasn1.type.univ import ObjectIdentifier
 from pysnmp.hlapi import (CommunityData, ContextData, ObjectIdentity, ObjectType, SnmpEngine, UdpTransportTarget,
@@ -61,8 +60,7 @@ def fixture_mst():
 @pytest.fixture(name='rapid_pvst', scope='module')
 def fixture_rapid_pvst():
     with run_example('rapid-pvst-small.toml') as lab:
-        wait_until(lambda: not isinstance(lab.snmp.get(f'{B}.2.1.0', who=v3('alice', 'vlan-20')), Failure),
-                   'VLAN 20 has its context')
+        lab.wait_for_context(v3('alice', 'vlan-20'), PROTOCOL)
         yield Pysnmp(lab.agent)
 
 

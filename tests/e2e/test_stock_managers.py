@@ -3,11 +3,10 @@
 import pytest
 from harness.build import PROJECT
 from harness.lab import run_lab_of
-from harness.librenms import SERVES
+from harness.librenms import PROTOCOL, SERVES
 from harness.managers import (CRITICAL, OK, install_net_snmp, need_centreon, need_snmp_info, read_with_centreon,
                               read_with_net_snmp, read_with_snmp_info, with_interfaces)
-from harness.polling import wait_until
-from harness.snmp_tools import Failure, v3
+from harness.snmp_tools import v3
 from harness.switch import playing
 
 OF_MST = {2: 'Ethernet1/1', 130: 'Ethernet1/2', 131: 'Ethernet1/3', 132: 'Ethernet1/4', 138: 'Ethernet1/10',
@@ -28,8 +27,7 @@ def fixture_mst():
 def fixture_rapid_pvst():
     with run_lab_of(playing(PROJECT / 'scenarios/rapid-pvst-small.toml'), with_probe=False,
                     serves=SERVES + with_interfaces(OF_RAPID_PVST, down=['Ethernet3'])) as lab:
-        wait_until(lambda: not isinstance(lab.snmp.get('.1.3.6.1.2.1.17.2.1.0', who=v3('alice', 'vlan-20')), Failure),
-                   'VLAN 20 has its context')
+        lab.wait_for_context(v3('alice', 'vlan-20'), PROTOCOL)
         yield lab
 
 

@@ -9,7 +9,7 @@ from .agent import SHORT_DEADLINE_MS, Agent
 from .build import ROOT, SCENARIOS
 from .polling import wait_until
 from .raw_snmp import RawClient
-from .snmp_tools import SnmpTools
+from .snmp_tools import Failure, SnmpTools
 from .switch import Switch, playing
 
 
@@ -39,6 +39,12 @@ class Lab:
     def wait_for(self, oid, value):
         """Asks until the agent serves this value, as it must after an outage."""
         wait_until(lambda: self.snmp.get(oid)[0].value == value, f'{oid} is served as {value!r}')
+
+    def wait_for_context(self, who, oid):
+        """Until it is there, which is soon after the agent's start: what is asked in others is dropped, so nothing is
+        waited for long."""
+        impatient = [*who, '-t', '1']
+        wait_until(lambda: not isinstance(self.snmp.get(oid, who=impatient), Failure), 'the context is there')
 
     def wait_for_walk(self, expected):
         """Walks until everything is there. An agent that gave up on a slow reply leaves objects out, no more."""
