@@ -15,6 +15,8 @@ class TopologyHistory {
 
   explicit TopologyHistory(Clock::time_point begin) : begin_(begin) {}
 
+  Clock::time_point begin() const { return begin_; }
+
   // `running`: the trees that there are from now on. One that has gone begins anew when it comes back.
   void add(const TreeSet &changed, const TreeSet &running, Clock::time_point now) {
     std::erase_if(changes_, [&running](const auto &of_tree) { return !running.contains(of_tree.first); });

@@ -30,10 +30,17 @@ uint64_t image_time(const std::optional<std::chrono::steady_clock::time_point> &
 }
 
 // Where its source does not tell of a bridge's topology changes, those count that were seen in its states.
-void add_topology(const TopologyHistory::Changes &seen, ObservedTree *tree) {
-  if (tree->bridge_id) {
-    tree->topology_changes = tree->topology_changes.value_or(seen.count);
-    tree->last_topology_change = tree->last_topology_change.value_or(seen.last);
+// Who counts tells the time as well. Where nothing was counted, nothing has changed since somebody looks.
+void add_topology(const TopologyHistory &history, uint32_t tree, ObservedTree *observed) {
+  if (!observed->bridge_id) {
+    return;
+  }
+  if (!observed->topology_changes) {
+    const TopologyHistory::Changes seen = history.of(tree);
+    observed->topology_changes = seen.count;
+    observed->last_topology_change = observed->last_topology_change.value_or(seen.last);
+  } else if (observed->topology_changes == 0U) {
+    observed->last_topology_change = observed->last_topology_change.value_or(history.begin());
   }
 }
 
@@ -95,7 +102,7 @@ ImageTrees::ImageTrees(const Switch &the_switch, const std::vector<RootSearch> &
     : switch_(the_switch), observed_(wire::kTrees) {
   the_switch.running_trees().for_each([&](uint32_t tree) {
     TreeValues values = tree_values(the_switch.state(), roots[tree], tree);
-    add_topology(the_switch.topology().of(tree), &values.observed);
+    add_topology(the_switch.topology(), tree, &values.observed);
     records_.push_back(image_tree(tree, values, root_port(the_switch, values, roots[tree])));
     observed_[tree] = std::move(values.observed);
   });

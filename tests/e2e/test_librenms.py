@@ -4,9 +4,10 @@ import json
 import re
 
 import pytest
+from harness.agent import BRIDGE_CONFIGURATION
 from harness.build import PROJECT
 from harness.lab import run_lab_of
-from harness.librenms import FIFTEEN, PROTOCOL, SERVES, Port, discover, get, poll
+from harness.librenms import FIFTEEN, PROTOCOL, Port, discover, get, poll
 from harness.snmp_tools import v1, v2c, v3
 from harness.switch import playing
 
@@ -16,7 +17,7 @@ CORE, OWN_ID = '6000.00005e00532a', '8000.00005e005310'  # of the switch in MST
 def run_example(name, *contexts):
     """Each context has a community of its own."""
     communities = ''.join(f'com2sec -Cn {context} reader 127.0.0.1 public@{context}\n' for context in contexts)
-    return run_lab_of(playing(PROJECT / 'scenarios' / name), serves=SERVES + communities, with_probe=False)
+    return run_lab_of(playing(PROJECT / 'scenarios' / name), serves=BRIDGE_CONFIGURATION + communities, with_probe=False)
 
 
 @pytest.fixture(name='shared_mst', scope='module')

@@ -1,9 +1,10 @@
 """The bridge objects as the Python stack pysnmp reads them: GET, GETNEXT, GETBULK and contexts."""
 
 import pytest
-from harness.build import PROJECT
+from harness.agent import BRIDGE_CONFIGURATION
+from harness.build import BRIDGE_ROOT as B, PROJECT
 from harness.lab import run_lab_of
-from harness.librenms import B, PROTOCOL, SERVES, STATE, STATES
+from harness.librenms import PROTOCOL, STATE, STATES
 from harness.oids import arcs
 from harness.snmp_tools import v3
 from harness.switch import playing
@@ -48,7 +49,7 @@ class Pysnmp:
 
 
 def run_example(name):
-    return run_lab_of(playing(PROJECT / 'scenarios' / name), serves=SERVES, with_probe=False)
+    return run_lab_of(playing(PROJECT / 'scenarios' / name), serves=BRIDGE_CONFIGURATION, with_probe=False)
 
 
 @pytest.fixture(name='mst', scope='module')

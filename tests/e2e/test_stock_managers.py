@@ -1,9 +1,10 @@
 """What stock managers and independent SNMP stacks read of the two example switches."""
 
 import pytest
+from harness.agent import BRIDGE_CONFIGURATION
 from harness.build import PROJECT
 from harness.lab import run_lab_of
-from harness.librenms import PROTOCOL, SERVES
+from harness.librenms import PROTOCOL
 from harness.managers import (CRITICAL, OK, install_net_snmp, need_centreon, need_snmp_info, read_with_centreon,
                               read_with_net_snmp, read_with_snmp_info, with_interfaces)
 from harness.snmp_tools import v3
@@ -19,14 +20,14 @@ OF_RAPID_PVST = {129: 'Ethernet1', 130: 'Ethernet2', 131: 'Ethernet3', 135: 'Eth
 @pytest.fixture(name='mst', scope='module')
 def fixture_mst():
     with run_lab_of(playing(PROJECT / 'scenarios/mst-small.toml'), with_probe=False,
-                    serves=SERVES + with_interfaces(OF_MST, down=['Ethernet1/4'])) as lab:
+                    serves=BRIDGE_CONFIGURATION + with_interfaces(OF_MST, down=['Ethernet1/4'])) as lab:
         yield lab
 
 
 @pytest.fixture(name='rapid_pvst', scope='module')
 def fixture_rapid_pvst():
     with run_lab_of(playing(PROJECT / 'scenarios/rapid-pvst-small.toml'), with_probe=False,
-                    serves=SERVES + with_interfaces(OF_RAPID_PVST, down=['Ethernet3'])) as lab:
+                    serves=BRIDGE_CONFIGURATION + with_interfaces(OF_RAPID_PVST, down=['Ethernet3'])) as lab:
         lab.wait_for_context(v3('alice', 'vlan-20'), PROTOCOL)
         yield lab
 

@@ -4,7 +4,8 @@ from contextlib import ExitStack
 
 import pytest
 from bridge_lab.linux_bridge import FORWARD_DELAY, HELLO_TIME, MAX_AGE
-from harness.librenms import FIFTEEN, SERVES, discover, get
+from harness.agent import BRIDGE_CONFIGURATION
+from harness.librenms import FIFTEEN, discover, get
 from harness.managers import CRITICAL, OK, need_centreon, need_snmp_info, read_with_centreon, read_with_snmp_info
 from harness.snmp_tools import READER
 from live_lab import column, run_lab
@@ -20,7 +21,7 @@ def fixture_shared_labs(linux_ring):
         for name in linux_ring.names:
             linux_ring.bridge(name).namespace.ip('link', 'set', 'lo', 'up')
         yield {name: stack.enter_context(run_lab(linux_ring.bridge(name), inside=linux_ring.bridge(name).enter,
-                                                 serves=SERVES, with_probe=False))
+                                                 serves=BRIDGE_CONFIGURATION, with_probe=False))
                for name in linux_ring.names}
 
 

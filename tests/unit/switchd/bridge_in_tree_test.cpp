@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <thread>
 
 #include "support/command_test.h"
 #include "support/octets.h"
@@ -229,6 +230,19 @@ TEST_F(BridgeInTree, TellsHowLongAgoTheTopologyChanged) {
   EXPECT_EQ(number_in_reply_to(tree(kGet, 2), protocol::kTopologyChanges), 0U);
   set("port.12.learning_in", "");
   EXPECT_EQ(number_in_reply_to(tree(kGet, 2), protocol::kTopologyChanges), 1U);
+}
+
+TEST_F(BridgeInTree, CountsAndTimesTopologyChangesByOneObserver) {
+  constexpr std::chrono::milliseconds kSinceItWasLookedAt{50};
+  constexpr uint32_t kInHundredths = 5;
+  std::this_thread::sleep_for(kSinceItWasLookedAt);
+  set("tree.2.topology_changes", "0");
+  set("port.12.learning_in", "");
+  EXPECT_EQ(number_in_reply_to(tree(kGet, 2), protocol::kTopologyChanges), 0U);
+  EXPECT_GE(number_in_reply_to(tree(kGet, 2), protocol::kTopologyAge), kInHundredths);
+  set("tree.2.topology_changes", "7");
+  EXPECT_EQ(number_in_reply_to(tree(kGet, 2), protocol::kTopologyChanges), 7U);
+  EXPECT_EQ(number_in_reply_to(tree(kGet, 2), protocol::kTopologyAge), std::nullopt);
 }
 
 TEST_F(BridgeInTree, TakesItsKeysOnly) {
