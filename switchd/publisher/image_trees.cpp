@@ -30,7 +30,7 @@ uint64_t image_time(const std::optional<std::chrono::steady_clock::time_point> &
 }
 
 // Where its source does not tell of a bridge's topology changes, those count that were seen in its states.
-// Who counts tells the time as well. Where nothing was counted, nothing has changed since somebody looks.
+// Who counts tells the time as well. Without one, nothing has changed since somebody looks.
 void add_topology(const TopologyHistory &history, uint32_t tree, ObservedTree *observed) {
   if (!observed->bridge_id) {
     return;
@@ -39,7 +39,7 @@ void add_topology(const TopologyHistory &history, uint32_t tree, ObservedTree *o
     const TopologyHistory::Changes seen = history.of(tree);
     observed->topology_changes = seen.count;
     observed->last_topology_change = observed->last_topology_change.value_or(seen.last);
-  } else if (observed->topology_changes == 0U) {
+  } else {
     observed->last_topology_change = observed->last_topology_change.value_or(history.begin());
   }
 }

@@ -71,6 +71,8 @@ def use_the_other_terminal(run):
     type_in('pull a c')
     wait_until(lambda: roles_of(type_in('walk c')) == ['root'], 'the walk has one port')
     assert 'root port to-b' in type_in('status  ')
+    if os.geteuid() == 0:
+        run.wait_for_output('on c  topologyChange, ')
     type_in('restore a c')
     assert type_in('show c').startswith('Switch  br0\n')
     if os.geteuid() == 0:
@@ -78,7 +80,6 @@ def use_the_other_terminal(run):
         run.wait_for_output('on a  stpxRootInconsistencyUpdate, stpxRootInconsistencyState.0.129 = INTEGER: 1')
         type_in('no_better_root')
         run.wait_for_output('on a  stpxRootInconsistencyUpdate, stpxRootInconsistencyState.0.129 = INTEGER: 2')
-        assert re.search(r' on c  topologyChange, \S*17\.1\.4\.1\.1\.2 = INTEGER: 2, ', run.output)
 
 
 @pytest.mark.usefixtures('openvswitch_ring')
