@@ -142,6 +142,20 @@ TEST_F(Contexts, FollowTheMode) {
   EXPECT_THAT(instances(), IsEmpty());
 }
 
+TEST_F(Contexts, FollowTheModeInTheMiddleOfAPass) {
+  run({1, 2, 3, 4, 5});
+  tell();
+  ASSERT_TRUE(fake_agent::fire_alarm());
+  EXPECT_THAT(vlans(), ElementsAre(1, 2));
+  bridge_.has_mst_trees = true;
+  run({0, 7});
+  fake_agent::fire_alarms(kMostParts);
+  EXPECT_THAT(vlans(), IsEmpty());
+  EXPECT_THAT(instances(), ElementsAre(7));
+  follow();
+  EXPECT_THAT(instances(), ElementsAre(0, 7));
+}
+
 TEST_F(Contexts, OfTwoTreesChangeInAPart) {
   run({1, 2, 3, 4, 5});
   tell();
