@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <chrono>
 #include <optional>
-#include <utility>
 
 #include "model/tree_values.h"
 #include "publisher/image_values.h"
@@ -104,7 +103,7 @@ ImageTrees::ImageTrees(const Switch &the_switch, const std::vector<RootSearch> &
     TreeValues values = tree_values(the_switch.state(), roots[tree], tree);
     add_topology(the_switch.topology(), tree, &values.observed);
     records_.push_back(image_tree(tree, values, root_port(the_switch, values, roots[tree])));
-    observed_[tree] = std::move(values.observed);
+    observed_[tree] = values.observed;
   });
 }
 
