@@ -32,6 +32,9 @@ void Switch::replace(SwitchState state) {
   const TreeChanges changes =
       tree_changes({state_, derived_.bridge_ports, derived_.tree_ports, derived_.running_trees},
                    {state, derived.bridge_ports, derived.tree_ports, derived.running_trees});
+  if (state.settings.mode != state_.settings.mode) {
+    topology_ = TopologyHistory(topology_.begin());  // trees of another kind have the same numbers
+  }
   topology_.add(changes.topology, derived.running_trees, TopologyHistory::Clock::now());
   state_ = std::move(state);
   derived_ = std::move(derived);

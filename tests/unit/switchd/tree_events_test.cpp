@@ -187,4 +187,15 @@ TEST_F(TreeEvents, AreCountedAnewForATreeThatComesBack) {
   EXPECT_EQ(changes_of(12), 0U);
 }
 
+TEST_F(TreeEvents, AreCountedAnewForAnotherModesTrees) {
+  SwitchState state = switch_.state();
+  state.mst_instances[12].vlans = parse_vlans("12");
+  replace(state);
+  set({{"port.2.alternate_port_of", "1,10-11"}, {"port.2.root_port_of", "12"}});
+  EXPECT_EQ(changes_of(12), 1U);
+  set("switch.mode", "mst");
+  ASSERT_TRUE(switch_.running_trees().contains(12));
+  EXPECT_EQ(changes_of(12), 0U);
+}
+
 }  // namespace
