@@ -92,11 +92,15 @@ class Comparison {
       may_have_new_root_.insert(trees);
       return;
     }
+    const TreeSet trees_later = trees_of(after_.tree_ports, if_index);
+    TreeSet left_or_joined = trees;
+    left_or_joined.toggle(trees_later);
+    may_have_new_root_.insert(left_or_joined);
     if (are_alike(before, later->second)) {
       return;
     }
     may_have_new_root_.insert(trees);
-    trees.intersect(trees_of(after_.tree_ports, if_index));
+    trees.intersect(trees_later);
     trees.intersect(common_);
     if (later->second.interface->edge == true) {
       return;

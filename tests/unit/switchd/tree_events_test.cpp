@@ -145,6 +145,11 @@ TEST_F(TreeEvents, TellOfANewRootWhereTheOldOneIsGone) {
               ElementsAre(new_root(1), new_root(10), new_root(11), new_root(12)));
 }
 
+TEST_F(TreeEvents, TellOfANewRootWhereTheRootPortHasLeftTheTree) {
+  EXPECT_THAT(set("port.1.vlans", "1,11-12"), ElementsAre(new_root(10)));
+  EXPECT_THAT(set("port.1.vlans", "1,10-12"), IsEmpty());
+}
+
 TEST_F(TreeEvents, DoNotTellOfARootThatWasOneAllTheTime) {
   set({{"port.1.root_port_of", ""}, {"port.2.alternate_port_of", ""}});
   EXPECT_THAT(set("bridge.priority", "4096"), IsEmpty());
