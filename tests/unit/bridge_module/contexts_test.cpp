@@ -220,8 +220,7 @@ TEST_F(Contexts, StayWhereNobodyTellsWhatRuns) {
   run({1, 20});
   follow();
   const auto answer = fake::platform().answer;
-  for (const fake::Send &useless : {fake::Send{4, false}, fake::Send{5, false}, fake::Send{0, false},
-                                    fake::Send{0, true, fake::Attributes{}}}) {
+  for (const fake::Send &useless : {fake::Send{0, false}, fake::Send{0, true, fake::Attributes{}}}) {
     fake::platform().answer = [useless](const fake::Request &) { return useless; };
     EXPECT_EQ(follow(), 1U);
     EXPECT_THAT(vlans(), ElementsAre(1, 20));
@@ -230,6 +229,38 @@ TEST_F(Contexts, StayWhereNobodyTellsWhatRuns) {
   run({20});
   follow();
   EXPECT_THAT(vlans(), ElementsAre(20));
+}
+
+TEST_F(Contexts, WaitForWhomDoesNotAnswerInTheMiddleOfAPass) {
+  run({1, 2, 3, 4, 5});
+  tell();
+  ASSERT_TRUE(fake_agent::fire_alarm());
+  const auto answer = fake::platform().answer;
+  for (const int result : {4, 5, 20}) {
+    fake::platform().answer = [result](const fake::Request &) { return fake::Send{result, false}; };
+    ASSERT_TRUE(fake_agent::fire_alarm());
+    EXPECT_EQ(fake_agent::latest_delay_us(), 10'000'000);
+    EXPECT_EQ(fake_agent::alarms(), 1U);
+    EXPECT_THAT(vlans(), ElementsAre(1, 2));
+  }
+  fake::platform().answer = answer;
+  fake_agent::fire_alarms(kMostParts);
+  EXPECT_THAT(vlans(), ElementsAre(1, 2, 3, 4, 5));
+}
+
+TEST_F(Contexts, WaitNoLongerWhereSomebodyTellsOfTrees) {
+  run({1, 2, 3});
+  const auto answer = fake::platform().answer;
+  fake::platform().answer = [](const fake::Request &) { return fake::Send{5, false}; };
+  tell();
+  ASSERT_TRUE(fake_agent::fire_alarm());
+  ASSERT_EQ(fake_agent::latest_delay_us(), 10'000'000);
+  fake::platform().answer = answer;
+  tell();
+  EXPECT_EQ(fake_agent::alarms(), 1U);
+  EXPECT_EQ(fake_agent::latest_delay_us(), 10'000);
+  EXPECT_EQ(fake_agent::fire_alarms(kMostParts), 2U);
+  EXPECT_THAT(vlans(), ElementsAre(1, 2, 3));
 }
 
 TEST_F(Contexts, StayWhereTheAnswerCannotBe) {

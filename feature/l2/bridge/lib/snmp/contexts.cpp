@@ -29,6 +29,9 @@ constexpr uint32_t kQuestionsOfPart = 64;
 constexpr uint32_t kChangesOfPart = 2;
 constexpr timeval kPause{0, 10'000};
 
+// Who has not answered is asked again after so long: each question may cost the agent a deadline.
+constexpr timeval kPatience{10, 0};
+
 class TreeSet {
  public:
   bool holds(uint32_t tree) const { return (words_[tree / kWordBits] & bit_of(tree)) != 0; }
@@ -73,6 +76,7 @@ constinit const KindOfTree *kind_with_contexts = &kVlanTrees;
 constinit uint32_t next_tree = 0;
 constinit bool has_to_begin_again = false;
 constinit unsigned alarm_of_next_part = 0;  // 0: none
+constinit bool is_patient = false;          // nobody has answered
 
 bool register_tree(const KindOfTree &kind, uint32_t tree) {
   const ContextName bare("", tree);
@@ -112,8 +116,10 @@ struct RunningTree {
   const KindOfTree *kind;
 };
 
-// The first tree that runs, from `from` on. False where the answer is of no use.
-bool find_running_tree(uint32_t from, RunningTree *found) {
+enum class Search : uint8_t { kFound, kUnanswered, kUseless };
+
+// The first tree that runs, from `from` on.
+Search find_running_tree(uint32_t from, RunningTree *found) {
   Reply reply;
   int result = CMD_OK;
   if (from == 0) {
@@ -126,34 +132,39 @@ bool find_running_tree(uint32_t from, RunningTree *found) {
   }
   if (result == CMD_NO_ENTRY) {
     *found = {kTrees, kind_with_contexts};
-    return true;
+    return Search::kFound;
+  }
+  if (result != CMD_OK) {
+    return Search::kUnanswered;
   }
   uint32_t tree = 0;
   uint32_t mode = 0;
   if (!reply || reply.read_number(STP_ATTRIBUTE_TREE, &tree) != 0 ||
       reply.read_number(STP_ATTRIBUTE_MODE, &mode) != 0) {
-    return false;
+    return Search::kUseless;
   }
   const KindOfTree *const kind = kind_of(mode);
   if (kind == nullptr || tree < from || tree >= kTrees) {
     STP_LOG(kRejection, "%s: asked for a tree from %d on, got %d, mode %d\n", __func__, shown(from),
             shown(tree), shown(mode));
-    return false;
+    return Search::kUseless;
   }
   *found = {tree, kind};
-  return true;
+  return Search::kFound;
 }
 
 enum class Step : uint8_t {
-  kSeen,     // a tree has its contexts already
-  kChanged,  // one was given its contexts, or deprived of them
-  kLast      // there is no other one, or nobody tells what runs
+  kSeen,        // a tree has its contexts already
+  kChanged,     // one was given its contexts, or deprived of them
+  kUnanswered,  // nobody tells what runs
+  kLast         // there is no other one, or no use in asking for it
 };
 
 Step step() {
   RunningTree running;
-  if (!find_running_tree(next_tree, &running)) {
-    return Step::kLast;
+  const Search search = find_running_tree(next_tree, &running);
+  if (search != Search::kFound) {
+    return search == Search::kUnanswered ? Step::kUnanswered : Step::kLast;
   }
   const bool is_same_kind = running.kind == kind_with_contexts;
   const uint32_t gone = with_contexts.first_from(is_same_kind ? next_tree : 0);
@@ -179,8 +190,8 @@ Step step() {
 
 void begin_part(unsigned /*alarm*/, void * /*argument*/);
 
-void wait_for_next_part() {
-  alarm_of_next_part = snmp_alarm_register_hr(kPause, 0, begin_part, nullptr);
+void wait_for_next_part(timeval pause) {
+  alarm_of_next_part = snmp_alarm_register_hr(pause, 0, begin_part, nullptr);
   if (alarm_of_next_part == 0) {
     STP_LOG(kRejection, "%s: the agent has no memory for an alarm: contexts wait for the next notification\n",
             __func__);
@@ -191,12 +202,13 @@ void end_pass() {
   next_tree = 0;
   if (has_to_begin_again) {
     has_to_begin_again = false;
-    wait_for_next_part();
+    wait_for_next_part(kPause);
   }
 }
 
 void begin_part(unsigned /*alarm*/, void * /*argument*/) {
   alarm_of_next_part = 0;
+  is_patient = false;
   uint32_t changes = 0;
   for (uint32_t questions = 0; questions < kQuestionsOfPart && changes < kChangesOfPart; ++questions) {
     const Step taken = step();
@@ -204,9 +216,21 @@ void begin_part(unsigned /*alarm*/, void * /*argument*/) {
       end_pass();
       return;
     }
+    if (taken == Step::kUnanswered) {
+      is_patient = true;
+      wait_for_next_part(kPatience);
+      return;
+    }
     changes += taken == Step::kChanged ? 1 : 0;
   }
-  wait_for_next_part();
+  wait_for_next_part(kPause);
+}
+
+void forget_next_part() {
+  if (alarm_of_next_part != 0) {
+    snmp_alarm_unregister(alarm_of_next_part);
+    alarm_of_next_part = 0;
+  }
 }
 
 }  // namespace
@@ -215,9 +239,13 @@ netsnmp_variable_list *follow_trees(void * /*message*/, oid * /*trap_oid*/, size
                                     int *status) {
   STP_LOG(kTrace, "%s: trees have come or gone\n", __func__);
   *status = 0;
+  if (is_patient) {
+    is_patient = false;  // who tells this answers
+    forget_next_part();
+  }
   if (alarm_of_next_part == 0) {
     next_tree = 0;
-    wait_for_next_part();
+    wait_for_next_part(kPause);
   } else {
     has_to_begin_again = has_to_begin_again || next_tree != 0;
   }
@@ -225,10 +253,8 @@ netsnmp_variable_list *follow_trees(void * /*message*/, oid * /*trap_oid*/, size
 }
 
 void withdraw_contexts() {
-  if (alarm_of_next_part != 0) {
-    snmp_alarm_unregister(alarm_of_next_part);
-    alarm_of_next_part = 0;
-  }
+  forget_next_part();
+  is_patient = false;
   for (uint32_t tree = with_contexts.first_from(0); tree < kTrees; tree = with_contexts.first_from(tree)) {
     withdraw_tree(tree);
   }
