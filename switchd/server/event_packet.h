@@ -21,7 +21,7 @@ bool claims_to_be_subscription(std::span<const uint8_t> packet);
 // subscribes to. Nothing when it is not a well-formed subscription.
 std::optional<NotificationClasses> read_subscription(std::span<const uint8_t> packet, size_t sent_size);
 
-// The notification class of events of the kind.
+// The notification class of the event.
 uint32_t class_of(const SwitchEvent &event);
 
 Packet make_event_packet(const SwitchEvent &event, uint32_t sequence);
