@@ -25,7 +25,7 @@ struct InconsistencyEvent {
 
 enum class TreeEventKind {
   kNewRoot,         // the switch has become a tree's root
-  kTopologyChange,  // a port of a tree has begun or ceased to forward
+  kTopologyChange,  // a port of a tree has begun to forward, or blocks after it did
   kTrees            // trees have come or gone; of no tree
 };
 

@@ -201,7 +201,7 @@ enum stp_notification CMD_ENUM_BASE {
   STP_NOTIFICATION_LOOP_INCONSISTENCY = 17422,
   STP_NOTIFICATION_ROOT_INCONSISTENCY = 17423,
   STP_NOTIFICATION_NEW_ROOT = 17424,        /* the bridge has become a tree's root */
-  STP_NOTIFICATION_TOPOLOGY_CHANGE = 17425, /* a port of a tree has begun or ceased to forward */
+  STP_NOTIFICATION_TOPOLOGY_CHANGE = 17425, /* a port of a tree begins to forward, or ceases and blocks */
   STP_NOTIFICATION_TREES = 17426 /* trees have come or gone; each subscription is followed by one */
 };
 
