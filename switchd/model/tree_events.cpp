@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <optional>
+#include <vector>
 
 #include "model/tree_values.h"
 
@@ -40,15 +41,16 @@ TreeSet trees_of(const TreePorts &ports, uint32_t if_index) {
   return found != ports.by_port().end() ? found->second : TreeSet();
 }
 
-ObservedTree observed(const TreesOfState &in, uint32_t tree) {
-  RootSearch root;
-  for (const auto &[if_index, trees] : in.tree_ports.by_port()) {
-    if (trees.contains(tree)) {
-      const BridgePort &port = in.ports.at(if_index);
-      root.add(role_in(tree, port), port);
-    }
+// What the ports of these trees tell of their roots, by tree.
+std::vector<RootSearch> roots_of(const TreesOfState &in, const TreeSet &wanted) {
+  std::vector<RootSearch> roots(wanted.is_empty() ? 0 : kMaxTree + 1);
+  for (const auto &[if_index, trees_of_port] : in.tree_ports.by_port()) {
+    TreeSet trees = trees_of_port;
+    trees.intersect(wanted);
+    const BridgePort &port = in.ports.at(if_index);
+    trees.for_each([&](uint32_t tree) { roots[tree].add(role_in(tree, port), port); });
   }
-  return tree_values(in.state, root, tree).observed;
+  return roots;
 }
 
 class Comparison {
@@ -71,6 +73,8 @@ class Comparison {
       }
     }
     may_have_new_root_.intersect(common_);
+    roots_before_ = roots_of(before, may_have_new_root_);
+    roots_after_ = roots_of(after, may_have_new_root_);
   }
 
   TreeChanges changes() const {
@@ -113,11 +117,11 @@ class Comparison {
   }
 
   bool has_become_root(uint32_t tree) const {
-    const ObservedTree now = observed(after_, tree);
+    const ObservedTree now = tree_values(after_.state, roots_after_[tree], tree).observed;
     if (now.root_port != 0U || !now.bridge_id || now.root_id != now.bridge_id) {
       return false;
     }
-    const ObservedTree then = observed(before_, tree);
+    const ObservedTree then = tree_values(before_.state, roots_before_[tree], tree).observed;
     return then.root_id && then.root_id != then.bridge_id;
   }
 
@@ -140,6 +144,8 @@ class Comparison {
   const TreesOfState &after_;
   TreeSet common_;  // trees that run before and after
   TreeSet may_have_new_root_;
+  std::vector<RootSearch> roots_before_;  // of those
+  std::vector<RootSearch> roots_after_;
   std::map<uint32_t, InterfaceNumbers> changed_by_;  // by tree, the first port that has changed its topology
 };
 
