@@ -10,7 +10,6 @@
 
 using namespace stpswitch;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
@@ -48,16 +47,13 @@ TEST_F(TreeEventLimiters, TellTheFirstOfEachKindAndTreeAtOnce) {
 
 TEST_F(TreeEventLimiters, TellTheLatestOfThoseThatComeTooSoonWhenItsSecondHasPassed) {
   const auto begin = std::chrono::steady_clock::now();
-  limiter_.take({change(1, 5)});
-  limiter_.take({change(1, 6)});
-  limiter_.take({change(1, 7), change(2, 8)});
+  limiter_.take({change(1, 5), change(1, 6), change(1, 7), change(2, 8)});
   EXPECT_THAT(take_told(), ElementsAre(change(1, 5), change(2, 8)));
   wait_until_told();
   EXPECT_THAT(take_told(), ElementsAre(change(1, 7)));
   EXPECT_GE(told_at_ - begin, TreeEventLimiter::kPause);
-  // That was told now, so that the next one waits again.
+  // That was told now, so that the next one waits again. Where the test itself took a second, it need not.
   limiter_.take({change(1, 9)});
-  EXPECT_THAT(take_told(), IsEmpty());
   wait_until_told();
   EXPECT_THAT(take_told(), ElementsAre(change(1, 9)));
   EXPECT_GE(told_at_ - begin, 2 * TreeEventLimiter::kPause);
