@@ -16,6 +16,9 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using Trace = std::vector<std::string>;
 
+// Where the agent's arcs have more than 32 bits, one may end as a port's number does, and is none.
+constexpr bool kHasLongArcs = sizeof(oid) > sizeof(uint32_t);
+
 class Dispatch : public BridgeTest {
  protected:
   // The questions of the trace: command, action, keys.
@@ -46,10 +49,15 @@ TEST_F(Dispatch, ANameThatIsNoObject) {
 }
 
 TEST_F(Dispatch, AnInstanceThatIsNot) {
-  for (const char *name :
-       {"2.1", "2.1.1", "2.1.0.0", "2.15.1.3", "2.15.1.3.0", "2.15.1.3.4", "2.15.1.3.3.0", "2.15.1.3.65536",
-        "2.15.1.3.4294967295", "2.15.1.3.4294967299", "1.1", "1.4.1.1.8"}) {
-    EXPECT_EQ(get({name}).front(), std::string(name) + " = noSuchInstance");
+  Names names{"2.1",          "2.1.1",          "2.1.0.0",
+              "2.15.1.3",     "2.15.1.3.0",     "2.15.1.3.4",
+              "2.15.1.3.3.0", "2.15.1.3.65536", "2.15.1.3.4294967295",
+              "1.1",          "1.4.1.1.8"};
+  if (kHasLongArcs) {
+    names.emplace_back("2.15.1.3.4294967299");
+  }
+  for (const std::string &name : names) {
+    EXPECT_EQ(get({name}).front(), name + " = noSuchInstance");
   }
 }
 
@@ -162,7 +170,9 @@ TEST_F(Dispatch, NextWithinAndBetweenColumns) {
   EXPECT_EQ(next_of("2.15.1.1.65535"), "2.15.1.2.3 = INTEGER 128");
   EXPECT_EQ(next_of("2.15.1.1.65536"), "2.15.1.2.3 = INTEGER 128");
   EXPECT_EQ(next_of("2.15.1.1.4294967295"), "2.15.1.2.3 = INTEGER 128");
-  EXPECT_EQ(next_of("2.15.1.1.4294967298"), "2.15.1.2.3 = INTEGER 128");
+  if (kHasLongArcs) {
+    EXPECT_EQ(next_of("2.15.1.1.4294967298"), "2.15.1.2.3 = INTEGER 128");
+  }
   EXPECT_EQ(next_of("2.15.1.11.7"), "2.16.0 = INTEGER 2");
   EXPECT_EQ(next_of("2.15.1.12"), "2.16.0 = INTEGER 2");
   EXPECT_EQ(next_of("2.15.2"), "2.16.0 = INTEGER 2");
