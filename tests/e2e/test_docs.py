@@ -21,7 +21,7 @@ from harness.ports import PORT_ATTEMPTS, free_port
 from harness.process import Process
 from harness.questions import CountedAgent
 from harness.raw_snmp import make_binding
-from harness.snmp_tools import Failure, v2c
+from harness.snmp_tools import v2c
 from harness.switch import Switch, playing
 
 DOCUMENTS = [PROJECT / 'README.md', *sorted((PROJECT / 'docs').glob('*.md'))]
@@ -330,8 +330,7 @@ def test_commands_print_what_is_documented(tmp_path, mode):
     contexts, community = documented_contexts()
     with run_lab(SCENARIOS[mode], with_probe=False, serves=BOTH_MODULES + contexts) as lab:
         if mode == 'rapid-pvst':
-            wait_until(lambda: not isinstance(lab.snmp.get(f'{BRIDGE_ROOT}.2.1.0', who=v2c(community)), Failure),
-                       'the community has its context')
+            lab.wait_for_context(v2c(community), f'{BRIDGE_ROOT}.2.1.0')
         environment = tool_environment(tmp_path) | {'AGENT': lab.agent.endpoint}
         for command, output in commands:
             result = subprocess.run(command, shell=True, check=False, capture_output=True, text=True,

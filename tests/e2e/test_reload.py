@@ -198,7 +198,7 @@ def bridge_walk(snmp, context=''):
 def fixture_bridge_lab():
     """The bridge module without the extension module, and VLAN 2 with a context."""
     with run_lab('rapid-pvst.toml', serves=BRIDGE_CONFIGURATION, with_probe=False) as lab:
-        wait_until(lambda: bridge_walk(lab.snmp, 'vlan-2'), 'the VLAN has its context')
+        lab.wait_for_context(v3('alice', 'vlan-2'), PROTOCOL)
         yield lab
 
 

@@ -130,8 +130,7 @@ def test_walks_are_the_kernels_word(labs, ring):
 
 
 def test_the_context_of_the_cist_is_the_same_tree(labs, ring):
-    wait_until(lambda: labs['c'].snmp.get(f'{STP}.1.0', who=v3('alice', 'mst-0')) == [
-        Binding(f'{STP}.1.0', 'INTEGER', IEEE_8021D)], 'the context is there')
+    labs['c'].wait_for_context(v3('alice', 'mst-0'), f'{STP}.1.0')
     wait_until_walk_is(labs['c'], ring.bridge('c'), 'mst-0')
 
 
