@@ -82,11 +82,11 @@ def read_with_centreon(agent, *options, context=''):
 
 
 def install_net_snmp(folder):
-    """Of npm, as the lock file has it."""
+    """Of npm, as the lock file has it. What npm keeps goes with the folder."""
     need(build.THOROUGH, 'net-snmp of npm')
     for file in (MANAGERS / 'net-snmp').iterdir():
         shutil.copy(file, folder)
-    run('npm', 'ci', '--no-audit', '--no-fund', cwd=folder)
+    run('npm', 'ci', '--no-audit', '--no-fund', '--cache', folder / 'cache', cwd=folder)
 
 
 def read_with_net_snmp(folder, agent, context=''):
