@@ -60,7 +60,7 @@ def test_fifteen_objects_in_one_request(labs, linux_ring):
         address, protocol, priority, _time, _changes, root, *numbers = get(lab.snmp, FIFTEEN, READER)
         assert (address.hex(':'), protocol, priority) == (told.bridge_id[5:], 3, int(told.bridge_id[:4], 16))
         assert root.hex() == without_colons(told.root_id).replace('.', '')
-        # Its own times the kernel tells only of a bridge that is the root.
+        # Its own times rtnetlink tells only of a bridge that is the root.
         own = [MAX_AGE, HELLO_TIME, FORWARD_DELAY] if name == 'a' else [None] * 3
         assert numbers == [told.root_cost, told.root_port, MAX_AGE, HELLO_TIME, HOLD_TIME, FORWARD_DELAY, *own]
 
