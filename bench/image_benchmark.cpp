@@ -18,14 +18,22 @@ using namespace stpswitch;
 namespace answers = stpplatform::answers;
 namespace wire = stpplatform::wire;
 
+constexpr uint16_t kPriority = 32768;
+constexpr uint32_t kPortPriority = 128;
+constexpr MacAddress kAddress{2, 0, 0, 0, 0, 1};
+
 // Rapid-PVST: each VLAN has a tree, and each port is in all of them.
 SwitchState large_switch(uint32_t vlans, uint32_t ports) {
   SwitchState state;
   state.settings.mode = SpanningTreeMode::kRapidPvst;
+  state.bridge.address = kAddress;
+  state.bridge.settings.priority = kPriority;
   for (uint32_t number = 1; number <= ports; ++number) {
     Port &port = state.ports[number];
     port.numbers = port_numbers(number);
     port.link_up = true;
+    port.priority = kPortPriority;
+    port.designated = {BridgeId{kPriority, kAddress}, BridgeId{kPriority, kAddress}, 0, number};
     port.role.elsewhere = PortRole::kDesignated;
     for (uint32_t vlan = 1; vlan <= vlans; ++vlan) {
       port.vlans.insert(vlan);

@@ -15,8 +15,8 @@ bool is_blocked(const Interface &port, uint32_t tree) {
                      [tree](const auto &kind) { return kind.second.contains(tree); });
 }
 
-std::optional<PortState> state_in(uint32_t tree, const BridgePort &port) {
-  return port_state(role_in(tree, port), port.interface->state.in(tree), is_blocked(*port.interface, tree));
+std::optional<PortState> state_in(uint32_t tree, std::optional<PortRole> role, const BridgePort &port) {
+  return port_state(role, port.interface->state.in(tree), is_blocked(*port.interface, tree));
 }
 
 // Nothing that a role or a state depends on is different.
@@ -35,6 +35,9 @@ bool changes_topology(std::optional<PortState> before, std::optional<PortState> 
   return after == PortState::kForwarding ||
          (before == PortState::kForwarding && after == PortState::kBlocking);
 }
+
+// A bridge becomes its tree's root only where one of its ports leads to another root no more, or might no more.
+bool may_lead_to_root(std::optional<PortRole> role) { return !role || role == PortRole::kRoot; }
 
 TreeSet trees_of(const TreePorts &ports, uint32_t if_index) {
   const auto found = ports.by_port().find(if_index);
@@ -65,12 +68,7 @@ class Comparison {
       may_have_new_root_ = common_;
     }
     for (const auto &[if_index, port] : before.ports) {
-      compare_port(if_index);
-    }
-    for (const auto &[if_index, port] : after.ports) {
-      if (!before.ports.contains(if_index)) {
-        may_have_new_root_.insert(trees_of(after.tree_ports, if_index));
-      }
+      compare_port(if_index, port);
     }
     may_have_new_root_.intersect(common_);
     roots_before_ = roots_of(before, may_have_new_root_);
@@ -88,32 +86,31 @@ class Comparison {
   }
 
  private:
-  void compare_port(uint32_t if_index) {
-    const BridgePort &before = before_.ports.at(if_index);
-    TreeSet trees = trees_of(before_.tree_ports, if_index);
-    const auto later = after_.ports.find(if_index);
-    if (later == after_.ports.end()) {
-      may_have_new_root_.insert(trees);
-      return;
-    }
+  void compare_port(uint32_t if_index, const BridgePort &before) {
+    TreeSet left = trees_of(before_.tree_ports, if_index);
+    TreeSet trees = left;
     const TreeSet trees_later = trees_of(after_.tree_ports, if_index);
-    TreeSet left_or_joined = trees;
-    left_or_joined.toggle(trees_later);
-    may_have_new_root_.insert(left_or_joined);
-    if (are_alike(before, later->second)) {
+    left.erase(trees_later);
+    may_have_new_root_.insert(left);
+    const auto after = after_.ports.find(if_index);
+    if (after == after_.ports.end() || are_alike(before, after->second)) {
       return;
     }
-    may_have_new_root_.insert(trees);
     trees.intersect(trees_later);
     trees.intersect(common_);
-    if (later->second.interface->edge == true) {
-      return;
+    trees.for_each([&](uint32_t tree) { compare_port_in(tree, before, after->second); });
+  }
+
+  void compare_port_in(uint32_t tree, const BridgePort &before, const BridgePort &after) {
+    const auto role_before = role_in(tree, before);
+    const auto role_after = role_in(tree, after);
+    if (may_lead_to_root(role_before) && role_after != role_before) {
+      may_have_new_root_.insert(tree);
     }
-    trees.for_each([&](uint32_t tree) {
-      if (changes_topology(state_in(tree, before), state_in(tree, later->second))) {
-        changed_by_.try_emplace(tree, later->second.interface->numbers);
-      }
-    });
+    if (after.interface->edge != true &&
+        changes_topology(state_in(tree, role_before, before), state_in(tree, role_after, after))) {
+      changed_by_.try_emplace(tree, after.interface->numbers);
+    }
   }
 
   bool has_become_root(uint32_t tree) const {

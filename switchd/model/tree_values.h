@@ -52,4 +52,9 @@ constexpr bool hears_nobody(std::optional<PortRole> role) {
 }
 Designated sent_values(const ObservedTree &tree, const Interface &port);
 
+// All of what is sent is known: whoever hears nobody knows nothing else.
+inline bool sends_all(const ObservedTree &tree, const Interface &port) {
+  return tree.root_id && tree.bridge_id && tree.root_cost && (port.numbers.port_id || port.priority);
+}
+
 }  // namespace stpswitch

@@ -118,7 +118,7 @@ std::vector<wire::ImageDesignated> ImageTrees::designated(const ImageInterfaces 
     const ObservedTree &tree = observed_[port.tree];
     const Interface &interface = *by_position[port.interface];
     // Of most ports nothing has to be looked at.
-    if (hears_nobody(role_of(port)) && interface.designated == Designated()) {
+    if (hears_nobody(role_of(port)) && (sends_all(tree, interface) || interface.designated == Designated())) {
       continue;
     }
     const Designated designated = designated_values(tree, role_of(port), interface);

@@ -2,7 +2,9 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <optional>
 #include <thread>
+#include <vector>
 
 #include "support/command_test.h"
 #include "support/octets.h"
@@ -190,6 +192,42 @@ TEST_F(BridgeInTree, HasWhatItsPortsKnow) {
   // Without a link there is no type of it.
   EXPECT_EQ(number_in_reply_to(port(kGet, 0, 132), protocol::kLinkType), 1U);
   EXPECT_EQ(number_in_reply_to(port(kGet, 0, 132), protocol::kPointToPoint), std::nullopt);
+}
+
+TEST_F(BridgeInTree, HasWhatADesignatedPortIsSaidToKnowWhereTheBridgeDoesNot) {
+  SwitchState known = empty_switch();
+  known.bridge = {};
+  ObservedTree &tree = known.trees[0].observed;
+  tree.root_id = parse_bridge_id("2000.00005e005301");
+  tree.bridge_id = parse_bridge_id("3000.00005e005302");
+  tree.root_cost = 5;
+  tree.root_port = 999;
+  Port &only = ::port(known, 1);
+  only.priority = 0x80;
+  only.role.elsewhere = PortRole::kDesignated;
+  only.designated = {parse_bridge_id("6000.00005e005371"), parse_bridge_id("7000.00005e005372"), 71, 72};
+  const auto told = [this](const SwitchState &state) {
+    switch_.replace(state);
+    std::vector<std::optional<uint32_t>> numbers;
+    for (const uint32_t attribute : {protocol::kDesignatedRootPriority, protocol::kDesignatedBridgePriority,
+                                     protocol::kDesignatedCost, protocol::kDesignatedPort}) {
+      numbers.push_back(number_in_reply_to(port(kGet, 0, 129), attribute));
+    }
+    return numbers;
+  };
+  EXPECT_THAT(told(known), ElementsAre(0x2000, 0x3000, 5, 0x8081));
+  SwitchState state = known;
+  state.trees[0].observed.root_id = std::nullopt;
+  EXPECT_THAT(told(state), ElementsAre(0x6000, 0x3000, 5, 0x8081));
+  state = known;
+  state.trees[0].observed.bridge_id = std::nullopt;
+  EXPECT_THAT(told(state), ElementsAre(0x2000, 0x7000, 5, 0x8081));
+  state = known;
+  state.trees[0].observed.root_cost = std::nullopt;
+  EXPECT_THAT(told(state), ElementsAre(0x2000, 0x3000, 71, 0x8081));
+  state = known;
+  ::port(state, 1).priority = std::nullopt;
+  EXPECT_THAT(told(state), ElementsAre(0x2000, 0x3000, 5, 72));
 }
 
 TEST_F(BridgeInTree, LeavesOutWhatNobodyKnows) {

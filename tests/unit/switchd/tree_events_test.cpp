@@ -4,13 +4,18 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <optional>
 #include <ostream>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "keys/keys.h"
 #include "model/switch.h"
+#include "model/tree_values.h"
+#include "model/vlan_set.h"
 #include "sources/scenario/consistency.h"
 #include "sources/scenario/loader.h"
 
@@ -181,6 +186,74 @@ TEST_F(TreeEvents, TellNothingOfWhatIsNotKnown) {
   replace(state);
   state.ports.at(2).role.elsewhere = PortRole::kDesignated;
   EXPECT_THAT(replace(state), IsEmpty());
+}
+
+TEST_F(TreeEvents, TellOfANewRootWhereThePortsRoleWasNotKnown) {
+  SwitchState state = switch_.state();
+  state.ports.at(1).role = {};
+  EXPECT_THAT(replace(state), IsEmpty());
+  state.ports.at(1).role.elsewhere = PortRole::kDesignated;
+  EXPECT_THAT(replace(state), ElementsAre(new_root(1), new_root(10), new_root(11), new_root(12)));
+}
+
+// Where a tree's root is, from all of its ports.
+ObservedTree observed_in(const Switch &the_switch, uint32_t tree) {
+  RootSearch root;
+  for (const auto &[if_index, port] : the_switch.bridge_ports()) {
+    if (the_switch.tree_ports().contains({tree, if_index})) {
+      root.add(role_in(tree, port), port);
+    }
+  }
+  return tree_values(the_switch.state(), root, tree).observed;
+}
+
+// Only ports that tell of a root are looked at for it: that must miss none.
+TEST_F(TreeEvents, TellOfTheNewRootsThatALookAtAllPortsTells) {
+  constexpr std::array<const char *, 5> kSets{"", "10", "1,11", "10-12", "1,10-12"};
+  constexpr std::array<std::optional<PortRole>, 4> kRoles{std::nullopt, PortRole::kRoot, PortRole::kDesignated,
+                                                          PortRole::kAlternate};
+  std::mt19937 random(16);
+  const auto one_of = [&random](const auto &choices) { return choices[random() % choices.size()]; };
+  size_t new_roots = 0;
+  for (int i = 0; i < 2000; ++i) {
+    SwitchState state = switch_.state();
+    Port &port = state.ports.at(one_of(std::array{1U, 2U, 3U}));
+    switch (random() % 4) {
+      case 0:
+        port.vlans = parse_vlans(one_of(kSets));
+        break;
+      case 1:
+        port.link_up = random() % 2 == 0;
+        break;
+      default:
+        port.role = {};
+        port.role.elsewhere = one_of(kRoles);
+        if (const auto exception = one_of(kRoles)) {
+          port.role.exceptions[*exception] = parse_vlans(one_of(kSets));
+        }
+    }
+    const Switch before(switch_.state());
+    const std::vector<TreeEvent> events = replace(std::move(state));
+    TreeSet trees = before.running_trees();
+    trees.intersect(switch_.running_trees());
+    std::vector<uint32_t> expected;
+    trees.for_each([&](uint32_t tree) {
+      const ObservedTree then = observed_in(before, tree);
+      const ObservedTree now = observed_in(switch_, tree);
+      if (now.root_port == 0U && then.root_id != then.bridge_id) {
+        expected.push_back(tree);
+      }
+    });
+    std::vector<uint32_t> told;
+    for (const TreeEvent &event : events) {
+      if (event.kind == TreeEventKind::kNewRoot) {
+        told.push_back(event.tree);
+      }
+    }
+    ASSERT_EQ(told, expected) << "change " << i;
+    new_roots += told.size();
+  }
+  EXPECT_GT(new_roots, 0U);
 }
 
 TEST_F(TreeEvents, AreCountedAnewForATreeThatComesBack) {
