@@ -35,6 +35,13 @@ def fixture_linux_ring(namespaces, folder):
         yield ring
 
 
+@pytest.fixture(name='ring')
+def fixture_ring(linux_ring):
+    """As it was made."""
+    linux_ring.wait_until_one_blocks()
+    return linux_ring
+
+
 @pytest.fixture(name='open_vswitch', scope='module')
 def fixture_open_vswitch():
     if not Path(SCHEMA).exists():
@@ -47,3 +54,11 @@ def fixture_openvswitch_ring(open_vswitch, namespaces, folder):
     with OwnRing('openvswitch', namespaces, folder) as ring:
         ring.wait_until_one_blocks()
         yield ring
+
+
+@pytest.fixture(name='labs')
+def fixture_labs(shared_labs):
+    """A file's own agents, by bridge. They have to be well after each test."""
+    yield shared_labs
+    for lab in shared_labs.values():
+        lab.check()

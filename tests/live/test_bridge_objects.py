@@ -31,32 +31,18 @@ MOST_OF_16_BITS = 65535
 PRIORITY_STEP = 4  # `ip` has the port's priority in the upper six of eight bits
 
 
-@pytest.fixture(name='receiver', scope='module')
-def fixture_receiver():
-    with TrapReceiver() as receiver:
-        yield receiver
+@pytest.fixture(name='receivers', scope='module')
+def fixture_receivers(linux_ring):
+    with ExitStack() as stack:
+        yield {name: stack.enter_context(TrapReceiver()) for name in linux_ring.names}
 
 
 @pytest.fixture(name='shared_labs', scope='module')
-def fixture_shared_labs(linux_ring, receiver):
+def fixture_shared_labs(linux_ring, receivers):
     with ExitStack() as stack:
         yield {name: stack.enter_context(run_lab(
             linux_ring.bridge(name), serves=BRIDGE_CONFIGURATION, with_probe=False, trap_word=BOTH_TRAPS,
-            trap_endpoint=receiver.endpoint)) for name in linux_ring.names}
-
-
-@pytest.fixture(name='labs')
-def fixture_labs(shared_labs):
-    yield shared_labs
-    for lab in shared_labs.values():
-        lab.check()
-
-
-@pytest.fixture(name='ring')
-def fixture_ring(linux_ring):
-    """As it was made."""
-    linux_ring.wait_until_one_blocks()
-    return linux_ring
+            trap_endpoint=receivers[name].endpoint)) for name in linux_ring.names}
 
 
 def identifier(text):
@@ -65,11 +51,10 @@ def identifier(text):
 
 
 def told_scalars(status):
-    timers = {8: MAX_AGE, 9: HELLO_TIME, 11: FORWARD_DELAY}
-    # The root's timers are in force, and its own are those of the root only where it is the root itself.
-    own_timers = {} if status.root_port else {12: MAX_AGE, 13: HELLO_TIME, 14: FORWARD_DELAY}
+    # The root's timers are in force, and each bridge of the ring has the same ones of its own.
+    timers = {8: MAX_AGE, 9: HELLO_TIME, 11: FORWARD_DELAY, 12: MAX_AGE, 13: HELLO_TIME, 14: FORWARD_DELAY}
     numbers = {1: IEEE_8021D, 2: int(status.bridge_id[:4], 16), 6: status.root_cost, 7: status.root_port, 10: HOLD_TIME,
-               16: STP_COMPATIBLE, **timers, **own_timers}
+               16: STP_COMPATIBLE, **timers}
     return [Binding(f'{BASE}.1.0', 'OCTET STRING', identifier(status.bridge_id)[2:]),
             Binding(f'{BASE}.2.0', 'INTEGER', len(status.ports)), Binding(f'{BASE}.3.0', 'INTEGER', TRANSPARENT_ONLY),
             Binding(f'{STP}.5.0', 'OCTET STRING', identifier(status.root_id)),
@@ -151,22 +136,28 @@ def changes_of(ring, name, device):
                                   Binding(f'{BASE_PORT}.2.{port.number}', 'INTEGER', port.if_index)])
 
 
-def test_pulled_link_and_lost_root_are_told_of(labs, ring, receiver):
+def test_pulled_link_and_lost_root_are_told_of(labs, ring, receivers):
     """c loses its root port: another port takes over. Then that, too: c is the root of its own tree."""
     for name in ring.names:
         wait_until_walk_is(labs[name], ring.bridge(name))
-    known = len(receiver.received())
+    known = {name: len(receiver.received()) for name, receiver in receivers.items()}
+
+    def told_by(name):
+        return receivers[name].received()[known[name]:]
+
     took_over = changes_of(ring, 'c', 'to-b')
-    ring.pull('a', 'c')
-    wait_until(lambda: took_over in receiver.received()[known:], 'the trap of the port that took over arrives')
-    wait_until_walk_is(labs['c'], ring.bridge('c'))
-    assert Trap(NEW_ROOT, []) not in receiver.received()[known:]
-    ring.pull('b', 'c')
-    wait_until(lambda: Trap(NEW_ROOT, []) in receiver.received()[known:], 'the trap of the new root arrives')
-    wait_until_walk_is(labs['c'], ring.bridge('c'))
-    for other in ('a', 'b'):
-        ring.restore(other, 'c')
+    try:
+        ring.pull('a', 'c')
+        wait_until(lambda: took_over in told_by('c'), 'the trap of the port that took over arrives')
+        wait_until_walk_is(labs['c'], ring.bridge('c'))
+        assert Trap(NEW_ROOT, []) not in told_by('c')
+        ring.pull('b', 'c')
+        wait_until(lambda: Trap(NEW_ROOT, []) in told_by('c'), 'the trap of the new root arrives')
+        wait_until_walk_is(labs['c'], ring.bridge('c'))
+    finally:
+        for other in ('a', 'b'):
+            ring.restore(other, 'c')
     ring.wait_until_one_blocks()
     for name in ring.names:
         wait_until_walk_is(labs[name], ring.bridge(name))
-    assert receiver.received()[known:].count(Trap(NEW_ROOT, [])) == 1
+    assert {name: told_by(name).count(Trap(NEW_ROOT, [])) for name in ring.names} == {'a': 0, 'b': 0, 'c': 1}

@@ -36,20 +36,6 @@ def fixture_shared_labs(linux_ring, receiver):
                for name in linux_ring.names}
 
 
-@pytest.fixture(name='labs')
-def fixture_labs(shared_labs):
-    yield shared_labs
-    for lab in shared_labs.values():
-        lab.check()
-
-
-@pytest.fixture(name='ring')
-def fixture_ring(linux_ring):
-    """As it was made."""
-    linux_ring.wait_until_one_blocks()
-    return linux_ring
-
-
 def test_walks_are_the_kernels_word(labs, ring):
     walked = {name: wait_until_agreed(labs[name], ring.bridge(name)) for name in ring.names}
     assert walked == {
@@ -71,9 +57,9 @@ def check_shown_values(lab, bridge):
         'priority': int(status.bridge_id[:4], 16), 'protocol_version': 'stp',
         'bridge_id': without_colons(status.bridge_id), 'root': without_colons(status.root_id),
         'root_cost': status.root_cost, 'root_port': bridge_port(status.root_port) if status.root_port else 0,
-        # The root's timers are in force, and its own are those of the root only where it is the root itself.
+        # The root's timers are in force, and each bridge of the ring has the same ones of its own.
         'root_max_age': MAX_AGE, 'root_hello_time': HELLO_TIME, 'root_forward_delay': FORWARD_DELAY,
-        **({} if status.root_port else {'max_age': MAX_AGE, 'hello_time': HELLO_TIME, 'forward_delay': FORWARD_DELAY})}
+        'max_age': MAX_AGE, 'hello_time': HELLO_TIME, 'forward_delay': FORWARD_DELAY}
     ports = shown(lab, 'port')
     for port in status.ports.values():
         values = {key.removeprefix(f'port.{port.number}.'): value for key, value in ports.items()}

@@ -19,13 +19,6 @@ def fixture_shared_labs(openvswitch_ring):
         yield {name: stack.enter_context(run_lab(openvswitch_ring.bridge(name))) for name in openvswitch_ring.names}
 
 
-@pytest.fixture(name='labs')
-def fixture_labs(shared_labs):
-    yield shared_labs
-    for lab in shared_labs.values():
-        lab.check()
-
-
 @pytest.fixture(name='ring')
 def fixture_ring(openvswitch_ring):
     """As it was made."""

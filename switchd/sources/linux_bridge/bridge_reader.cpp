@@ -51,6 +51,9 @@ BridgeReading read_bridge(const std::string &name, ForwardTransitions *forward_t
   if (!read_members(query, &table) || !read_vlans(query, &table)) {
     return {Result::kUnsettled, {}};
   }
+  if (runs_kernel_stp(table.bridge) && !is_root(table.bridge)) {
+    table.own_timers = query->own_timers(name);
+  }
   forward_transitions->add_to(&table, [query](uint32_t port) { return query->forward_transitions(port); });
   return {Result::kTable, std::move(table)};
 }

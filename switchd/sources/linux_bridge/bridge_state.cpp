@@ -40,10 +40,6 @@ std::string name_of(const Link &link) {
   return link.name ? made_printable(*link.name, link.name->size()) : std::string();
 }
 
-bool is_root(const BridgeAttributes &bridge) {
-  return bridge.bridge_id && bridge.bridge_id == bridge.root_id;
-}
-
 // What the kernel's port `number` is called in the switch; 0 where there can be no such.
 uint32_t bridge_port_number(const LinkTable &table, uint16_t number) {
   for (const auto &[if_index, port] : table.ports) {
@@ -54,7 +50,15 @@ uint32_t bridge_port_number(const LinkTable &table, uint16_t number) {
   return 0;
 }
 
-Tree tree_of(const LinkTable &table, const BridgeHistory::Facts &history, uint32_t ticks_per_second) {
+Timers own_timers_of(const std::optional<OwnTimers> &told, const TickRates &rates) {
+  if (!told) {
+    return {};
+  }
+  return {hundredths_of(told->max_age, rates.kernel), hundredths_of(told->hello_time, rates.kernel),
+          hundredths_of(told->forward_delay, rates.user)};
+}
+
+Tree tree_of(const LinkTable &table, const BridgeHistory::Facts &history, const TickRates &rates) {
   const BridgeAttributes &bridge = *table.bridge.bridge;
   Tree tree;
   tree.settings.priority = bridge.priority;
@@ -69,13 +73,11 @@ Tree tree_of(const LinkTable &table, const BridgeHistory::Facts &history, uint32
       observed.root_port = root_port;
     }
   }
-  observed.timers_in_force = {hundredths_of(bridge.max_age, ticks_per_second),
-                              hundredths_of(bridge.hello_time, ticks_per_second),
-                              hundredths_of(bridge.forward_delay, ticks_per_second)};
-  if (is_root(bridge)) {
-    // The root's own are those in force; those of any other bridge are not told.
-    tree.settings.timers = observed.timers_in_force;
-  }
+  observed.timers_in_force = {hundredths_of(bridge.max_age, rates.user),
+                              hundredths_of(bridge.hello_time, rates.user),
+                              hundredths_of(bridge.forward_delay, rates.user)};
+  tree.settings.timers =
+      is_root(table.bridge) ? observed.timers_in_force : own_timers_of(table.own_timers, rates);
   observed.topology_changes = history.topology_changes;
   observed.last_topology_change = history.last_topology_change;
   return tree;
@@ -206,7 +208,7 @@ std::chrono::milliseconds duration_of(uint32_t ticks, uint32_t per_second) {
 }
 
 BridgeState bridge_state(const LinkTable &table, const BridgeHistory::Facts &history,
-                         uint32_t ticks_per_second) {
+                         const TickRates &rates) {
   const BridgeAttributes &bridge = *table.bridge.bridge;
   BridgeState result;
   result.state.settings.name = name_of(table.bridge);
@@ -215,8 +217,7 @@ BridgeState bridge_state(const LinkTable &table, const BridgeHistory::Facts &his
   }
   if (bridge.stp_state && bridge.stp_state != StpState::kNobody) {
     result.state.settings.mode = SpanningTreeMode::kMst;
-    result.state.trees[kCistId] =
-        runs_kernel_stp(table.bridge) ? tree_of(table, history, ticks_per_second) : Tree();
+    result.state.trees[kCistId] = runs_kernel_stp(table.bridge) ? tree_of(table, history, rates) : Tree();
   }
   for (const auto &[if_index, port] : table.ports) {
     add_port(port, table, history, &result);

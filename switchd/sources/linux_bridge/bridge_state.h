@@ -12,6 +12,12 @@
 
 namespace stpswitch {
 
+// How many ticks a second has.
+struct TickRates {
+  uint32_t user;    // of the user interface, sysconf(_SC_CLK_TCK)
+  uint32_t kernel;  // its own
+};
+
 // How long these ticks are, of which there are `per_second`.
 std::chrono::milliseconds duration_of(uint32_t ticks, uint32_t per_second);
 
@@ -22,7 +28,6 @@ struct BridgeState {
 
 // Without a spanning tree, the mode is unset. With one of a program outside the kernel, only the states of
 // ports are the kernel's to tell.
-BridgeState bridge_state(const LinkTable &table, const BridgeHistory::Facts &history,
-                         uint32_t ticks_per_second);
+BridgeState bridge_state(const LinkTable &table, const BridgeHistory::Facts &history, const TickRates &rates);
 
 }  // namespace stpswitch

@@ -36,6 +36,17 @@ struct BridgeAttributes {
   bool operator==(const BridgeAttributes &) const = default;
 };
 
+// What a bridge would set for all others as the root. No message tells it (link_query.h).
+struct OwnTimers {
+  // In the kernel's own ticks.
+  uint32_t max_age;
+  uint32_t hello_time;
+  // In ticks of the user interface.
+  uint32_t forward_delay;
+
+  bool operator==(const OwnTimers &) const = default;
+};
+
 // Of a port of a bridge.
 struct BridgePortAttributes {
   std::optional<uint16_t> number;

@@ -1,8 +1,12 @@
 #include "sources/linux_bridge/link_query.h"
 
 #include <libmnl/libmnl.h>
+#include <linux/if_bridge.h>
 #include <linux/if_link.h>
 #include <linux/rtnetlink.h>
+#include <linux/sockios.h>
+#include <net/if.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 
 #include <array>
@@ -25,6 +29,10 @@ constexpr std::chrono::milliseconds kPatience{250};
 
 // Every interface that somebody adds or removes anywhere on the machine interrupts a dump.
 constexpr int kTries = 5;
+
+// Of the bridges' ioctl: what is asked, where the answer is to stand, and two that this question has no use
+// for.
+constexpr size_t kIoctlArguments = 4;
 
 // A question is far shorter.
 constexpr size_t kLongestQuestion = 256;
@@ -171,6 +179,19 @@ std::optional<uint64_t> LinkQuery::forward_transitions(uint32_t if_index) {
   body.ifindex = if_index;
   body.filter_mask = IFLA_STATS_FILTER_BIT(IFLA_STATS_LINK_XSTATS_SLAVE);
   return ask(&question).forward_transitions;
+}
+
+std::optional<OwnTimers> LinkQuery::own_timers(const std::string &bridge) {
+  __bridge_info info{};
+  std::array<unsigned long, kIoctlArguments> arguments{BRCTL_GET_BRIDGE_INFO,
+                                                       reinterpret_cast<unsigned long>(&info)};
+  ifreq request{};
+  bridge.copy(request.ifr_name, sizeof request.ifr_name - 1);
+  request.ifr_data = reinterpret_cast<char *>(arguments.data());
+  if (::ioctl(socket_.fd(), SIOCDEVPRIVATE, &request) != 0) {
+    return std::nullopt;
+  }
+  return OwnTimers{info.bridge_max_age, info.bridge_hello_time, info.bridge_forward_delay};
 }
 
 }  // namespace stpswitch

@@ -34,6 +34,10 @@ class LinkQuery {
   // into a datagram.
   std::optional<uint64_t> forward_transitions(uint32_t if_index);
 
+  // A bridge's own timers; none where the kernel does not tell. rtnetlink has those in force alone: this is
+  // an ioctl of old, which a kernel of 64 bits refuses to processes of 32.
+  std::optional<OwnTimers> own_timers(const std::string &bridge);
+
  private:
   class Question;
   class LinkQuestion;

@@ -13,12 +13,16 @@ bool has_vlan_filtering(const Link &bridge) {
   return bridge.bridge && bridge.bridge->vlan_filtering.value_or(false);
 }
 
+bool is_root(const Link &bridge) {
+  return bridge.bridge && bridge.bridge->bridge_id && bridge.bridge->bridge_id == bridge.bridge->root_id;
+}
+
 bool runs_kernel_stp(const Link &bridge) {
   return bridge.bridge && bridge.bridge->stp_state == StpState::kKernel;
 }
 
 LinkTable make_table(Link bridge, std::vector<Link> ports) {
-  LinkTable table{std::move(bridge), {}, {}};
+  LinkTable table{std::move(bridge), std::nullopt, {}, {}};
   for (Link &port : ports) {
     // One that joins or leaves at this moment has no port's attributes.
     if (port.bridge_port && port.master == table.bridge.if_index) {

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <vector>
 
 #include "sources/linux_bridge/link_message.h"
@@ -13,6 +14,7 @@ namespace stpswitch {
 // a dump, and a row that is in none is in no table.
 struct LinkTable {
   Link bridge;
+  std::optional<OwnTimers> own_timers;            // asked for where they are not those in force
   std::map<uint32_t, Link> ports;                 // by interface index
   std::map<uint32_t, std::vector<Link>> members;  // of the ports that are port-channels
 };
@@ -23,6 +25,8 @@ bool is_bridge(const Link &link);
 bool is_port_channel(const Link &link);
 
 bool has_vlan_filtering(const Link &bridge);
+
+bool is_root(const Link &bridge);
 
 // The kernel runs the bridge's spanning tree itself.
 bool runs_kernel_stp(const Link &bridge);

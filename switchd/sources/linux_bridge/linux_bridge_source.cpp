@@ -5,13 +5,13 @@
 #include <unistd.h>
 
 #include <array>
+#include <ctime>
 #include <stdexcept>
 #include <utility>
 
 #include "base/log.h"
 #include "base/printable.h"
 #include "model/refusal.h"
-#include "sources/linux_bridge/bridge_state.h"
 #include "sources/read_only.h"
 
 namespace stpswitch {
@@ -55,12 +55,16 @@ constexpr ReadOnlyKeys kKeys = {
     kOfInterfaces, kOfBridge,
     "cannot be set: stp-switchd only reads the Linux bridge, which has no such setting"};
 
-uint32_t ticks_per_second() {
-  const long ticks = ::sysconf(_SC_CLK_TCK);
-  if (ticks <= 0) {
-    throw std::runtime_error("the system does not tell how long its clock's ticks are");
+TickRates tick_rates() {
+  constexpr long kNanosecondsPerSecond = 1'000'000'000;
+  const long user = ::sysconf(_SC_CLK_TCK);
+  // The coarse clocks go on with each tick of the kernel, which need not be a whole number of nanoseconds.
+  timespec kernel{};
+  if (user <= 0 || ::clock_getres(CLOCK_MONOTONIC_COARSE, &kernel) != 0 || kernel.tv_nsec == 0) {
+    throw std::runtime_error("the system does not tell how long its clocks' ticks are");
   }
-  return static_cast<uint32_t>(ticks);
+  return {static_cast<uint32_t>(user),
+          static_cast<uint32_t>((kNanosecondsPerSecond + kernel.tv_nsec / 2) / kernel.tv_nsec)};
 }
 
 std::string checked_name(std::string name) {
@@ -78,7 +82,7 @@ std::string checked_name(std::string name) {
 
 LinuxBridgeSource::LinuxBridgeSource(EventLoop *loop, std::string bridge)
     : bridge_(checked_name(std::move(bridge))),
-      ticks_per_second_(ticks_per_second()),
+      tick_rates_(tick_rates()),
       news_(RTMGRP_LINK),
       burst_(loop, [this] { read_again(); }),
       news_event_(loop->make_event<&LinuxBridgeSource::on_news>(news_.fd(), EV_READ | EV_PERSIST, this)),
@@ -213,8 +217,8 @@ SwitchState LinuxBridgeSource::state_of_table(bool is_settled) {
   if (is_settled) {
     history_.see_ports(*table_, now);
   }
-  const auto max_age = duration_of(table_->bridge.bridge->max_age.value_or(0), ticks_per_second_);
-  BridgeState result = bridge_state(*table_, history_.facts(max_age, now), ticks_per_second_);
+  const auto max_age = duration_of(table_->bridge.bridge->max_age.value_or(0), tick_rates_.user);
+  BridgeState result = bridge_state(*table_, history_.facts(max_age, now), tick_rates_);
   if (result.left_out > left_out_) {
     log_line("bridge " + bridge_ + ": " + std::to_string(result.left_out) +
              " interfaces are left out, as the switch has no numbers for them");

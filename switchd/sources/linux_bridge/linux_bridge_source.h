@@ -11,6 +11,7 @@
 #include "sources/burst.h"
 #include "sources/linux_bridge/bridge_history.h"
 #include "sources/linux_bridge/bridge_reader.h"
+#include "sources/linux_bridge/bridge_state.h"
 #include "sources/linux_bridge/forward_transitions.h"
 #include "sources/linux_bridge/link_query.h"
 #include "sources/linux_bridge/link_table.h"
@@ -53,7 +54,7 @@ class LinuxBridgeSource : public Source {
   void note(Condition condition, const std::string &line);
 
   std::string bridge_;
-  uint32_t ticks_per_second_;
+  TickRates tick_rates_;
   NetlinkSocket news_;
   LinkQuery query_;
   Burst burst_;

@@ -225,7 +225,7 @@ TEST(LinkMessages, LeaveOutVlansThatCannotBe) {
 // leaves nothing behind once the kernel tells all anew.
 class DamagedMessages : public testing::Test {
  protected:
-  static constexpr uint32_t kTicksPerSecond = 100;
+  static constexpr TickRates kTickRates{.user = 100, .kernel = 250};
 
   std::vector<RecordedMessage> damaged(std::vector<RecordedMessage> messages) {
     for (RecordedMessage &message : messages) {
@@ -237,7 +237,7 @@ class DamagedMessages : public testing::Test {
   SwitchState state_of(const LinkTable &table) {
     history_.see_bridge(table.bridge, now_);
     history_.see_ports(table, now_);
-    return bridge_state(table, history_.facts(std::chrono::seconds(6), now_), kTicksPerSecond).state;
+    return bridge_state(table, history_.facts(std::chrono::seconds(6), now_), kTickRates).state;
   }
 
   std::minstd_rand random_{20};  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same damage each time

@@ -472,7 +472,6 @@ class LinuxSpanningTrees : public LinuxBridges {
 TEST_F(LinuxSpanningTrees, AreFollowedWhenALinkFails) {
   EXPECT_EQ(root(), parse_bridge_id("1000.02005e005301"));
   EXPECT_EQ(state_.trees.at(kCistId).observed.root_port, 129U);
-  EXPECT_EQ(state_.trees.at(kCistId).settings.timers, Timers());
   EXPECT_EQ(state_.ports.at(2).designated.bridge, root());
   EXPECT_EQ(state_.ports.at(2).designated.port, 0x8002U);
   ip("link set w0 down\n");
@@ -482,6 +481,18 @@ TEST_F(LinuxSpanningTrees, AreFollowedWhenALinkFails) {
   EXPECT_TRUE(comes([this] { return state_.ports.at(2).state.in(kCistId) == PortState::kForwarding; }));
   EXPECT_GT(state_.trees.at(kCistId).observed.topology_changes, 0U);
   EXPECT_NE(state_.trees.at(kCistId).observed.last_topology_change, std::nullopt);
+}
+
+TEST_F(LinuxSpanningTrees, HaveTimersOfTheirOwnBesideTheRoots) {
+  const Timers quick = state_.trees.at(kCistId).observed.timers_in_force;
+  EXPECT_EQ(state_.trees.at(kCistId).settings.timers, quick);
+  ip("link set br0 type bridge max_age 1800 hello_time 300 forward_delay 1700\n");
+  EXPECT_TRUE(comes([this] { return state_.trees.at(kCistId).settings.timers == Timers{1800, 300, 1700}; }));
+  EXPECT_EQ(state_.trees.at(kCistId).observed.timers_in_force, quick);
+  ip("link set br0 type bridge priority 0\n");
+  EXPECT_TRUE(comes([this] { return state_.trees.at(kCistId).observed.root_port == 0U; }));
+  EXPECT_EQ(state_.trees.at(kCistId).settings.timers, (Timers{1800, 300, 1700}));
+  EXPECT_EQ(state_.trees.at(kCistId).observed.timers_in_force, (Timers{1800, 300, 1700}));
 }
 
 TEST_F(LinuxSpanningTrees, HaveRootInconsistentPorts) {

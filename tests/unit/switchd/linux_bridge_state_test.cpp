@@ -13,7 +13,7 @@ using testing::Pair;
 
 namespace {
 
-constexpr uint32_t kTicksPerSecond = 100;
+constexpr TickRates kTickRates{.user = 100, .kernel = 250};
 constexpr uint32_t kBridge = 2;
 constexpr BridgeId kOwn = {0x8000, {0x02, 0x00, 0x5E, 0x00, 0x53, 0x10}};
 constexpr BridgeId kOther = {0x8000, {0x02, 0x00, 0x5E, 0x00, 0x53, 0x11}};
@@ -67,7 +67,7 @@ class StateOfALinuxBridge : public testing::Test {
 
   BridgePortAttributes &port(uint32_t number) { return *table_.ports.at(10 * number).bridge_port; }
 
-  BridgeState whole() const { return bridge_state(table_, history_, kTicksPerSecond); }
+  BridgeState whole() const { return bridge_state(table_, history_, kTickRates); }
   SwitchState state() const { return whole().state; }
   std::optional<PortRole> role(uint32_t number) const { return state().ports.at(number).role.in(kCistId); }
 
@@ -154,10 +154,19 @@ TEST_F(StateOfALinuxBridge, TellsItsOwnTimersWhereItIsTheRoot) {
   EXPECT_EQ(tree.settings.timers, (Timers{2000, 200, 1500}));
 }
 
+TEST_F(StateOfALinuxBridge, HasItsOwnTimersAsTheKernelTellsThem) {
+  EXPECT_EQ(state().trees.at(0).settings.timers, Timers());
+  table_.own_timers = {.max_age = 4500, .hello_time = 750, .forward_delay = 1700};
+  EXPECT_EQ(state().trees.at(0).settings.timers, (Timers{1800, 300, 1700}));
+  EXPECT_EQ(state().trees.at(0).observed.timers_in_force, (Timers{2000, 200, 1500}));
+  const auto other = bridge_state(table_, history_, {.user = 1000, .kernel = 300}).state;
+  EXPECT_EQ(other.trees.at(0).settings.timers, (Timers{1500, 250, 170}));
+}
+
 TEST_F(StateOfALinuxBridge, HasTimersInHundredthsWhateverTheTicks) {
   table_.bridge.bridge->max_age = 0xFFFF'FFFF;
   const auto timers = [this](uint32_t ticks_per_second) {
-    return bridge_state(table_, history_, ticks_per_second).state.trees.at(0).observed.timers_in_force;
+    return bridge_state(table_, history_, {ticks_per_second, 250}).state.trees.at(0).observed.timers_in_force;
   };
   EXPECT_EQ(timers(1000), (Timers{429496729, 20, 150}));
   EXPECT_EQ(timers(50), (Timers{std::nullopt, 400, 3000}));
@@ -296,7 +305,7 @@ TEST_F(StateOfALinuxBridge, LeavesOutMembersWithIndexesTooHigh) {
 }
 
 TEST(StateOfARecordedLinuxBridge, HasBondsAndTeamsAsPortChannels) {
-  const SwitchState now = bridge_state(recorded_table(), {}, kTicksPerSecond).state;
+  const SwitchState now = bridge_state(recorded_table(), {}, kTickRates).state;
   ASSERT_THAT(now.port_channels, ElementsAre(Key(1U), Key(2U)));
   const PortChannel &bond = now.port_channels.at(1);
   EXPECT_EQ(bond.name, "bond0");
@@ -313,7 +322,7 @@ TEST(StateOfARecordedLinuxBridge, HasBondsAndTeamsAsPortChannels) {
 }
 
 TEST(StateOfARecordedLinuxBridge, HasMembersOfPortChannels) {
-  const SwitchState now = bridge_state(recorded_table(), {}, kTicksPerSecond).state;
+  const SwitchState now = bridge_state(recorded_table(), {}, kTickRates).state;
   ASSERT_THAT(now.ports, ElementsAre(Key(3U), Key(3968U + 3), Key(3968U + 4), Key(3968U + 5)));
   Port d0;
   d0.numbers = {.if_index = 0x1A000F83, .bridge_port = 0, .port_id = {}, .if_mib_index = 3};
@@ -333,11 +342,11 @@ TEST(StateOfARecordedLinuxBridge, HasMembersOfPortChannels) {
 TEST(StateOfARecordedLinuxBridge, HasMembersDownThatTheBondTakesForDown) {
   LinkTable table = recorded_table();
   table.members.at(8).at(0).mii_link = false;
-  EXPECT_EQ(bridge_state(table, {}, kTicksPerSecond).state.ports.at(3968 + 3).link_up, false);
+  EXPECT_EQ(bridge_state(table, {}, kTickRates).state.ports.at(3968 + 3).link_up, false);
 }
 
 TEST(StateOfARecordedLinuxBridge, HasVlansOfItsPorts) {
-  const SwitchState now = bridge_state(recorded_table(), {}, kTicksPerSecond).state;
+  const SwitchState now = bridge_state(recorded_table(), {}, kTickRates).state;
   EXPECT_EQ(print_vlans(now.ports.at(3).vlans), "1,10-19,30");
   EXPECT_EQ(now.ports.at(3).root_guard, true);
   EXPECT_EQ(now.ports.at(3).priority, 64U);
