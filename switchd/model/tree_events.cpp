@@ -36,7 +36,7 @@ bool changes_topology(std::optional<PortState> before, std::optional<PortState> 
          (before == PortState::kForwarding && after == PortState::kBlocking);
 }
 
-// A bridge becomes its tree's root only where one of its ports leads to another root no more, or might no more.
+// A bridge becomes its tree's root only where one of its ports led to another one, or might have.
 bool may_lead_to_root(std::optional<PortRole> role) { return !role || role == PortRole::kRoot; }
 
 TreeSet trees_of(const TreePorts &ports, uint32_t if_index) {

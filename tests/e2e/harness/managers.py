@@ -77,6 +77,7 @@ def read_with_centreon(agent, *options, context=''):
              *options],
             stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False, timeout=GUARD_SECONDS,
             env={**private_environment(folder, folder), 'HOME': folder})
+    assert done.stdout, done.stderr
     first, *ports = done.stdout.splitlines()
     return done.returncode, first.split(':')[0], sorted(ports)
 

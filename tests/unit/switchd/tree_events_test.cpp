@@ -210,8 +210,8 @@ ObservedTree observed_in(const Switch &the_switch, uint32_t tree) {
 // Only ports that tell of a root are looked at for it: that must miss none.
 TEST_F(TreeEvents, TellOfTheNewRootsThatALookAtAllPortsTells) {
   constexpr std::array<const char *, 5> kSets{"", "10", "1,11", "10-12", "1,10-12"};
-  constexpr std::array<std::optional<PortRole>, 4> kRoles{std::nullopt, PortRole::kRoot, PortRole::kDesignated,
-                                                          PortRole::kAlternate};
+  constexpr std::array<std::optional<PortRole>, 4> kRoles{std::nullopt, PortRole::kRoot,
+                                                          PortRole::kDesignated, PortRole::kAlternate};
   std::mt19937 random(16);
   const auto one_of = [&random](const auto &choices) { return choices[random() % choices.size()]; };
   size_t new_roots = 0;
