@@ -9,15 +9,20 @@ from .agent import SHORT_DEADLINE_MS, Agent
 from .build import ROOT, SCENARIOS
 from .polling import wait_until
 from .raw_snmp import RawClient
-from .snmp_tools import Failure, SnmpTools
+from .snmp_tools import READER, Failure, SnmpTools
 from .switch import Switch, playing
+from .traps import SYS_UP_TIME
 
 
 class Lab:
     def __init__(self, switch, agent, directory):
         self.switch = switch
         self.agent = agent
-        self.snmp = SnmpTools(agent.endpoint, directory, agent.inside)
+        self._directory = directory
+        self.snmp = self._tools()
+
+    def _tools(self):
+        return SnmpTools(self.agent.endpoint, self._directory, self.agent.inside)
 
     def raw_client(self, community='public'):
         return RawClient(self.agent.endpoint, community)
@@ -29,6 +34,14 @@ class Lab:
         self.switch.reset()
         self.agent.resume()
         self.agent.hang_up()
+
+    def restart_agent(self):
+        """Which may then have another port."""
+        self.agent.stop()
+        self.agent.start()
+        self.snmp = self._tools()
+        # Its log may still be that of the one before.
+        self.wait_for_context(READER, SYS_UP_TIME)
 
     def check(self):
         """What went wrong since the last check is the fault of the test that ends here."""
