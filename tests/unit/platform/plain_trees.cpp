@@ -193,8 +193,10 @@ ReplyContent PlainModel::bridge_ports_of_tree(const PlainQuestion &question) con
 
 ReplyContent PlainModel::bridge_port(const Row &row) const {
   const stpswitch::Interface &port = *row.port->stated;
-  const std::optional<PortRole> role =
-      row.role ? std::optional(static_cast<PortRole>(*row.role)) : std::nullopt;
+  std::optional<PortRole> role;
+  if (row.role) {
+    role = static_cast<PortRole>(*row.role);
+  }
   std::optional<PortState> state = stated_state(port, row.tree);
   if (role == PortRole::kDisabled) {
     state = PortState::kDisabled;
