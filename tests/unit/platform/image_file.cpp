@@ -92,6 +92,7 @@ wire::ImageBridgeId bridge_id(uint16_t priority, uint8_t last) {
 // Each interface's number is its bridge port number.
 std::vector<wire::ImageBridgePort> bridge_ports_of(const std::vector<ImagePort> &ports) {
   std::vector<wire::ImageBridgePort> records;
+  records.reserve(ports.size());
   for (const ImagePort &port : ports) {
     records.push_back({.if_mib_index = {7, 1},
                        .port_id = {0x8000U | port.base_port, 1},
@@ -129,6 +130,7 @@ std::vector<uint16_t> by_number(const ImageContent &content) {
            std::pair(other.tree, content.interfaces[other.interface].base_port);
   });
   std::vector<uint16_t> positions;
+  positions.reserve(ports.size());
   for (const ImageTreePort &port : ports) {
     positions.push_back(port.interface);
   }
