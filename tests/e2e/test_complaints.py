@@ -2,8 +2,6 @@
 
 import random
 import socket
-import threading
-from contextlib import contextmanager
 
 import golden
 import pytest
@@ -12,8 +10,8 @@ from harness.build import BRIDGE_ROOT, ROOT
 from harness.lab import run_lab
 from harness.oids import arcs, is_below
 from harness.polling import wait_until
-from harness.raw_snmp import (EXCEPTIONS, GET, GET_BULK, GET_NEXT, OCTETS, OID, SEQUENCE, V2C, encode, encode_integer,
-                              encode_oid)
+from harness.raw_snmp import EXCEPTIONS, GET, GET_BULK, GET_NEXT, OCTETS, OID, encode, encode_oid, encode_request
+from harness.repetition import Repetition
 from harness.snmp_tools import Binding
 from harness.traps import SYS_UP_TIME
 
@@ -45,34 +43,16 @@ def fixture_lab(shared_lab):
     shared_lab.check()
 
 
-@contextmanager
-def others_asking(lab):
-    """Somebody who walks our tables without pause meanwhile."""
-    ending = threading.Event()
-    walks = []
-
-    def walk():
-        while not ending.is_set():
-            walks.append(lab.snmp.bulk_walk(ROOT))
-
-    thread = threading.Thread(target=walk)
-    thread.start()
-    try:
-        yield walks
-    finally:
-        ending.set()
-        thread.join()
-
-
 def test_agent_answers_others_while_what_it_asks_hangs(lab):
     lab.wait_for_walk(golden.MST)
     lab.switch.hang()
     wait_until(lambda: lab.snmp.get(MAX_HOP_COUNT) == [Binding(MAX_HOP_COUNT, 'noSuchInstance')], 'the lease is over')
-    with others_asking(lab) as walks, lab.raw_client() as client:
+    walked = []
+    with Repetition(lambda: walked.append(lab.snmp.bulk_walk(ROOT))) as walks, lab.raw_client() as client:
         times = [client.get(SYS_UP_TIME).number for _ in range(REQUESTS_MEANWHILE)]
-        wait_until(lambda: len(walks) > 1, 'walks end, too')
+        walks.wait_for_more(2)
     assert times == sorted(times)
-    assert all(walk == golden.CONSTANTS for walk in walks)
+    assert all(walk == golden.CONSTANTS for walk in walked)
     lab.switch.resume()
     lab.wait_for_walk(golden.MST)
 
@@ -110,14 +90,6 @@ def test_getnext_goes_on_from_any_name(lab):
     assert ends < RANDOM_NAMES
 
 
-def bare_request(kind, name):
-    """With whatever octets for the name's element."""
-    binding = encode(SEQUENCE, name + encode(0x05, b''))
-    numbers = b''.join(map(encode_integer, (1, 0, 10 if kind == GET_BULK else 0)))
-    return encode(SEQUENCE, encode_integer(V2C) + encode(OCTETS, b'public') +
-                  encode(kind, numbers + encode(SEQUENCE, binding)))
-
-
 def malformed_names():
     for root in ROOTS:
         content = encode_oid(root)[2:]
@@ -141,7 +113,7 @@ def test_agent_survives_malformed_names(lab):
     with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as sender, lab.raw_client() as client:
         for name in malformed_names():
             for kind in (GET, GET_NEXT, GET_BULK):
-                sender.sendto(bare_request(kind, name), (host, int(port)))
+                sender.sendto(encode_request(kind, name, numbers=(0, 10 if kind == GET_BULK else 0)), (host, int(port)))
                 assert client.get(SYS_UP_TIME).exception is None, (hex(kind), name.hex())
         assert client.get(MAX_HOP_COUNT).number == 25
 

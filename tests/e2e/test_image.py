@@ -8,7 +8,7 @@ import socket
 import struct
 import subprocess
 import threading
-from contextlib import contextmanager
+from contextlib import ExitStack, contextmanager
 from pathlib import Path
 
 import golden
@@ -20,6 +20,7 @@ from harness.oids import arcs, is_below
 from harness.polling import GUARD_SECONDS, wait_until
 from harness.questions import CountedAgent
 from harness.raw_snmp import make_binding
+from harness.repetition import Repetition
 from harness.switch import Switch, playing
 
 MAX_HOP_COUNT = ROOT + '.1.14.8.0'
@@ -205,29 +206,12 @@ def mapped_images(agent):
     return {int(inode) for inode in re.findall(r' (\d+) +/memfd:stp-switch-image', maps)}
 
 
-class Walker(threading.Thread):
-    """Walks the ports' roles again and again, and keeps what it has found."""
-
-    def __init__(self, lab):
-        super().__init__()
-        self._lab = lab
-        self._is_over = threading.Event()
-        self.walks = []
-        self.failure = None
-
-    def run(self):
-        try:
-            with self._lab.raw_client() as client:
-                while not self._is_over.is_set():
-                    self.walks.append([row.oid for row in walk(client, golden.PORT_ROLE)])
-        except BaseException as failure:  # told by the test
-            self.failure = failure
-
-    def end(self):
-        self._is_over.set()
-        self.join()
-        if self.failure:
-            raise self.failure
+@contextmanager
+def walking_roles(lab):
+    """Walks the ports' roles again and again meanwhile: the names that each walk found."""
+    walks = []
+    with lab.raw_client() as client, Repetition(lambda: walks.append([row.oid for row in walk(client, golden.PORT_ROLE)])):
+        yield walks
 
 
 def test_image_that_grows_beyond_its_room_under_many_walks_loses_and_doubles_no_row(tmp_path):
@@ -244,24 +228,19 @@ def test_image_that_grows_beyond_its_room_under_many_walks_loses_and_doubles_no_
         before = [row.oid for row in walk(client, golden.PORT_ROLE)]
         assert len(before) == ports * trees
         [first_image] = mapped_images(lab.agent)
-        walkers = [Walker(lab) for _ in range(clients)]
-        for walker in walkers:
-            walker.start()
-        try:
+        with ExitStack() as stack:
+            walked = [stack.enter_context(walking_roles(lab)) for _ in range(clients)]
             for port in range(1, ports + 1):
                 control.set(f'port.{port}.vlans', f'1-{trees},101-{100 + more_trees}')
-        finally:
-            for walker in walkers:
-                walker.end()
         control.set('mst.max_hops', '33')
         assert client.get(MAX_HOP_COUNT).number == 33
         [last_image] = mapped_images(lab.agent)
         assert last_image != first_image
         lab.agent.hang_up()
         assert len(walk(client, golden.PORT_ROLE)) == ports * (trees + more_trees)
-        for walker in walkers:
-            assert walker.walks
-            for oids in walker.walks:
+        for walks in walked:
+            assert walks
+            for oids in walks:
                 assert oids[:len(before)] == before
 
 

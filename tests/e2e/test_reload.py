@@ -1,20 +1,16 @@
 """The modules unloaded, loaded and reloaded in a running agent: by UCD-DLMOD-MIB and by SIGHUP."""
 
-import threading
 from contextlib import contextmanager
 
 import golden
 import pytest
 from harness.agent import BRIDGE_CONFIGURATION, MODULE_CONFIGURATION
 from harness.build import BRIDGE_MODULE, BRIDGE_ROOT, MODULE, PLATFORM_LIBRARY, PRELOAD, PROBE_ROOT, ROOT, THOROUGH
+from harness.dlmod import FIRST, SECOND, load, unload
 from harness.lab import run_lab
 from harness.polling import wait_until
+from harness.repetition import Repetition
 from harness.snmp_tools import Binding, Failure, v3
-
-# dlmodStatus (UCD-DLMOD-MIB) of the first module in the configuration and of the second, and its values.
-FIRST, SECOND = '.1.3.6.1.4.1.2021.13.14.2.1.5.1', '.1.3.6.1.4.1.2021.13.14.2.1.5.2'
-LOADED, UNLOADED, LOAD, UNLOAD = 1, 2, 4, 5
-NO_ERROR = 0
 
 SYS_UP_TIME = '.1.3.6.1.2.1.1.3.0'
 REGION_NAME = ROOT + '.1.11.2.0'
@@ -42,19 +38,6 @@ def fixture_lone_lab():
     """Without the probe, which would keep the platform library loaded when the module goes."""
     with run_lab('mst.toml', with_probe=False) as lab:
         yield lab
-
-
-def set_status(client, module, wanted, reached):
-    assert client.set_integer(module, wanted).error_status == NO_ERROR
-    assert client.get(module).number == reached
-
-
-def unload(client, module=FIRST):
-    set_status(client, module, UNLOAD, UNLOADED)
-
-
-def load(client, module=FIRST):
-    set_status(client, module, LOAD, LOADED)
 
 
 def check_nothing_is_registered(lab):
@@ -122,41 +105,18 @@ def test_many_hang_ups_with_requests_in_between(lab):
     assert lab.snmp.walk(ROOT) == golden.MST
 
 
-class Walker(threading.Thread):
-    """Walks again and again beside the test, and keeps what a walk must never be. `walk` returns the bindings of one,
-    `expected` are those while the module is there."""
-
-    def __init__(self, walk, expected):
-        super().__init__()
-        self._walk = walk
-        self._expected = expected
-        self._ending = threading.Event()
-        self.walks = 0
-        self.surprises = []
-
-    def run(self):
-        while not self._ending.is_set():
-            bindings = self._walk()
-            self.walks += 1
-            # The module may go and come while a walk is under way, which then shows a part of the objects.
-            if bindings != [binding for binding in self._expected if binding in bindings]:
-                self.surprises.append(bindings)
-
-    def end(self):
-        self._ending.set()
-        self.join()
-
-
 @contextmanager
 def walking(walk, expected):
-    walker = Walker(walk, expected)
-    walker.start()
-    try:
+    """Walks again and again beside the test. `walk` returns the bindings of one, `expected` are those while the module is
+    there."""
+    def check_walk():
+        bindings = walk()
+        # The module may go and come while a walk is under way, which then shows a part of the objects.
+        assert bindings == [binding for binding in expected if binding in bindings]
+
+    with Repetition(check_walk) as walks:
         yield
-    finally:
-        walker.end()
-    assert walker.surprises == []
-    assert walker.walks > 0
+    assert walks.count > 0
 
 
 def cycle_many_times(lab, oid):

@@ -2,8 +2,8 @@
 
 import json
 import os
-import threading
 import time
+from contextlib import contextmanager
 from pathlib import Path
 
 import golden
@@ -12,7 +12,9 @@ from harness.build import ROOT
 from harness.lab import run_lab_of
 from harness.oids import arcs, is_below
 from harness.polling import wait_until
+from harness.repetition import Repetition
 from harness.snmp_tools import Failure
+from harness.walking import walk_below
 
 CIST = 0
 ROLES = {golden.ROLE_DISABLED: 'disabled', golden.ROOT_PORT: 'root', golden.DESIGNATED: 'designated',
@@ -22,7 +24,6 @@ PORTS_OF_BRIDGE = 256
 ROLE_COLUMN = ROOT + '.1.12.2.1.3'
 ROOT_GUARD_COLUMN = ROOT + '.1.5.1.1.2'
 ROOT_INCONSISTENCY_COLUMN = ROOT + '.1.5.2.1.3'
-NO_ERROR = 0
 
 
 class Networks:
@@ -150,46 +151,8 @@ def seconds_behind(is_there, is_walked):
     return time.monotonic() - there
 
 
-class Walker:
-    """Walks without a pause, and takes note of each answer that is none."""
-
-    def __init__(self, lab):
-        self._client = lab.raw_client()
-        self._thread = threading.Thread(target=self._walk)
-        self._ending = False
-        self.walks = 0
-        self.failures = []
-
-    def __enter__(self):
-        self._thread.start()
-        return self
-
-    def __exit__(self, *_):
-        self._ending = True
-        self._thread.join()
-        self._client.__exit__()
-
-    def _walk(self):
-        while not self._ending and not self.failures:
-            oid = ROOT
-            while True:
-                try:
-                    answer = self._client.get_next(oid)
-                except OSError as silence:
-                    self.failures.append(f'no answer behind {oid}: {silence}')
-                    return
-                if answer.error_status != NO_ERROR:
-                    self.failures.append(f'error {answer.error_status} behind {oid}')
-                    return
-                following = answer.variables[0][0]
-                if not is_below(following, ROOT):
-                    break
-                if arcs(following) <= arcs(oid):
-                    self.failures.append(f'{following} behind {oid}')
-                    return
-                oid = following
-            self.walks += 1
-
-    def wait_for_walks(self, count):
-        target = self.walks + count
-        wait_until(lambda: self.walks >= target or self.failures, 'walks are done')
+@contextmanager
+def walking(lab):
+    """Walks the agent without a pause meanwhile, and every answer has to be there."""
+    with lab.raw_client() as client, Repetition(lambda: walk_below(client, ROOT)) as walks:
+        yield walks

@@ -24,8 +24,8 @@ class Lab:
     def _tools(self):
         return SnmpTools(self.agent.endpoint, self._directory, self.agent.inside)
 
-    def raw_client(self, community='public'):
-        return RawClient(self.agent.endpoint, community)
+    def raw_client(self, community='public', **options):
+        return RawClient(self.agent.endpoint, community, **options)
 
     def reset(self):
         """As it was started: the switch in its scenario, the agent with a module that remembers nothing."""

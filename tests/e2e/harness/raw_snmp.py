@@ -127,6 +127,14 @@ def trap_bindings(datagram):
     return [make_binding(*binding) for binding in bindings]
 
 
+def encode_request(kind, name, value=encode(NULL, b''), request_id=1, community=b'public', numbers=(0, 0)):
+    """Of one variable, whose name is an element. The two numbers are error status and index or, in a GETBULK, how often
+    what is repeated."""
+    binding = encode(SEQUENCE, name + value)
+    pdu = encode(kind, b''.join(map(encode_integer, (request_id, *numbers))) + encode(SEQUENCE, binding))
+    return encode(SEQUENCE, encode_integer(V2C) + encode(OCTETS, community) + pdu)
+
+
 class RawClient:
     def __init__(self, endpoint, community, answer_seconds=ANSWER_SECONDS):
         host, port = endpoint.split(':')
@@ -160,13 +168,11 @@ class RawClient:
         return Answer(exchange.error_status, tag, value)
 
     def _request(self, kind, oid, value=encode(NULL, b''), community=None, numbers=(0, 0)):
-        """The two numbers are error status and index or, in a GETBULK, how often what is repeated."""
         request_id = next(self._request_ids)
-        binding = encode(SEQUENCE, encode_oid(oid) + value)
-        pdu = encode(kind, b''.join(map(encode_integer, (request_id, *numbers))) + encode(SEQUENCE, binding))
         who = community.encode() if community else self._community
+        request = encode_request(kind, encode_oid(oid), value, request_id, who, numbers)
         sent = time.monotonic()
-        self._socket.send(encode(SEQUENCE, encode_integer(V2C) + encode(OCTETS, who) + pdu))
+        self._socket.send(request)
         while True:
             datagram = self._socket.recv(LARGEST_DATAGRAM)
             received = time.monotonic()
