@@ -5,5 +5,6 @@ if(NOT STPSNMP_ENTERPRISE MATCHES "^[0-9]+$" OR STPSNMP_ENTERPRISE GREATER 42949
   message(FATAL_ERROR "STPSNMP_ENTERPRISE must be a number from 0 to 4294967295, not '${STPSNMP_ENTERPRISE}'")
 endif()
 
-# Scripts and tests read the number from here, so that it stands in one place only.
-file(WRITE ${PROJECT_BINARY_DIR}/enterprise "${STPSNMP_ENTERPRISE}\n")
+# Scripts and tests read the number from here, so that it stands in one place only. They may do so while the folder is
+# configured again, which must not write it anew.
+file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/enterprise CONTENT "${STPSNMP_ENTERPRISE}\n" @ONLY)

@@ -259,16 +259,26 @@ def test_once_shows_the_tables_of_a_rapid_pvst_switch(start_run):
     assert run.errors == ''
 
 
+def when_written():
+    """Each file that a run uses of what was built."""
+    built = PROJECT / 'build/run'
+    files = [built / 'enterprise', *built.glob('mibs/*.txt'), *built.glob('bin/*'), *built.glob('lib/*')]
+    return {file.name: file.stat().st_mtime_ns for file in files}
+
+
 def test_once_shows_the_example_switch_and_can_be_repeated(start_run):
+    """And leaves alone what another run uses that began before."""
     port = str(free_port())
     first = start_run('--once', '--port', port)
     assert first.wait() == 0, first.errors
     assert 'stpxMSTRegionName.0 campus' in re.sub(' +', ' ', first.output)
     assert tables_without_rows(first.output) == [
         'stpxPVSTVlanTable', 'stpxInconsistencyTable', 'stpxRPVSTPortTable']
+    written = when_written()
     second = start_run('--once', '--port', port)
     assert second.wait() == 0, second.errors
     assert shown_walk(second.output) == shown_walk(first.output)
+    assert when_written() == written
 
 
 def test_once_shows_the_example_switch_of_the_other_mode(start_run):

@@ -163,11 +163,12 @@ class SoakedLab:
                 client.sendto(packet, (host, int(port)))
 
     def come_to_rest(self):
-        """As it was in the beginning, and traps arrive."""
+        """As it was in the beginning. Traps arrive before the agent gets a module that remembers nothing."""
+        self._switch.reset()
+        self._wait_for_a_trap()
         self._lab.reset()
         self._lab.wait_for_walk(golden.MST)
-        wait_until(lambda: self._walks_are_back(), 'walks by the standard objects are as in the beginning')
-        self._wait_for_a_trap()
+        wait_until(self._walks_are_back, 'walks by the standard objects are as in the beginning')
         if self.usage:
             self.usage.check_at_rest()
 
