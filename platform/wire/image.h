@@ -12,9 +12,13 @@
 // size and stand in ascending order of their keys. What nobody knows has a mark of its own.
 #pragma once
 
+#include <sys/types.h>
+
 #include <atomic>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 
 #include "platform/cmd.h"
 #include "platform/stp.h"
@@ -253,23 +257,26 @@ constexpr uint32_t member_words(uint32_t interface_count) {
   return (interface_count + kMemberWordBits - 1) / kMemberWordBits;
 }
 
-constexpr size_t aligned_table(size_t octets) {
-  return (octets + kTableAlignment - 1) & ~(size_t{kTableAlignment} - 1);
+template <std::unsigned_integral Octets>
+constexpr Octets aligned_table(Octets octets) {
+  return (octets + kTableAlignment - 1) & ~(Octets{kTableAlignment} - 1);
 }
 
-// The largest slot of any switch.
-inline constexpr size_t kMaxSlotSize =
-    aligned_table(sizeof(ImageSlot)) + kMaxInterfaces * (sizeof(ImageInterface) + sizeof(ImageBridgePort)) +
-    size_t{kTrees} * kMaxInterfaces *
+// The largest slot of any switch. Sums of sizes have 64 bits wherever they may exceed what 32 hold.
+inline constexpr uint64_t kMaxSlotSize = aligned_table(
+    uint64_t{sizeof(ImageSlot)} + kMaxInterfaces * (sizeof(ImageInterface) + sizeof(ImageBridgePort)) +
+    uint64_t{kTrees} * kMaxInterfaces *
         (sizeof(ImageTreePort) + sizeof(ImageDesignated) + sizeof(uint16_t) + 3 * sizeof(uint32_t)) +
-    size_t{kTrees} * sizeof(ImageTree) + size_t{kTrees} * member_words(kMaxInterfaces) * sizeof(uint32_t) +
+    uint64_t{kTrees} * sizeof(ImageTree) +
+    uint64_t{kTrees} * member_words(kMaxInterfaces) * sizeof(uint32_t) +
     kMaxMstInstances * sizeof(ImageMstInstance) + kMaxRefusedUsers * sizeof(ImageUser) +
-    kSlotTables * kTableAlignment;
+    kSlotTables * kTableAlignment);
 
-constexpr size_t image_size(size_t slot_size) { return sizeof(ImageHead) + 2 * slot_size; }
+constexpr uint64_t image_size(uint64_t slot_size) { return sizeof(ImageHead) + 2 * slot_size; }
 
 inline constexpr uint64_t kMaxImageSize = image_size(kMaxSlotSize);
 static_assert(kMaxImageSize <= UINT32_MAX, "offsets have 32 bits");
+static_assert(kMaxImageSize <= uint64_t{std::numeric_limits<off_t>::max()}, "a file can be as large");
 
 constexpr size_t slot_offset(size_t slot_size, uint64_t generation) {
   return sizeof(ImageHead) + static_cast<size_t>(generation % 2) * slot_size;

@@ -27,22 +27,16 @@ SharedImage::~SharedImage() {
 }
 
 void SharedImage::map_memory(size_t slot_size, uint64_t generation) {
-  const size_t size = wire::image_size(slot_size);
-  if (!fd_.is_open() || ::ftruncate(fd_.get(), static_cast<off_t>(size)) != 0) {
+  const auto size = static_cast<uint32_t>(wire::image_size(slot_size));
+  if (!fd_.is_open() || ::ftruncate(fd_.get(), off_t{size}) != 0) {
     throw system_failure("cannot create the shared image");
   }
   void *const memory = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, fd_.get(), 0);
   if (memory == MAP_FAILED) {
     throw system_failure("cannot map the shared image");
   }
-  head_ = new (memory) wire::ImageHead{wire::kImageMagic,
-                                       wire::kImageVersion,
-                                       static_cast<uint32_t>(size),
-                                       static_cast<uint32_t>(slot_size),
-                                       generation,
-                                       {},
-                                       {},
-                                       0};
+  head_ = new (memory) wire::ImageHead{
+      wire::kImageMagic, wire::kImageVersion, size, static_cast<uint32_t>(slot_size), generation, {}, {}, 0};
 }
 
 // This process keeps its mapping; nobody else can ever write, and a reader's mapping cannot lose its pages.

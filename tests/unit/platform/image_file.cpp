@@ -193,11 +193,12 @@ std::vector<uint8_t> lay_out(const ImageContent &content) {
 ImageFile::ImageFile(uint32_t slot_size)
     : slot_size_(slot_size),
       size_(static_cast<uint32_t>(wire::image_size(slot_size))),
+      mapped_size_(std::min(size_, kMostMapped)),
       file_(memfd_create("image", MFD_CLOEXEC | MFD_ALLOW_SEALING)) {
   if (!file_.is_open() || ftruncate(file_.get(), size_) != 0) {
     throw std::runtime_error("no shared memory");
   }
-  void *memory = mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_SHARED, file_.get(), 0);
+  void *memory = mmap(nullptr, mapped_size_, PROT_READ | PROT_WRITE, MAP_SHARED, file_.get(), 0);
   if (memory == MAP_FAILED) {
     throw std::runtime_error("shared memory cannot be mapped");
   }
@@ -208,7 +209,7 @@ ImageFile::ImageFile(uint32_t slot_size)
   head_->slot_size = slot_size;
 }
 
-ImageFile::~ImageFile() { munmap(head_, size_); }
+ImageFile::~ImageFile() { munmap(head_, mapped_size_); }
 
 uint8_t *ImageFile::slot(uint64_t generation) const {
   return reinterpret_cast<uint8_t *>(head_) + wire::slot_offset(slot_size_, generation);
@@ -217,8 +218,8 @@ uint8_t *ImageFile::slot(uint64_t generation) const {
 ImageSlot *ImageFile::current() const { return reinterpret_cast<ImageSlot *>(slot(head_->generation)); }
 
 void ImageFile::publish(const std::vector<uint8_t> &content) const {
-  if (content.size() > slot_size_) {
-    throw std::runtime_error("the image is too small");
+  if (content.size() > slot_size_ || mapped_size_ < size_) {
+    throw std::runtime_error("the image is too small, or too large to be written");
   }
   const uint64_t next = head_->generation.load(std::memory_order_relaxed) + 1;
   // Readers of the slot must see the generation that took it from them before they see it change.

@@ -41,6 +41,10 @@ class ImageFile {
   // Room for any content of these tests.
   static constexpr uint32_t kSlotSize = 128 * 1024;
 
+  // Of a larger file, no more than so much at its beginning is mapped here, and nothing can be published:
+  // where addresses have 32 bits, there is no room for the largest ones.
+  static constexpr uint32_t kMostMapped = 16 * 1024 * 1024;
+
   explicit ImageFile(uint32_t slot_size = kSlotSize);
   ~ImageFile();
   ImageFile(const ImageFile &) = delete;
@@ -67,6 +71,7 @@ class ImageFile {
 
   uint32_t slot_size_;
   uint32_t size_;
+  uint32_t mapped_size_;
   OwnedFd file_;
   ImageHead *head_;
 };
