@@ -142,6 +142,19 @@ TEST_F(BasePortCache, ClockThatWasSetBackKeepsIt) {
   expect_cached(1010, {129});
 }
 
+// Where a time has 32 bits, there is none ten seconds later: nothing fills the cache again, so it is that of
+// another process.
+TEST_F(BasePortCache, IsKeptInTheLastSecondsOfTimesOf32Bits) {
+  const auto fill_and_ask = [this] {
+    constexpr int64_t kLast = INT32_MAX;
+    fill(kLast - 1, {129});
+    expect_cached(kLast - 1, {129});
+    expect_cached(kLast, {129});
+    std::_Exit(HasFailure() ? EXIT_FAILURE : EXIT_SUCCESS);
+  };
+  EXPECT_EXIT(fill_and_ask(), testing::ExitedWithCode(EXIT_SUCCESS), testing::_);
+}
+
 TEST_F(BasePortCache, FillAtTimeZeroCountsAsNone) {
   fill(0, {129});
   expect_refreshed(0, {130});

@@ -1,4 +1,5 @@
 // The bridge ports of all VLANs, kept for some seconds.
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -13,7 +14,8 @@ using diagnostics::kRejection;
 
 constexpr char kCached[] = "stp_get_cached_baseport_bitmap_all_vlans";  // as which the cache logs
 
-constexpr time_t kMaxAge = 10;  // seconds
+// Seconds. They have 64 bits: a time_t of 32 overflows when they are added in 2038.
+constexpr int64_t kMaxAge = 10;
 
 // Of the whole module, and never emptied.
 struct {
