@@ -43,7 +43,7 @@ void mutate_once(std::vector<uint8_t> *packet, Random *random) {
       packet->insert(packet->end(), 1 + below(random, 16), static_cast<uint8_t>((*random)()));
       break;
     default: {
-      const std::vector<uint8_t> tail(packet->begin() + at, packet->end());
+      const std::vector<uint8_t> tail(packet->data() + at, packet->data() + packet->size());
       packet->insert(packet->end(), tail.begin(), tail.end());
       break;
     }
