@@ -113,9 +113,10 @@ class SnmpTools:
     def get_bulk(self, oid, repetitions, who=READER):
         return self._run('snmpbulkget', who, ['-Cn0', f'-Cr{repetitions}'], [oid])
 
-    def walk(self, oid, who=READER):
-        """Every object below `oid`. The tool's own check is on: a walk that does not advance is a failure."""
-        return self._existing(self._run('snmpwalk', who, ['-CI'], [oid]))
+    def walk(self, oid, who=READER, end=None):
+        """Every object below `oid`, or from there to `end`. The tool's own check is on: a walk that does not advance is a
+        failure."""
+        return self._existing(self._run('snmpwalk', who, ['-CI', *(['-CE', end] if end else [])], [oid]))
 
     def bulk_walk(self, oid, who=READER, repetitions=10):
         return self._existing(self._run('snmpbulkwalk', who, [f'-Cr{repetitions}'], [oid]))
