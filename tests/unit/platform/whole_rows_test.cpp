@@ -261,13 +261,18 @@ class Writer {
   std::thread thread_;
 };
 
-// Reads until enough has counted. `look` takes an image, `check` is called when its result counts. While the
-// writer does not get the processor, the lease may run out.
+// Reads until enough has counted, and the two have met at least once: a look that met a change is repeated.
+// `look` takes an image, `check` is called when its result counts. While the writer does not get the
+// processor, the lease may run out.
 template <class Look, class Check>
 void read_beside(ImageReader *reader, uint32_t enough, Look look, Check check) {
+  constexpr std::chrono::seconds kGuard{60};
+  const auto give_up = std::chrono::steady_clock::now() + kGuard;
   uint32_t looks = 0;
   uint32_t reads = 0;
-  for (uint32_t counted = 0; counted < enough && !testing::Test::HasFailure(); ++reads) {
+  const auto wait_for_writer = [&] { return looks == reads && std::chrono::steady_clock::now() < give_up; };
+  for (uint32_t counted = 0; (counted < enough || wait_for_writer()) && !testing::Test::HasFailure();
+       ++reads) {
     cmd_result result = CMD_OK;
     const Reading reading = reader->read(
         wire::kMoved, stpplatform::Vouching::kNow,
@@ -302,6 +307,7 @@ TEST(WholeRows, AWalkThatCountsIsOfOneGeneration) {
     largest = std::max(largest, slots[number].size());
   }
   stpswitch::SharedImage image(largest, 0);
+  ASSERT_NE(latest_writable_mapping(), nullptr) << "mmap has another name here";
   const OneMapping one_mapping(latest_writable_mapping());
   ImageReader reader;
   ASSERT_EQ(reader.map(image.fd(), image.size()), nullptr);
@@ -338,6 +344,7 @@ TEST(WholeRows, AWalkThatCountsIsOfOneGeneration) {
 TEST(WholeRows, ARowThatCountsIsOfOneGeneration) {
   stpswitch::Switch the_switch(numbered_state(1));
   stpswitch::ImagePublisher publisher(&the_switch);
+  ASSERT_NE(latest_writable_mapping(), nullptr) << "mmap has another name here";
   const OneMapping one_mapping(latest_writable_mapping());
   the_switch.on_change([&] {
     publisher.publish();
