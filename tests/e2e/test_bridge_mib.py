@@ -4,6 +4,7 @@ import pytest
 from harness.agent import BRIDGE_CONFIGURATION
 from harness.build import BRIDGE_ROOT as B
 from harness.lab import run_lab
+from harness.oids import still
 from harness.polling import wait_until
 from harness.snmp_tools import Binding, Failure, v2c, v3
 
@@ -46,11 +47,6 @@ def test_scalars_of_one_request(lab):
     assert [answer.oid for answer in answers] == names
     assert answers[1] == Binding(f'{B}.2.1.0', 'INTEGER', 3)
     assert answers[10] == Binding(f'{B}.2.10.0', 'INTEGER', 100)
-
-
-def still(bindings):
-    """All but the time since the latest topology change, which goes on."""
-    return [binding for binding in bindings if binding.oid != f'{B}.2.3.0']
 
 
 def test_walks_agree(lab):
