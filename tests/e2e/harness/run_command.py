@@ -87,8 +87,10 @@ class Run:
         os.kill(pid, number)
 
     def check_nothing_is_left(self):
-        assert self.processes() == []
-        assert list(self.temporary.iterdir()) == []
+        running = self.processes()
+        assert running == [], running
+        left = list(self.temporary.iterdir())
+        assert left == [], left
 
     def kill(self):
         try:
