@@ -15,6 +15,10 @@ usage_error() {
   exit 2
 }
 
+# The exit status of a test that this machine cannot run.
+# shellcheck disable=SC2034
+readonly CANNOT_RUN=77
+
 # Bash hands commands to each other by its files.
 [[ -d /dev/fd/ ]] || die "/proc is not mounted, or /dev/fd does not lead there: mount -t proc proc /proc"
 
@@ -25,6 +29,19 @@ configure() {
     fresh=--fresh
   fi
   (cd "$PROJECT_ROOT" && cmake $fresh --preset "$1")
+}
+
+# packages_for PURPOSE...: the Debian packages that scripts/packages.txt has for any of these.
+packages_for() {
+  local package purposes purpose
+  while read -r package purposes; do
+    for purpose in $purposes; do
+      if [[ " $* " == *" $purpose "* ]]; then
+        echo "$package"
+        break
+      fi
+    done
+  done < <(grep -v '^#' "$PROJECT_ROOT/scripts/packages.txt")
 }
 
 heading() {

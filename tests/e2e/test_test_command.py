@@ -1,5 +1,6 @@
-"""./test refuses what it does not know, and a run that fails names the tests."""
+"""./test and its test of 32 bits refuse what they do not know, and a run that fails names the tests."""
 
+import os
 import subprocess
 
 import pytest
@@ -49,6 +50,27 @@ def test_wrong_command_line_is_refused(tmp_path, arguments, unknown):
 def test_help_starts_with_the_usage(tmp_path):
     shown = subprocess.run([PROJECT / 'test', '--help'], cwd=tmp_path, check=True, text=True, capture_output=True).stdout
     assert shown.startswith('Usage: ./test [--quick | --all]\n')
+
+
+@pytest.mark.parametrize(('arguments', 'unknown'), [(['--all'], '--all'), (['clean'], 'clean'), (['--clean', 'x'], 'x')])
+def test_wrong_command_line_of_the_test_of_32_bits_is_refused(tmp_path, arguments, unknown):
+    result = subprocess.run([PROJECT / 'scripts/test-32-bit', *arguments], cwd=tmp_path, check=False, text=True,
+                            capture_output=True)
+    assert result.returncode == 2
+    assert result.stdout == ''
+    assert result.stderr == f"test-32-bit: unknown argument '{unknown}' (see --help)\n"
+
+
+def test_the_test_of_32_bits_says_why_it_cannot_run(tmp_path):
+    refused = tmp_path / 'unshare'
+    refused.write_text('#!/bin/sh\nexit 1\n', encoding='ascii')
+    refused.chmod(0o755)
+    result = subprocess.run([PROJECT / 'scripts/test-32-bit'], cwd=tmp_path, check=False, text=True, capture_output=True,
+                            env={**os.environ, 'PATH': f'{tmp_path}:{os.environ["PATH"]}'})
+    reason = 'no namespaces can be made' if os.geteuid() == 0 else 'needs root, to make mounts and a root'
+    assert result.returncode == 77
+    assert result.stdout == ''
+    assert result.stderr == f'test-32-bit: cannot run here: {reason}\n'
 
 
 def test_failed_tests_are_named_with_what_failed_within_them(tmp_path):
