@@ -29,6 +29,15 @@ forget_last_started() {
   unset 'daemons[-1]'
 }
 
+# A signal may come when a process has been started and nothing been noted of it. Also waits for what ends because
+# another process has.
+stop_unnoted() {
+  local unnoted
+  mapfile -t unnoted <<<"$(jobs -pr)"
+  [[ -z ${unnoted[0]} ]] || kill "${unnoted[@]}" 2>/dev/null || true
+  wait || true
+}
+
 clean_up() {
   local i
   # Whoever is impatient would break it off.
@@ -38,6 +47,7 @@ clean_up() {
   for ((i = ${#daemons[@]} - 1; i >= 0; i--)); do
     stop_process "${daemons[i]}"
   done
+  stop_unnoted
   [[ -z $work ]] || rm -rf "$work" "$place/env" "$place/tools"
 }
 

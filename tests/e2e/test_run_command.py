@@ -510,6 +510,19 @@ def test_a_run_of_stand_ins_stays_up(fake_project):
     run.check_nothing_is_left()
 
 
+@pytest.mark.skipif(os.geteuid() != 0, reason='only root can switch the traps on')
+@pytest.mark.usefixtures('private_mount')
+def test_what_a_run_starts_in_the_moment_of_its_end_ends_with_it(fake_project):
+    """It was started, and nothing has been noted of it yet."""
+    part, noted = 'scripts/run/agent.sh', 'viewer_pid=$!'
+    text = (fake_project.place / part).read_text(encoding='ascii')
+    assert noted in text
+    fake_project.write(part, text.replace(noted, f'kill $$; {noted}'))
+    run = fake_project.start('--traps')
+    assert run.wait() == 128 + signal.SIGTERM
+    run.check_nothing_is_left()
+
+
 @pytest.mark.parametrize('ends, how', [
     ('kill -SEGV $$', 'by signal SEGV'),
     ('kill -KILL $$', 'by signal KILL'),
