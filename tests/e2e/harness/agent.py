@@ -152,12 +152,14 @@ class Agent:
     def is_alive(self):
         return self._process.is_alive()
 
+    def reloads(self):
+        return self.count_in_log('restarted')
+
     def hang_up(self):
         """Sends SIGHUP and waits until the agent has read its configuration, and so the module, anew."""
-        seen = self.count_in_log('restarted')
+        seen = self.reloads()
         self._process.signal(signal.SIGHUP)
-        wait_until(lambda: not self.is_alive() or self.count_in_log('restarted') > seen,
-                   'snmpd has reconfigured')
+        wait_until(lambda: not self.is_alive() or self.reloads() > seen, 'snmpd has reconfigured')
         assert self.is_alive(), f'snmpd died of SIGHUP:\n{self.read_logs()}'
 
     def pause(self):
