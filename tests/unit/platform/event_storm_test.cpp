@@ -5,9 +5,7 @@
 #include <net-snmp/net-snmp-includes.h>
 //
 #include <gtest/gtest.h>
-#include <net-snmp/library/fd_event_manager.h>
 #include <net-snmp/library/snmp_alarm.h>
-#include <poll.h>
 #include <sys/socket.h>
 
 #include <atomic>
@@ -22,6 +20,7 @@
 
 #include "connection.h"
 #include "event_subscription.h"
+#include "main_loop.h"
 #include "platform/agent_ext.h"
 #include "platform/cmd.h"
 #include "platform/xport.h"
@@ -129,14 +128,9 @@ class EventStorms : public testing::Test {
     stpplatform::read_settings();
   }
 
-  // One round of the agent's main loop: at most one callback a descriptor.
-  static void run_main_loop_once() {
-    for (int i = external_readfdlen - 1; i >= 0; --i) {
-      pollfd entry{external_readfd[i], POLLIN, 0};
-      if (poll(&entry, 1, 0) > 0) {
-        external_readfdfunc[i](external_readfd[i], external_readfd_data[i]);
-      }
-    }
+  // One round, alarms included.
+  static void turn_main_loop() {
+    run_main_loop_once();
     run_alarms();
   }
 
@@ -147,7 +141,7 @@ class EventStorms : public testing::Test {
       if (std::chrono::steady_clock::now() > give_up) {
         return false;
       }
-      run_main_loop_once();
+      turn_main_loop();
     }
     return true;
   }
@@ -198,7 +192,7 @@ TEST_F(EventStorms, RequestsGetTheirTurnInAStorm) {
   uint32_t rounds = 0;
   ASSERT_TRUE(run_main_loop_until([&] {
     const uint32_t before = delivered;
-    run_main_loop_once();
+    turn_main_loop();
     EXPECT_LE(delivered - before, static_cast<uint32_t>(stpplatform::EventSubscription::kEventsPerWakeup));
     EXPECT_EQ(ask(), CMD_OK);
     ++rounds;
@@ -220,7 +214,7 @@ TEST_F(EventStorms, AnAgentThatHasSleptThroughAStormLearnsHowItEnded) {
   EXPECT_TRUE(in_order);
   EXPECT_LT(delivered, kEvents) << "most were replaced";
   const uint32_t so_far = delivered;
-  run_main_loop_once();
+  turn_main_loop();
   EXPECT_EQ(ask(), CMD_OK);
   EXPECT_EQ(delivered, so_far) << "nothing comes twice";
 }

@@ -6,12 +6,10 @@
 //
 #include <net-snmp/library/fd_event_manager.h>
 #include <net-snmp/library/snmp_alarm.h>
-#include <poll.h>
 
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <thread>
 
 #include "connection.h"
@@ -54,23 +52,6 @@ LogCapture::~LogCapture() {
 std::vector<std::string> LogCapture::take() { return std::exchange(log_lines, {}); }
 
 int watched_descriptors() { return external_readfdlen; }
-
-size_t open_descriptors() {
-  const std::filesystem::directory_iterator all("/proc/self/fd");
-  return static_cast<size_t>(std::distance(begin(all), end(all)));
-}
-
-int run_main_loop_once() {
-  int ran = 0;
-  for (int i = external_readfdlen - 1; i >= 0; --i) {
-    pollfd entry{external_readfd[i], POLLIN, 0};
-    if (poll(&entry, 1, 0) > 0) {
-      external_readfdfunc[i](external_readfd[i], external_readfd_data[i]);
-      ++ran;
-    }
-  }
-  return ran;
-}
 
 bool has_alarm() { return sa_find_next() != nullptr; }
 

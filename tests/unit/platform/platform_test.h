@@ -11,6 +11,8 @@
 
 #include "fake_clock.h"
 #include "fake_switch.h"
+#include "main_loop.h"
+#include "open_descriptors.h"
 
 // Long enough that only a hang reaches it.
 inline constexpr uint32_t kPatientMs = 30000;
@@ -31,10 +33,6 @@ class LogCapture {
   static std::vector<std::string> take();
 };
 
-// Runs what the agent's main loop would run for input on registered descriptors. Returns how many callbacks
-// ran.
-int run_main_loop_once();
-
 // Lets the agent's next alarm ring now, and tells how many milliseconds it was meant to wait. Nothing when
 // there is none.
 std::optional<uint64_t> ring_next_alarm();
@@ -45,9 +43,8 @@ bool has_alarm();
 // Runs the main loop until something holds. False when that takes so long that something must hang.
 bool run_main_loop_until(const std::function<bool()> &condition);
 
-// How many descriptors the agent's main loop watches, and how many the process has open.
+// How many descriptors the agent's main loop watches.
 int watched_descriptors();
-size_t open_descriptors();
 
 // Sends command `command` and returns its result; on success, `*echo` is set to the reply's number.
 int ask(uint32_t command, uint32_t *echo = nullptr);
