@@ -8,16 +8,21 @@
 #include <net-snmp/library/fd_event_manager.h>
 #include <net-snmp/library/snmp_alarm.h>
 
+#include <gtest/gtest.h>
+#include <poll.h>
+
 #include <chrono>
 #include <sstream>
 #include <thread>
 #include <utility>
 
+#include "injector.h"
 #include "main_loop.h"
 
 namespace {
 
 std::string latest_response;
+std::vector<std::string> notifications;
 
 const std::pair<std::string, std::string> kRoots[] = {
     {agent::kExtensions, ".1.3.6.1.4.1." + std::to_string(ENTERPRISE) + ".9.82"},
@@ -53,15 +58,19 @@ std::vector<oid> arcs_of(const std::string &name) {
   return arcs;
 }
 
+std::string text_of(const netsnmp_variable_list &binding) {
+  char value[2048];
+  snprint_value(value, sizeof value, binding.name, binding.name_length, &binding);
+  return name_of(binding.name, binding.name_length) + " = " + value;
+}
+
 std::string text_of(const netsnmp_pdu &response) {
   const netsnmp_variable_list &binding = *response.variables;
   if (response.errstat != SNMP_ERR_NOERROR || binding.type == SNMP_NOSUCHOBJECT ||
       binding.type == SNMP_NOSUCHINSTANCE || binding.type == SNMP_ENDOFMIBVIEW) {
     return agent::kNothing;
   }
-  char value[2048];
-  snprint_value(value, sizeof value, binding.name, binding.name_length, &binding);
-  return name_of(binding.name, binding.name_length) + " = " + value;
+  return text_of(binding);
 }
 
 // Whoever it is, the agent wants to know how much a response to it may hold. Nothing is ever sent.
@@ -82,7 +91,8 @@ std::string ask(int command, const agent::Question &question) {
   netsnmp_pdu *const pdu = snmp_pdu_create(command);
   pdu->version = SNMP_VERSION_2c;
   pdu->transid = ++transid;
-  pdu->contextName = strdup(question.context.c_str());
+  pdu->contextName =
+      static_cast<char *>(netsnmp_memdup(question.context.c_str(), question.context.size() + 1));
   pdu->contextNameLen = question.context.size();
   const std::vector<oid> name = arcs_of(question.name);
   snmp_add_null_var(pdu, name.data(), name.size());
@@ -101,6 +111,17 @@ extern "C" int snmp_send(netsnmp_session * /*session*/, netsnmp_pdu *pdu) {
   return 1;
 }
 
+extern "C" void __wrap_send_v2trap(netsnmp_variable_list *bindings);
+
+// The first binding is the notification's OID.
+extern "C" void __wrap_send_v2trap(netsnmp_variable_list *bindings) {
+  std::string &text =
+      notifications.emplace_back(name_of(bindings->val.objid, bindings->val_len / sizeof(oid)));
+  for (const auto *binding = bindings->next_variable; binding != nullptr; binding = binding->next_variable) {
+    text += ", " + text_of(*binding);
+  }
+}
+
 namespace agent {
 
 void prepare() {
@@ -108,8 +129,7 @@ void prepare() {
     netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_ROLE, 1);
     netsnmp_ds_set_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_STRING_OUTPUT_FORMAT, NETSNMP_STRING_OUTPUT_HEX);
     init_agent("faults");
-    manager();
-    snmp_disable_log();  // which opening a session has switched on
+    snmp_enable_calllog();  // nobody is called, and nothing is printed
     return true;
   }();
   static_cast<void>(is_done);
@@ -138,20 +158,50 @@ bool has_context(const std::string &name) {
   return found != nullptr && name_of(found->name_a, found->namelen) == name_of(root.data(), root.size());
 }
 
+namespace {
+
+constexpr auto kHangGuard = std::chrono::seconds(30);
+
+void turn_main_loop() {
+  if (run_main_loop_once() == 0) {
+    std::this_thread::yield();
+  }
+  run_alarms();
+}
+
+}  // namespace
+
 bool run_until(const std::function<bool()> &condition) {
-  constexpr auto kHangGuard = std::chrono::seconds(30);
   const auto give_up = std::chrono::steady_clock::now() + kHangGuard;
   while (!condition()) {
     if (std::chrono::steady_clock::now() > give_up) {
       return false;
     }
-    if (run_main_loop_once() == 0) {
-      std::this_thread::yield();
-    }
-    run_alarms();
+    turn_main_loop();
   }
   return true;
 }
+
+void run_until_struck_or(const std::function<bool()> &condition) {
+  constexpr int kTurnsBehind = 20;
+  EXPECT_TRUE(run_until([&condition] { return faults::has_struck() || condition(); }));
+  for (int turn = 0; turn < kTurnsBehind && !condition(); ++turn) {
+    turn_main_loop();
+  }
+}
+
+bool wait_for_input() {
+  std::vector<pollfd> entries;
+  for (int i = 0; i < external_readfdlen; ++i) {
+    entries.push_back({external_readfd[i], POLLIN, 0});
+  }
+  return poll(entries.data(), entries.size(),
+              static_cast<int>(std::chrono::milliseconds(kHangGuard).count())) > 0;
+}
+
+size_t sent_notifications() { return notifications.size(); }
+
+std::vector<std::string> take_notifications() { return std::exchange(notifications, {}); }
 
 int watched_descriptors() { return external_readfdlen; }
 

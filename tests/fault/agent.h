@@ -38,8 +38,19 @@ bool has_context(const std::string &name);
 // something must hang.
 bool run_until(const std::function<bool()> &condition);
 
+// The same while calls may fail: after one has, a few turns are enough.
+void run_until_struck_or(const std::function<bool()> &condition);
+
+// Waits until there is input for the main loop. False when that takes so long that something must hang.
+bool wait_for_input();
+
 // Descriptors that the main loop watches, and whether an alarm is set.
 int watched_descriptors();
 bool has_alarm();
+
+// Notifications that were sent: how many, and each as its OID with its bindings behind it. Those that were
+// taken are forgotten.
+size_t sent_notifications();
+std::vector<std::string> take_notifications();
 
 }  // namespace agent

@@ -27,6 +27,8 @@ std::optional<uint32_t> Injection::count(Kind kind, const char *call, uint32_t w
   return fault_.way % ways;
 }
 
+bool has_struck() { return present != nullptr && present->has_struck(); }
+
 std::optional<uint32_t> strikes(Kind kind, const char *call, uint32_t ways) {
   return present != nullptr ? present->count(kind, call, ways) : std::nullopt;
 }

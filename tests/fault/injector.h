@@ -47,6 +47,9 @@ class Injection {
   uint32_t ways_ = 0;
 };
 
+// Whether a call of this thread has failed.
+bool has_struck();
+
 // For wrappers: in which of `ways` the call is to fail, from 0 on; none when it is not.
 std::optional<uint32_t> strikes(Kind kind, const char *call, uint32_t ways = 1);
 

@@ -7,6 +7,7 @@
 
 #include "agent.h"
 #include "connection.h"
+#include "main_loop.h"
 #include "passing_time.h"
 #include "settings.h"
 #include "stp_bridge_mib.h"
@@ -24,6 +25,14 @@ constexpr int kBothConnections = 2;
 
 // Every switch has it.
 constexpr char kMaxHopCount[] = "S.1.14.8.0";
+
+bool has_no_input() { return run_main_loop_once() == 0; }
+
+// A request makes the connection that requests use.
+bool stands() {
+  return has_no_input() && agent::get({kMaxHopCount}) != agent::kNothing &&
+         agent::watched_descriptors() == kBothConnections && !agent::has_alarm();
+}
 
 }  // namespace
 
@@ -55,11 +64,18 @@ void Lab::restart(stpswitch::SwitchState state) {
   replace(std::move(state));
 }
 
+void Lab::synchronize() {
+  // A turn of its loop that begins now, and one that knows what time it is.
+  image_size();
+  image_size();
+}
+
+void Lab::pass_backoff() { pass_ms(kLongMs); }
+
 void Lab::settle() {
-  pass_ms(kLongMs);
-  // A request makes the connection that requests use.
-  EXPECT_TRUE(agent::run_until([] {
-    return agent::get({kMaxHopCount}) != agent::kNothing &&
-           agent::watched_descriptors() == kBothConnections && !agent::has_alarm();
-  }));
+  EXPECT_TRUE(agent::run_until(has_no_input));
+  pass_backoff();
+  EXPECT_TRUE(agent::run_until(stands));
+  synchronize();
+  EXPECT_TRUE(agent::run_until(stands));
 }

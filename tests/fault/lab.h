@@ -24,8 +24,18 @@ class Lab {
   // The switch ends, and begins again as another one.
   void restart(stpswitch::SwitchState state);
 
-  // Lets so much time pass that nobody waits for anything any more, and both connections stand.
-  static void settle();
+  // What a client that connects now maps.
+  uint32_t image_size() { return switch_->image_size(); }
+
+  // The switch has taken what was sent to it before, and done what was due.
+  void synchronize();
+
+  // From now on a switch that was left alone is tried again.
+  static void pass_backoff();
+
+  // Lets so much time pass that nobody waits for anything any more; both connections stand, and nothing is on
+  // its way.
+  void settle();
 
  private:
   TemporaryFolder folder_;

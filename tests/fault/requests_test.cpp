@@ -173,7 +173,7 @@ void Bench::set_up() {
   lab = std::make_unique<Lab>(state(0), context);
   for (which = 0; which < 2; ++which) {
     lab->replace(state(which));
-    Lab::settle();
+    lab->settle();
     for (const char *const place : {"", context}) {
       for (const char *const root : {agent::kExtensions, agent::kBridge}) {
         const std::vector<std::string> answers = agent::walk({root, place});
@@ -299,7 +299,7 @@ TEST_P(Requests, AreAnsweredRightOrNotAtAll) {
                              [&answer] { answer = ask(); },
                              [&answer] {
                                EXPECT_TRUE(bench().is_true(answer)) << answer;
-                               Lab::settle();
+                               bench().lab->settle();
                                EXPECT_EQ(ask(), right_answer());
                              }});
 }

@@ -5,10 +5,16 @@
 
 #include <utility>
 
+#include "server/tree_event_limiter.h"
+
 struct ServedSwitch::Parts {
   explicit Parts(const std::string &path)
       : server(&loop, {path, SOCK_SEQPACKET, 0660, std::nullopt}, &publisher, &faults) {
     the_switch.on_change([this] { publisher.publish(); });
+    the_switch.on_inconsistencies([this](const auto &events) {
+      server.tell({events.begin(), events.end()});
+    });
+    the_switch.on_tree_events([this](const auto &events) { limiter.take(events); });
     // No fault at all, so often that it counts.
     faults.order(stpswitch::FaultKind::kNone, {}, UINT32_MAX);
   }
@@ -18,6 +24,7 @@ struct ServedSwitch::Parts {
   stpswitch::ImagePublisher publisher{&the_switch};
   stpswitch::Faults faults;
   stpswitch::CommandServer server;
+  stpswitch::TreeEventLimiter limiter{&loop, [this](const auto &events) { server.tell(events); }};
 };
 
 ServedSwitch::ServedSwitch(std::string path)
