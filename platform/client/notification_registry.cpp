@@ -11,6 +11,7 @@
 
 #include "agent_session.h"
 #include "export.h"
+#include "varbind.h"
 
 namespace stpplatform {
 namespace {
@@ -94,7 +95,15 @@ bool deliver_notification(uint32_t notification_class, TransportMessage *message
   oid trap_oid[MAX_OID_LEN] = {};
   size_t trap_oid_len = 0;
   int status = 0;
+  begin_bindings();
   netsnmp_variable_list *bindings = subscription->handler(message, trap_oid, &trap_oid_len, &status);
+  // A handler goes on with the bindings that it has, and a manager would take them for all.
+  if (!bindings_are_complete()) {
+    snmp_free_varbind(bindings);
+    snmp_log(LOG_ERR, "stpplatform: notification class %u: lost, as the agent has no memory for it\n",
+             notification_class);
+    return false;
+  }
   if (status == 0) {
     snmp_free_varbind(bindings);
     return false;
