@@ -2,24 +2,16 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
-#include <future>
 #include <memory>
-#include <mutex>
 #include <string>
-#include <thread>
 
-#include "base/event_loop.h"
-#include "faults/faults.h"
-#include "model/switch.h"
-#include "publisher/image_publisher.h"
-#include "server/command_server.h"
-#include "wire/owned_fd.h"
+#include "model/switch_state.h"
+#include "support/loop_thread.h"
 
 class ServedSwitch {
  public:
   // Listens at `path` when it returns.
-  explicit ServedSwitch(std::string path);
+  explicit ServedSwitch(const std::string &path);
   ~ServedSwitch();
   ServedSwitch(const ServedSwitch &) = delete;
   ServedSwitch &operator=(const ServedSwitch &) = delete;
@@ -37,15 +29,6 @@ class ServedSwitch {
  private:
   struct Parts;
 
-  void serve();
-  void run_job();
-  void run(std::function<void()> job);
-
-  std::string path_;
-  stpplatform::OwnedFd wakeup_;
-  std::unique_ptr<Parts> parts_;  // the thread's, as long as it runs
-  std::packaged_task<void()> job_;
-  std::promise<void> is_up_;
-  bool is_over_ = false;
-  std::thread thread_;
+  LoopThread thread_;
+  std::unique_ptr<Parts> parts_;  // the thread's
 };
