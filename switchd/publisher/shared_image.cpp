@@ -14,8 +14,10 @@ namespace stpswitch {
 
 namespace wire = stpplatform::wire;
 
-SharedImage::SharedImage(size_t slot_size, uint64_t generation)
-    : fd_(::memfd_create("stp-switch-image", MFD_CLOEXEC | MFD_ALLOW_SEALING)) {
+SharedImage::SharedImage() : fd_(::memfd_create("stp-switch-image", MFD_CLOEXEC | MFD_ALLOW_SEALING)) {}
+
+// Whatever fails here, the destructor has its turn: another constructor has done its work before.
+SharedImage::SharedImage(size_t slot_size, uint64_t generation) : SharedImage() {
   map_memory(slot_size, generation);
   seal();
 }

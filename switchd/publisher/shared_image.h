@@ -34,6 +34,7 @@ class SharedImage {
   void set_flags(uint32_t flags) { head_->flags.store(flags, std::memory_order_release); }
 
  private:
+  SharedImage();
   uint8_t *slot(uint64_t generation) const;
   void map_memory(size_t slot_size, uint64_t generation);
   void seal() const;

@@ -19,7 +19,11 @@ struct Operation {
 // it makes no more calls. After each, descriptors and mapped images must be as many as before; after all, no
 // memory may have leaked. Ends with the first failure.
 //
-// By default some of the calls are left out, the more the later they come; with STPSNMP_TEST_ALL=1 none.
+// By default some of the calls are left out, as behind() says.
 void strike_every_call(const Operation &operation);
+
+// The call that is to fail when this one has. By default some are left out, the more the later they come;
+// with STPSNMP_TEST_ALL=1 none.
+uint64_t behind(uint64_t number);
 
 }  // namespace faults

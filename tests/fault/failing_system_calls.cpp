@@ -62,7 +62,6 @@ size_t __wrap_fread(void *octets, size_t size, size_t count, FILE *file);
 int __wrap_ferror(FILE *file);
 int __wrap_fcntl64(int fd, int command, ...);
 int __wrap_open64(const char *path, int flags, ...);
-int __wrap___isoc99_fscanf(FILE *file, const char *format, ...);
 
 // The other end does not listen, or its queue is full.
 int __wrap_connect(int fd, const sockaddr *address, socklen_t size) {
@@ -159,16 +158,5 @@ int __wrap_open64(const char *path, int flags, ...) {
   const auto mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : mode_t{0};
   va_end(arguments);
   return __real_open64(path, flags, mode);
-}
-
-int __wrap___isoc99_fscanf(FILE *file, const char *format, ...) {
-  if (faults::strikes(kSystem, "fscanf")) {
-    return fail(EIO, EOF);
-  }
-  va_list arguments;
-  va_start(arguments, format);
-  const int result = std::vfscanf(file, format, arguments);
-  va_end(arguments);
-  return result;
 }
 }

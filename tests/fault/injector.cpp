@@ -12,7 +12,7 @@ Injection::Injection(const Fault &fault) : fault_(fault) { present = this; }
 void Injection::end() { present = nullptr; }
 
 std::optional<uint32_t> Injection::count(Kind kind, const char *call, uint32_t ways) {
-  if ((fault_.kinds & kind) == 0) {
+  if (fault_.kind != kind) {
     return std::nullopt;
   }
   ++calls_;

@@ -9,7 +9,7 @@
 
 namespace faults {
 
-// Of calls; a Fault may have several.
+// Of calls.
 enum Kind : uint32_t {
   kMemory = 1,  // what fails for want of memory, be it the agent's or libevent's call
   kSystem = 2   // system calls, and what else depends on the world outside
@@ -19,7 +19,7 @@ struct Fault {
   uint64_t number;  // of the call that fails first, from 1 on
   bool lasts;       // all that come behind it fail as well
   uint32_t way;     // in which the call fails, of those that it has
-  uint32_t kinds;   // of calls that count
+  Kind kind;        // of the calls that count
 };
 
 class Injection {
