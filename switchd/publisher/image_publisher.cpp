@@ -13,7 +13,7 @@ namespace wire = stpplatform::wire;
 
 // Room for what comes, so that a port more is no new image: it costs no memory until it is used.
 uint32_t roomy(uint64_t slot_size) {
-  constexpr uint64_t kLeastRoom = 256 * 1024;
+  constexpr uint64_t kLeastRoom = uint64_t{256} * 1024;
   return static_cast<uint32_t>(std::min(wire::aligned_table(2 * slot_size + kLeastRoom), wire::kMaxSlotSize));
 }
 
