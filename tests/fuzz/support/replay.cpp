@@ -16,8 +16,8 @@ namespace {
 
 using Octets = std::vector<uint8_t>;
 
-// Of a longer input, as many places that lie evenly in it.
-constexpr size_t kMostPlaces = 64;
+// Of all inputs together: of each, an even share of the places, which lie evenly in it.
+constexpr size_t kPlaces = 256;
 // What an octet there becomes, beside all other bits.
 constexpr uint8_t kOtherOctets[] = {0x00, 0x01, 0x80};
 constexpr uint8_t kAllBits = 0xFF;
@@ -49,8 +49,8 @@ void run(Octets input) {
   LLVMFuzzerTestOneInput(input.data(), input.size());
 }
 
-void run_neighbours(const Octets &input) {
-  const size_t step = input.size() / kMostPlaces + 1;
+void run_neighbours(const Octets &input, size_t places) {
+  const size_t step = input.size() / places + 1;
   for (size_t place = 0; place < input.size(); place += step) {
     run({input.begin(), input.begin() + static_cast<std::ptrdiff_t>(place)});
     Octets changed = input;
@@ -71,13 +71,15 @@ int main(int argc, char **argv) {
     return EXIT_FAILURE;
   }
   try {
-    for (const std::filesystem::path &path : files_in(argv[1])) {
+    const std::vector<std::filesystem::path> files = files_in(argv[1]);
+    const size_t places_each = kPlaces / files.size() + 1;
+    for (const std::filesystem::path &path : files) {
       // The last line tells which input it was, should it be the end of the program.
       std::printf("%s\n", path.c_str());
       std::fflush(stdout);
       const Octets input = read(path);
       run(input);
-      run_neighbours(input);
+      run_neighbours(input, places_each);
     }
   } catch (const std::exception &error) {
     std::fprintf(stderr, "%s: %s\n", argv[0], error.what());

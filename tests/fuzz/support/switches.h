@@ -1,4 +1,4 @@
-// The switches of the scenarios that come with the product.
+// Small switches in which everything has a value here and there.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 
 namespace fuzz {
 
-// One of them, in Rapid PVST mode or with MST.
+// One in Rapid PVST mode, or one with MST.
 const stpswitch::Switch &any_switch(uint8_t choice);
 
 }  // namespace fuzz
