@@ -19,8 +19,13 @@ STPPLATFORM_EXPORT int im_get_next_ifindex(uint32_t if_index, uint32_t *next) {
       stpplatform::ask_image(stpplatform::Vouching::kJustNow, [&](const answers::Image &image) {
         const auto &interfaces = image.interfaces();
         const uint32_t position = image.interface_behind(if_index);
-        found = position == interfaces.count ? 0 : answers::load_shared(interfaces[position].if_index);
-        return CMD_OK;
+        if (position == interfaces.count) {
+          found = 0;
+          return CMD_OK;
+        }
+        // It may be another one than the search has seen. Whoever steps through all must come to an end.
+        found = answers::load_shared(interfaces[position].if_index);
+        return found > if_index ? CMD_OK : CMD_BAD_REPLY;
       });
   if (result == CMD_OK) {
     *next = found;

@@ -82,9 +82,11 @@ STPPLATFORM_EXPORT int stp_get_mst_vlan_bmp(void *reply, uint32_t action, uint16
         if (candidate == nullptr) {
           return CMD_NO_ENTRY;
         }
+        // It may be another one than the search has seen. Whoever steps through all must come to an end.
         id = answers::load_shared(candidate->id);
         copy_vlans(*candidate, &found);
-        return id <= UINT16_MAX ? CMD_OK : CMD_BAD_REPLY;
+        const bool is_meant = action == CMD_ACTION_GET ? id == *instance : id > *instance && id <= UINT16_MAX;
+        return is_meant ? CMD_OK : CMD_BAD_REPLY;
       });
   if (result == CMD_OK) {
     *instance = static_cast<uint16_t>(id);

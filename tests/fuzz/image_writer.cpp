@@ -1,5 +1,6 @@
 // A reader of the image beside a writer that keeps to no protocol: between any two loads of the reader's,
-// words of the image become others. Nothing is read outside of it, and answers are well-formed.
+// words of the image become others. Nothing is read outside of it, answers are well-formed, and whoever steps
+// from one interface or instance to the next never goes back.
 #include <fcntl.h>
 #include <net-snmp/net-snmp-config.h>
 //
@@ -100,7 +101,9 @@ void ask_slot(fuzz::Input *input) {
 void step_to_next_interface(fuzz::Input *input) {
   const auto if_index = input->number<uint32_t>();
   uint32_t next = 0;
-  im_get_next_ifindex(if_index, &next);
+  if (im_get_next_ifindex(if_index, &next) == CMD_OK) {
+    fuzz::require(next == 0 || next > if_index, "the next interface is behind the one asked for");
+  }
 }
 
 void ask_about_interface(fuzz::Input *input) {
@@ -140,9 +143,13 @@ void step_to_next_instance(fuzz::Input *input, void *reply) {
   const auto asked = input->number<uint16_t>();
   uint16_t instance = asked;
   stp_vlan_bmp vlans{};
-  stp_get_mst_vlan_bmp(reply, CMD_ACTION_GET_NEXT, &instance, &vlans);
+  if (stp_get_mst_vlan_bmp(reply, CMD_ACTION_GET_NEXT, &instance, &vlans) == CMD_OK) {
+    fuzz::require(instance > asked, "the next instance is behind the one asked for");
+  }
   instance = asked;
-  stp_get_mst_vlan_bmp(reply, CMD_ACTION_GET, &instance, &vlans);
+  if (stp_get_mst_vlan_bmp(reply, CMD_ACTION_GET, &instance, &vlans) == CMD_OK) {
+    fuzz::require(instance == asked, "an instance is the one asked for");
+  }
   stp_dot1d_bridgemib_get_mst_ctx(asked, &vlans);
 }
 
