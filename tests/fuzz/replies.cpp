@@ -101,7 +101,7 @@ class ReplySwitch {
 // The first of that token in a reply that was taken.
 wire::Attribute first_of(uint32_t token, const std::vector<uint8_t> &packet) {
   wire::AttributeReader reader(packet.data() + sizeof(wire::Reply), packet.size() - sizeof(wire::Reply));
-  wire::Attribute attribute;
+  wire::Attribute attribute{};
   while (reader.next(&attribute) && attribute.token != token) {
   }
   return attribute;
@@ -109,7 +109,7 @@ wire::Attribute first_of(uint32_t token, const std::vector<uint8_t> &packet) {
 
 void read_all(void *reply, const std::vector<uint8_t> &packet) {
   wire::AttributeReader reader(packet.data() + sizeof(wire::Reply), packet.size() - sizeof(wire::Reply));
-  wire::Attribute attribute;
+  wire::Attribute attribute{};
   while (reader.next(&attribute)) {
     void *value = nullptr;
     uint32_t length = 0;
