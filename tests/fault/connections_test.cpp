@@ -2,14 +2,18 @@
 // for that failing.
 #include <gtest/gtest.h>
 
-#include <array>
+#include <cstdlib>
+#include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 
 #include "agent.h"
+#include "agent_session.h"
 #include "connection.h"
 #include "every_fault.h"
 #include "lab.h"
+#include "platform/vlan_mgr.h"
 #include "small_switches.h"
 #include "support/states.h"
 
@@ -85,6 +89,32 @@ TEST_P(Connections, FollowAnImageThatHasGrown) {
     lab_.replace(std::move(large));
     EXPECT_GT(lab_.image_size(), size);
   });
+}
+
+// A question that is asked in the image alone.
+TEST_P(Connections, AreMadeForAManager) {
+  constexpr uint8_t kVlan10 = 0x20;
+  stp_vlan_bmp vlans{STP_VLAN_BITMAP_SIZE, {}};
+  vlans.bits[1] = kVlan10;
+  using Members = std::unique_ptr<vlan_mgr_baseport_bmp, decltype(&std::free)>;
+  const auto ask_manager = [&vlans] {
+    stpplatform::end_of_request();
+    return Members(vlan_mgr_get_baseport_membership_range(&vlans), &std::free);
+  };
+  const auto has_both_ports = [](const Members &members) {
+    constexpr uint8_t kPorts129And130 = 0x60;
+    return members->bits[16] == kPorts129And130;
+  };
+  Members members = ask_manager();
+  faults::strike_every_call({kMemory | kSystem, [] { stpplatform::connection().reset(); },
+                             [&] { members = ask_manager(); },
+                             [&] {
+                               EXPECT_TRUE(members == nullptr || has_both_ports(members));
+                               lab_.settle();
+                               members = ask_manager();
+                               ASSERT_NE(members, nullptr);
+                               EXPECT_TRUE(has_both_ports(members));
+                             }});
 }
 
 INSTANTIATE_TEST_SUITE_P(Both, Connections, testing::Bool(),

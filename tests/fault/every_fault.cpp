@@ -88,7 +88,7 @@ uint64_t strike_in_turn(const Operation &operation, Kind kind, bool lasts, const
 uint64_t behind(uint64_t number) {
   const char *const wants_all = std::getenv("STPSNMP_TEST_ALL");
   const bool leaves_none_out = wants_all != nullptr && std::string_view(wants_all) == "1";
-  return number + 1 + (leaves_none_out ? 0 : number / 4);
+  return number + 1 + (leaves_none_out ? 0 : number / 2);
 }
 
 void strike_every_call(const Operation &operation) {

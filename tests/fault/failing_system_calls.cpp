@@ -121,19 +121,29 @@ int __wrap_close(int fd) {
   return is_meant ? fail(EIO, -1) : result;
 }
 
-// So is the stream.
+// The stream whose reading has failed, until it is closed.
+static thread_local const FILE *unreadable = nullptr;
+
+// The stream is gone all the same, too.
 int __wrap_fclose(FILE *file) {
+  unreadable = unreadable == file ? nullptr : unreadable;
   const bool is_meant = faults::strikes(kSystem, "fclose").has_value();
   const int result = __real_fclose(file);
   return is_meant ? fail(ENOSPC, EOF) : result;
 }
 
-static thread_local const FILE *unreadable = nullptr;
-
+// Ends in the middle, before the last line of what is there.
 size_t __wrap_fread(void *octets, size_t size, size_t count, FILE *file) {
   const bool is_meant = faults::strikes(kSystem, "fread").has_value();
-  unreadable = is_meant ? file : nullptr;
-  return is_meant ? fail<size_t>(EIO, 0) : __real_fread(octets, size, count, file);
+  const size_t got = __real_fread(octets, size, count, file);
+  unreadable = is_meant ? file : unreadable;
+  if (!is_meant || got < 2) {
+    return got;
+  }
+  const void *const end = memrchr(octets, '\n', got - 2);
+  return fail<size_t>(
+      EIO,
+      end != nullptr ? static_cast<size_t>(static_cast<const char *>(end) - static_cast<char *>(octets)) : 0);
 }
 
 int __wrap_ferror(FILE *file) { return file == unreadable ? 1 : __real_ferror(file); }

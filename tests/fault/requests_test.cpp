@@ -22,6 +22,8 @@ using agent::kNothing;
 using faults::kMemory;
 using faults::kSystem;
 
+constexpr uint64_t kLongerThanALeaseMs = 600;
+
 // Of a column, or a scalar without its instance: its first object, and what follows that.
 struct Answers {
   const char *first;
@@ -199,20 +201,24 @@ Bench rapid_pvst{rapid_pvst_switch, "vlan-10"};
 
 enum class Kind { kGet, kGetNextOfColumn, kGetNextOfRow };
 
+// How a request is answered: from the image, by socket, or from the image once its lease has been renewed by
+// socket.
+enum class Way { kByImage, kBySocket, kByRenewal };
+
 struct Case {
   Bench *bench;
   const Column *column;
   Kind kind;
-  bool is_by_socket;
+  Way way;
 };
 
 void PrintTo(const Case &tested, std::ostream *out) { *out << tested.column->name; }
 
 std::string name_of(const testing::TestParamInfo<Case> &tested) {
+  constexpr const char *kWays[] = {"ByImage", "BySocket", "ByRenewal"};
   constexpr const char *kKinds[] = {"Get", "GetNextOfColumn", "GetNextOfRow"};
   return std::string(kKinds[static_cast<int>(tested.param.kind)]) + tested.param.column->name +
-         (tested.param.bench == &mst ? "OfMst" : "OfRapidPvst") +
-         (tested.param.is_by_socket ? "BySocket" : "ByImage");
+         (tested.param.bench == &mst ? "OfMst" : "OfRapidPvst") + kWays[static_cast<int>(tested.param.way)];
 }
 
 std::vector<Case> all_cases() {
@@ -220,8 +226,8 @@ std::vector<Case> all_cases() {
   const auto add = [&cases](Bench *bench, const auto &columns) {
     for (const Column &column : columns) {
       for (const Kind kind : {Kind::kGet, Kind::kGetNextOfColumn, Kind::kGetNextOfRow}) {
-        for (const bool is_by_socket : {false, true}) {
-          cases.push_back({bench, &column, kind, is_by_socket});
+        for (const Way way : {Way::kByImage, Way::kBySocket, Way::kByRenewal}) {
+          cases.push_back({bench, &column, kind, way});
         }
       }
     }
@@ -251,7 +257,7 @@ class Requests : public testing::TestWithParam<Case> {
     if (!bench().lab) {
       bench().set_up();
     }
-    bench().lab->ask_me(GetParam().is_by_socket);
+    bench().lab->ask_me(GetParam().way == Way::kBySocket);
   }
 
   static Bench &bench() { return *GetParam().bench; }
@@ -295,6 +301,9 @@ TEST_P(Requests, AreAnsweredRightOrNotAtAll) {
                              [] {
                                EXPECT_EQ(ask(), right_answer());
                                bench().turn_over();
+                               if (GetParam().way == Way::kByRenewal) {
+                                 pass_ms(kLongerThanALeaseMs);
+                               }
                              },
                              [&answer] { answer = ask(); },
                              [&answer] {
