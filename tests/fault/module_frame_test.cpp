@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string>
 
 #include "agent.h"
@@ -153,9 +153,9 @@ TEST_F(ModuleFrames, SaveTheEventHistoryOrLeaveIt) {
   faults::strike_every_call({kMemory | kSystem, [] {}, [] { stpplatform::save_event_history(); },
                              [&file] {
                                stpplatform::save_event_history();
-                               std::ifstream saved(file);
-                               const std::string text((std::istreambuf_iterator<char>(saved)), {});
-                               EXPECT_THAT(text, testing::EndsWith(" a line\n"));
+                               std::ostringstream text;
+                               text << std::ifstream(file).rdbuf();
+                               EXPECT_THAT(text.str(), testing::EndsWith(" a line\n"));
                              }});
   unsetenv("STPPLATFORM_HISTORY_FILE");
   stpplatform::read_settings();
