@@ -18,6 +18,11 @@ extern "C" int __lsan_do_recoverable_leak_check() __attribute__((weak));
 namespace faults {
 namespace {
 
+bool leaves_none_out() {
+  const char *const wants_all = std::getenv("STPSNMP_TEST_ALL");
+  return wants_all != nullptr && std::string_view(wants_all) == "1";
+}
+
 size_t mapped_images() {
   size_t count = 0;
   std::ifstream maps("/proc/self/maps");
@@ -85,11 +90,7 @@ uint64_t strike_in_turn(const Operation &operation, Kind kind, bool lasts, const
 
 }  // namespace
 
-uint64_t behind(uint64_t number) {
-  const char *const wants_all = std::getenv("STPSNMP_TEST_ALL");
-  const bool leaves_none_out = wants_all != nullptr && std::string_view(wants_all) == "1";
-  return number + 1 + (leaves_none_out ? 0 : number / 2);
-}
+uint64_t behind(uint64_t number) { return number + 1 + (leaves_none_out() ? 0 : number / 2); }
 
 void strike_every_call(const Operation &operation) {
   operation.prepare();
@@ -107,7 +108,8 @@ void strike_every_call(const Operation &operation) {
   }
   EXPECT_GT(struck, 0U);
   testing::Test::RecordProperty("calls_that_failed", std::to_string(struck));
-  if (__lsan_do_recoverable_leak_check != nullptr) {
+  // Each look takes longer than all the rest. Without it, the one at the program's end finds the same.
+  if (leaves_none_out() && __lsan_do_recoverable_leak_check != nullptr) {
     EXPECT_EQ(__lsan_do_recoverable_leak_check(), 0) << "memory has leaked";
   }
 }
