@@ -14,12 +14,23 @@ constexpr long kNsPerSecond = 1'000'000'000;
 
 // Switches in other threads read it, too.
 std::atomic<uint64_t> passed_ms = 0;
+std::atomic<time_t> wall_time = 1'000'000'000;
 
 }  // namespace
 
 void pass_ms(uint64_t ms) { passed_ms += ms; }
 
-// The program's definition wins over the C library's, for all libraries.
+void pass_wall_seconds(uint32_t seconds) { wall_time += static_cast<time_t>(seconds); }
+
+// The program's definitions win over the C library's, for all libraries.
+extern "C" time_t time(time_t *told) noexcept {
+  const time_t now = wall_time;
+  if (told != nullptr) {
+    *told = now;
+  }
+  return now;
+}
+
 extern "C" int clock_gettime(clockid_t clock, timespec *time) noexcept {
   const auto result = static_cast<int>(::syscall(SYS_clock_gettime, clock, time));
   if (result == 0 && (clock == CLOCK_MONOTONIC || clock == CLOCK_MONOTONIC_COARSE)) {

@@ -4,6 +4,7 @@ import json
 import os
 import signal
 import subprocess
+import sys
 from pathlib import Path
 
 import pytest
@@ -129,6 +130,35 @@ def test_nothing_of_a_ring_stays_when_its_holder_ends(hold, kind, number):
     if number != signal.SIGKILL:
         assert not holder.file.exists()
         assert not holder.folder.exists()
+
+
+# The lab, where the first process that would write into its folder does so without end, and the end comes before anything
+# is noted of that process.
+ENDED_IN_THE_MOMENT_OF_A_START = '''
+import os, runpy, signal, subprocess, sys
+lab = sys.argv[1]
+sys.argv = sys.argv[1:]
+sys.path.insert(0, os.path.dirname(lab))
+from bridge_lab.namespaces import Namespace, as_child
+def start(*_, **__):
+    left = sys.argv[-1] + '/left'
+    writing = 'import os, sys\\nwhile True: os.makedirs(sys.argv[1], exist_ok=True)'
+    subprocess.Popen([*as_child(), sys.executable, '-c', writing, left])
+    while not os.path.exists(left):
+        pass
+    os.kill(os.getpid(), signal.SIGTERM)
+Namespace.start = start
+runpy.run_path(lab, run_name='__main__')
+'''
+
+
+@pytest.mark.usefixtures('open_vswitch', 'namespaces')
+def test_nothing_stays_of_what_a_holder_starts_in_the_moment_of_its_end(tmp_path):
+    folder = tmp_path / 'f'
+    ended = subprocess.run([sys.executable, '-c', ENDED_IN_THE_MOMENT_OF_A_START, LAB, 'hold', 'openvswitch',
+                            tmp_path / 'ring.json', folder], check=False, capture_output=True, text=True, timeout=60)
+    assert (ended.returncode, ended.stderr) == (0, '')
+    assert not folder.exists()
 
 
 def test_what_starts_without_its_maker_does_not_run(tmp_path):
