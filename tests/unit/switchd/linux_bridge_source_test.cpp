@@ -124,6 +124,8 @@ TEST_F(LinuxBridges, AreReadAtTheStart) {
      add_cable("v0", "w0") + add_cable("v1", "w1") + "link set w0 up\n" + plug("v0", "br0") +
      plug("v1", "br0"));
   run("bridge link set dev v1 cost 17 priority 16 root_block on");
+  // The kernel tells a bridge of a link a moment later.
+  run("timeout 60 sh -c 'while bridge link show dev v0 | grep -q \"state disabled\"; do :; done'");
   start();
   EXPECT_EQ(state_.settings.name, "br0");
   EXPECT_EQ(state_.settings.mode, SpanningTreeMode::kMst);
