@@ -1,6 +1,8 @@
 // Registration with the real agent library.
 #include "registration.h"
 
+#include <utility>
+
 #include <gtest/gtest.h>
 
 #include "stpsnmp/agent.h"
@@ -105,6 +107,28 @@ TEST_F(Registration, LeavesNothingBehindWhereAnotherModuleHoldsTheRoot) {
   ASSERT_EQ(stpsnmp::register_objects(), 0);
   stpsnmp::unregister_objects();
   expect_all("");
+}
+
+// As the agent leaves it where there was no memory for a copy of who registered it.
+TEST_F(Registration, LeavesAnEntryOfWhichNobodyTellsWhoRegisteredIt) {
+  oid id[] = {1, 3, 6, 1, 4, 1, ENTERPRISE, 9, 82, 1, 8, 3};
+  ASSERT_EQ(register_other(id, std::size(id), DEFAULT_MIB_PRIORITY), 0);
+  netsnmp_subtree *const entry = netsnmp_subtree_find(id, std::size(id), nullptr, "");
+  netsnmp_handler_registration *const registration = std::exchange(entry->reginfo, nullptr);
+  stpsnmp::unregister_objects();
+  EXPECT_EQ(registrant(10), "other");
+  entry->reginfo = registration;
+  EXPECT_EQ(unregister_mib(id, std::size(id)), 0);
+}
+
+TEST_F(Registration, LeavesAnEntryOfAnotherModuleWhoseHandlerHasNoVariable) {
+  oid id[] = {1, 3, 6, 1, 4, 1, ENTERPRISE, 9, 82, 1, 8, 3};
+  netsnmp_handler_registration *const other = netsnmp_create_handler_registration(
+      "other", netsnmp_old_api_helper, id, std::size(id), HANDLER_CAN_RONLY);
+  ASSERT_EQ(netsnmp_register_handler(other), MIB_REGISTERED_OK);
+  stpsnmp::unregister_objects();
+  EXPECT_EQ(registrant(10), "other");
+  EXPECT_EQ(netsnmp_unregister_handler(other), MIB_UNREGISTERED_OK);
 }
 
 TEST_F(Registration, LeavesNothingBehindUnderAnEntryOfHigherPriority) {
