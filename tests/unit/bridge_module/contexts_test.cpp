@@ -15,6 +15,7 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 
 constexpr size_t kMostParts = 10'000;
 
@@ -220,9 +221,14 @@ TEST_F(Contexts, StayWhereNobodyTellsWhatRuns) {
   run({1, 20});
   follow();
   const auto answer = fake::platform().answer;
-  for (const fake::Send &useless : {fake::Send{0, false}, fake::Send{0, true, fake::Attributes{}}}) {
+  fake::platform().writes_trace = true;
+  for (const fake::Send &useless : {fake::Send{0, false}, fake::Send{0, true, fake::Attributes{}},
+                                    fake::Send{0, true, fake::Attributes{{0x14029001, fake::number(1)}}},
+                                    fake::Send{0, true, fake::Attributes{{0x0202B001, fake::number(5)}}}}) {
     fake::platform().answer = [useless](const fake::Request &) { return useless; };
+    fake::taken_trace();
     EXPECT_EQ(follow(), 1U);
+    EXPECT_THAT(fake::taken_trace(), Not(Contains(HasSubstr("find_running_tree"))));
     EXPECT_THAT(vlans(), ElementsAre(1, 20));
   }
   fake::platform().answer = answer;
@@ -309,6 +315,17 @@ TEST_F(Contexts, ThatTheAgentRefusesAreTriedAgain) {
     run({});
     follow();
   }
+}
+
+TEST_F(Contexts, OfAnMstInstanceThatTheAgentRefusesIsTriedAgain) {
+  bridge_.has_mst_trees = true;
+  run({0, 20});
+  fake_agent::refuse_registration_after(0);
+  follow();
+  EXPECT_THAT(instances(), ElementsAre(20));
+  follow();
+  EXPECT_THAT(instances(), ElementsAre(0, 20));
+  EXPECT_THAT(vlans(), IsEmpty());
 }
 
 TEST_F(Contexts, FollowTheNextNotificationWhereNoAlarmCanBeSet) {

@@ -1,7 +1,9 @@
 #include "fake_alarms.h"
 
+#include <cstring>
 #include <map>
 #include <optional>
+#include <utility>
 
 #include "stpsnmp/agent.h"
 
@@ -21,6 +23,8 @@ unsigned latest_alarm = 0;
 long latest_delay = 0;
 bool refuses_alarms = false;
 std::optional<size_t> registrations_until_refusal;
+bool fails_creation = false;
+bool fails_copy = false;
 
 }  // namespace
 
@@ -30,6 +34,7 @@ void reset() {
   set_alarms().clear();
   refuses_alarms = false;
   registrations_until_refusal.reset();
+  fails_creation = fails_copy = false;
 }
 
 size_t alarms() { return set_alarms().size(); }
@@ -58,16 +63,30 @@ void set_refuses_alarms(bool refuses) { refuses_alarms = refuses; }
 
 void refuse_registration_after(size_t count) { registrations_until_refusal = count; }
 
+void fail_next_creation() { fails_creation = true; }
+
+void fail_next_copy() { fails_copy = true; }
+
 }  // namespace fake_agent
 
 extern "C" {
 
 int __real_netsnmp_register_handler(netsnmp_handler_registration *registration);
+netsnmp_handler_registration *__real_netsnmp_create_handler_registration(const char *name,
+                                                                         Netsnmp_Node_Handler *handler,
+                                                                         const oid *id, size_t id_length,
+                                                                         int modes);
+char *__real_strdup(const char *text);
 
 unsigned __wrap_snmp_alarm_register_hr(timeval delay, unsigned flags, SNMPAlarmCallback *callback,
                                        void *argument);
 void __wrap_snmp_alarm_unregister(unsigned alarm);
 int __wrap_netsnmp_register_handler(netsnmp_handler_registration *registration);
+netsnmp_handler_registration *__wrap_netsnmp_create_handler_registration(const char *name,
+                                                                         Netsnmp_Node_Handler *handler,
+                                                                         const oid *id, size_t id_length,
+                                                                         int modes);
+char *__wrap_strdup(const char *text);
 
 unsigned __wrap_snmp_alarm_register_hr(timeval delay, unsigned flags, SNMPAlarmCallback *callback,
                                        void *argument) {
@@ -90,5 +109,19 @@ int __wrap_netsnmp_register_handler(netsnmp_handler_registration *registration) 
     return MIB_REGISTRATION_FAILED;
   }
   return __real_netsnmp_register_handler(registration);
+}
+
+netsnmp_handler_registration *__wrap_netsnmp_create_handler_registration(const char *name,
+                                                                         Netsnmp_Node_Handler *handler,
+                                                                         const oid *id, size_t id_length,
+                                                                         int modes) {
+  if (std::exchange(fails_creation, false)) {
+    return nullptr;
+  }
+  return __real_netsnmp_create_handler_registration(name, handler, id, id_length, modes);
+}
+
+char *__wrap_strdup(const char *text) {
+  return std::exchange(fails_copy, false) ? nullptr : __real_strdup(text);
 }
 }

@@ -1,5 +1,5 @@
-// The agent's alarms, and its refusals. The program must be linked with --wrap=snmp_alarm_register_hr,
-// --wrap=snmp_alarm_unregister and --wrap=netsnmp_register_handler.
+// The agent's alarms, and its refusals. The program must be linked with --wrap for each function that is
+// replaced.
 #pragma once
 
 #include <cstddef>
@@ -24,5 +24,9 @@ void set_refuses_alarms(bool refuses);
 
 // Refuses the registration that comes after `count` others.
 void refuse_registration_after(size_t count);
+
+// No memory for the next registration, or for its copy of the context's name.
+void fail_next_creation();
+void fail_next_copy();
 
 }  // namespace fake_agent

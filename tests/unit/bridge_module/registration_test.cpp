@@ -86,6 +86,19 @@ TEST_F(Registration, OfATreeThatIsRefusedRegistersNothing) {
   EXPECT_EQ(registered::names("20"), "");
 }
 
+TEST_F(Registration, ThatMemoryIsLackingForRegistersNothing) {
+  for (void (*const lack_memory)() : {fake_agent::fail_next_creation, fake_agent::fail_next_copy}) {
+    lack_memory();
+    EXPECT_FALSE(stpbridge::register_default_context());
+    EXPECT_EQ(registered::names(""), "");
+    lack_memory();
+    EXPECT_FALSE(stpbridge::register_context("20"));
+    EXPECT_EQ(registered::names("20"), "");
+  }
+  EXPECT_TRUE(stpbridge::register_context("20"));
+  stpbridge::unregister_context("20");
+}
+
 TEST_F(Registration, WhereAnotherModuleIsLeavesItThere) {
   const oid id[] = {1, 3, 6, 1, 2, 1, 17, 2};
   netsnmp_handler_registration *other =
