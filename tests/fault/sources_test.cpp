@@ -1,6 +1,5 @@
 // Where the switch's state comes from, with whatever is called for that failing. While a source begins,
-// anything may end the process, with a line that says why; later, only the end of memory does, which its own
-// test shows.
+// anything may end the process, with a line that says why; later, only the end of memory does.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
