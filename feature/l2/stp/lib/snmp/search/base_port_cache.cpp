@@ -20,11 +20,10 @@ constexpr int64_t kMaxAge = 10;
 // Of the whole module, and never emptied.
 struct {
   time_t filled;  // 0: never
-  uint32_t size;  // octets
   uint8_t bits[BASEPORT_BITMAP_SIZE];
 } cache;
 
-bool is_stale(time_t now) { return cache.filled == 0 || cache.size == 0 || now > cache.filled + kMaxAge; }
+bool is_stale(time_t now) { return cache.filled == 0 || now > cache.filled + kMaxAge; }
 
 }  // namespace
 
@@ -40,7 +39,6 @@ vlan_mgr_baseport_bmp *cached_members(const stp_vlan_bmp *vlans) {
       STP_LOG(kRejection, "%s:%d vlan_mgr_get_baseport_membership_range returns NULL \n", kCached, __LINE__);
       return nullptr;
     }
-    cache.size = BASEPORT_BITMAP_SIZE;
     std::memcpy(cache.bits, fresh->bits, sizeof cache.bits);
     cache.filled = time(nullptr);
     return fresh;

@@ -43,10 +43,10 @@ int answer_setting(const RowRequest &request, const PortSetting<Row> &setting, R
   if (!find_base_port_row(request, setting.command, STP_KEY_INTERFACE, &reply, &port_id)) {
     return kFailed;
   }
-  if (!reply) {
+  if (!reply) {  // GCOVR_EXCL_START: a port that is found has a reply
     STP_LOG(kTrace, "\n%s(%d): resp_h is NULL\n", caller.function, caller.line);
     return kFailed;
-  }
+  }  // GCOVR_EXCL_STOP
   const int result = setting.parse(reply, row);
   reply.release();
   if (result != 0) {

@@ -95,9 +95,6 @@ bool exists_in_mode(const InconsistencyTable &table, cmd_action action) {
 }
 
 int parse_reply(const InconsistencyTable &table, const Reply &reply, InconsistencyRow *row) {
-  if (!reply) {
-    return kFailed;
-  }
   read_index(reply, row);
   uint32_t state = 0;
   const int result = reply.read_number(STP_ATTRIBUTE_INCONSISTENCY, &state);

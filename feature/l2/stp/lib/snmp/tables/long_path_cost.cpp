@@ -61,10 +61,10 @@ int get_stp_entry_from_port_id(cmd_action action, uint16_t *port_id, Reply *repl
     reply->release();
     return failed();
   }
-  if (!*reply) {
+  if (!*reply) {  // GCOVR_EXCL_START: an entry that is found has a reply
     STP_LOG(kTrace, "\n%s(%d): resp_h is NULL\n", __func__, __LINE__);
     return kFailed;
-  }
+  }  // GCOVR_EXCL_STOP
   return 0;
 }
 

@@ -73,11 +73,8 @@ struct TreePortValue {
 template <class Row>
 int answer_tree_port(const RowRequest &request, const TreePortValue<Row> &value, uint16_t port_id,
                      Reply *reply, Row *row) {
-  int result = kFailed;
-  if (*reply) {
-    read_index(*reply, row);
-    result = value.parse(*reply, row);
-  }
+  read_index(*reply, row);
+  const int result = value.parse(*reply, row);
   reply->release();
   if (result != 0) {
     STP_LOG(kTrace, "parse_reply_%s failed\n", value.table);
