@@ -30,10 +30,11 @@ void add_id(stp_attribute priority, stp_attribute mac, const uint8_t &is_known, 
 void add_topology_age(uint64_t changed_at_ns, Answer *answer) {
   constexpr uint64_t kHundredthNs = 10'000'000;
   constexpr uint64_t kSecondNs = 1'000'000'000;
-  timespec now{};
-  if (changed_at_ns == 0 || clock_gettime(CLOCK_MONOTONIC, &now) != 0) {
+  if (changed_at_ns == 0) {
     return;
   }
+  timespec now;
+  clock_gettime(CLOCK_MONOTONIC, &now);
   const uint64_t now_ns = static_cast<uint64_t>(now.tv_sec) * kSecondNs + static_cast<uint64_t>(now.tv_nsec);
   const uint64_t age_ns = now_ns > changed_at_ns ? now_ns - changed_at_ns : 0;
   answer->add_number(STP_ATTRIBUTE_TOPOLOGY_AGE, static_cast<uint32_t>(age_ns / kHundredthNs));

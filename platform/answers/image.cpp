@@ -127,17 +127,12 @@ bool Image::find_ports_of(uint32_t tree, uint32_t *first, uint32_t *end) const {
   return *first <= *end && *end <= tree_ports_.count;
 }
 
-// The first place in a tree, or behind its ports, at which the interface's position is not below `interface`.
-cmd_result Image::first_tree_port(uint32_t tree, uint32_t interface, uint32_t *position) const {
-  uint32_t first = 0;
-  uint32_t end = 0;
-  if (!find_ports_of(tree, &first, &end)) {
-    return CMD_BAD_REPLY;
-  }
-  *position = search(first, end, &latest_tree_port_, [this, interface](uint32_t candidate) {
+// The first place among a tree's ports, or behind them, at which the interface's position is not below
+// `interface`.
+uint32_t Image::first_tree_port(uint32_t first, uint32_t end, uint32_t interface) const {
+  return search(first, end, &latest_tree_port_, [this, interface](uint32_t candidate) {
     return load_shared(tree_ports_[candidate].interface) < interface;
   });
-  return CMD_OK;
 }
 
 // Where a search for the key begins: the key's own place, or for CMD_ACTION_GET_NEXT the one behind it.
@@ -147,8 +142,14 @@ cmd_result Image::find_position(const TreePortKey &key, cmd_action action, uint3
   if (key.tree >= wire::kTrees || (wants_next && key.if_index == kBeginning && !runs_tree(key.tree))) {
     return CMD_NO_ENTRY;
   }
+  uint32_t first = 0;
+  uint32_t end = 0;
+  if (!find_ports_of(key.tree, &first, &end)) {
+    return CMD_BAD_REPLY;
+  }
   const uint32_t interface = wants_next ? interface_behind(key.if_index) : first_interface(key.if_index);
-  return first_tree_port(key.tree, interface, position);
+  *position = first_tree_port(first, end, interface);
+  return CMD_OK;
 }
 
 // What stands there is read once: it may be another port a moment later.

@@ -107,7 +107,7 @@ class Image {
   bool is_latest(uint32_t if_index) const;
   static bool holds(const uint8_t (&set)[wire::kTreeSetSize], uint32_t id);
   bool find_ports_of(uint32_t tree, uint32_t *first, uint32_t *end) const;
-  cmd_result first_tree_port(uint32_t tree, uint32_t interface, uint32_t *position) const;
+  uint32_t first_tree_port(uint32_t first, uint32_t end, uint32_t interface) const;
   cmd_result find_position(const TreePortKey &key, cmd_action action, uint32_t *position) const;
   cmd_result take(uint32_t position, TreePort *found) const;
   cmd_result take_result(uint32_t position, const TreePortKey &key, cmd_action action, TreePort *found) const;

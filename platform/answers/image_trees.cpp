@@ -30,8 +30,11 @@ cmd_result Image::find_port_by_number(uint32_t tree, uint32_t number, cmd_action
                                       TreePort *found) const {
   uint32_t first = 0;
   uint32_t end = 0;
-  if (tree >= wire::kTrees || !find_ports_of(tree, &first, &end)) {
-    return tree >= wire::kTrees ? CMD_NO_ENTRY : CMD_BAD_REPLY;
+  if (tree >= wire::kTrees) {
+    return CMD_NO_ENTRY;
+  }
+  if (!find_ports_of(tree, &first, &end)) {
+    return CMD_BAD_REPLY;
   }
   // Where an interface is none of the image's, its number is 0.
   const auto number_at = [this](uint32_t place) {
@@ -45,12 +48,9 @@ cmd_result Image::find_port_by_number(uint32_t tree, uint32_t number, cmd_action
   if (place == end || (!wants_next && number_at(place) != number)) {
     return CMD_NO_ENTRY;
   }
-  uint32_t position = 0;
   const uint32_t interface = load_shared(by_number_[place]);
-  cmd_result result = first_tree_port(tree, interface, &position);
-  if (result == CMD_OK) {
-    result = position < end ? take(position, found) : CMD_BAD_REPLY;
-  }
+  const uint32_t position = first_tree_port(first, end, interface);
+  const cmd_result result = position < end ? take(position, found) : CMD_BAD_REPLY;
   return result == CMD_OK && load_shared(found->entry->interface) != interface ? CMD_BAD_REPLY : result;
 }
 
