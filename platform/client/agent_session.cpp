@@ -41,15 +41,10 @@ struct RequestIdentity {
 };
 RequestIdentity current_request = {};
 
+// Set before the first request is seen.
 using Listener = void (*)();
 constinit Listener on_begin = nullptr;
 constinit Listener on_end = nullptr;
-
-void tell(Listener listener) {
-  if (listener != nullptr) {
-    listener();
-  }
-}
 
 // Copies `length` bytes as a text; nothing when it would not be the same text there. Returns the length
 // copied.
@@ -116,7 +111,7 @@ int on_access_check(int, int, void *parameters, void *) {
       copy_text(and_context_name, AND_CONTEXT_NAME_MAX + 1, pdu->contextName, pdu->contextNameLen));
   copy_user(*pdu);
   session = session_number(*pdu, user_name);
-  tell(on_begin);
+  on_begin();
   return SNMPERR_SUCCESS;
 }
 
@@ -150,7 +145,7 @@ void end_of_request() {
   and_context_name_len = 0;
   user_name[0] = '\0';
   session = 0;
-  tell(on_end);
+  on_end();
 }
 
 }  // namespace stpplatform

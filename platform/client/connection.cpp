@@ -42,26 +42,21 @@ cmd_result Connection::renew_lease() {
 cmd_result Connection::exchange(wire::MessageHeader *message, wire::MessageType type,
                                 ReplyAttributes *attributes) {
   return waiting_time().spend([&](const Deadline &deadline) {
-    const bool was_idle = is_open();
-    const cmd_result opened = ensure_open(deadline);
-    if (opened != CMD_OK) {
-      return opened;
-    }
     sequence_ = wire::next_sequence(sequence_);
     *message = {wire::kMagic, wire::kVersion, static_cast<uint16_t>(type), message->length, sequence_};
     cmd_result status = CMD_OK;
-    const cmd_result result = attempt(*message, was_idle, deadline, &status, attributes);
+    const cmd_result result = attempt(*message, deadline, &status, attributes);
     return result == CMD_OK ? status : result;
   });
 }
 
-cmd_result Connection::attempt(const wire::MessageHeader &message, bool was_idle, const Deadline &deadline,
+cmd_result Connection::attempt(const wire::MessageHeader &message, const Deadline &deadline,
                                cmd_result *status, ReplyAttributes *attributes) {
   cmd_result result = send_packet(socket_, &message, message.length, deadline);
-  if (result == CMD_UNREACHABLE && was_idle) {
+  if (result == CMD_UNREACHABLE) {
     // The switch was restarted since the last request. It has not seen this one.
     drop();
-    result = ensure_open(deadline);
+    result = connect_unless_left_alone(deadline);
     if (result != CMD_OK) {
       return result;
     }
@@ -82,10 +77,8 @@ cmd_result Connection::attempt(const wire::MessageHeader &message, bool was_idle
 }
 
 cmd_result Connection::open() {
-  if (is_open()) {
-    return CMD_OK;
-  }
-  return waiting_time().spend([this](const Deadline &deadline) { return ensure_open(deadline); });
+  return waiting_time().spend(
+      [this](const Deadline &deadline) { return connect_unless_left_alone(deadline); });
 }
 
 cmd_result Connection::reopen() {
@@ -105,10 +98,7 @@ void Connection::reset() {
   malformed_.reset();
 }
 
-cmd_result Connection::ensure_open(const Deadline &deadline) {
-  if (is_open()) {
-    return CMD_OK;
-  }
+cmd_result Connection::connect_unless_left_alone(const Deadline &deadline) {
   if (!backoff_.allows(monotonic_ms())) {
     return CMD_UNREACHABLE;
   }

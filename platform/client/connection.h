@@ -26,9 +26,9 @@ class Connection {
   Connection(const Connection &) = delete;
   Connection &operator=(const Connection &) = delete;
 
-  // Sends a request, `request->header.length` bytes of which the header's other fields are filled in here,
-  // and receives the reply. Returns CMD_OK with `*attributes` set, valid until the next call; the switch's
-  // refusal; or what went wrong.
+  // Sends a request on the connection, which stands: `request->header.length` bytes of which the header's
+  // other fields are filled in here. Receives the reply. Returns CMD_OK with `*attributes` set, valid until
+  // the next call; the switch's refusal; or what went wrong.
   cmd_result exchange(wire::Request *request, ReplyAttributes *attributes);
 
   // Has the switch renew the image's lease. Returns as above.
@@ -37,7 +37,7 @@ class Connection {
   // The switch's image, mapped while the connection stands.
   ImageReader &image() { return image_; }
 
-  // Makes the connection where it does not stand; makes it anew, because the image was moved.
+  // Makes the connection, which does not stand; makes it anew, because the image was moved.
   cmd_result open();
   cmd_result reopen();
 
@@ -56,10 +56,10 @@ class Connection {
 
  private:
   cmd_result exchange(wire::MessageHeader *message, wire::MessageType type, ReplyAttributes *attributes);
-  cmd_result ensure_open(const Deadline &deadline);
+  cmd_result connect_unless_left_alone(const Deadline &deadline);
   cmd_result connect(const Deadline &deadline);
-  cmd_result attempt(const wire::MessageHeader &message, bool was_idle, const Deadline &deadline,
-                     cmd_result *status, ReplyAttributes *attributes);
+  cmd_result attempt(const wire::MessageHeader &message, const Deadline &deadline, cmd_result *status,
+                     ReplyAttributes *attributes);
   cmd_result failed(cmd_result result, const char *what);
   void answered();
   void drop();

@@ -24,14 +24,9 @@ struct Subscription {
 
 constinit Subscription subscriptions[kMaxNotificationClasses] = {};
 
+// Set before the first subscription.
 using Listener = void (*)();
 constinit Listener subscription_listener = nullptr;
-
-void tell_of_change() {
-  if (subscription_listener != nullptr) {
-    subscription_listener();
-  }
-}
 
 Subscription *find_subscription(uint32_t notification_class) {
   for (Subscription &subscription : subscriptions) {
@@ -137,7 +132,7 @@ STPPLATFORM_EXPORT int register_for_notification(uint32_t notification_class, no
   }
   *place = {notification_class, handler, false};
   if (is_new) {
-    stpplatform::tell_of_change();
+    stpplatform::subscription_listener();
   }
   return 0;
 }
@@ -148,7 +143,7 @@ STPPLATFORM_EXPORT int unregister_for_notification(uint32_t notification_class) 
     return 1;
   }
   *subscription = {};
-  stpplatform::tell_of_change();
+  stpplatform::subscription_listener();
   return 0;
 }
 

@@ -10,6 +10,8 @@
 //
 #include <gtest/gtest.h>
 #include <net-snmp/agent/agent_callbacks.h>
+#include <net-snmp/library/snmpTCPDomain.h>
+#include <net-snmp/library/snmpTCPIPv6Domain.h>
 #include <net-snmp/library/snmpUDPDomain.h>
 #include <net-snmp/library/snmpUDPIPv6Domain.h>
 #include <net-snmp/library/snmpUnixDomain.h>
@@ -24,6 +26,8 @@ namespace {
 
 constexpr oid kUdp[] = {1, 3, 6, 1, 6, 1, 1};
 constexpr oid kUdp6[] = {TRANSPORT_DOMAIN_UDP_IPV6};
+constexpr oid kTcp[] = {TRANSPORT_DOMAIN_TCP_IP};
+constexpr oid kTcp6[] = {TRANSPORT_DOMAIN_TCP_IPV6};
 constexpr oid kUnix[] = {TRANSPORT_DOMAIN_LOCAL};
 constexpr oid kUnheardOf[] = {1, 3, 6, 1, 4, 1, 32473, 1};
 
@@ -304,6 +308,26 @@ TEST_F(Communities, EveryTransportHasItsOwnConfiguration) {
   other.set_community("public");
   other.check();
   EXPECT_EQ(user(), "");
+  Request nowhere(4);
+  nowhere.pdu.tDomain = nullptr;
+  nowhere.pdu.tDomainLen = 0;
+  nowhere.set_community("public");
+  nowhere.check();
+  EXPECT_EQ(user(), "");
+}
+
+TEST_F(Communities, TcpHasTheConfigurationOfUdp) {
+  Request v4(1);
+  v4.set_domain(kTcp);
+  v4.set_community("private");
+  v4.check();
+  EXPECT_EQ(user(), "writer");
+  Request v6(2);
+  v6.set_address6("2001:db8::1", 40000);
+  v6.set_domain(kTcp6);
+  v6.set_community("public");
+  v6.check();
+  EXPECT_EQ(user(), "reader6");
 }
 
 TEST_F(AgentSessions, OneManagerKeepsItsSession) {
@@ -339,6 +363,15 @@ TEST_F(AgentSessions, SessionsDifferByUserPortAddressAndTransport) {
   add("alice", [](Request *request) { request->pdu.transport_data = nullptr; });
   EXPECT_EQ(sessions.size(), 10U);
   EXPECT_EQ(sessions.count(0), 0U);
+}
+
+// These four octets have the hash 0.
+TEST_F(AgentSessions, NoManagerHasTheSessionOfNobody) {
+  Request request(1);
+  request.set_user("\xCC\x24\x31\xC4");
+  request.pdu.tDomain = nullptr;
+  request.pdu.transport_data = nullptr;
+  EXPECT_EQ(session_of(&request), 2166136261U);
 }
 
 TEST_F(AgentSessions, ThousandsOfManagersHaveSessionsOfTheirOwn) {

@@ -81,6 +81,17 @@ TEST_F(Answers, AreGivenWhereNothingContradicts) {
   EXPECT_EQ(ask(protocol::kMstRegion, {}, "guest"), CMD_REFUSED);
 }
 
+TEST_F(Answers, NeedEachTableWithinTheSlot) {
+  const std::vector<uint8_t> whole = octets_;
+  for (size_t i = 0; i < wire::kSlotTables; ++i) {
+    for (const wire::ImageTable wrong : {wire::ImageTable{0, UINT32_MAX}, {UINT32_MAX - 7, 0}, {4, 0}}) {
+      octets_ = whole;
+      reinterpret_cast<wire::ImageTable *>(octets_.data())[i] = wrong;
+      EXPECT_FALSE(image().is_sound()) << "table " << i;
+    }
+  }
+}
+
 TEST_F(Answers, NeedAsManyRecordsOfBridgePortsAsInterfaces) {
   for (const uint32_t count : {0U, 2U, 4U}) {
     slot().bridge_ports.count = count;

@@ -239,6 +239,20 @@ TEST_F(Channels, WithALeaseOfAnotherClockCommandsAreAskedBySocket) {
   EXPECT_EQ(switch_.requests().size(), 1U);
 }
 
+TEST_F(Channels, ManagersGiveUpAnImageThatNeverStandsStill) {
+  int looks = 0;
+  const auto look = [&](const stpplatform::answers::Image &) {
+    ++looks;
+    switch_.image().publish(with_root_guard(STP_GUARD_ENABLED));
+    return CMD_OK;
+  };
+  EXPECT_EQ(stpplatform::ask_image(stpplatform::Vouching::kNow, look), CMD_TIMEOUT);
+  EXPECT_GT(looks, 1);
+  EXPECT_EQ(ask_manager(), CMD_OK);
+  EXPECT_EQ(switch_.connections(), 1U) << "nothing is wrong with it";
+  EXPECT_TRUE(LogCapture::take().empty());
+}
+
 class MovedImages : public Channels {
  protected:
   MovedImages() {

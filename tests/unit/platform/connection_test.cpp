@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <cstddef>
 #include <fstream>
@@ -19,6 +20,7 @@
 
 #include "backoff.h"
 #include "connection.h"
+#include "failing_calls.h"
 #include "full_descriptor_table.h"
 #include "platform/im.h"
 #include "platform_test.h"
@@ -288,6 +290,23 @@ TEST_F(Connections, ASpuriousWakeupKeepsTheConnection) {
   external_readfdfunc[0](external_readfd[0], external_readfd_data[0]);
   EXPECT_TRUE(switch_answers());
   EXPECT_EQ(switch_.connections(), 1U);
+}
+
+TEST_F(Connections, AWakeupThatASignalInterruptsKeepsTheConnection) {
+  EXPECT_TRUE(switch_answers());
+  failing_calls::fail_next_recv(EINTR);
+  external_readfdfunc[0](external_readfd[0], external_readfd_data[0]);
+  EXPECT_TRUE(switch_answers());
+  EXPECT_EQ(switch_.connections(), 1U);
+}
+
+TEST_F(Connections, AnErrorDropsTheIdleConnection) {
+  EXPECT_TRUE(switch_answers());
+  failing_calls::fail_next_recv(ECONNRESET);
+  external_readfdfunc[0](external_readfd[0], external_readfd_data[0]);
+  EXPECT_EQ(watched_descriptors(), 0);
+  EXPECT_TRUE(switch_answers());
+  EXPECT_EQ(switch_.connections(), 2U);
 }
 
 TEST_F(Connections, UnaskedInputDropsTheIdleConnection) {

@@ -1,4 +1,5 @@
 // The event history and the debug print.
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -6,13 +7,16 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <memory>
 #include <stdexcept>
 
 #include "event_history.h"
+#include "fake_clock.h"
 #include "platform/evhist.h"
 #include "platform_test.h"
 #include "text_line.h"
+#include "wire/owned_fd.h"
 
 using stpplatform::EventHistory;
 
@@ -77,6 +81,10 @@ class History : public testing::Test {
     set_environment("STPPLATFORM_HISTORY_FILE", file_);
     stpplatform::save_event_history();
     return lines_of(std::ifstream(file_));
+  }
+
+  std::string not_permitted() const {
+    return "stpplatform: " + file_ + ": the event history cannot be written: Operation not permitted\n";
   }
 
   LogCapture log_;
@@ -214,6 +222,45 @@ TEST_F(History, FollowsNoLinkAndWritesIntoNothingButAFile) {
                 "/nowhere/history: the event history cannot be written: No such file or directory\n");
 }
 
+TEST_F(History, IsNotWrittenIntoAPipeThatSomebodyReads) {
+  keep("one");
+  ASSERT_EQ(mkfifo(file_.c_str(), 0600), 0);
+  const OwnedFd reader(open(file_.c_str(), O_RDONLY | O_NONBLOCK));
+  set_environment("STPPLATFORM_HISTORY_FILE", file_);
+  stpplatform::save_event_history();
+  EXPECT_EQ(LogCapture::take(), std::vector{not_permitted()});
+  char octet = 0;
+  EXPECT_EQ(read(reader.get(), &octet, sizeof octet), 0) << "nothing, and nobody writes";
+}
+
+TEST_F(History, IsNotWrittenIntoTheFileOfAnotherUser) {
+  constexpr uid_t kOther = 1;
+  if (geteuid() != 0) {
+    GTEST_SKIP() << "only root can give a file away";
+  }
+  keep("one");
+  std::ofstream(file_) << "precious";
+  ASSERT_EQ(chown(file_.c_str(), kOther, static_cast<gid_t>(-1)), 0);
+  EXPECT_EQ(save(), std::vector<std::string>{"precious"});
+  EXPECT_EQ(LogCapture::take(), std::vector{not_permitted()});
+}
+
+TEST_F(History, SaysWhenARecordWasLeft) {
+  const FixedDate date({1767323045, 678'901'234});
+  keep("one");
+  EXPECT_EQ(dump(), std::vector<std::string>{"2026-01-02T03:04:05.678901Z 0x730000 101 one"});
+}
+
+TEST_F(History, LeavesOutADateThatHasNoFormOrNoYear) {
+  constexpr time_t kFirstOfYear10000 = 253'402'300'800;
+  for (const time_t seconds : {kFirstOfYear10000, std::numeric_limits<time_t>::max()}) {
+    stpplatform::event_history().clear();
+    const FixedDate date({seconds, 0});
+    keep("one");
+    EXPECT_EQ(dump(), std::vector<std::string>{".000000Z 0x730000 101 one"}) << seconds;
+  }
+}
+
 TEST(DebugPrint, TheLevelDecidesWhatIsPrinted) {
   set_environment("STPPLATFORM_DEBUG_LEVEL", std::nullopt);
   EXPECT_EQ(evhist_chk_int(0, 0, 0, 1), 0);
@@ -249,6 +296,9 @@ TEST(DebugPrint, NothingIsPrintedOfNothing) {
   LogCapture log;
   const char *volatile nothing = nullptr;
   dbgprint(1, nothing, 0, "text");
+  // As a program calls it that is compiled without the check of formats.
+  void (*const print)(int, const char *, int, const char *, ...) = dbgprint;
+  print(1, evhist_dbg_modname, 0, nothing);
   EXPECT_TRUE(LogCapture::take().empty());
 }
 

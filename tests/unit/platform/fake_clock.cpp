@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <ctime>
+#include <optional>
 
 namespace {
 
@@ -12,6 +13,8 @@ constexpr uint64_t kNsPerMs = 1'000'000;
 std::atomic<bool> stopped = false;
 std::atomic<uint64_t> stopped_at_ns = 0;
 std::atomic<uint64_t> coarse_lag_ns = 0;
+
+std::optional<timespec> fixed_date;
 
 timespec time_of(uint64_t ns) {
   return {static_cast<time_t>(ns / kNsPerSecond), static_cast<long>(ns % kNsPerSecond)};
@@ -25,6 +28,10 @@ int __real_clock_gettime(clockid_t clock, timespec *time);
 int __real_clock_getres(clockid_t clock, timespec *resolution);
 
 int __wrap_clock_gettime(clockid_t clock, timespec *time) {
+  if (clock == CLOCK_REALTIME_COARSE && fixed_date) {
+    *time = *fixed_date;
+    return 0;
+  }
   if (!stopped || (clock != CLOCK_MONOTONIC && clock != CLOCK_MONOTONIC_COARSE)) {
     return __real_clock_gettime(clock, time);
   }
@@ -60,3 +67,7 @@ void StoppedClock::set_ns(uint64_t ns) { stopped_at_ns = ns; }
 uint64_t StoppedClock::now_ns() const { return stopped_at_ns; }
 
 void StoppedClock::set_lag_ns(uint64_t ns) { coarse_lag_ns = ns; }
+
+FixedDate::FixedDate(const timespec &date) { fixed_date = date; }
+
+FixedDate::~FixedDate() { fixed_date.reset(); }

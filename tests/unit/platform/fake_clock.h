@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 
 class StoppedClock {
  public:
@@ -21,4 +22,13 @@ class StoppedClock {
 
   // From now on the coarse clock lags so far behind.
   void set_lag_ns(uint64_t ns);
+};
+
+// While one exists, the library's wall clock shows this time.
+class FixedDate {
+ public:
+  explicit FixedDate(const timespec &date);
+  ~FixedDate();
+  FixedDate(const FixedDate &) = delete;
+  FixedDate &operator=(const FixedDate &) = delete;
 };

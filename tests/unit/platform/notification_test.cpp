@@ -240,6 +240,15 @@ TEST(Varbind, BindingsAreAppendedAsCopies) {
   snmp_free_varbind(list);
 }
 
+TEST(Varbind, ABindingMayHaveNoValue) {
+  const oid name[] = {1, 3, 6, 1};
+  netsnmp_variable_list *list = build_varbind(nullptr, nullptr, ASN_OCTET_STR, 0, name, OID_LENGTH(name));
+  ASSERT_NE(list, nullptr);
+  EXPECT_EQ(list->type, ASN_OCTET_STR);
+  EXPECT_EQ(list->val_len, 0U);
+  snmp_free_varbind(list);
+}
+
 TEST(Varbind, WhatIsNoBindingLeavesTheList) {
   const oid name[MAX_OID_LEN + 1] = {1, 3};
   EXPECT_EQ(build_varbind(nullptr, "x", ASN_OCTET_STR, 1, nullptr, 1), nullptr);
