@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "base/nearest.h"
+#include "base/printable.h"
 #include "keys/config_error.h"
 #include "keys/schema.h"
 #include "model/refusal.h"
@@ -234,8 +235,9 @@ class Loader {
   SwitchState state_;
 };
 
+// TOML has escapes for control characters, and reasons quote keys and values.
 [[noreturn]] void fail(const std::string &name, uint32_t line, std::string_view reason) {
-  throw ScenarioError(name + ":" + std::to_string(line) + ": " + std::string(reason));
+  throw ScenarioError(name + ":" + std::to_string(line) + ": " + made_printable(reason, reason.size()));
 }
 
 toml::table parse_toml(const std::string &text, const std::string &name) {

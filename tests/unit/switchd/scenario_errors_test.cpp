@@ -111,6 +111,12 @@ TEST(ScenarioErrors, InTomlShowNoLineThatIsLongOrHoldsMoreThanText) {
             "x.toml:2: the line is not TOML: a quote or a bracket is missing at its end");
 }
 
+TEST(ScenarioErrors, ShowNoControlCharactersOfKeysAndValues) {
+  EXPECT_EQ(error_after_mode("rapid_pvst.disabled_vlans = \"1\\u001B[31m\\n\\u009B2\""),
+            "x.toml:2: rapid_pvst.disabled_vlans: '1?[31m???2' is not a list of VLANs such as 1,10-19");
+  EXPECT_EQ(error_of("\"a\\nb\" = 1"), "x.toml:1: a?b: unknown section");
+}
+
 TEST(ScenarioErrors, OfUnknownKeys) {
   EXPECT_EQ(error_of("\n[ports]\n"), "x.toml:2: ports: unknown section; did you mean 'port'?");
   EXPECT_EQ(error_of("colour = 1\n"), "x.toml:1: colour: unknown section");
