@@ -65,8 +65,10 @@ bool write_history(const char *path) {
   }
   static_cast<void>(file.release());
   the_history.dump(stream);
-  const bool written = std::ferror(stream) == 0;
-  return std::fclose(stream) == 0 && written;
+  // What did not fit into the stream's buffer is written by now, the rest when it is closed.
+  const int failed_before = std::ferror(stream);
+  const int failed_at_last = std::fclose(stream);
+  return (failed_before | failed_at_last) == 0;
 }
 
 }  // namespace

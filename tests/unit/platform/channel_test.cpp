@@ -3,16 +3,20 @@
 
 #include <fcntl.h>
 
+#include <cstddef>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 #include "backoff.h"
 #include "connection.h"
+#include "failing_calls.h"
 #include "platform/cmd.h"
 #include "platform/im.h"
 #include "platform/stp.h"
 #include "platform_test.h"
 #include "protocol_numbers.h"
+#include "replies.h"
 
 namespace wire = stpplatform::wire;
 using stpplatform::Backoff;
@@ -21,6 +25,8 @@ namespace {
 
 constexpr uint32_t kPort1 = 0x1A000001;
 constexpr uint32_t kPort2 = 0x1A000002;
+constexpr size_t kMoreThanThePool = 20;
+constexpr uint32_t kText = 0x3002'0001;
 
 struct Asked {
   uint32_t command = protocol::kRootGuard;
@@ -103,6 +109,33 @@ TEST_F(Channels, CommandsAreAnsweredFromTheImage) {
   switch_.image().publish(with_root_guard(STP_GUARD_DISABLED));
   EXPECT_EQ(guard(), STP_GUARD_DISABLED);
   EXPECT_TRUE(switch_.requests().empty());
+  EXPECT_EQ(switch_.connections(), 1U);
+}
+
+TEST_F(Channels, WithoutMemoryForAReplyNobodyIsAsked) {
+  std::vector<void *> pool;
+  for (size_t i = 0; i < kMoreThanThePool; ++i) {
+    pool.push_back(stpplatform::prepare_reply());
+  }
+  failing_calls::fail_next_malloc();
+  EXPECT_EQ(ask_guard({}), CMD_NO_MEMORY);
+  EXPECT_EQ(switch_.connections(), 0U);
+  EXPECT_EQ(guard(), STP_GUARD_ENABLED);
+  for (void *reply : pool) {
+    cmd_snmp_free_rx_hndl(reply);
+  }
+}
+
+TEST_F(Channels, AReplyOfTheSwitchThatThereIsNoMemoryForIsLost) {
+  switch_.want_to_be_asked(true);
+  switch_.answer_with([](const Bytes &request) {
+    // Longer than the pool has them.
+    const uint32_t sequence = get32(request, offsetof(wire::MessageHeader, sequence));
+    return Answer{{make_reply_packet(sequence, CMD_OK, {{kText, Bytes(CMD_ATTR_VALUE_MAX)}})}};
+  });
+  failing_calls::fail_next_malloc();
+  EXPECT_EQ(ask_guard({}), CMD_NO_MEMORY);
+  EXPECT_EQ(ask_guard({}), CMD_OK);
   EXPECT_EQ(switch_.connections(), 1U);
 }
 

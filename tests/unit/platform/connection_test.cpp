@@ -309,6 +309,16 @@ TEST_F(Connections, AnErrorDropsTheIdleConnection) {
   EXPECT_EQ(switch_.connections(), 2U);
 }
 
+TEST_F(Connections, ASwitchThatGoesOnceMoreJustAfterItsRestartIsUnreachable) {
+  EXPECT_TRUE(switch_answers());
+  failing_calls::fail_next_send(EPIPE, 2);
+  EXPECT_EQ(ask(1), CMD_UNREACHABLE);
+  EXPECT_EQ(switch_.connections(), 2U);
+  EXPECT_EQ(watched_descriptors(), 0);
+  wait_for_backoff();
+  EXPECT_TRUE(switch_answers());
+}
+
 TEST_F(Connections, UnaskedInputDropsTheIdleConnection) {
   EXPECT_TRUE(switch_answers());
   switch_.send_late(0, make_reply_packet(99, CMD_OK));

@@ -1,9 +1,12 @@
 // The event history and the debug print.
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -12,6 +15,7 @@
 #include <stdexcept>
 
 #include "event_history.h"
+#include "failing_calls.h"
 #include "fake_clock.h"
 #include "platform/evhist.h"
 #include "platform_test.h"
@@ -31,6 +35,26 @@ int keep(const std::string &text, uint32_t level = 101) {
   std::snprintf(record.text, sizeof record.text, "%s", text.c_str());
   return evhist_hist_event(kClass, static_cast<uint32_t>(std::strlen(record.text)) + 5, &record);
 }
+
+// While it lives, no file of the process grows beyond an octet.
+class SmallFiles {
+ public:
+  SmallFiles() : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit small{1, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+  }
+  ~SmallFiles() {
+    setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, handler_);
+  }
+  SmallFiles(const SmallFiles &) = delete;
+  SmallFiles &operator=(const SmallFiles &) = delete;
+
+ private:
+  void (*handler_)(int);
+  rlimit before_{};
+};
 
 std::vector<std::string> lines_of(std::istream &&input) {
   std::vector<std::string> lines;
@@ -243,6 +267,27 @@ TEST_F(History, IsNotWrittenIntoTheFileOfAnotherUser) {
   ASSERT_EQ(chown(file_.c_str(), kOther, static_cast<gid_t>(-1)), 0);
   EXPECT_EQ(save(), std::vector<std::string>{"precious"});
   EXPECT_EQ(LogCapture::take(), std::vector{not_permitted()});
+}
+
+TEST_F(History, IsNotSavedOverAFileThatCannotBeEmptied) {
+  keep("one");
+  std::ofstream(file_) << "precious";
+  failing_calls::fail_next_ftruncate(EIO);
+  EXPECT_EQ(save(), std::vector<std::string>{"precious"});
+  EXPECT_EQ(LogCapture::take(),
+            std::vector<std::string>{"stpplatform: " + file_ +
+                                     ": the event history cannot be written: Input/output error\n"});
+}
+
+TEST_F(History, SaysSoWhenTheFileFindsNoRoom) {
+  keep("one");
+  {
+    const SmallFiles limit;
+    save();
+  }
+  EXPECT_EQ(LogCapture::take(),
+            std::vector<std::string>{"stpplatform: " + file_ +
+                                     ": the event history cannot be written: File too large\n"});
 }
 
 TEST_F(History, SaysWhenARecordWasLeft) {

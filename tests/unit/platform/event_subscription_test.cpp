@@ -13,6 +13,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstddef>
 #include <cstring>
@@ -22,6 +23,7 @@
 #include "backoff.h"
 #include "connection.h"
 #include "failing_alarms.h"
+#include "failing_calls.h"
 #include "full_descriptor_table.h"
 #include "mutation.h"
 #include "platform/agent_ext.h"
@@ -383,6 +385,16 @@ TEST_F(EventSubscriptions, AConnectionThatStoodLongStartsTheBackoffOver) {
   switch_.close_connections();
   ASSERT_TRUE(is_lost());
   EXPECT_EQ(ring_next_alarm(), Backoff::kFirstMs);
+}
+
+TEST_F(EventSubscriptions, ASwitchThatGoesBeforeItIsSubscribedToIsTriedAgain) {
+  subscribe();
+  ring_next_alarm();
+  failing_calls::fail_next_send(EPIPE);
+  ASSERT_TRUE(is_lost());
+  EXPECT_EQ(LogCapture::take(),
+            std::vector<std::string>{log_prefix() + "the switch does not take the subscription\n"});
+  EXPECT_TRUE(connects());
 }
 
 TEST_F(EventSubscriptions, ASwitchThatDoesNotGreetIsGivenUpAfterTheDeadline) {
