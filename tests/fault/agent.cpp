@@ -16,6 +16,7 @@
 #include <thread>
 #include <utility>
 
+#include "comes_true.h"
 #include "injector.h"
 #include "main_loop.h"
 
@@ -160,8 +161,6 @@ bool has_context(const std::string &name) {
 
 namespace {
 
-constexpr auto kHangGuard = std::chrono::seconds(30);
-
 void turn_main_loop() {
   if (run_main_loop_once() == 0) {
     std::this_thread::yield();
@@ -171,16 +170,7 @@ void turn_main_loop() {
 
 }  // namespace
 
-bool run_until(const std::function<bool()> &condition) {
-  const auto give_up = std::chrono::steady_clock::now() + kHangGuard;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > give_up) {
-      return false;
-    }
-    turn_main_loop();
-  }
-  return true;
-}
+bool run_until(const std::function<bool()> &condition) { return comes_true(condition, turn_main_loop); }
 
 void run_until_struck_or(const std::function<bool()> &condition) {
   constexpr int kTurnsBehind = 20;

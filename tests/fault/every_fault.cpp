@@ -2,14 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <ostream>
 #include <string>
 #include <string_view>
-#include <thread>
 
+#include "comes_true.h"
 #include "open_descriptors.h"
 
 // Of the sanitizers' build alone.
@@ -46,15 +45,10 @@ std::ostream &operator<<(std::ostream &out, const Holdings &holdings) {
 
 // A switch in another thread closes its end of a connection a moment later.
 testing::AssertionResult come_to_be(const Holdings &expected) {
-  constexpr auto kHangGuard = std::chrono::seconds(30);
-  const auto give_up = std::chrono::steady_clock::now() + kHangGuard;
-  Holdings now;
-  while (now != expected && std::chrono::steady_clock::now() < give_up) {
-    std::this_thread::yield();
-    now = Holdings();
+  if (comes_true([&expected] { return Holdings() == expected; })) {
+    return testing::AssertionSuccess();
   }
-  return now == expected ? testing::AssertionSuccess()
-                         : testing::AssertionFailure() << now << " instead of " << expected;
+  return testing::AssertionFailure() << Holdings() << " instead of " << expected;
 }
 
 // Returns in how many ways the call can fail; 0 when there is no such call.

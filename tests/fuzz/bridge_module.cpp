@@ -91,14 +91,7 @@ class AgentRequest {
 void notify(fuzz::Input *input) {
   const notification_handler handler =
       input->number<uint8_t>() % 2 == 0 ? stpbridge::handle_new_root : stpbridge::handle_topology_change;
-  fuzz::set_payload(input);
-  int message = 0;
-  oid trap[MAX_OID_LEN] = {};
-  size_t trap_length = 0;
-  int status = 0;
-  netsnmp_variable_list *const bindings = handler(&message, trap, &trap_length, &status);
-  fuzz::require(trap_length <= MAX_OID_LEN, "a name is no longer than names are");
-  snmp_free_varbind(bindings);
+  fuzz::notify(input, handler);
 }
 
 }  // namespace

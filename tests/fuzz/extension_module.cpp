@@ -67,15 +67,7 @@ void notify(fuzz::Input *input) {
   constexpr notification_handler kHandlers[] = {handle_noti_stpxInconsistencyUpdate,
                                                 handle_noti_stpxLoopInconsistencyUpdate,
                                                 handle_noti_stpxRootInconsistencyUpdate};
-  const notification_handler handler = kHandlers[input->number<uint8_t>() % std::size(kHandlers)];
-  fuzz::set_payload(input);
-  int message = 0;
-  oid trap[MAX_OID_LEN] = {};
-  size_t trap_length = 0;
-  int status = 0;
-  netsnmp_variable_list *const bindings = handler(&message, trap, &trap_length, &status);
-  fuzz::require(trap_length <= MAX_OID_LEN, "a name is no longer than names are");
-  snmp_free_varbind(bindings);
+  fuzz::notify(input, kHandlers[input->number<uint8_t>() % std::size(kHandlers)]);
 }
 
 }  // namespace

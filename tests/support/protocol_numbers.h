@@ -24,6 +24,10 @@ inline constexpr uint32_t kLoopInconsistencies = 121;
 inline constexpr uint32_t kMstInstances = 122;
 inline constexpr uint32_t kBridgeTrees = 130;
 inline constexpr uint32_t kBridgePorts = 131;
+inline constexpr uint32_t kAllCommands[] = {
+    kGlobalSettings,      kRapidPvstPorts, kMstPorts,    kMstRegion,    kVlanTrees,
+    kPortInconsistencies, kRootGuard,      kLoopGuard,   kPortSettings, kRootInconsistencies,
+    kLoopInconsistencies, kMstInstances,   kBridgeTrees, kBridgePorts};
 
 // Keys.
 inline constexpr uint32_t kGlobalSettingsKey = 0x0102'0227;

@@ -1,14 +1,18 @@
 #include "support/any_platform.h"
 
+#include <net-snmp/net-snmp-config.h>
+//
+#include <net-snmp/net-snmp-includes.h>
+
 #include <algorithm>
 #include <iterator>
 
 #include "fake_platform.h"
-#include "platform/agent_ext.h"
 #include "platform/cmd.h"
 #include "platform/im.h"
 #include "platform/stp_protocol.h"
 #include "protocol_numbers.h"
+#include "support/require.h"
 #include "wire/attributes.h"
 
 namespace wire = stpplatform::wire;
@@ -169,11 +173,18 @@ void set_context(Input *input) {
   and_context_name_len = static_cast<uint32_t>(context.size());
 }
 
-void set_payload(Input *input) {
+void notify(Input *input, notification_handler handler) {
   fake::Bytes payload = input->octets(sizeof(stp_inconsistency_payload));
   payload.resize(sizeof(stp_inconsistency_payload));
   payload.shrink_to_fit();
   fake::platform().payload = payload;
+  int message = 0;
+  oid trap[MAX_OID_LEN] = {};
+  size_t trap_length = 0;
+  int status = 0;
+  netsnmp_variable_list *const bindings = handler(&message, trap, &trap_length, &status);
+  require(trap_length <= MAX_OID_LEN, "a name is no longer than names are");
+  snmp_free_varbind(bindings);
 }
 
 std::vector<oid> any_arcs(Input *input) {

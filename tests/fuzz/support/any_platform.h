@@ -6,6 +6,7 @@
 
 #include <vector>
 
+#include "platform/agent_ext.h"
 #include "support/input.h"
 
 namespace fuzz {
@@ -17,8 +18,8 @@ void set_up_platform(Input *input);
 // The SNMP context of the requests that follow.
 void set_context(Input *input);
 
-// What the message holds about which a notification is.
-void set_payload(Input *input);
+// Lets a handler make the notification of a message that the input has.
+void notify(Input *input, notification_handler handler);
 
 // Some arcs of an object's name.
 std::vector<oid> any_arcs(Input *input);

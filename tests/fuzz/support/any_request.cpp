@@ -13,13 +13,6 @@ namespace wire = stpplatform::wire;
 namespace fuzz {
 namespace {
 
-constexpr uint32_t kCommands[] = {
-    protocol::kGlobalSettings,      protocol::kRapidPvstPorts,      protocol::kMstPorts,
-    protocol::kMstRegion,           protocol::kVlanTrees,           protocol::kPortInconsistencies,
-    protocol::kRootGuard,           protocol::kLoopGuard,           protocol::kPortSettings,
-    protocol::kRootInconsistencies, protocol::kLoopInconsistencies, protocol::kMstInstances,
-    protocol::kBridgeTrees,         protocol::kBridgePorts};
-
 // Which keys a request has: bits of an octet of the input.
 enum Keys : uint8_t {
   kOfMst = 1,
@@ -47,7 +40,7 @@ AnyRequest any_request(Input *input) {
   AnyRequest request{};
   request.head.destination = protocol::kDestination;
   request.head.service = protocol::kService;
-  request.head.command = kCommands[input->number<uint8_t>() % std::size(kCommands)];
+  request.head.command = protocol::kAllCommands[input->number<uint8_t>() % std::size(protocol::kAllCommands)];
   const auto keys = input->number<uint8_t>();
   const bool is_of_mst = (keys & kOfMst) != 0;
   request.head.action = (keys & kGetNext) != 0 ? CMD_ACTION_GET_NEXT : CMD_ACTION_GET;

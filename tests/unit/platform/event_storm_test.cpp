@@ -9,7 +9,6 @@
 #include <sys/socket.h>
 
 #include <atomic>
-#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
@@ -18,6 +17,7 @@
 #include <thread>
 #include <vector>
 
+#include "comes_true.h"
 #include "connection.h"
 #include "event_subscription.h"
 #include "main_loop.h"
@@ -135,15 +135,7 @@ class EventStorms : public testing::Test {
   }
 
   static bool run_main_loop_until(const std::function<bool()> &condition) {
-    constexpr auto kHangGuard = std::chrono::seconds(60);
-    const auto give_up = std::chrono::steady_clock::now() + kHangGuard;
-    while (!condition()) {
-      if (std::chrono::steady_clock::now() > give_up) {
-        return false;
-      }
-      turn_main_loop();
-    }
-    return true;
+    return comes_true(condition, turn_main_loop);
   }
 
   // Any answer will do.

@@ -7,13 +7,14 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <system_error>
+
+#include "comes_true.h"
 
 namespace wire = stpplatform::wire;
 
@@ -271,15 +272,7 @@ size_t FakeSwitch::renewals() const {
 }
 
 bool FakeSwitch::has_heard(size_t requests) const {
-  constexpr auto kHangGuard = std::chrono::seconds(30);
-  const auto give_up = std::chrono::steady_clock::now() + kHangGuard;
-  while (this->requests().size() < requests) {
-    if (std::chrono::steady_clock::now() > give_up) {
-      return false;
-    }
-    std::this_thread::yield();
-  }
-  return true;
+  return comes_true([&] { return this->requests().size() >= requests; });
 }
 
 // Connections that the library has closed stay open at this end until close_connections, so that what arrives

@@ -23,13 +23,6 @@ using stpplatform::Reading;
 
 namespace {
 
-constexpr uint32_t kCommands[] = {
-    protocol::kGlobalSettings,      protocol::kRapidPvstPorts,      protocol::kMstPorts,
-    protocol::kMstRegion,           protocol::kVlanTrees,           protocol::kPortInconsistencies,
-    protocol::kRootGuard,           protocol::kLoopGuard,           protocol::kPortSettings,
-    protocol::kRootInconsistencies, protocol::kLoopInconsistencies, protocol::kMstInstances,
-    protocol::kBridgeTrees,         protocol::kBridgePorts};
-
 // Trees 1, 5 and 4095 over three ports, with an inconsistency of each kind.
 ImageContent content(uint8_t mode) {
   ImageContent content{{port_channel(1, {1, 5, 4095}), physical_port(1, {1, 5}), physical_port(2, {4094})},
@@ -109,7 +102,7 @@ AnyRequest any_request(Random *random) {
   AnyRequest request{};
   request.head.destination = protocol::kDestination;
   request.head.service = protocol::kService;
-  request.head.command = kCommands[below(random, std::size(kCommands))];
+  request.head.command = protocol::kAllCommands[below(random, std::size(protocol::kAllCommands))];
   request.head.action = below(random, 2) == 0 ? CMD_ACTION_GET : CMD_ACTION_GET_NEXT;
   std::strcpy(request.head.user, below(random, 8) == 0 ? "guest" : "operator");
   const bool is_of_mst = below(random, 2) == 0;

@@ -7,11 +7,11 @@
 #include <net-snmp/library/fd_event_manager.h>
 #include <net-snmp/library/snmp_alarm.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <thread>
 
+#include "comes_true.h"
 #include "connection.h"
 #include "platform/cmd.h"
 #include "protocol_numbers.h"
@@ -70,17 +70,11 @@ std::optional<uint64_t> ring_next_alarm() {
 }
 
 bool run_main_loop_until(const std::function<bool()> &condition) {
-  constexpr auto kHangGuard = std::chrono::seconds(30);
-  const auto give_up = std::chrono::steady_clock::now() + kHangGuard;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > give_up) {
-      return false;
-    }
+  return comes_true(condition, [] {
     if (run_main_loop_once() == 0) {
       std::this_thread::yield();
     }
-  }
-  return true;
+  });
 }
 
 int ask(uint32_t command, uint32_t *echo) {
