@@ -81,4 +81,23 @@ TEST_F(RogueSwitches, DoNotSendASearchThroughAllTrees) {
   EXPECT_EQ(agent::get({"S.1.6.1.0"}), "S.1.6.1.0 = INTEGER: 4") << "the next request has all its time";
 }
 
+// The same in an image, where the agent asks itself: there are no more trees than an image has.
+TEST_F(RogueSwitches, DoNotSendASearchThroughMoreTreesThanAnImageHas) {
+  ImagePort no_bridge_port = physical_port(1);
+  no_bridge_port.base_port = 0;
+  ImageContent content{{port_channel(1, {1}), no_bridge_port}};
+  content.mode = STP_MODE_MST;
+  constexpr uint16_t kTrees = 500;  // for which the file has room
+  for (uint16_t tree = 0; tree < kTrees; ++tree) {
+    content.tree_ports.push_back(
+        {tree, 1, STP_ROLE_DESIGNATED, wire::kRootInconsistent, STP_PORT_STATE_BLOCKING, 0, 0});
+  }
+  switch_.image().publish(content);
+  switch_.want_to_be_asked(false);
+  const std::string answer = agent::get_next({"S.1.5.2.1.3"});
+  EXPECT_FALSE(answer.starts_with("S.1.5.2.1.3")) << answer;
+  EXPECT_TRUE(switch_.requests().empty());
+  EXPECT_EQ(agent::get({"S.1.6.1.0"}), "S.1.6.1.0 = INTEGER: 4");
+}
+
 }  // namespace
