@@ -181,9 +181,9 @@ void run_until_struck_or(const std::function<bool()> &condition) {
 }
 
 bool wait_for_input() {
-  std::vector<pollfd> entries;
-  for (int i = 0; i < external_readfdlen; ++i) {
-    entries.push_back({external_readfd[i], POLLIN, 0});
+  std::vector<pollfd> entries(static_cast<size_t>(external_readfdlen));
+  for (size_t i = 0; i < entries.size(); ++i) {
+    entries[i] = {external_readfd[i], POLLIN, 0};
   }
   return poll(entries.data(), entries.size(),
               static_cast<int>(std::chrono::milliseconds(kHangGuard).count())) > 0;

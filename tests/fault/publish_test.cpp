@@ -34,7 +34,7 @@ SwitchState large_switch() {
   std::string text = "switch.mode = 'mst'\nmst.max_hops = 30\n";
   for (int i = 1; i <= kInstances; ++i) {
     const std::string number = std::to_string(i);
-    text += "[[mst.instance]]\nid = " + number + "\nvlans = '" + number + "'\n";
+    text.append("[[mst.instance]]\nid = ").append(number).append("\nvlans = '").append(number).append("'\n");
   }
   for (int i = 1; i <= kPorts; ++i) {
     text += "[[port]]\nnumber = " + std::to_string(i) + "\nvlans = '1-" + std::to_string(kInstances) + "'\n";

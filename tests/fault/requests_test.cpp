@@ -286,7 +286,7 @@ class Requests : public testing::TestWithParam<Case> {
   }
 
   static std::string right_answer() {
-    const std::string first = answers().first;
+    std::string first = answers().first;
     const bool is_there = first.starts_with(row() + " ");
     switch (GetParam().kind) {
       case Kind::kGet:

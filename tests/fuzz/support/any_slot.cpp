@@ -13,8 +13,9 @@ namespace fuzz {
 
 const std::vector<uint8_t> &any_slot(uint8_t choice) {
   static const std::vector<std::vector<uint8_t>> slots = [] {
-    std::vector<std::vector<uint8_t>> made(2);
-    for (uint8_t i = 0; i < made.size(); ++i) {
+    constexpr uint8_t kSlots = 2;
+    std::vector<std::vector<uint8_t>> made(kSlots);
+    for (uint8_t i = 0; i < kSlots; ++i) {
       stpswitch::lay_out_slot(any_switch(i), &made[i]);
     }
     return made;
